@@ -1,0 +1,51 @@
+# Every target does its whole set-up and is safe to repeat. `make help` lists them.
+.POSIX:
+.SUFFIXES:
+.PHONY: all help setup build test demo format check-format tidy asan tsan fuzz bench clean
+
+SHELL = /bin/sh
+JOBS = $$(nproc)
+RELEASE = build/release
+QUIET = --log-level=WARNING
+
+all: build
+
+help: ## this list
+	@grep -hE '^[a-z-]+:.*## ' Makefile | sed 's/:.*## /\t/' | expand -t 16
+
+setup: ## install the Debian packages that are missing
+	@sh scripts/setup.sh
+
+build: setup ## build the release into build/release
+	@cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release $(QUIET) > /dev/null
+	@cmake --build $(RELEASE) -j $(JOBS)
+
+test: build ## build, and run every test
+	@ctest --test-dir $(RELEASE) -j $(JOBS) --output-on-failure
+
+demo: build ## show a host opening a simulated modem and reading its state
+	@sh scripts/demo.sh $(RELEASE)
+
+format: setup ## lay out the sources
+	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
+
+check-format: setup ## fail when a source is not laid out
+	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run -Werror
+
+tidy: setup ## static checks by clang-tidy, and a clang build without warnings
+	@sh scripts/tidy.sh
+
+asan: setup ## tests under the address and undefined-behaviour sanitizers
+	@sh scripts/sanitized_tests.sh address,undefined
+
+tsan: setup ## tests under the thread sanitizer
+	@sh scripts/sanitized_tests.sh thread
+
+fuzz: setup ## fuzz every target; FUZZ_SECONDS for each, 600 by default
+	@sh scripts/fuzz.sh $${FUZZ_SECONDS:-600}
+
+bench: setup ## benchmarks beside their floors
+	@sh scripts/bench.sh
+
+clean: ## remove everything that was built
+	rm -rf build

@@ -1,0 +1,141 @@
+// The command exchange over the one request and the one response buffer.
+//
+// A response shorter than what a command copies reads zeros: what lies behind the payload is cleared
+// as soon as it is unframed, and every field ends inside the buffer.
+#include "commands/exchange.h"
+
+#include <string.h>
+#include <unistd.h>
+
+#include "core/bytes.h"
+#include "link/frame_codec.h"
+#include "link/serial_port.h"
+
+enum { SEND_ATTEMPTS = 3, RETRY_PAUSE_US = 2000 };
+
+constinit uint8_t ft_buff[COMMAND_BUFFER_SIZE] = {};  // request
+constinit uint8_t fr_buff[COMMAND_BUFFER_SIZE] = {};  // response; raw, then unframed in place
+constinit uint32_t iSubSystemID = 0;
+
+void clear_memory() {
+  memset(ft_buff, 0, sizeof ft_buff);
+  memset(fr_buff, 0, sizeof fr_buff);
+}
+
+// A time-out has closed the port, so that a repeated attempt ends in the write's error unless the
+// link was opened again meanwhile.
+int zop_send(int length, int leading_flag) {
+  if (length < 0 || length > COMMAND_BUFFER_SIZE) return PORT_ERROR;
+  for (int attempt = 1;; ++attempt) {
+    int32_t written = DiagPacketTXCRC(ft_buff, static_cast<uint32_t>(length), leading_flag);
+    if (written == PORT_ERROR || written == 0) return written;
+    int32_t received = diag_read(fr_buff);
+    if (received != PORT_TIMEOUT) return received;
+    usleep(RETRY_PAUSE_US);
+    if (attempt == SEND_ATTEMPTS) return PORT_TIMEOUT;
+  }
+}
+
+int zop_check_buffer_size(int have, int need) { return have >= need ? 1 : 0; }
+
+// Accepts every answer, whatever its first byte: modems in the field answer some commands under
+// another code.
+static int amss_invalid_rsp_check(unsigned response_byte0, unsigned request_byte0) {
+  (void)response_byte0;
+  (void)request_byte0;
+  return 0;
+}
+
+unsigned capacity(uint32_t* size, uint32_t minimum) {
+  if (zop_check_buffer_size(static_cast<int>(*size), static_cast<int>(minimum))) return ZOP_SUCCESS;
+  *size = minimum;
+  return ZOP_ERR_BUFFER_TOO_SMALL;
+}
+
+unsigned begin() {
+  if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
+  clear_memory();
+  return ZOP_SUCCESS;
+}
+
+unsigned begin_vendor(uint8_t subcommand) {
+  if (unsigned error = begin()) return error;
+  ft_buff[0] = ZOP_VENDOR_COMMAND;
+  ft_buff[SUBCOMMAND] = subcommand;
+  return ZOP_SUCCESS;
+}
+
+// Unframes a response of received bytes, its closing flag included. A time-out's -2 is refused as
+// well: it can't be a frame's length.
+static unsigned unframe(int received) {
+  if (DiagPacketRXCRC(fr_buff, static_cast<uint32_t>(received - 1)) != 0) {
+    return ZOP_ERR_BAD_RESPONSE;
+  }
+  size_t payload = static_cast<size_t>(m_nRxLen);
+  memset(fr_buff + payload, 0, sizeof fr_buff - payload);
+  return ZOP_SUCCESS;
+}
+
+unsigned exchange(int length) {
+  int received = zop_send(length, 0);
+  if (received == 0 || received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
+  if (unsigned error = unframe(received)) return error;
+  if (amss_invalid_rsp_check(fr_buff[0], ft_buff[0]) < 0) return ZOP_ERR_BAD_RESPONSE;
+  return ZOP_SUCCESS;
+}
+
+unsigned status(StatusRule rule) {
+  bool failed = false;
+  if (rule == STATUS_BYTE3) failed = fr_buff[STATUS] != 0;
+  if (rule == STATUS_WORD) failed = get_le16(fr_buff + STATUS) != 0;
+  return failed ? ZOP_ERR_MODEM_FAILURE : ZOP_SUCCESS;
+}
+
+static void put_unsigned(const Field& field, uint32_t value) {
+  *static_cast<uint32_t*>(field.out) = value;
+}
+
+static void put_signed(const Field& field, int32_t value) {
+  *static_cast<int32_t*>(field.out) = value;
+}
+
+static void copy_field(const Field& field) {
+  const uint8_t* at = fr_buff + field.offset;
+  switch (field.type) {
+    case Field::U8: return put_unsigned(field, *at);
+    case Field::S8: return put_signed(field, static_cast<int8_t>(*at));
+    case Field::U16: return put_unsigned(field, get_le16(at));
+    case Field::S16: return put_signed(field, static_cast<int16_t>(get_le16(at)));
+    case Field::U32: return put_unsigned(field, get_le32(at));
+    case Field::BYTES: memcpy(field.out, at, field.length); return;
+  }
+}
+
+void copy_fields(std::initializer_list<Field> fields) {
+  for (const Field& field : fields) {
+    if (field.offset + field.length <= COMMAND_BUFFER_SIZE) copy_field(field);
+  }
+}
+
+unsigned vendor_query(uint8_t subcommand, StatusRule rule, std::initializer_list<Field> fields) {
+  if (unsigned error = begin_vendor(subcommand)) return error;
+  if (unsigned error = exchange(PLAIN_REQUEST)) return error;
+  if (unsigned error = status(rule)) return error;
+  copy_fields(fields);
+  return ZOP_SUCCESS;
+}
+
+unsigned vendor_text(uint8_t subcommand, StatusRule rule, Buffer buffer, uint16_t length) {
+  if (unsigned error = capacity(buffer.size, buffer.minimum)) return error;
+  if (unsigned error = begin_vendor(subcommand)) return error;
+  memset(buffer.out, 0, buffer.minimum);
+  if (unsigned error = exchange(PLAIN_REQUEST)) return error;
+  if (unsigned error = status(rule)) return error;
+  copy_fields({bytes(ANSWER_PAYLOAD, length, buffer.out)});
+  return ZOP_SUCCESS;
+}
+
+// Firmware goes through the download entry points, not through the command library.
+unsigned int zop_download_firmware() { return ZOP_ERR_INVALID_ARGUMENT; }
+unsigned int zop_download_firmware_status() { return ZOP_ERR_INVALID_ARGUMENT; }
+unsigned int zop_download_firmware_end() { return ZOP_ERR_INVALID_ARGUMENT; }

@@ -1,0 +1,76 @@
+// The exchange that every command performs: capacity, begin, exchange, status, copy.
+//
+// The verbs below are its steps, in order. A plain query is one vendor_query; a command that
+// deviates is written out with the verbs. Results are the ZOP_ codes; callers hold the module's
+// lock, since all commands share ft_buff and fr_buff.
+#pragma once
+
+#include <stdint.h>
+
+#include <initializer_list>
+
+#include "include/zop.h"
+#include "link/upcalls.h"
+
+// Offsets of the vendor request and answer.
+enum {
+  SUBCOMMAND = 1,
+  REQUEST_PAYLOAD = 3,
+  STATUS = 3,          // 16-bit command status, 0 is success
+  ANSWER_PAYLOAD = 5,
+  PLAIN_REQUEST = 3,   // length of a request without payload
+};
+
+// Which part of the command status a command looks at.
+enum StatusRule { STATUS_IGNORED, STATUS_BYTE3, STATUS_WORD };
+
+// One output: type and offset of the answer's field, and where the caller wants it.
+struct Field {
+  enum Type : uint8_t { U8, S8, U16, S16, U32, BYTES } type;
+  uint16_t offset;
+  uint16_t length;
+  void* out;
+};
+
+constexpr Field u8(uint16_t offset, uint32_t* out) { return {Field::U8, offset, 1, out}; }
+constexpr Field s8(uint16_t offset, int32_t* out) { return {Field::S8, offset, 1, out}; }
+constexpr Field u16(uint16_t offset, uint32_t* out) { return {Field::U16, offset, 2, out}; }
+constexpr Field s16(uint16_t offset, int32_t* out) { return {Field::S16, offset, 2, out}; }
+constexpr Field u32(uint16_t offset, uint32_t* out) { return {Field::U32, offset, 4, out}; }
+constexpr Field bytes(uint16_t offset, uint16_t length, void* out) {
+  return {Field::BYTES, offset, length, out};
+}
+
+// System code of the diagnostic report, kept by the commands that track the mode.
+extern uint32_t iSubSystemID;
+
+// ZOP_ERR_BUFFER_TOO_SMALL with the minimum in *size, or ZOP_SUCCESS.
+unsigned capacity(uint32_t* size, uint32_t minimum);
+
+// ZOP_ERR_NOT_OPEN, or ZOP_SUCCESS with both buffers zeroed.
+unsigned begin();
+
+// As begin, with the vendor header for subcommand in the request.
+unsigned begin_vendor(uint8_t subcommand);
+
+// Sends the first length bytes of the request and takes the answer: ZOP_SUCCESS,
+// ZOP_ERR_NO_RESPONSE or ZOP_ERR_BAD_RESPONSE.
+unsigned exchange(int length);
+
+// ZOP_ERR_MODEM_FAILURE when the part of the status that rule names is not 0.
+unsigned status(StatusRule rule);
+
+// Copies the fields to the caller, widened to 32 bits.
+void copy_fields(std::initializer_list<Field> fields);
+
+// A query without payload: begin, exchange, status, copy.
+unsigned vendor_query(uint8_t subcommand, StatusRule rule, std::initializer_list<Field> fields);
+
+// A query whose length bytes go to a caller's buffer of capacity *size, cleared over minimum bytes
+// once the link is known to be open.
+struct Buffer {
+  void* out;
+  uint32_t* size;
+  uint32_t minimum;
+};
+unsigned vendor_text(uint8_t subcommand, StatusRule rule, Buffer buffer, uint16_t length);

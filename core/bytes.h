@@ -1,0 +1,25 @@
+// Little- and big-endian fields at any address, read and written by shifts: the wire's records are
+// packed and the device's processor does not load unaligned words.
+#pragma once
+
+#include <stdint.h>
+
+inline uint16_t get_le16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
+
+inline uint32_t get_le32(const uint8_t* p) {
+  return p[0] | static_cast<uint32_t>(p[1]) << 8 | static_cast<uint32_t>(p[2]) << 16 |
+         static_cast<uint32_t>(p[3]) << 24;
+}
+
+inline void put_le16(uint8_t* p, unsigned value) {
+  p[0] = static_cast<uint8_t>(value);
+  p[1] = static_cast<uint8_t>(value >> 8);
+}
+
+inline void put_le32(uint8_t* p, uint32_t value) {
+  put_le16(p, value);
+  put_le16(p + 2, value >> 16);
+}
+
+// A text buffer as the bytes that the command library fills.
+inline uint8_t* text_bytes(char* text) { return static_cast<uint8_t*>(static_cast<void*>(text)); }

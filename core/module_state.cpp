@@ -1,0 +1,25 @@
+// The module's shared state and its clock. The log mask is exported and starts at 0: a module that
+// nobody configured writes nothing.
+#include "core/module_state.h"
+
+#include <errno.h>
+#include <time.h>
+
+#include "core/log.h"
+#include "include/zop_diag_info.h"
+
+constinit uint32_t gZOPModuleLogMask = 0;
+constinit zop_diag_info gDiagInfo = {};
+
+constinit pthread_mutex_t gModuleMutex = PTHREAD_MUTEX_INITIALIZER;
+constinit bool gModuleOpen = false;
+constinit bool gRefetchPlmns = true;
+
+int32_t prv_get_monotonic_seconds() {
+  timespec now;
+  if (clock_gettime(CLOCK_MONOTONIC, &now) != 0) {
+    LOG_E("E zop:monotime:err=%d:can't get monotonic time", errno);
+    return 0;
+  }
+  return static_cast<int32_t>(now.tv_sec);
+}

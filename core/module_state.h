@@ -1,0 +1,28 @@
+// What the whole module shares: its lock, its open flag, its clock.
+//
+// gModuleMutex serialises the host's calls and with them the command library, which works on one
+// request and one response buffer. It is not recursive: no code calls a vurn_ getter with it held.
+#pragma once
+
+#include <pthread.h>
+#include <stdint.h>
+
+extern pthread_mutex_t gModuleMutex;
+
+extern bool gModuleOpen;     // from a good zop_open to zop_close; under gModuleMutex
+extern bool gRefetchPlmns;   // the next refresh reads the SIM's PLMN lists; under gModuleMutex
+
+// Holds a mutex for the length of a scope.
+class ScopedLock {
+ public:
+  explicit ScopedLock(pthread_mutex_t& mutex) : mutex_(mutex) { pthread_mutex_lock(&mutex_); }
+  ~ScopedLock() { pthread_mutex_unlock(&mutex_); }
+  ScopedLock(const ScopedLock&) = delete;
+  ScopedLock& operator=(const ScopedLock&) = delete;
+
+ private:
+  pthread_mutex_t& mutex_;
+};
+
+// Whole seconds of the monotonic clock; 0, and an "E" line, when it can't be read.
+int32_t prv_get_monotonic_seconds();

@@ -1,0 +1,159 @@
+// Opening and closing the module. Every step of an open that fails leaves the module closed; the
+// log mask and the flags need no modem.
+#define LOG_SOURCE "zop_module"
+
+#include <string.h>
+#include <time.h>
+#include <unistd.h>
+
+#include "core/bytes.h"
+#include "core/log.h"
+#include "core/module_state.h"
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
+#include "report/uptime.h"
+
+static constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
+
+enum { SIM_POLLS = 20 };
+enum { SIM_READY = 2, SIM_NOT_INITIALISED = 3, SIM_NOT_READY = 4 };
+enum { LOCK_PIN_ENABLED = 2 };  // the card waits for its PIN: waiting longer does not help
+
+static void prv_close_link() {
+  zop_close();
+  gModuleOpen = false;
+}
+
+static bool prv_open_link() {
+  if (unsigned error = zop_open(MODEM_DEVICE)) {
+    LOG_E("E zop:openlib:status=%d:can't open zop library", static_cast<int>(error));
+    return false;
+  }
+  LOG_D(VURN_LOG_GENERAL, "D zop:opened successfully");
+  gModuleOpen = true;
+  gRefetchPlmns = true;
+  return true;
+}
+
+static bool prv_sim_may_become_ready(uint32_t status, uint32_t lock_status) {
+  return status == SIM_NOT_READY ||
+         (status == SIM_NOT_INITIALISED && lock_status != LOCK_PIN_ENABLED);
+}
+
+static void prv_store_sim_state(uint32_t lock_status, uint32_t retries) {
+  gDiagInfo.sim_status = SIM_READY;
+  gDiagInfo.lock_status = static_cast<int32_t>(lock_status);
+  gDiagInfo.pin_retries = static_cast<int32_t>(retries);
+}
+
+static bool prv_wait_for_sim() {
+  uint32_t status = 0;
+  uint32_t lock_status = 0;
+  uint32_t retries = 0;
+  for (int poll = 1; poll <= SIM_POLLS; ++poll) {
+    LOG_D(VURN_LOG_GENERAL, "D zop:getting SIM status");
+    unsigned error = zop_simcard_status(&status, &lock_status, &retries);
+    LOG_D(VURN_LOG_GENERAL, "D zop:SIM status=%d, lockStatus=%d retries=%d",
+          static_cast<int>(status), static_cast<int>(lock_status), static_cast<int>(retries));
+    if (error != ZOP_SUCCESS) {
+      LOG_GET_ERROR("sim_status", error);
+      return false;
+    }
+    if (status == SIM_READY) {
+      prv_store_sim_state(lock_status, retries);
+      return true;
+    }
+    if (!prv_sim_may_become_ready(status, lock_status)) {
+      LOG_E("E zop:simstat:status=%d:bad sim status", static_cast<int>(status));
+      return false;
+    }
+    sleep(1);
+  }
+  // "tries" is the card's PIN retries, as readers of this line have always had it.
+  LOG_E("E zop:simtries:tries=%d,status=%d:sim not ready after too many tries",
+        static_cast<int>(retries), static_cast<int>(status));
+  return false;
+}
+
+static void prv_read_versions() {
+  uint32_t size = sizeof gDiagInfo.firmware;
+  if (unsigned error = zop_get_firmware_version(text_bytes(gDiagInfo.firmware), &size)) {
+    LOG_E("E zop:get:param=fwvers,error=%d,size=%d,avail=%d:can't get firmware version",
+          static_cast<int>(error), static_cast<int>(size),
+          static_cast<int>(sizeof gDiagInfo.firmware));
+  }
+  size = sizeof gDiagInfo.hardware;
+  if (unsigned error = zop_get_hardware_version(text_bytes(gDiagInfo.hardware), &size)) {
+    LOG_E("E zop:get:param=hwvers,error=%d,size=%d,avail=%d:can't get hardware version",
+          static_cast<int>(error), static_cast<int>(size),
+          static_cast<int>(sizeof gDiagInfo.hardware));
+  }
+  size = sizeof gDiagInfo.library;
+  if (unsigned error = zop_get_tq2_version(text_bytes(gDiagInfo.library), &size)) {
+    LOG_E("E zop:get:param=libvers,error=%d,size=%d,avail=%d:can't get library version",
+          static_cast<int>(error), static_cast<int>(size),
+          static_cast<int>(sizeof gDiagInfo.library));
+  }
+}
+
+// Once a process: versions, and how long the device has been up.
+static void prv_log_versions() {
+  time_t now = time(nullptr);
+  prv_get_uptime();
+  prv_read_versions();
+  time_t up_since = now - static_cast<time_t>(gDiagInfo.awake_seconds) -
+                    static_cast<time_t>(gDiagInfo.asleep_seconds);
+  char text[32] = "";
+  if (ctime_r(&up_since, text) != nullptr) text[strcspn(text, "\n")] = '\0';
+  LOG_I("I zop:misc1:lib = %s, fw = %s, hw = %s, awake = %lu, asleep = %lu, upsince = %s:",
+        gDiagInfo.library, gDiagInfo.firmware, gDiagInfo.hardware,
+        static_cast<unsigned long>(gDiagInfo.awake_seconds),
+        static_cast<unsigned long>(gDiagInfo.asleep_seconds), text);
+}
+
+static int prv_open_module() {
+  if (gModuleOpen) {  // a second open closes; the host opens again
+    prv_close_link();
+    return VURN_ERR_REOPENED;
+  }
+  if (!prv_open_link() || !prv_wait_for_sim()) {
+    if (gModuleOpen) prv_close_link();
+    return VURN_ERR_FAILED;
+  }
+  if (gDiagInfo.hardware[0] == '\0') prv_log_versions();
+  return VURN_OK;
+}
+
+int vurn_open() {
+  LOG_ENTER();
+  int result;
+  {
+    ScopedLock lock(gModuleMutex);
+    result = prv_open_module();
+  }
+  LOG_RETURN();
+  return result;
+}
+
+int vurn_close(int join) {
+  (void)join;  // no thread of the module's own runs in this release
+  ScopedLock lock(gModuleMutex);
+  if (gModuleOpen) prv_close_link();
+  return VURN_OK;
+}
+
+int vurn_get_module_flags(unsigned* flags) {
+  *flags = 1;
+  return VURN_OK;
+}
+
+void vurn_set_log_mask(unsigned mask) {
+  __atomic_store_n(&gZOPModuleLogMask, mask, __ATOMIC_RELAXED);
+}
+
+int vurn_try_to_use_home_network() { return VURN_OK; }
+
+int vurn_update_prl() {
+  ScopedLock lock(gModuleMutex);
+  return gModuleOpen ? VURN_OK : VURN_ERR_NOT_OPEN;
+}

@@ -1,0 +1,11 @@
+#!/bin/sh
+# Builds everything with sanitizers and runs the tests. Usage: sanitized_tests.sh SANITIZERS
+set -e
+sanitizers=$1
+build=build/$(echo "$sanitizers" | tr ',' '-')
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZOP_SANITIZE="$sanitizers" \
+  --log-level=WARNING > /dev/null
+cmake --build "$build" -j "$(nproc)"
+export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1
+export TSAN_OPTIONS=halt_on_error=1
+ctest --test-dir "$build" -j "$(nproc)" --output-on-failure

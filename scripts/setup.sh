@@ -1,0 +1,30 @@
+#!/bin/sh
+# Installs the packages of packages.txt that are missing. Needs no network when none is. Says one
+# line when something can't be had.
+here=$(dirname "$0")
+packages=$(sed -e 's/#.*//' "$here/packages.txt")
+missing=
+for package in $packages; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' ||
+    missing="$missing $package"
+done
+[ -z "$missing" ] && exit 0
+
+fail() { echo "setup: $*" >&2; exit 1; }
+as_root=
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || fail "root or sudo is needed to install:$missing"
+  as_root=sudo
+fi
+command -v apt-get >/dev/null || fail "no apt-get here; install by hand:$missing"
+
+echo "setup: installing$missing"
+log=$(mktemp) || exit 1
+trap 'rm -f "$log"' EXIT
+install() {
+  $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing \
+    > "$log" 2>&1
+}
+# The package lists may be absent or old: refresh them and try once more.
+install || { $as_root apt-get update > "$log" 2>&1 && install; } ||
+  fail "could not install$missing: $(grep -E '^(E|Err)' "$log" | head -1)"

@@ -1,0 +1,99 @@
+// Identity conversions: the text, and that nothing is written behind it.
+#include "link/conversions.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+
+#include "tests/support/world.h"
+
+using test::Bytes;
+using test::hex;
+
+// What a conversion writes over a canvas of "~"; a terminator shows as "|".
+static std::string painted(const std::function<void(char*)>& convert) {
+  char canvas[41] = {};
+  memset(canvas, '~', 40);
+  convert(canvas);
+  std::string text;
+  for (size_t i = 0; i < 40; ++i) text += canvas[i] == '\0' ? '|' : canvas[i];
+  return text.substr(0, text.find_last_not_of('~') + 1);
+}
+
+struct Row {
+  const char* input;  // hex
+  const char* text;
+};
+
+TEST(Conversions, bcd) {
+  const Row rows[] = {
+      {"02 21 f3", "123?"},          // the filler stays, unterminated
+      {"02 21 43", "1234|"},  {"00", "|"}, {"01 ba", "*#|"}, {"02 dc e1", "ab1c|"},
+  };
+  for (const Row& row : rows) {
+    Bytes in = hex(row.input);
+    EXPECT_EQ(painted([&](char* out) { bcd_to_ascii(in.data(), out); }), row.text) << row.input;
+  }
+  bcd_to_ascii(nullptr, nullptr);
+}
+
+TEST(Conversions, mobile_identity) {
+  const Row rows[] = {
+      {"08 39 01 14 00 00 00 00 21", "310410000000012|"},  // odd number of digits
+      {"08 31 01 14 00 00 00 00 f1", "31041000000001|"},   // even: the last nibble is filler
+      {"00", "|"},
+      {"01 19", "1|"},
+      {"01 11", "|"},
+  };
+  for (const Row& row : rows) {
+    Bytes in = hex(row.input);
+    EXPECT_EQ(painted([&](char* out) { Mobile_ID_bcd_to_ascii(in.data(), out); }), row.text)
+        << row.input;
+  }
+}
+
+TEST(Conversions, location_area) {
+  const Row rows[] = {{"13 f0 14 1a 2b", "310-41 0x1A2B"}, {"13 00 14 1a 2b", "310-410 0x1A2B"}};
+  for (const Row& row : rows) {
+    Bytes in = hex(row.input);
+    EXPECT_EQ(painted([&](char* out) { util_locationID_to_ascii(in.data(), out); }), row.text);
+  }
+}
+
+TEST(Conversions, hexadecimal) {
+  Bytes in = hex("00 9f a0");
+  EXPECT_EQ(painted([&](char* out) { byte_to_HexAscii(in.data(), 3, out); }), "009FA0");
+  EXPECT_EQ(painted([&](char* out) { byte_to_HexAscii(in.data(), 0, out); }), "");
+  EXPECT_EQ(painted([&](char* out) { byte_to_HexAscii(in.data(), -1, out); }), "");
+}
+
+TEST(Conversions, mobile_identification_number) {
+  struct {
+    uint32_t value;
+    const char* text;
+  } min2[] = {{0, "111"}, {999, "000"}, {123, "234"}, {1023, "134"}};
+  for (auto& row : min2) {
+    EXPECT_EQ(painted([&](char* out) { EXPECT_EQ(MIN2_TO_DEC(row.value, out), 0); }), row.text);
+  }
+  struct {
+    uint32_t first, fourth, last;
+    const char* text;
+  } min1[] = {{0, 0, 0, "0000000"}, {999, 10, 999, "0000000|"}, {123, 5, 0, "2345111|"}};
+  for (auto& row : min1) {
+    uint32_t value = row.first << 14 | row.fourth << 10 | row.last;
+    EXPECT_EQ(painted([&](char* out) { EXPECT_EQ(MIN1_TO_DEC(value, out), 0); }), row.text);
+  }
+}
+
+TEST(Conversions, build_date) {
+  char build[64] = "Jan 05 2010 12:00:00";
+  auto version = [&](char* out) { EXPECT_EQ(parser_version(build, out), 7); };
+  build[49] = 1;
+  EXPECT_EQ(painted(version), "010510C|");
+  build[49] = 0;
+  memcpy(build, "Dec 31 1999", 11);
+  EXPECT_EQ(painted(version), "123199E|");
+  memcpy(build, "Foo 31 1999", 11);
+  EXPECT_EQ(painted(version), "003199E|");
+}

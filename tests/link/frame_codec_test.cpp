@@ -1,0 +1,139 @@
+// The frame codec against published vectors, an independent CRC, and hostile input. A fault here
+// would make every command fail, or accept a damaged answer.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "link/frame_codec.h"
+#include "tests/support/far_ends.h"
+
+using test::Bytes;
+using test::frame;
+using test::hex;
+using test::to_hex;
+
+static Bytes encode(const Bytes& payload, bool leading_flag = false) {
+  Bytes wire(2 * (payload.size() + 2) + 2);
+  wire.resize(encode_frame(wire.data(), payload.data(), static_cast<uint32_t>(payload.size()),
+                           leading_flag));
+  return wire;
+}
+
+struct Decoded {
+  int32_t result;
+  Bytes buffer;  // the caller's, as the decoder left it
+};
+
+// Decodes a frame without its closing flag, in a buffer of exactly its size.
+static Decoded decode(const Bytes& wire) {
+  Bytes buffer(wire.begin(), wire.end() - 1);
+  int32_t result = DiagPacketRXCRC(buffer.data(), static_cast<uint32_t>(buffer.size()));
+  return {result, buffer};
+}
+
+struct Vector {
+  std::string name;
+  Bytes payload;
+  Bytes wire;
+};
+
+static std::vector<Vector> published_vectors() {
+  std::vector<Vector> vectors;
+  std::ifstream file(TEST_DATA "/diag-frames.txt");
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::stringstream columns(line);
+    std::string name, payload, wire;
+    std::getline(columns, name, '|');
+    std::getline(columns, payload, '|');
+    std::getline(columns, wire, '|');
+    vectors.push_back({name, hex(payload), hex(wire)});
+  }
+  return vectors;
+}
+
+TEST(FrameCodec, published_vectors_both_ways) {
+  std::vector<Vector> vectors = published_vectors();
+  ASSERT_GT(vectors.size(), 50u);
+  for (const Vector& vector : vectors) {
+    EXPECT_EQ(to_hex(encode(vector.payload)), to_hex(vector.wire)) << vector.name;
+    Decoded decoded = decode(vector.wire);
+    EXPECT_EQ(decoded.result, 0) << vector.name;
+    EXPECT_EQ(static_cast<size_t>(m_nRxLen), vector.payload.size()) << vector.name;
+    decoded.buffer.resize(vector.payload.size());
+    EXPECT_EQ(to_hex(decoded.buffer), to_hex(vector.payload)) << vector.name;
+  }
+}
+
+TEST(FrameCodec, leading_flag_is_one_byte_in_front) {
+  Bytes wire = encode(hex("1d"), true);
+  EXPECT_EQ(to_hex(wire), "7e 1d 1c 3b 7e");
+}
+
+TEST(FrameCodec, empty_payload_is_the_complemented_start_value) {
+  EXPECT_EQ(to_hex(encode({})), "00 00 7e");
+}
+
+TEST(FrameCodec, round_trip_of_every_length_and_byte_value) {
+  std::mt19937 random(1);
+  for (size_t length = 0; length <= 360; ++length) {
+    Bytes payload(length);
+    for (size_t i = 0; i < length; ++i) {
+      uint8_t counted = static_cast<uint8_t>(length + i);
+      uint8_t stuffed = (random() & 1) != 0 ? 0x7D : 0x7E;
+      payload[i] = (random() & 3) != 0 ? counted : stuffed;
+    }
+    Bytes wire = encode(payload);
+    ASSERT_EQ(to_hex(wire), to_hex(frame(payload)));
+    if (length == 0) continue;  // two check bytes alone are below the shortest frame
+    Decoded decoded = decode(wire);
+    ASSERT_EQ(decoded.result, 0) << length;
+    decoded.buffer.resize(length);
+    ASSERT_EQ(to_hex(decoded.buffer), to_hex(payload));
+    ASSERT_EQ(memcmp(m_pRxDataBufs, payload.data(), length), 0);
+  }
+}
+
+TEST(FrameCodec, damaged_frames_are_refused_and_left_as_received) {
+  Bytes good = frame(hex("cf 20 00 00 00 7e 7d ff"));
+  for (size_t bit = 0; bit < 8 * (good.size() - 1); ++bit) {
+    Bytes damaged = good;
+    damaged[bit / 8] ^= static_cast<uint8_t>(1 << bit % 8);
+    Decoded decoded = decode(damaged);
+    EXPECT_EQ(decoded.result, -1) << "bit " << bit;
+    EXPECT_EQ(to_hex(decoded.buffer), to_hex({damaged.begin(), damaged.end() - 1}));
+  }
+}
+
+TEST(FrameCodec, a_bad_residue_still_tells_the_length) {
+  Bytes damaged = frame(hex("01 02 03 04"));
+  damaged[0] ^= 1;
+  EXPECT_EQ(decode(damaged).result, -1);
+  EXPECT_EQ(m_nRxLen, 4);
+}
+
+TEST(FrameCodec, lengths_outside_the_limits_are_refused) {
+  Bytes buffer(5001, 0);
+  for (uint32_t length : {0u, 1u, 2u, 5001u, 0xFFFFFFFFu}) {
+    EXPECT_EQ(DiagPacketRXCRC(buffer.data(), length), -1) << length;
+  }
+}
+
+// An escape at the end of the input must not make the decoder read the byte behind it.
+TEST(FrameCodec, a_lone_escape_at_the_end_is_refused) {
+  for (const char* text : {"7d 7d 7d", "01 02 7d", "7d 5e 7d 5d 7d"}) {
+    Bytes buffer = hex(text);
+    EXPECT_EQ(DiagPacketRXCRC(buffer.data(), static_cast<uint32_t>(buffer.size())), -1) << text;
+  }
+  // Everything is escaped down to one byte: fewer than the two check bytes.
+  Bytes buffer = hex("7d 5e 7d");
+  EXPECT_EQ(DiagPacketRXCRC(buffer.data(), 3), -1);
+}
+
+TEST(FrameCodec, an_opening_flag_left_in_the_input_fails_the_check) {
+  Bytes wire = frame(hex("1d"));
+  wire.insert(wire.begin(), 0x7E);
+  EXPECT_EQ(decode(wire).result, -1);
+}

@@ -1,0 +1,226 @@
+// The serial port: line settings, the claim, short and failing calls, a silent and a yanked device.
+// Every fatal error must leave the port closed and free.
+#include "link/serial_port.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "tests/support/far_ends.h"
+
+using namespace std::chrono_literals;
+using namespace test;
+
+static const char DEVICE[] = "/dev/tts/USB1";
+
+class SerialPort : public testing::Test {
+ protected:
+  void SetUp() override {
+    SER_SIG = 0;
+    SIO_USED_LOCK = 0;
+    efs_clear = 0;
+    world.far_end = &modem;
+  }
+  void TearDown() override {
+    diag_close();
+    SIO_USED_LOCK = 0;
+  }
+  void expect_closed_and_free() {
+    EXPECT_EQ(diag_status(), 0);
+    EXPECT_EQ(SIO_USED_LOCK, 0u);
+    EXPECT_FALSE(world.port_is_open());
+  }
+  int32_t exchange() {
+    int32_t written = diag_write(hex("1d 7e").data(), 2);
+    return written == 2 ? diag_read(answer) : written;
+  }
+
+  World world;
+  Script modem;
+  uint8_t answer[RESPONSE_SIZE] = {};
+};
+
+TEST_F(SerialPort, open_sets_the_line_and_close_restores_it) {
+  world.line_settings.c_iflag = ICRNL;
+  world.line_settings.c_cc[VINTR] = 3;
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  EXPECT_EQ(diag_status(), 1);
+  EXPECT_EQ(world.line_settings.c_iflag, 0x4u);
+  EXPECT_EQ(world.line_settings.c_oflag, 0x1u);
+  EXPECT_EQ(world.line_settings.c_cflag, 0x10B2u);
+  EXPECT_EQ(world.line_settings.c_lflag, 0u);
+  for (cc_t c : world.line_settings.c_cc) EXPECT_EQ(c, 0);
+  EXPECT_EQ(world.flushes, 1);
+  diag_close();
+  EXPECT_EQ(world.line_settings.c_iflag, static_cast<tcflag_t>(ICRNL));
+  EXPECT_EQ(world.line_settings.c_cc[VINTR], 3);
+  expect_closed_and_free();
+  diag_close();
+  EXPECT_EQ(SER_SIG, 0);
+}
+
+TEST_F(SerialPort, a_failed_open_reads_as_open_until_the_first_write) {
+  world.missing[DEVICE] = ENOENT;
+  EXPECT_EQ(diag_open(DEVICE), PORT_ERROR);
+  EXPECT_EQ(SER_SIG, -1);
+  EXPECT_EQ(diag_status(), 1);
+  EXPECT_EQ(exchange(), PORT_ERROR);
+  expect_closed_and_free();
+}
+
+TEST_F(SerialPort, a_second_open_leaks_no_descriptor) {
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  diag_close();
+  expect_closed_and_free();
+}
+
+TEST_F(SerialPort, closed_port_fails_without_touching_descriptor_0) {
+  EXPECT_EQ(exchange(), PORT_ERROR);
+  EXPECT_EQ(diag_read(answer), PORT_ERROR);
+  EXPECT_EQ(diag_read_wait_1sec(answer), PORT_ERROR);
+  EXPECT_EQ(dload_read(answer), 0);
+  EXPECT_TRUE(world.select_limits.empty());
+  expect_closed_and_free();
+}
+
+TEST_F(SerialPort, the_claim_lasts_from_write_to_the_end_of_the_answer) {
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  modem.answers = {{{hex("01 02")}, {hex("03"), 4s}, {hex("04 7e 05"), 4s}, {hex("06 7e"), 4s}}};
+  ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
+  EXPECT_EQ(SIO_USED_LOCK, 1u);
+  EXPECT_FALSE(try_claim_port());
+  // A piece that does not end in a flag is joined with the next, even when a flag is inside it.
+  EXPECT_EQ(diag_read(answer), 8);
+  EXPECT_EQ(to_hex({answer, 8}), "01 02 03 04 7e 05 06 7e");
+  EXPECT_EQ(SIO_USED_LOCK, 0u);
+  EXPECT_EQ(diag_status(), 1);
+}
+
+TEST_F(SerialPort, what_follows_a_finished_frame_stays_for_the_next_read) {
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  modem.answers = {{{hex("01 7e")}, {hex("02 7e")}}};
+  EXPECT_EQ(exchange(), 2);
+  EXPECT_EQ(diag_read(answer), 2);
+  EXPECT_EQ(answer[0], 2);
+}
+
+TEST_F(SerialPort, a_sender_waits_for_the_claim_and_then_gives_up) {
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  SIO_USED_LOCK = 1;
+  EXPECT_EQ(diag_write(hex("1d 7e").data(), 2), PORT_ERROR);
+  EXPECT_EQ(world.sleeps, std::vector<Time>(100, 2ms));
+  EXPECT_TRUE(world.written.empty());
+  expect_closed_and_free();
+}
+
+// What one exchange meets on the port, and what comes of it.
+struct Weather {
+  const char* name;
+  std::deque<PortCall> writes, selects, reads;
+  int32_t result;
+};
+
+TEST_F(SerialPort, every_failure_closes_and_frees_the_port) {
+  const Weather rows[] = {
+      {"write error", {Fail{EIO}}, {}, {}, PORT_ERROR},
+      {"write error after a piece", {Accept{1}, Fail{EIO}}, {}, {}, PORT_ERROR},
+      {"writes that take nothing", std::deque<PortCall>(15, Accept{0}), {}, {}, 0},
+      {"select error", {}, {Fail{EBADF}}, {}, PORT_ERROR},
+      {"read error", {}, {}, {Fail{EIO}}, PORT_ERROR},
+      {"16 empty reads", {}, std::deque<PortCall>(16, Accept{1}),
+       std::deque<PortCall>(16, Accept{0}), PORT_ERROR},
+  };
+  for (const Weather& row : rows) {
+    ASSERT_EQ(diag_open(DEVICE), 1);
+    modem.answers = {{{hex("01 7e")}}};
+    world.writes = row.writes;
+    world.selects = row.selects;
+    world.reads = row.reads;
+    EXPECT_EQ(exchange(), row.result) << row.name;
+    EXPECT_TRUE(world.writes.empty()) << row.name;
+    EXPECT_TRUE(world.reads.empty()) << row.name;
+    expect_closed_and_free();
+  }
+}
+
+TEST_F(SerialPort, interrupted_and_short_calls_are_no_failures) {
+  const Weather rows[] = {
+      {"interrupted", {Fail{EINTR}}, {Fail{EINTR}, Fail{EINTR}}, {Fail{EINTR}}, 2},
+      {"14 writes that take nothing", std::deque<PortCall>(14, Accept{0}), {}, {}, 2},
+      {"byte by byte", {Accept{1}, Accept{1}}, {}, {Accept{1}, Accept{1}}, 2},
+      {"15 empty reads", {}, std::deque<PortCall>(15, Accept{1}),
+       std::deque<PortCall>(15, Accept{0}), 2},
+  };
+  for (const Weather& row : rows) {
+    ASSERT_EQ(diag_open(DEVICE), 1);
+    modem.answers = {{{hex("01 7e")}}};
+    world.writes = row.writes;
+    world.selects = row.selects;
+    world.reads = row.reads;
+    EXPECT_EQ(exchange(), row.result) << row.name;
+    EXPECT_EQ(diag_status(), 1) << row.name;
+    diag_close();
+  }
+}
+
+TEST_F(SerialPort, silence_ends_in_a_time_out_and_a_closed_port) {
+  struct {
+    int32_t (*read)(uint8_t*);
+    Time limit;
+  } rows[] = {{diag_read, 5s}, {diag_read_wait_1sec, 1s}};
+  for (auto& row : rows) {
+    ASSERT_EQ(diag_open(DEVICE), 1);
+    modem.answers = {{{hex("01 02")}}};
+    diag_write(hex("1d 7e").data(), 2);
+    Time start = world.now();
+    EXPECT_EQ(row.read(answer), PORT_TIMEOUT);
+    EXPECT_EQ(world.now() - start, row.limit);
+    expect_closed_and_free();
+  }
+}
+
+TEST_F(SerialPort, an_answer_that_fills_the_buffer_without_a_flag_is_refused) {
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  modem.answers = {{{Bytes(400, 0x55)}, {hex("7e")}}};
+  EXPECT_EQ(exchange(), PORT_ERROR);
+  expect_closed_and_free();
+  EXPECT_EQ(world.now(), Time{0});
+}
+
+TEST_F(SerialPort, an_unplugged_device_ends_the_read) {
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  modem.answers = {{{hex("01 02")}, {hex("03 7e"), 1s}}};
+  ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
+  modem.unplugged = true;
+  EXPECT_EQ(diag_read(answer), PORT_ERROR);
+  expect_closed_and_free();
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  EXPECT_EQ(exchange(), PORT_ERROR);
+  expect_closed_and_free();
+}
+
+TEST_F(SerialPort, download_reads_wait_long_and_leave_the_port_open) {
+  uint8_t big[DLOAD_SIZE];
+  for (bool erasing : {false, true}) {
+    ASSERT_EQ(diag_open(DEVICE), 1);
+    efs_clear = erasing ? 1 : 0;
+    diag_write(hex("06 7e").data(), 2);
+    Time start = world.now();
+    EXPECT_EQ(dload_read(big), 0);
+    EXPECT_EQ(world.now() - start, erasing ? 30s : 4s);
+    EXPECT_EQ(diag_status(), 1);
+    EXPECT_EQ(SIO_USED_LOCK, 0u);
+  }
+  // Two pieces that are there are one answer; a third is not waited for.
+  modem.answers = {{{Bytes(2048, 0x11)}, {Bytes(20, 0x22)}, {hex("33")}}};
+  diag_write(hex("06 7e").data(), 2);
+  EXPECT_EQ(dload_read(big), 2068);
+  EXPECT_EQ(big[2067], 0x22);
+  // Errors are added in as the -1 they are.
+  modem.answers = {{{hex("01 7e")}}};
+  diag_write(hex("06 7e").data(), 2);
+  world.reads = {Accept{2}, Fail{EIO}};
+  EXPECT_GE(dload_read(big), 0);
+}

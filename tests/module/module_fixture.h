@@ -1,0 +1,54 @@
+// A module in its World with a modem that answers what a test tells it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "core/module_state.h"
+#include "include/vurn.h"
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
+#include "link/serial_port.h"
+#include "tests/support/far_ends.h"
+
+namespace test {
+
+inline const char DEVICE[] = "/dev/tts/USB1";
+enum : unsigned { LOG_EVERYTHING = 0xFFFFFFFF };
+
+class ModuleTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    setenv("TZ", "UTC", 1);
+    tzset();
+    gDiagInfo = {};
+    gModuleOpen = false;
+    SER_SIG = 0;
+    SIO_USED_LOCK = 0;
+    world.far_end = &modem;
+    world.missing["/proc/uptime"] = ENOENT;
+    vurn_set_log_mask(0);
+  }
+  void TearDown() override { vurn_close(1); }
+
+  // Answer to each request, by the request's payload as hex: payload, or "" for silence.
+  std::map<std::string, std::string> answers = {
+      {"d2 00 00", "d2 00 00 00 00 00 02 01 03"},
+      {"cf 5d 00", "cf 5d 00 00 00 46 57 2d 31"},  // FW-1
+      {"cf 48 00", "cf 48 00 00 00 48 57 2d 31"},  // HW-1
+  };
+
+  // Fails the request with a status that every command refuses, or an undecodable answer.
+  void refuse(const std::string& request) { answers[request] = request + " 01 00"; }
+  void garble(const std::string& request) { answers[request] = ""; }
+
+  World world;
+  AnsweringModem modem{[this](const Bytes& request) -> std::optional<Bytes> {
+    auto it = answers.find(to_hex(request));
+    if (it == answers.end()) return std::nullopt;
+    return hex(it->second);
+  }};
+};
+
+}  // namespace test

@@ -1,0 +1,193 @@
+// The system calls of the module under test, defined by the test program: they reach the World
+// while there is one, and the system otherwise. The real calls go by system call number, so that
+// they work before any library is initialised.
+#undef _FORTIFY_SOURCE
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <stdio.h>
+#include <sys/select.h>
+#include <sys/syscall.h>
+#include <syslog.h>
+#include <termios.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <mutex>
+
+#include "tests/support/world.h"
+
+using test::Time;
+using test::World;
+using namespace std::chrono_literals;
+
+static const char MODEM_DEVICE[] = "/dev/tts/USB1";
+
+#define EXPORTED extern "C" __attribute__((visibility("default")))
+#define IN_WORLD(world)                                       \
+  World* world = World::current();                            \
+  std::unique_lock<std::recursive_mutex> world_lock;          \
+  if (world != nullptr) world_lock = std::unique_lock(world->mutex)
+
+// The file behind a path: the path itself, another file, or an error.
+static const char* real_path(World* world, const char* path) {
+  if (world == nullptr) return path;
+  if (auto it = world->missing.find(path); it != world->missing.end()) {
+    errno = it->second;
+    return nullptr;
+  }
+  if (auto it = world->files.find(path); it != world->files.end()) return it->second.c_str();
+  return path;
+}
+
+static int open_in_world(const char* path, int flags, mode_t mode) {
+  IN_WORLD(world);
+  const char* real = real_path(world, path);
+  if (real == nullptr) return -1;
+  if (world != nullptr && real == path && strcmp(path, MODEM_DEVICE) == 0) {
+    return world->open_port();
+  }
+  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, real, flags, mode));
+}
+
+static mode_t mode_of(int flags, va_list arguments) {
+  return (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+}
+
+#define DEFINE_OPEN(name)                           \
+  EXPORTED int name(const char* path, int flags, ...) { \
+    va_list arguments;                              \
+    va_start(arguments, flags);                     \
+    mode_t mode = mode_of(flags, arguments);        \
+    va_end(arguments);                              \
+    return open_in_world(path, flags, mode);        \
+  }
+DEFINE_OPEN(open)
+DEFINE_OPEN(open64)
+EXPORTED int __open_2(const char* path, int flags) { return open_in_world(path, flags, 0); }
+EXPORTED int __open64_2(const char* path, int flags) { return open_in_world(path, flags, 0); }
+
+static FILE* fopen_in_world(const char* name, const char* path, const char* mode) {
+  IN_WORLD(world);
+  const char* real = real_path(world, path);
+  if (real == nullptr) return nullptr;
+  using Fopen = FILE* (*)(const char*, const char*);
+  return reinterpret_cast<Fopen>(dlsym(RTLD_NEXT, name))(real, mode);
+}
+EXPORTED FILE* fopen(const char* path, const char* mode) {
+  return fopen_in_world("fopen", path, mode);
+}
+EXPORTED FILE* fopen64(const char* path, const char* mode) {
+  return fopen_in_world("fopen64", path, mode);
+}
+
+EXPORTED int close(int fd) {
+  IN_WORLD(world);
+  if (world != nullptr && world->is_port(fd)) return world->close_port(), 0;
+  return static_cast<int>(syscall(SYS_close, fd));
+}
+
+EXPORTED ssize_t write(int fd, const void* bytes, size_t size) {
+  {
+    IN_WORLD(world);
+    if (world != nullptr && world->is_port(fd)) {
+      return world->write_port(static_cast<const uint8_t*>(bytes), size);
+    }
+  }
+  return syscall(SYS_write, fd, bytes, size);
+}
+
+EXPORTED ssize_t read(int fd, void* bytes, size_t size) {
+  {
+    IN_WORLD(world);
+    if (world != nullptr && world->is_port(fd)) {
+      return world->read_port(static_cast<uint8_t*>(bytes), size);
+    }
+  }
+  return syscall(SYS_read, fd, bytes, size);
+}
+EXPORTED ssize_t __read_chk(int fd, void* bytes, size_t size, size_t) {
+  return read(fd, bytes, size);
+}
+
+EXPORTED int select(int count, fd_set* in, fd_set* out, fd_set* except, timeval* limit) {
+  {
+    IN_WORLD(world);
+    if (world != nullptr && in != nullptr && count > 0 && world->is_port(count - 1)) {
+      return world->wait_for_input(std::chrono::seconds(limit->tv_sec) +
+                                   std::chrono::microseconds(limit->tv_usec));
+    }
+  }
+  timespec real = {limit != nullptr ? limit->tv_sec : 0,
+                   limit != nullptr ? limit->tv_usec * 1000 : 0};
+  return static_cast<int>(syscall(SYS_pselect6, count, in, out, except,
+                                  limit != nullptr ? &real : nullptr, nullptr));
+}
+
+EXPORTED int tcgetattr(int fd, termios* settings) noexcept {
+  IN_WORLD(world);
+  if (world == nullptr || !world->is_port(fd)) return errno = ENOTTY, -1;
+  *settings = world->line_settings;
+  return 0;
+}
+EXPORTED int tcsetattr(int fd, int, const termios* settings) noexcept {
+  IN_WORLD(world);
+  if (world == nullptr || !world->is_port(fd)) return errno = ENOTTY, -1;
+  world->line_settings = *settings;
+  return 0;
+}
+EXPORTED int tcflush(int fd, int) noexcept {
+  IN_WORLD(world);
+  if (world == nullptr || !world->is_port(fd)) return errno = ENOTTY, -1;
+  ++world->flushes;
+  return 0;
+}
+
+static void sleep_in_world(Time time) {
+  {
+    IN_WORLD(world);
+    if (world != nullptr) return world->pass(time);
+  }
+  timespec real = {static_cast<time_t>(time / 1s), static_cast<long>((time % 1s).count())};
+  syscall(SYS_nanosleep, &real, nullptr);
+}
+EXPORTED unsigned sleep(unsigned seconds) { return sleep_in_world(std::chrono::seconds(seconds)), 0; }
+EXPORTED int usleep(useconds_t us) { return sleep_in_world(std::chrono::microseconds(us)), 0; }
+
+EXPORTED int clock_gettime(clockid_t clock, timespec* now) noexcept {
+  World* world = World::current();
+  if (world == nullptr) return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+  if (world->clock_error != 0) return errno = world->clock_error, -1;
+  auto since_start = world->now();
+  time_t start = clock == CLOCK_REALTIME ? world->wall_clock_start : 1000;
+  *now = {start + static_cast<time_t>(since_start / 1s), static_cast<long>((since_start % 1s).count())};
+  return 0;
+}
+EXPORTED time_t time(time_t* result) noexcept {
+  timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  if (result != nullptr) *result = now.tv_sec;
+  return now.tv_sec;
+}
+
+static void log_in_world(int priority, const char* format, va_list arguments) {
+  char text[4096];
+  vsnprintf(text, sizeof text, format, arguments);
+  IN_WORLD(world);
+  if (world != nullptr) world->log.push_back({priority, text});
+}
+EXPORTED void syslog(int priority, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  log_in_world(priority, format, arguments);
+  va_end(arguments);
+}
+EXPORTED void __syslog_chk(int priority, int, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  log_in_world(priority, format, arguments);
+  va_end(arguments);
+}

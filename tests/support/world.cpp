@@ -1,0 +1,132 @@
+// The World's clock and port. Input of the port is taken from the far end in pieces: one read gives
+// one piece, as a USB modem's packets arrive.
+#include "tests/support/world.h"
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <stdexcept>
+
+namespace test {
+
+static World* current_world = nullptr;
+
+World::World() { current_world = this; }
+World::~World() {
+  if (port_ >= 0) close_port();
+  current_world = nullptr;
+}
+World* World::current() { return current_world; }
+
+std::string World::log_text() const {
+  std::string text;
+  for (const LogLine& line : log) text += line.text + "\n";
+  return text;
+}
+
+int World::open_port() {
+  ++opens;
+  if (port_ >= 0) throw std::logic_error("the port was opened twice without a close");
+  port_ = static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", O_RDWR, 0));
+  input_.clear();
+  return port_;
+}
+
+void World::close_port() {
+  syscall(SYS_close, port_);
+  port_ = -1;
+}
+
+// Takes one planned misbehaviour off its queue.
+static std::optional<PortCall> next(std::deque<PortCall>& plan) {
+  if (plan.empty()) return std::nullopt;
+  PortCall call = plan.front();
+  plan.pop_front();
+  return call;
+}
+
+ssize_t World::write_port(const uint8_t* bytes, size_t size) {
+  if (far_end != nullptr && far_end->gone(now_)) return errno = EIO, -1;
+  if (auto call = next(writes)) {
+    if (call->error != 0) return errno = call->error, -1;
+    size = std::min(size, *call->at_most);
+  }
+  written.insert(written.end(), bytes, bytes + size);
+  if (far_end != nullptr) far_end->receive({bytes, size}, now_);
+  return static_cast<ssize_t>(size);
+}
+
+ssize_t World::read_port(uint8_t* bytes, size_t size) {
+  if (far_end != nullptr && far_end->gone(now_)) return 0;
+  fetch();
+  size = std::min(size, input_.size());
+  if (auto call = next(reads)) {
+    if (call->error != 0) return errno = call->error, -1;
+    size = std::min(size, *call->at_most);
+  }
+  std::copy_n(input_.begin(), size, bytes);
+  input_.erase(input_.begin(), input_.begin() + static_cast<ptrdiff_t>(size));
+  return static_cast<ssize_t>(size);
+}
+
+bool World::fetch() {
+  if (input_.empty() && far_end != nullptr) {
+    Bytes piece = far_end->take(now_);
+    input_.insert(input_.end(), piece.begin(), piece.end());
+  }
+  return !input_.empty();
+}
+
+int World::wait_for_input(Time limit) {
+  select_limits.push_back(limit);
+  if (auto call = next(selects)) {
+    if (call->error != 0) return errno = call->error, -1;
+    return static_cast<int>(*call->at_most);
+  }
+  Time end = now_ + limit;
+  for (;;) {
+    if (far_end != nullptr && far_end->gone(now_)) return 1;
+    if (fetch()) return 1;
+    std::optional<Time> due = far_end != nullptr ? far_end->next_due() : std::nullopt;
+    if (!due || *due > end) break;
+    now_ = std::max(now_, *due);
+  }
+  now_ = end;
+  return 0;
+}
+
+void World::pass(Time time) {
+  sleeps.push_back(time);
+  now_ += time;
+  if (on_sleep) on_sleep(time);
+}
+
+Bytes hex(const std::string& text) {
+  Bytes bytes;
+  std::string digits;
+  for (char c : text) {
+    if (isspace(static_cast<unsigned char>(c))) continue;
+    digits += c;
+    if (digits.size() < 2) continue;
+    bytes.push_back(static_cast<uint8_t>(std::stoul(digits, nullptr, 16)));
+    digits.clear();
+  }
+  if (!digits.empty()) throw std::invalid_argument("odd number of digits: " + text);
+  return bytes;
+}
+
+std::string to_hex(std::span<const uint8_t> bytes) {
+  static const char digits[] = "0123456789abcdef";
+  std::string text;
+  for (uint8_t byte : bytes) {
+    if (!text.empty()) text += ' ';
+    text += digits[byte >> 4];
+    text += digits[byte & 15];
+  }
+  return text;
+}
+
+}  // namespace test

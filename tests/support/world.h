@@ -1,0 +1,99 @@
+// The world around the module in a test: a clock that jumps, a serial port in memory, a syslog that
+// remembers, files that are somewhere else.
+//
+// The module under test is unchanged: the test program itself defines open, select, sleep, syslog
+// and so on (system_calls.cpp) and asks the World. One World exists at a time; with none, every
+// call goes to the system.
+#pragma once
+
+#include <termios.h>
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace test {
+
+using Time = std::chrono::nanoseconds;  // since the World began
+using Bytes = std::vector<uint8_t>;
+
+Bytes hex(const std::string& text);           // "cf 20 00", white space ignored
+std::string to_hex(std::span<const uint8_t>);
+
+// What is at the other end of the serial line.
+class FarEnd {
+ public:
+  virtual ~FarEnd() = default;
+  virtual void receive(std::span<const uint8_t> bytes, Time now) = 0;
+  virtual std::optional<Time> next_due() const = 0;  // when there is more to take
+  virtual Bytes take(Time now) = 0;                  // one piece, empty when nothing is due
+  virtual bool gone(Time) { return false; }          // the device has been unplugged
+};
+
+struct LogLine {
+  int priority;
+  std::string text;
+};
+
+// What the next calls on the port do instead of working: bytes to accept at the most, or an error.
+struct Accept { size_t bytes; };
+struct Fail { int error; };
+struct PortCall {
+  std::optional<size_t> at_most;
+  int error = 0;
+  PortCall(Accept accept) : at_most(accept.bytes) {}
+  PortCall(Fail fail) : error(fail.error) {}
+};
+
+class World {
+ public:
+  World();
+  ~World();
+  static World* current();
+
+  // ---- for the tests ----
+  FarEnd* far_end = nullptr;
+  std::vector<LogLine> log;
+  std::vector<Time> sleeps;
+  std::function<void(Time)> on_sleep;            // runs inside each sleep
+  std::vector<Time> select_limits;
+  std::map<std::string, std::string> files;      // path -> the real file behind it
+  std::map<std::string, int> missing;            // path -> errno of an attempt to open it
+  std::deque<PortCall> writes, reads, selects;   // upcoming calls on the port that misbehave
+  std::time_t wall_clock_start = 1'280'000'000;  // 24 July 2010
+  termios line_settings{};                       // of the device, as last applied
+  int clock_error = 0;                           // errno of clock_gettime
+  int opens = 0;
+  int flushes = 0;
+  Bytes written;                                 // all that went out on the port
+
+  Time now() const { return now_; }
+  void advance(Time by) { now_ += by; }
+  bool port_is_open() const { return port_ >= 0; }
+  std::string log_text() const;                  // all lines, one a line
+
+  // ---- for system_calls.cpp ----
+  std::recursive_mutex mutex;
+  bool is_port(int fd) const { return fd >= 0 && fd == port_; }
+  int open_port();
+  void close_port();
+  ssize_t write_port(const uint8_t* bytes, size_t size);
+  ssize_t read_port(uint8_t* bytes, size_t size);
+  int wait_for_input(Time limit);
+  void pass(Time time);                          // a sleep
+
+ private:
+  bool fetch();  // takes what the far end has to say by now; true when there is input
+  Time now_{0};
+  int port_ = -1;
+  std::deque<uint8_t> input_;
+};
+
+}  // namespace test
