@@ -1,0 +1,112 @@
+// Parsing and drawing of faults.
+#include "simulator/faults.h"
+
+#include <algorithm>
+#include <charconv>
+#include <stdexcept>
+
+namespace sim {
+
+struct KindRow {
+  const char* name;
+  FaultKind kind;
+  int min, max;      // of the value
+  int usual;         // value when none is given
+};
+
+static const KindRow KINDS[] = {
+    {"silence", FaultKind::SILENCE, 0, 0, 0},
+    {"delay", FaultKind::DELAY, 1, 3'600'000, 1000},
+    {"bad-crc", FaultKind::BAD_CRC, 0, 0, 0},
+    {"cut", FaultKind::CUT, 0, 4096, 1},
+    {"pieces", FaultKind::PIECES, 1, 4096, 1},
+    {"wrong-echo", FaultKind::WRONG_ECHO, 0, 2, 0},
+    {"extra", FaultKind::EXTRA, 1, 4096, 1},
+    {"hang-up", FaultKind::HANG_UP, 0, 4096, 0},
+    {"duplicate", FaultKind::DUPLICATE, 0, 0, 0},
+    {"error", FaultKind::ERROR, 1, 255, BAD_COMMAND},
+    {"status", FaultKind::STATUS, 0, 0xFFFF, 1},
+    {"flip", FaultKind::FLIP, 0, 8 * 4096, 0},
+};
+
+const char* fault_name(FaultKind kind) {
+  return std::ranges::find(KINDS, kind, &KindRow::kind)->name;
+}
+
+template <typename Number>
+static Number number(const std::string& text, const std::string& what) {
+  Number value{};
+  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc{} || end != text.data() + text.size()) {
+    throw std::invalid_argument(what + ": \"" + text + "\" is no number");
+  }
+  return value;
+}
+
+static void set_kind(Fault& fault, const std::string& text) {
+  std::string name = text.substr(0, text.find('='));
+  auto row = std::ranges::find(KINDS, name, &KindRow::name);
+  if (row == std::end(KINDS)) {
+    std::string known;
+    for (const KindRow& kind : KINDS) known += std::string(known.empty() ? "" : ", ") + kind.name;
+    throw std::invalid_argument("no fault \"" + name + "\"; there are " + known);
+  }
+  fault.kind = row->kind;
+  fault.value = row->usual;
+  if (name.size() == text.size()) return;
+  fault.value = number<int>(text.substr(name.size() + 1), name);
+  if (fault.value < row->min || fault.value > row->max) {
+    throw std::invalid_argument(name + " takes " + std::to_string(row->min) + " to " +
+                                std::to_string(row->max));
+  }
+}
+
+static void set_option(Fault& fault, const std::string& option) {
+  size_t equals = option.find('=');
+  std::string key = option.substr(0, equals);
+  std::string value = equals == std::string::npos ? "" : option.substr(equals + 1);
+  if (key == "request") {
+    if (find_request_named(value) == nullptr) {
+      throw std::invalid_argument("no request \"" + value + "\"");
+    }
+    fault.request = value;
+  } else if (key == "skip") {
+    fault.skip = number<int>(value, key);
+  } else if (key == "count") {
+    fault.count = number<int>(value, key);
+  } else if (key == "chance") {
+    fault.chance = number<double>(value, key);
+  } else {
+    throw std::invalid_argument("no option \"" + key + "\"; there are request, skip, count, chance");
+  }
+}
+
+Fault parse_fault(const std::string& text) {
+  Fault fault;
+  size_t colon = text.find(':');
+  set_kind(fault, text.substr(0, colon));
+  while (colon != std::string::npos) {
+    size_t end = text.find(',', colon + 1);
+    size_t length = end == std::string::npos ? end : end - colon - 1;
+    set_option(fault, text.substr(colon + 1, length));
+    colon = end;
+  }
+  return fault;
+}
+
+std::optional<Fault> Faults::strike(const std::string& request) {
+  for (Fault& fault : faults_) {
+    if (!fault.request.empty() && fault.request != request) continue;
+    if (fault.count == 0) continue;
+    if (fault.chance < 1.0 && std::uniform_real_distribution<>()(random_) >= fault.chance) continue;
+    if (fault.skip > 0) {
+      --fault.skip;
+      continue;
+    }
+    if (fault.count > 0) --fault.count;
+    return fault;
+  }
+  return std::nullopt;
+}
+
+}  // namespace sim

@@ -1,0 +1,168 @@
+// zop-modem-sim: the simulated modem as a process on a pseudo-terminal.
+#include <fmt/format.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "simulator/modem.h"
+#include "simulator/terminal.h"
+
+namespace fs = std::filesystem;
+
+static const char EXAMPLES[] = R"(
+The first line on standard output is the path of the terminal to open.
+
+Examples:
+  zop-modem-sim                                 a healthy modem on WCDMA
+  zop-modem-sim roaming --trace                 a shipped scenario, every frame shown
+  zop-modem-sim ./my.toml --link /tmp/modem     a scenario of your own, at a fixed name
+  zop-modem-sim --fault silence:request=rssi,count=1
+  zop-modem-sim --fault bad-crc:chance=0.05 --seed 7
+
+Faults: silence, delay=MS, bad-crc, cut=BYTES, pieces=BYTES, wrong-echo=OFFSET, extra=BYTES,
+hang-up=BYTES, duplicate, error=CODE, status=CODE, flip=BIT; each may be followed by
+:request=NAME,skip=N,count=N,chance=P.)";
+
+struct Options {
+  std::string scenario;
+  std::string link;
+  std::string trace;
+  bool trace_to_stderr = false;
+  std::vector<std::string> faults;
+  unsigned seed = 1;
+  bool exit_with_parent = false;
+  bool list = false;
+};
+
+// Where shipped scenarios may stand: installed beside the program, or in the tree it was built in.
+static std::vector<fs::path> scenario_folders() {
+  fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
+  return {program / "../share/zop-module/scenarios", program / "../../scenarios"};
+}
+
+static fs::path find_scenario(const std::string& name) {
+  if (name.find('/') != std::string::npos || name.ends_with(".toml")) return name;
+  for (const fs::path& folder : scenario_folders()) {
+    fs::path path = folder / (name + ".toml");
+    if (fs::exists(path)) return path;
+  }
+  throw sim::ScenarioError("no shipped scenario \"" + name + "\"; --list-scenarios shows them");
+}
+
+static void list_scenarios() {
+  for (const fs::path& folder : scenario_folders()) {
+    if (!fs::is_directory(folder)) continue;
+    std::map<std::string, std::string> titles;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      titles[entry.path().stem()] = sim::load_scenario(entry.path()).title;
+    }
+    for (auto& [name, title] : titles) fmt::print("{:22} {}\n", name, title);
+    return;
+  }
+}
+
+static sim::Scenario scenario_of(const Options& options) {
+  sim::Scenario scenario;
+  if (!options.scenario.empty()) scenario = sim::load_scenario(find_scenario(options.scenario));
+  if (!scenario.clock_is_set) scenario.model.clock.start = std::time(nullptr);
+  for (const std::string& text : options.faults) scenario.faults.push_back(sim::parse_fault(text));
+  return scenario;
+}
+
+static sim::Modem::Trace trace_of(const Options& options) {
+  if (options.trace_to_stderr) return [](const std::string& line) { fmt::print(stderr, "{}\n", line); };
+  if (options.trace.empty()) return {};
+  auto file = std::make_shared<std::ofstream>(options.trace);
+  if (!*file) throw std::runtime_error("can't write the trace to " + options.trace);
+  return [file](const std::string& line) { *file << line << std::endl; };
+}
+
+// A descriptor that becomes readable when the program is asked to end.
+static int end_signals(const Options& options) {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
+  sigprocmask(SIG_BLOCK, &signals, nullptr);
+  if (options.exit_with_parent) {
+    pid_t parent = getppid();
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent || parent == 1) raise(SIGTERM);
+  }
+  return signalfd(-1, &signals, SFD_CLOEXEC);
+}
+
+static void act(sim::Terminal& terminal, const sim::Output& output) {
+  switch (output.kind) {
+    case sim::Output::SENDS:
+      if (terminal.is_plugged_in()) terminal.write(output.bytes);
+      return;
+    case sim::Output::HANGS_UP: return terminal.unplug();
+    case sim::Output::COMES_BACK: return terminal.plug_in();
+  }
+}
+
+static void run(sim::Modem& modem, sim::Terminal& terminal, int end) {
+  auto start = std::chrono::steady_clock::now();
+  auto now = [&] {
+    return std::chrono::duration_cast<sim::Time>(std::chrono::steady_clock::now() - start);
+  };
+  for (;;) {
+    while (auto output = modem.take_output(now())) act(terminal, *output);
+    std::optional<sim::Time> due = modem.next_due();
+    timespec wait{};
+    if (due) {
+      auto us = std::max<int64_t>(0, (*due - now()).count());
+      wait = {static_cast<time_t>(us / 1'000'000), static_cast<long>(us % 1'000'000 * 1000)};
+    }
+    pollfd inputs[] = {{end, POLLIN, 0}, {terminal.descriptor(), POLLIN, 0}};
+    if (ppoll(inputs, 2, due ? &wait : nullptr, nullptr) < 0) continue;
+    if (inputs[0].revents != 0) return;
+    if (inputs[1].revents != 0) modem.receive(terminal.read(), now());
+  }
+}
+
+int main(int argc, char** argv) {
+  Options options;
+  CLI::App app{"A simulated 3G modem on a pseudo-terminal."};
+  app.footer(EXAMPLES);
+  app.add_option("SCENARIO", options.scenario, "name of a shipped scenario, or a path to a .toml");
+  app.add_option("--link", options.link, "make a symbolic link to the terminal at this path");
+  app.add_flag("--trace", options.trace_to_stderr, "show every request and answer");
+  app.add_option("--trace-file", options.trace, "write them to a file instead");
+  app.add_option("--fault", options.faults, "switch a fault on; may be repeated")->take_all();
+  app.add_option("--seed", options.seed, "seed of faults by chance");
+  app.add_flag("--exit-with-parent", options.exit_with_parent, "end when the starting process ends");
+  app.add_flag("--list-scenarios", options.list, "list the shipped scenarios");
+  app.set_version_flag("--version", "zop-modem-sim " ZOP_VERSION);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+  try {
+    if (options.list) return list_scenarios(), 0;
+    sim::Modem modem(scenario_of(options), options.seed, trace_of(options));
+    int end = end_signals(options);
+    sim::Terminal terminal(options.link);
+    fmt::print("{}\n", options.link.empty() ? terminal.path() : options.link);
+    fflush(stdout);
+    run(modem, terminal, end);
+    return 0;
+  } catch (const sim::ScenarioError& error) {
+    fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
+    return 2;
+  } catch (const std::invalid_argument& error) {
+    fmt::print(stderr, "zop-modem-sim: --fault: {}\n", error.what());
+    return 2;
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
+    return 1;
+  }
+}

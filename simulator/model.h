@@ -1,0 +1,95 @@
+// What the simulated modem knows: plain values that requests read and scenarios set.
+//
+// The defaults are a healthy device: SIM ready, registered at home on WCDMA with good signal.
+// Numbers are the modem's own codes, as they go over the wire.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "simulator/frame.h"
+
+namespace sim {
+
+struct Identity {
+  std::string imei = "004999010640000";
+  std::string imsi = "001010123456789";
+  std::string iccid = "89882110000000000017";
+  std::string phone_number = "+15550100";
+  std::string firmware = "Q71XEB21.004";
+  std::string hardware = "QSC6270 rev 3";
+  std::string build = "Q71XEB21.004 Jul 01 2010";
+  int serial_number = 0x1A2B3C4D;
+};
+
+struct Sim {
+  int status = 2;   // 0 none, 1 invalid, 2 ready, 3 not initialised, 4 not ready, 7 illegal
+  int lock = 5;     // 1 okay, 2 PIN wanted, 3 verified, 4 blocked, 5 PIN switched off
+  int retries = 3;  // PIN tries left
+  int card_mode = 2;
+};
+
+struct Network {
+  std::string name = "Testnet";
+  std::string mcc = "001";
+  std::string mnc = "01";
+  int lac = 0x1A2B;
+  int rac = 7;
+  int cell_id = 0x00345678;
+  int registration = 1;  // 0 none, 1 registered, 2 failed, 3 no network
+  int roaming = 0;
+  int service = 2;       // 0 none, 1 limited, 2 full, 3 limited regional, 4 power save
+  int home_allowed = 1;  // whether the modem goes to its home network when asked
+  int carrier = 0;
+};
+
+struct Radio {
+  int system_mode = 5;         // 0 none, 3 GSM, 5 WCDMA
+  int data_service_mode = 3;   // 0 GPRS, 1 EDGE, 2 WCDMA, 3 HSDPA
+  int channel = 4357;          // UARFCN or ARFCN
+  int band = 84;
+  int rssi = -75;              // dBm
+  int egprs = 0;               // 1 available
+  int hsdpa_status = 1;
+  int hsdpa_indication = 1;
+  int drx = 6;
+  int mfrm = 4;
+};
+
+// Mobility and session management, states and 3GPP TS 24.008 causes.
+struct State {
+  int network_mode = 0;
+  int mm_attach = 1, mm_attach_error = 0;
+  int mm_lu = 13, mm_lu_error = 0;
+  int gmm_attach = 1, gmm_attach_error = 0;
+  int gmm_rau = 5, gmm_rau_error = 0;
+  int gmm = 3;
+  int rau_type = 0;
+  int pdp = 0, pdp_reject_reason = 0;
+  int pmm = 1;
+  int call = 0;
+  int power_up = 1;
+};
+
+struct Clock {
+  std::time_t start = 1'279'976'579;  // UTC when the modem was started
+  int zone = 0;                       // quarter hours from UTC
+  int daylight_saving = 0;
+  int provided = 1;                   // whether the network has sent its time
+};
+
+struct Model {
+  Identity identity;
+  Sim sim;
+  Network network;
+  Radio radio;
+  State state;
+  Clock clock;
+  std::map<int, Bytes> nv = {  // item number -> 128 bytes or fewer
+      {10, {0, 4}}, {850, {0, 2}}, {5895, {0}}, {16685, {}}, {16687, {0}}};
+};
+
+}  // namespace sim

@@ -1,0 +1,132 @@
+// The modem: frames in, answers out, the time line in between. A fault damages the one answer that
+// it strikes; the model has done its work by then, as a real modem's has.
+#include "simulator/modem.h"
+
+#include <algorithm>
+
+#include "simulator/trace.h"
+
+namespace sim {
+
+using namespace std::chrono_literals;
+
+constexpr Time PIECE_GAP = 10ms;
+constexpr size_t STATUS_OFFSET = 3;
+constexpr uint8_t NOISE = 0x55;
+
+Modem::Modem(Scenario scenario, unsigned seed, Trace trace)
+    : model_(std::move(scenario.model)),
+      timeline_(std::move(scenario.timeline)),
+      faults_(std::move(scenario.faults), seed),
+      trace_(std::move(trace)) {}
+
+void Modem::receive(View bytes, Time now) {
+  advance(now);
+  for (uint8_t byte : bytes) {
+    switch (deframer_.take(byte)) {
+      case Deframer::PENDING: break;
+      case Deframer::GOOD: answer(deframer_.payload(), now); break;
+      case Deframer::BAD_CHECK: trace(trace_note(now, "frame with a bad check, dropped")); break;
+      case Deframer::TOO_LONG: trace(trace_note(now, "frame too long, dropped")); break;
+    }
+  }
+}
+
+void Modem::answer(View request, Time now) {
+  std::string name = name_of(request);
+  trace(trace_line(now, '>', name, request));
+  Bytes payload = answer_to({model_, request, now});
+  if (std::optional<Fault> fault = faults_.strike(name)) {
+    trace(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
+    return send_damaged(*fault, request, std::move(payload), now);
+  }
+  trace(trace_line(now, '<', name, payload));
+  send(frame(payload), now);
+}
+
+static Bytes first_bytes(const Bytes& bytes, int count) {
+  auto size = std::min<ptrdiff_t>(count, static_cast<ptrdiff_t>(bytes.size()));
+  return {bytes.begin(), bytes.begin() + size};
+}
+
+void Modem::send_damaged(const Fault& fault, View request, Bytes payload, Time now) {
+  Bytes wire = frame(payload);
+  auto value = static_cast<size_t>(fault.value);
+  switch (fault.kind) {
+    case FaultKind::SILENCE: return;
+    case FaultKind::DELAY: return send(wire, now + std::chrono::milliseconds(fault.value));
+    case FaultKind::BAD_CRC: wire[wire.size() - 2] ^= 0x01; return send(wire, now);
+    case FaultKind::CUT: return send(first_bytes(wire, fault.value), now);
+    case FaultKind::PIECES: {
+      Time at = now;
+      for (size_t i = 0; i < wire.size(); i += value, at += PIECE_GAP) {
+        send({wire.begin() + static_cast<ptrdiff_t>(i),
+              wire.begin() + static_cast<ptrdiff_t>(std::min(i + value, wire.size()))}, at);
+      }
+      return;
+    }
+    case FaultKind::WRONG_ECHO:
+      if (value < payload.size()) payload[value] ^= 0x10;
+      return send(frame(payload), now);
+    case FaultKind::EXTRA: wire.insert(wire.begin(), value, NOISE); return send(wire, now);
+    case FaultKind::HANG_UP:
+      if (value > 0) send(first_bytes(wire, fault.value), now);
+      return put({now, Output::HANGS_UP, {}});
+    case FaultKind::DUPLICATE: send(wire, now); return send(wire, now);
+    case FaultKind::ERROR: return send(frame(refusal(fault.value, request)), now);
+    case FaultKind::STATUS:
+      if (payload.size() <= STATUS_OFFSET + 1) payload.resize(STATUS_OFFSET + 2);
+      payload[STATUS_OFFSET] = static_cast<uint8_t>(fault.value);
+      payload[STATUS_OFFSET + 1] = static_cast<uint8_t>(fault.value >> 8);
+      return send(frame(payload), now);
+    case FaultKind::FLIP:
+      wire[value / 8 % wire.size()] ^= static_cast<uint8_t>(1 << value % 8);
+      return send(wire, now);
+  }
+}
+
+void Modem::put(Output output) {
+  auto later = std::ranges::upper_bound(output_, output.at, {}, &Output::at);
+  output_.insert(later, std::move(output));
+}
+
+void Modem::advance(Time now) {
+  while (next_happening_ < timeline_.size() && timeline_[next_happening_].at <= now) {
+    const Happening& happening = timeline_[next_happening_++];
+    for (auto& change : happening.changes) change(model_);
+    if (happening.line == Happening::HANGS_UP) put({happening.at, Output::HANGS_UP, {}});
+    if (happening.line == Happening::COMES_BACK) put({happening.at, Output::COMES_BACK, {}});
+    trace(trace_note(happening.at, "scenario: " + std::to_string(happening.changes.size()) +
+                                       " settings change"));
+  }
+}
+
+std::optional<Time> Modem::next_due() const {
+  std::optional<Time> due;
+  if (!output_.empty()) due = output_.front().at;
+  if (next_happening_ < timeline_.size()) {
+    Time next = timeline_[next_happening_].at;
+    due = due ? std::min(*due, next) : next;
+  }
+  return due;
+}
+
+std::optional<Output> Modem::take_output(Time now) {
+  advance(now);
+  if (output_.empty() || output_.front().at > now) return std::nullopt;
+  Output output = std::move(output_.front());
+  output_.pop_front();
+  if (output.kind == Output::HANGS_UP) {
+    gone_ = true;
+    deframer_ = Deframer();
+    std::erase_if(output_, [](const Output& o) { return o.kind == Output::SENDS; });
+    trace(trace_note(now, "the device is gone"));
+  }
+  if (output.kind == Output::COMES_BACK) {
+    gone_ = false;
+    trace(trace_note(now, "the device is back"));
+  }
+  return output;
+}
+
+}  // namespace sim

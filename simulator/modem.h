@@ -1,0 +1,63 @@
+// The simulated modem without any input or output of its own: bytes and times go in, bytes and
+// times come out. The program runs it on a terminal in real time, tests run it in virtual time.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <optional>
+
+#include "simulator/faults.h"
+#include "simulator/frame.h"
+#include "simulator/scenario.h"
+
+namespace sim {
+
+// What the modem does on the line.
+struct Output {
+  enum Kind { SENDS, HANGS_UP, COMES_BACK };
+  Time at;
+  Kind kind;
+  Bytes bytes;
+};
+
+class Modem {
+ public:
+  using Trace = std::function<void(const std::string&)>;
+  explicit Modem(Scenario scenario, unsigned seed = 1, Trace trace = {});
+
+  // Bytes from the host.
+  void receive(View bytes, Time now);
+
+  // Lets time pass: the scenario's time line runs up to now.
+  void advance(Time now);
+
+  // When the modem next does something by itself.
+  std::optional<Time> next_due() const;
+
+  // The next thing that it does, if that is due by now.
+  std::optional<Output> take_output(Time now);
+
+  Model& model() { return model_; }
+  Faults& faults() { return faults_; }
+  bool is_gone() const { return gone_; }
+
+ private:
+  void answer(View request, Time now);
+  void send(const Bytes& wire, Time at) { put({at, Output::SENDS, wire}); }
+  void put(Output output);
+  void send_damaged(const Fault& fault, View request, Bytes payload, Time now);
+  void trace(const std::string& line) const {
+    if (trace_) trace_(line);
+  }
+
+  Model model_;
+  std::vector<Happening> timeline_;
+  size_t next_happening_ = 0;
+  Faults faults_;
+  Trace trace_;
+  Deframer deframer_;
+  std::deque<Output> output_;  // in order of time
+  bool gone_ = false;
+};
+
+}  // namespace sim

@@ -1,0 +1,199 @@
+// The table of requests. A vendor answer begins with the header and a status of 0, to which a
+// handler appends its fields; a standard DIAG answer begins with the command byte.
+#include "simulator/requests.h"
+
+#include <algorithm>
+#include <ctime>
+
+namespace sim {
+
+Answer& Answer::u8(int value) {
+  content.push_back(static_cast<uint8_t>(value));
+  return *this;
+}
+Answer& Answer::u16(int value) { return u8(value).u8(value >> 8); }
+Answer& Answer::u32(int64_t value) {
+  return u16(static_cast<int>(value & 0xFFFF)).u16(static_cast<int>(value >> 16 & 0xFFFF));
+}
+Answer& Answer::zeros(size_t count) {
+  content.resize(content.size() + count);
+  return *this;
+}
+Answer& Answer::bytes(View bytes, size_t width) {
+  size_t end = content.size() + width;
+  content.insert(content.end(), bytes.begin(),
+                 bytes.begin() + static_cast<ptrdiff_t>(std::min(width, bytes.size())));
+  content.resize(end);
+  return *this;
+}
+Answer& Answer::text(const std::string& text, size_t width) {
+  return bytes(Bytes(text.begin(), text.end()), width);
+}
+void Answer::status(int value) {
+  content.at(3) = static_cast<uint8_t>(value);
+  content.at(4) = static_cast<uint8_t>(value >> 8);
+}
+
+constexpr size_t PLAIN = 3;
+constexpr size_t NV_LENGTH = 133;
+constexpr size_t NV_DATA = 128;
+
+using C = const Context&;
+using A = Answer&;
+
+static std::string location_area(const Network& network) {
+  char text[32];
+  snprintf(text, sizeof text, "%.3s-%.3s 0x%04X", network.mcc.c_str(), network.mnc.c_str(),
+           static_cast<unsigned>(network.lac & 0xFFFF));
+  return text;
+}
+
+// Local time of the network, weekday counted from Sunday; status 1 before the network has sent it.
+static void network_time(C c, A a) {
+  const Clock& clock = c.model.clock;
+  if (clock.provided == 0) return a.status(1);
+  auto seconds = std::chrono::duration_cast<std::chrono::seconds>(c.now).count();
+  std::time_t local = clock.start + seconds + clock.zone * 900;
+  std::tm t{};
+  gmtime_r(&local, &t);
+  a.u16(t.tm_year + 1900).u16(t.tm_mon + 1).u16(t.tm_mday).u16(t.tm_hour).u16(t.tm_min);
+  a.u16(t.tm_sec).u16(t.tm_wday).u32(clock.zone).u8(clock.daylight_saving);
+}
+
+// Ticks of the modem's clock, 1.25 ms in the upper 48 bits of 64.
+static void timestamp(C c, A a) {
+  int64_t ticks = c.now.count() / 1250 << 16;
+  a.u32(ticks & 0xFFFFFFFF).u32(ticks >> 32);
+}
+
+static int nv_item(C c) { return c.request[1] | c.request[2] << 8; }
+
+static void nv_answer(C c, A a, View data, int status) {
+  a.u8(c.request[1]).u8(c.request[2]).bytes(data, NV_DATA).u16(status);
+}
+
+// NV status 5: the item has never been written. Status 6: no such item.
+static void nv_read(C c, A a) {
+  auto item = c.model.nv.find(nv_item(c));
+  if (item == c.model.nv.end()) return nv_answer(c, a, {}, 5);
+  nv_answer(c, a, item->second, 0);
+}
+
+static void nv_write(C c, A a) {
+  constexpr int LAST_ITEM = 20000;
+  View data = c.request.subspan(3, NV_DATA);
+  if (nv_item(c) > LAST_ITEM) return nv_answer(c, a, data, 6);
+  c.model.nv[nv_item(c)] = Bytes(data.begin(), data.end());
+  nv_answer(c, a, data, 0);
+}
+
+static void sim_status(C c, A a) {
+  a.u8(0).u8(c.model.sim.status).u8(c.model.sim.lock).u8(c.model.sim.retries);
+}
+
+static const Request REQUESTS[] = {
+    // Standard DIAG commands
+    {0x01, ANY, "esn", 1, [](C c, A a) { a.u32(c.model.identity.serial_number); }},
+    {0x1D, ANY, "timestamp", 1, timestamp},
+    {0x26, ANY, "nv_read", NV_LENGTH, nv_read},
+    {0x27, ANY, "nv_write", NV_LENGTH, nv_write},
+    {0x7C, ANY, "build", 1, [](C c, A a) { a.zeros(11).text(c.model.identity.build, 64).u8(0); }},
+    // SIM
+    {0xD2, 0, "sim_status", PLAIN, sim_status},
+    // Identity
+    {VENDOR, 0x07, "phone_number", PLAIN,
+     [](C c, A a) { a.text(c.model.identity.phone_number, 36); }},
+    {VENDOR, '#', "iccid", PLAIN, [](C c, A a) { a.text(c.model.identity.iccid, 20); }},
+    {VENDOR, 'H', "hardware", PLAIN, [](C c, A a) { a.text(c.model.identity.hardware, 20); }},
+    {VENDOR, 'J', "card_mode", PLAIN, [](C c, A a) { a.u16(c.model.sim.card_mode); }},
+    {VENDOR, ']', "firmware", PLAIN, [](C c, A a) { a.text(c.model.identity.firmware, 20); }},
+    {VENDOR, 'g', "imei", PLAIN, [](C c, A a) { a.text(c.model.identity.imei, 16); }},
+    {VENDOR, 'h', "imsi", PLAIN, [](C c, A a) { a.text(c.model.identity.imsi, 16); }},
+    // Network
+    {VENDOR, 0x14, "network_time", PLAIN, network_time},
+    {VENDOR, '!', "roaming", PLAIN, [](C c, A a) { a.u8(c.model.network.roaming); }},
+    {VENDOR, '"', "home_network", PLAIN, [](C c, A a) { a.u8(c.model.network.home_allowed); }},
+    {VENDOR, '/', "rac", PLAIN, [](C c, A a) { a.u8(c.model.network.rac); }},
+    {VENDOR, '0', "mcc", PLAIN, [](C c, A a) { a.text(c.model.network.mcc, 3); }},
+    {VENDOR, '1', "mnc", PLAIN, [](C c, A a) { a.text(c.model.network.mnc, 3); }},
+    {VENDOR, '2', "location_area", PLAIN,
+     [](C c, A a) { a.text(location_area(c.model.network), 14); }},
+    {VENDOR, '3', "cell_id", PLAIN, [](C c, A a) { a.u32(c.model.network.cell_id); }},
+    {VENDOR, ':', "network_name", PLAIN, [](C c, A a) { a.text(c.model.network.name, 255); }},
+    {VENDOR, ';', "service", PLAIN, [](C c, A a) { a.u8(c.model.network.service); }},
+    {VENDOR, '<', "registration", PLAIN, [](C c, A a) { a.u8(c.model.network.registration); }},
+    {VENDOR, 'o', "carrier", PLAIN, [](C c, A a) { a.u8(c.model.network.carrier); }},
+    // Radio
+    {VENDOR, 0x1F, "system_mode", PLAIN, [](C c, A a) { a.u8(c.model.radio.system_mode); }},
+    {VENDOR, ' ', "rssi", PLAIN, [](C c, A a) { a.u16(c.model.radio.rssi); }},
+    {VENDOR, '$', "data_service_mode", PLAIN,
+     [](C c, A a) { a.u8(c.model.radio.data_service_mode); }},
+    {VENDOR, '%', "channel", PLAIN, [](C c, A a) { a.u16(c.model.radio.channel); }},
+    {VENDOR, 'Q', "band", PLAIN, [](C c, A a) { a.u16(c.model.radio.band); }},
+    {VENDOR, 'U', "mfrm", PLAIN, [](C c, A a) { a.u16(c.model.radio.mfrm); }},
+    {VENDOR, 'Y', "drx", PLAIN, [](C c, A a) { a.u16(c.model.radio.drx); }},
+    {VENDOR, 'Z', "hsdpa", PLAIN,
+     [](C c, A a) { a.u16(c.model.radio.hsdpa_status).u16(c.model.radio.hsdpa_indication); }},
+    {VENDOR, '^', "egprs", PLAIN, [](C c, A a) { a.u16(c.model.radio.egprs); }},
+    // States
+    {VENDOR, '&', "call", PLAIN, [](C c, A a) { a.u8(c.model.state.call); }},
+    {VENDOR, 'R', "network_mode", PLAIN, [](C c, A a) { a.u16(c.model.state.network_mode); }},
+    {VENDOR, 'S', "mm_attach", PLAIN,
+     [](C c, A a) { a.u16(c.model.state.mm_attach).u16(c.model.state.mm_attach_error); }},
+    {VENDOR, 'T', "gmm_attach", PLAIN,
+     [](C c, A a) { a.u16(c.model.state.gmm_attach).u16(c.model.state.gmm_attach_error); }},
+    {VENDOR, 'V', "gmm", PLAIN, [](C c, A a) { a.u16(c.model.state.gmm); }},
+    {VENDOR, 'W', "pdp", PLAIN,
+     [](C c, A a) { a.u16(c.model.state.pdp).u16(c.model.state.pdp_reject_reason); }},
+    {VENDOR, 'X', "pmm", PLAIN, [](C c, A a) { a.u16(c.model.state.pmm); }},
+    {VENDOR, 'e', "mm_lu", PLAIN,
+     [](C c, A a) { a.u16(c.model.state.mm_lu).u16(c.model.state.mm_lu_error); }},
+    {VENDOR, 'f', "gmm_rau", PLAIN,
+     [](C c, A a) { a.u16(c.model.state.gmm_rau).u16(c.model.state.gmm_rau_error); }},
+    {VENDOR, 'm', "power_up", PLAIN, [](C c, A a) { a.u8(c.model.state.power_up); }},
+    {VENDOR, 'n', "rau_type", PLAIN, [](C c, A a) { a.u8(c.model.state.rau_type); }},
+};
+
+const Request* find_request(View request) {
+  auto matches = [&](const Request& row) {
+    if (request.empty() || row.command != request[0]) return false;
+    return row.subcommand == ANY || (request.size() > 1 && row.subcommand == request[1]);
+  };
+  auto row = std::ranges::find_if(REQUESTS, matches);
+  return row == std::end(REQUESTS) ? nullptr : row;
+}
+
+const Request* find_request_named(const std::string& name) {
+  auto row = std::ranges::find_if(REQUESTS, [&](const Request& r) { return name == r.name; });
+  return row == std::end(REQUESTS) ? nullptr : row;
+}
+
+Bytes refusal(int code, View request) {
+  Bytes answer(request.size() + 1);
+  answer[0] = static_cast<uint8_t>(code);
+  std::ranges::copy(request, answer.begin() + 1);
+  return answer;
+}
+
+// A request with a subcommand is answered with its header and a status, another with its command.
+static Answer begin_answer(const Request& row) {
+  Answer answer;
+  answer.u8(row.command);
+  if (row.subcommand != ANY) answer.u8(row.subcommand).u8(0).u16(0);
+  return answer;
+}
+
+Bytes answer_to(const Context& context) {
+  const Request* row = find_request(context.request);
+  if (row == nullptr) return refusal(BAD_COMMAND, context.request);
+  if (context.request.size() != row->length) return refusal(BAD_LENGTH, context.request);
+  if (row->subcommand != ANY && context.request[2] != 0) {
+    return refusal(BAD_PARAMETER, context.request);
+  }
+  Answer answer = begin_answer(*row);
+  row->handle(context, answer);
+  if (answer.refusal) return refusal(*answer.refusal, context.request);
+  return std::move(answer.content);
+}
+
+}  // namespace sim

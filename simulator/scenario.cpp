@@ -1,0 +1,192 @@
+// Reading scenarios. Every key must be known and every value in its range: a misspelt scenario
+// would show a modem that nobody asked for.
+#include "simulator/scenario.h"
+
+#include <toml++/toml.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "simulator/settings.h"
+
+namespace sim {
+
+using Changes = std::vector<std::function<void(Model&)>>;
+
+// Where things stand in the file, for the error text.
+struct Place {
+  const std::string& file;
+  [[noreturn]] void error(const toml::source_region& region, const std::string& reason) const {
+    throw ScenarioError(file + ":" + std::to_string(region.begin.line) + ": " + reason);
+  }
+};
+
+static int value_in_range(const Place& place, const NumberSetting& setting, const toml::node& node) {
+  if (auto word = node.value_exact<std::string>()) {
+    auto found = std::ranges::find_if(setting.words, [&](Word w) { return *word == w.name; });
+    if (found != setting.words.end()) return found->value;
+    std::string known;
+    for (Word w : setting.words) known += std::string(known.empty() ? "" : ", ") + w.name;
+    place.error(node.source(), std::string(setting.key) + ": no word \"" + *word + "\"" +
+                                   (known.empty() ? "; it takes a number" : "; there are " + known));
+  }
+  if (auto flag = node.value_exact<bool>()) return *flag ? 1 : 0;
+  auto number = node.value_exact<int64_t>();
+  if (!number) place.error(node.source(), std::string(setting.key) + " takes a whole number");
+  if (*number < setting.min || *number > setting.max) {
+    place.error(node.source(), std::string(setting.key) + " takes " + std::to_string(setting.min) +
+                                   " to " + std::to_string(setting.max));
+  }
+  return static_cast<int>(*number);
+}
+
+static std::string text_in_bounds(const Place& place, const TextSetting& setting,
+                                  const toml::node& node) {
+  auto text = node.value_exact<std::string>();
+  if (!text) place.error(node.source(), std::string(setting.key) + " takes a text in quotes");
+  if (text->size() > setting.longest) {
+    place.error(node.source(), std::string(setting.key) + " takes up to " +
+                                   std::to_string(setting.longest) + " characters");
+  }
+  if (setting.digits_only && text->find_first_not_of("0123456789") != std::string::npos) {
+    place.error(node.source(), std::string(setting.key) + " takes digits");
+  }
+  return *text;
+}
+
+static void add_change(const Place& place, const std::string& key, const toml::node& node,
+                       Changes& changes) {
+  if (const NumberSetting* setting = find_number_setting(key)) {
+    int value = value_in_range(place, *setting, node);
+    changes.push_back([setting, value](Model& model) { setting->place(model) = value; });
+  } else if (const TextSetting* setting_of_text = find_text_setting(key)) {
+    std::string text = text_in_bounds(place, *setting_of_text, node);
+    changes.push_back([setting_of_text, text](Model& m) { setting_of_text->place(m) = text; });
+  } else {
+    place.error(node.source(), "no setting \"" + key + "\"");
+  }
+}
+
+static void add_section(const Place& place, const std::string& section, const toml::node& node,
+                        Changes& changes) {
+  const toml::table* table = node.as_table();
+  if (table == nullptr) place.error(node.source(), "\"" + section + "\" is a table of settings");
+  for (auto&& [key, value] : *table) {
+    add_change(place, section + "." + std::string(key.str()), value, changes);
+  }
+}
+
+static bool flag(const Place& place, const toml::node& node, const char* key) {
+  auto value = node.value_exact<bool>();
+  if (!value || !*value) place.error(node.source(), std::string(key) + " takes true");
+  return true;
+}
+
+static Happening read_happening(const Place& place, const toml::table& entry) {
+  Happening happening;
+  auto seconds = entry["time"].value<double>();
+  if (!seconds || *seconds < 0) {
+    place.error(entry.source(), "an entry of the time line needs a time in seconds");
+  }
+  happening.at = std::chrono::duration_cast<Time>(std::chrono::duration<double>(*seconds));
+  for (auto&& [name, node] : entry) {
+    std::string key(name.str());
+    if (key == "time") continue;
+    if (key == "hang_up" && flag(place, node, "hang_up")) {
+      happening.line = Happening::HANGS_UP;
+    } else if (key == "replug" && flag(place, node, "replug")) {
+      happening.line = Happening::COMES_BACK;
+    } else if (is_section(key)) {
+      add_section(place, key, node, happening.changes);
+    } else {
+      place.error(node.source(), "no \"" + key + "\" in an entry of the time line");
+    }
+  }
+  return happening;
+}
+
+// Calls read for each table of the array that node must be.
+template <typename Read>
+static void for_each_table(const Place& place, const toml::node& node, Read read) {
+  const toml::array* array = node.as_array();
+  if (array == nullptr) place.error(node.source(), "write this as [[...]]");
+  for (const toml::node& element : *array) {
+    if (!element.is_table()) place.error(element.source(), "write this as [[...]]");
+    read(*element.as_table());
+  }
+}
+
+static Fault read_fault(const Place& place, const toml::table& entry) {
+  auto text = entry["switch"].value_exact<std::string>();
+  if (!text || entry.size() != 1) place.error(entry.source(), "a fault is one switch = \"...\"");
+  try {
+    return parse_fault(*text);
+  } catch (const std::invalid_argument& error) {
+    place.error(entry["switch"].node()->source(), error.what());
+  }
+}
+
+static void read_clock(const Place& place, const toml::node& start, Scenario& scenario) {
+  auto time = start.value_exact<toml::date_time>();
+  if (!time) place.error(start.source(), "clock.start takes a time like 2010-07-24T13:02:59Z");
+  std::tm t{};
+  t.tm_year = time->date.year - 1900;
+  t.tm_mon = time->date.month - 1;
+  t.tm_mday = time->date.day;
+  t.tm_hour = time->time.hour;
+  t.tm_min = time->time.minute;
+  t.tm_sec = time->time.second;
+  scenario.model.clock.start = timegm(&t);
+  scenario.clock_is_set = true;
+}
+
+static Scenario read_scenario(const Place& place, toml::table& root) {
+  Scenario scenario;
+  if (auto* clock = root["clock"].as_table(); clock != nullptr && clock->contains("start")) {
+    read_clock(place, *clock->get("start"), scenario);
+    clock->erase("start");
+  }
+  Changes initial;
+  for (auto&& [name, node] : root) {
+    std::string key(name.str());
+    if (key == "title" && node.is_string()) {
+      scenario.title = *node.value<std::string>();
+    } else if (key == "at") {
+      for_each_table(place, node, [&](const toml::table& entry) {
+        scenario.timeline.push_back(read_happening(place, entry));
+      });
+    } else if (key == "fault") {
+      for_each_table(place, node, [&](const toml::table& entry) {
+        scenario.faults.push_back(read_fault(place, entry));
+      });
+    } else if (is_section(key)) {
+      add_section(place, key, node, initial);
+    } else {
+      place.error(node.source(), "no section \"" + key + "\"");
+    }
+  }
+  for (auto& change : initial) change(scenario.model);
+  std::ranges::stable_sort(scenario.timeline, {}, &Happening::at);
+  return scenario;
+}
+
+Scenario parse_scenario(const std::string& text, const std::string& name) {
+  Place place{name};
+  try {
+    toml::table root = toml::parse(text, name);
+    return read_scenario(place, root);
+  } catch (const toml::parse_error& error) {
+    place.error(error.source(), std::string(error.description()));
+  }
+}
+
+Scenario load_scenario(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw ScenarioError(path + ": can't be read");
+  std::stringstream text;
+  text << file.rdbuf();
+  return parse_scenario(text.str(), path);
+}
+
+}  // namespace sim

@@ -1,0 +1,50 @@
+// A scenario: the modem's state at the start, and what happens to it as time goes by.
+//
+// TOML. Tables set the state; each [[at]] entry changes it later, raises a hang-up or a return; each
+// [[fault]] is a fault switch in its textual form:
+//
+//   [radio]
+//   rssi = -75
+//   [[at]]
+//   time = 5.0          # seconds since the modem was started
+//   radio.rssi = -97
+//   [[fault]]
+//   switch = "silence:request=rssi,count=1"
+#pragma once
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "simulator/faults.h"
+#include "simulator/model.h"
+
+namespace sim {
+
+// One entry of the time line.
+struct Happening {
+  enum Line { STAYS, HANGS_UP, COMES_BACK };
+  Time at{0};
+  std::vector<std::function<void(Model&)>> changes;
+  Line line = STAYS;
+};
+
+struct Scenario {
+  std::string title;
+  Model model;
+  bool clock_is_set = false;  // by the scenario; otherwise the modem starts now
+  std::vector<Happening> timeline;  // in order of time
+  std::vector<Fault> faults;
+};
+
+// What is wrong with a scenario, as "FILE:LINE: reason".
+struct ScenarioError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Read a scenario. Both throw ScenarioError; name stands for the file in its text.
+Scenario parse_scenario(const std::string& toml, const std::string& name);
+Scenario load_scenario(const std::string& path);
+
+}  // namespace sim

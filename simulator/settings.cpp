@@ -1,0 +1,95 @@
+// The table of settings. Words name the values that people write; numbers are taken as well.
+#include "simulator/settings.h"
+
+#include <algorithm>
+
+namespace sim {
+
+// Key and place of a value, from its name in the model.
+#define NUMBER(section, name) #section "." #name, [](Model & m) -> int& { return m.section.name; }
+#define TEXT(section, name) \
+#section "." #name, [](Model & m) -> std::string& { return m.section.name; }
+
+static const std::vector<Word> NO_YES = {{"no", 0}, {"yes", 1}};
+static const std::vector<Word> SIM_WORDS = {{"none", 0},      {"invalid", 1},
+                                            {"ready", 2},     {"not-initialised", 3},
+                                            {"not-ready", 4}, {"illegal", 7}};
+static const std::vector<Word> LOCK_WORDS = {
+    {"okay", 1}, {"pin-wanted", 2}, {"verified", 3}, {"blocked", 4}, {"off", 5}};
+static const std::vector<Word> REGISTRATION_WORDS = {
+    {"none", 0}, {"registered", 1}, {"failed", 2}, {"no-network", 3}};
+static const std::vector<Word> SERVICE_WORDS = {
+    {"none", 0}, {"limited", 1}, {"full", 2}, {"limited-regional", 3}, {"power-save", 4}};
+static const std::vector<Word> DATA_WORDS = {{"gprs", 0}, {"edge", 1}, {"wcdma", 2}, {"hsdpa", 3}};
+
+static const NumberSetting NUMBERS[] = {
+    {NUMBER(identity, serial_number), 0, 0x7FFFFFFF},
+    {NUMBER(sim, status), 0, 255, SIM_WORDS},
+    {NUMBER(sim, lock), 0, 255, LOCK_WORDS},
+    {NUMBER(sim, retries), 0, 255},
+    {NUMBER(sim, card_mode), 0, 0x7FFF},
+    {NUMBER(network, lac), 0, 0xFFFF},
+    {NUMBER(network, rac), 0, 255},
+    {NUMBER(network, cell_id), 0, 0x7FFFFFFF},
+    {NUMBER(network, registration), 0, 255, REGISTRATION_WORDS},
+    {NUMBER(network, roaming), 0, 255, NO_YES},
+    {NUMBER(network, service), -1, 127, SERVICE_WORDS},
+    {NUMBER(network, home_allowed), 0, 1, NO_YES},
+    {NUMBER(network, carrier), -128, 127},
+    {NUMBER(radio, system_mode), 0, 255, {{"none", 0}, {"gsm", 3}, {"wcdma", 5}}},
+    {NUMBER(radio, data_service_mode), -1, 127, DATA_WORDS},
+    {NUMBER(radio, channel), 0, 0xFFFF},
+    {NUMBER(radio, band), -1, 0x7FFF},
+    {NUMBER(radio, rssi), -200, 0},
+    {NUMBER(radio, egprs), -1, 255, NO_YES},
+    {NUMBER(radio, hsdpa_status), 0, 255},
+    {NUMBER(radio, hsdpa_indication), -1, 127},
+    {NUMBER(radio, drx), 0, 0xFFFF},
+    {NUMBER(radio, mfrm), 0, 255},
+    {NUMBER(state, network_mode), 0, 127},
+    {NUMBER(state, mm_attach), 0, 255},
+    {NUMBER(state, mm_attach_error), 0, 255},
+    {NUMBER(state, mm_lu), 0, 255},
+    {NUMBER(state, mm_lu_error), 0, 255},
+    {NUMBER(state, gmm_attach), 0, 255, {{"detached", 0}, {"attached", 1}}},
+    {NUMBER(state, gmm_attach_error), 0, 255},
+    {NUMBER(state, gmm_rau), 0, 255},
+    {NUMBER(state, gmm_rau_error), 0, 255},
+    {NUMBER(state, gmm), 0, 255},
+    {NUMBER(state, rau_type), 0, 255},
+    {NUMBER(state, pdp), 0, 255, {{"inactive", 0}, {"pending", 1}, {"active", 2}}},
+    {NUMBER(state, pdp_reject_reason), 0, 255},
+    {NUMBER(state, pmm), 0, 255},
+    {NUMBER(state, call), -1, 127, {{"idle", 0}, {"originating", 1}, {"conversation", 5}}},
+    {NUMBER(state, power_up), 0, 255},
+    {NUMBER(clock, zone), -96, 96},
+    {NUMBER(clock, daylight_saving), 0, 2},
+    {NUMBER(clock, provided), 0, 1, NO_YES},
+};
+
+static const TextSetting TEXTS[] = {
+    {TEXT(identity, imei), 16, true},      {TEXT(identity, imsi), 16, true},
+    {TEXT(identity, iccid), 20, true},     {TEXT(identity, phone_number), 36, false},
+    {TEXT(identity, firmware), 20, false}, {TEXT(identity, hardware), 20, false},
+    {TEXT(identity, build), 63, false},    {TEXT(network, name), 255, false},
+    {TEXT(network, mcc), 3, false},        {TEXT(network, mnc), 3, false},
+};
+
+template <typename Settings>
+static auto find_by_key(const Settings& settings, const std::string& key) {
+  auto found = std::ranges::find_if(settings, [&](auto& setting) { return key == setting.key; });
+  return found == std::end(settings) ? nullptr : &*found;
+}
+
+const NumberSetting* find_number_setting(const std::string& key) {
+  return find_by_key(NUMBERS, key);
+}
+
+const TextSetting* find_text_setting(const std::string& key) { return find_by_key(TEXTS, key); }
+
+bool is_section(const std::string& name) {
+  auto belongs = [&](auto& setting) { return std::string(setting.key).starts_with(name + "."); };
+  return std::ranges::any_of(NUMBERS, belongs) || std::ranges::any_of(TEXTS, belongs);
+}
+
+}  // namespace sim

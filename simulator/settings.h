@@ -1,0 +1,37 @@
+// The settings of a scenario: one table of keys, ranges and places in the model.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "simulator/model.h"
+
+namespace sim {
+
+// A word that may stand for a number in a scenario.
+struct Word {
+  const char* name;
+  int value;
+};
+
+struct NumberSetting {
+  const char* key;  // "section.name"
+  int& (*place)(Model&);
+  int min, max;
+  std::vector<Word> words = {};
+};
+
+struct TextSetting {
+  const char* key;
+  std::string& (*place)(Model&);
+  size_t longest;
+  bool digits_only;
+};
+
+const NumberSetting* find_number_setting(const std::string& key);
+const TextSetting* find_text_setting(const std::string& key);
+
+// Whether any setting belongs to this section.
+bool is_section(const std::string& name);
+
+}  // namespace sim
