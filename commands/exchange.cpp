@@ -1,7 +1,7 @@
 // The command exchange over the one request and the one response buffer.
 //
-// A response shorter than what a command copies reads zeros: what lies behind the payload is cleared
-// as soon as it is unframed, and every field ends inside the buffer.
+// A response shorter than what a command copies reads zeros: what lies behind the payload is
+// cleared as soon as it is unframed, and every field ends inside the buffer.
 #include "commands/exchange.h"
 
 #include <string.h>
@@ -102,12 +102,19 @@ static void put_signed(const Field& field, int32_t value) {
 static void copy_field(const Field& field) {
   const uint8_t* at = fr_buff + field.offset;
   switch (field.type) {
-    case Field::U8: return put_unsigned(field, *at);
-    case Field::S8: return put_signed(field, static_cast<int8_t>(*at));
-    case Field::U16: return put_unsigned(field, get_le16(at));
-    case Field::S16: return put_signed(field, static_cast<int16_t>(get_le16(at)));
-    case Field::U32: return put_unsigned(field, get_le32(at));
-    case Field::BYTES: memcpy(field.out, at, field.length); return;
+    case Field::U8:
+      return put_unsigned(field, *at);
+    case Field::S8:
+      return put_signed(field, static_cast<int8_t>(*at));
+    case Field::U16:
+      return put_unsigned(field, get_le16(at));
+    case Field::S16:
+      return put_signed(field, static_cast<int16_t>(get_le16(at)));
+    case Field::U32:
+      return put_unsigned(field, get_le32(at));
+    case Field::BYTES:
+      memcpy(field.out, at, field.length);
+      return;
   }
 }
 

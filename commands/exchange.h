@@ -16,9 +16,9 @@
 enum {
   SUBCOMMAND = 1,
   REQUEST_PAYLOAD = 3,
-  STATUS = 3,          // 16-bit command status, 0 is success
+  STATUS = 3,  // 16-bit command status, 0 is success
   ANSWER_PAYLOAD = 5,
-  PLAIN_REQUEST = 3,   // length of a request without payload
+  PLAIN_REQUEST = 3,  // length of a request without payload
 };
 
 // Which part of the command status a command looks at.

@@ -13,9 +13,9 @@ inline bool log_enabled(uint32_t bit) {
   return (__atomic_load_n(&gZOPModuleLogMask, __ATOMIC_RELAXED) & bit) != 0;
 }
 
-#define LOG_LINE(bit, priority, ...)                      \
-  do {                                                    \
-    if (log_enabled(bit)) syslog(priority, __VA_ARGS__);  \
+#define LOG_LINE(bit, priority, ...)                     \
+  do {                                                   \
+    if (log_enabled(bit)) syslog(priority, __VA_ARGS__); \
   } while (0)
 
 #define LOG_E(...) LOG_LINE(VURN_LOG_ERROR, LOG_ERR, __VA_ARGS__)
@@ -23,7 +23,7 @@ inline bool log_enabled(uint32_t bit) {
 #define LOG_I(...) LOG_LINE(VURN_LOG_INFO, LOG_NOTICE, __VA_ARGS__)
 
 // "D" lines tell where they come from: function, source name, line.
-#define LOG_D(bit, text, ...)                                                  \
+#define LOG_D(bit, text, ...)                                                                   \
   LOG_LINE(bit, LOG_DEBUG, text " (%s:%s:%d)" __VA_OPT__(, ) __VA_ARGS__, __func__, LOG_SOURCE, \
            __LINE__)
 

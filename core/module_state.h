@@ -9,8 +9,8 @@
 
 extern pthread_mutex_t gModuleMutex;
 
-extern bool gModuleOpen;     // from a good zop_open to zop_close; under gModuleMutex
-extern bool gRefetchPlmns;   // the next refresh reads the SIM's PLMN lists; under gModuleMutex
+extern bool gModuleOpen;    // from a good zop_open to zop_close; under gModuleMutex
+extern bool gRefetchPlmns;  // the next refresh reads the SIM's PLMN lists; under gModuleMutex
 
 // Holds a mutex for the length of a scope.
 class ScopedLock {

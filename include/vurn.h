@@ -16,11 +16,11 @@ extern "C" {
 
 /* Results of all vurn_ calls. */
 enum {
-  VURN_OK = 0,                 /* success */
-  VURN_ERR_NOT_OPEN = 1,       /* the module is not open */
-  VURN_ERR_FAILED = 2,         /* modem failure, unusable value, stuck modem or failed open */
-  VURN_ERR_REOPENED = 4,       /* vurn_open found the module open; it is closed now */
-  VURN_ERR_NULL_ARGUMENT = 11, /* an output pointer is null */
+  VURN_OK = 0,                    /* success */
+  VURN_ERR_NOT_OPEN = 1,          /* the module is not open */
+  VURN_ERR_FAILED = 2,            /* modem failure, unusable value, stuck modem or failed open */
+  VURN_ERR_REOPENED = 4,          /* vurn_open found the module open; it is closed now */
+  VURN_ERR_NULL_ARGUMENT = 11,    /* an output pointer is null */
   VURN_ERR_TIME_NOT_PROVIDED = 13 /* the network has not sent its time */
 };
 
@@ -85,7 +85,8 @@ int vurn_get_realm(char* buf, unsigned size);
 /* Serial number of the radio: the IMEI again, since hosts tell devices apart by it. At least 20. */
 int vurn_get_radio_serial_number(char* buf, unsigned size);
 
-/* First certificate parameter: the ICCID, 20 bytes, not terminated when all are used. At least 20. */
+/* First certificate parameter: the ICCID, 20 bytes, not terminated when all are used. At least 20.
+ */
 int vurn_get_radio_cert_param1(char* buf, unsigned size);
 
 /* Second certificate parameter: the IMSI, as vurn_get_imsi. */

@@ -41,7 +41,7 @@ enum {
   ZOP_MNC_SIZE = 3,
   ZOP_LOCATION_AREA_SIZE = 14,
   ZOP_NETWORK_NAME_SIZE = 255,
-  ZOP_IDENTITY_SIZE = 20,      /* IMEI, IMSI, ICCID, hardware and firmware version */
+  ZOP_IDENTITY_SIZE = 20, /* IMEI, IMSI, ICCID, hardware and firmware version */
   ZOP_PHONE_NUMBER_SIZE = 36,
   ZOP_SERIAL_NUMBER_SIZE = 8,
   ZOP_LIBRARY_VERSION_SIZE = 17,
@@ -51,11 +51,11 @@ enum {
   ZOP_EVENT_ACTIVATED_SIZE = 47,
   ZOP_EVENT_ENDED_SIZE = 3,
   ZOP_PIN_SIZE = 8,
-  ZOP_PLMN_SIZE = 6,           /* three MCC characters, three MNC characters */
-  ZOP_FPLMN_LIST_SIZE = 121,   /* count, 20 entries of 6 */
+  ZOP_PLMN_SIZE = 6,         /* three MCC characters, three MNC characters */
+  ZOP_FPLMN_LIST_SIZE = 121, /* count, 20 entries of 6 */
   ZOP_UPLMN_LIST_SIZE = 121,
-  ZOP_HPLMN_LIST_SIZE = 81,    /* count, 10 entries of 8 */
-  ZOP_PLMN_BLOCK_SIZE = 161,   /* count, 20 entries of 8: MCC, MNC, two technology bytes */
+  ZOP_HPLMN_LIST_SIZE = 81,  /* count, 10 entries of 8 */
+  ZOP_PLMN_BLOCK_SIZE = 161, /* count, 20 entries of 8: MCC, MNC, two technology bytes */
   ZOP_SIM_FILE_SIZE = 255,
   ZOP_NV_DATA_SIZE = 128,
   ZOP_PDP_PROFILE_SIZE = 208,
@@ -70,8 +70,12 @@ enum {
 };
 
 /* Records handed over by value. */
-typedef struct { uint8_t bytes[ZOP_UPLMN_LIST_SIZE]; } zop_uplmn_list;
-typedef struct { uint8_t bytes[ZOP_PDP_RECORD_SIZE]; } zop_pdp_record;
+typedef struct {
+  uint8_t bytes[ZOP_UPLMN_LIST_SIZE];
+} zop_uplmn_list;
+typedef struct {
+  uint8_t bytes[ZOP_PDP_RECORD_SIZE];
+} zop_pdp_record;
 
 /* ---- link ---- */
 
@@ -100,39 +104,39 @@ unsigned int zop_download_firmware_end(void);
 
 /* ---- network and registration; ZOP_ERR_MODEM_FAILURE where "status" is said ---- */
 
-unsigned int zop_get_roaming_status(uint32_t* roaming);   /* 0 home, else roaming */
-unsigned int zop_try_to_use_home_network(void);           /* status; ..HOME_NETWORK_REFUSED */
-unsigned int zop_get_data_service_mode(int32_t* mode);    /* 0 GPRS, 1 EDGE, 2 WCDMA, 3 HSDPA */
-unsigned int zop_get_uarfcn(uint32_t* channel);           /* UARFCN or ARFCN */
-unsigned int zop_get_call_status(uint32_t* call);         /* 0 idle */
-unsigned int zop_get_rac(uint32_t* rac);                  /* routing area code */
-unsigned int zop_get_mcc(uint8_t* mcc, uint32_t* size);   /* 3 characters; clears first */
-unsigned int zop_get_mnc(uint8_t* mnc, uint32_t* size);   /* 3 characters; clears first */
+unsigned int zop_get_roaming_status(uint32_t* roaming); /* 0 home, else roaming */
+unsigned int zop_try_to_use_home_network(void);         /* status; ..HOME_NETWORK_REFUSED */
+unsigned int zop_get_data_service_mode(int32_t* mode);  /* 0 GPRS, 1 EDGE, 2 WCDMA, 3 HSDPA */
+unsigned int zop_get_uarfcn(uint32_t* channel);         /* UARFCN or ARFCN */
+unsigned int zop_get_call_status(uint32_t* call);       /* 0 idle */
+unsigned int zop_get_rac(uint32_t* rac);                /* routing area code */
+unsigned int zop_get_mcc(uint8_t* mcc, uint32_t* size); /* 3 characters; clears first */
+unsigned int zop_get_mnc(uint8_t* mnc, uint32_t* size); /* 3 characters; clears first */
 unsigned int zop_get_location_area_id(uint8_t* text, uint32_t* size); /* 14 bytes; clears first */
 unsigned int zop_get_cell_id(uint32_t* cell);
-unsigned int zop_get_network_name(uint8_t* name, uint32_t* size);     /* 255 bytes; clears first */
-unsigned int zop_get_service_status(int32_t* service);    /* 0 none, 1 limited, 2 full, 3, 4 */
-unsigned int zop_get_registration_status(uint32_t* registration);     /* 0 not registered */
-unsigned int zop_get_info_event_orig(uint8_t* record);    /* status; 89 bytes */
-unsigned int zop_get_info_event_act(uint8_t* record);     /* status; 47 bytes */
-unsigned int zop_get_info_event_deact(uint8_t* record);   /* status; 1 byte */
-unsigned int zop_get_info_event_end(uint8_t* record);     /* status; 3 bytes */
-unsigned int zop_get_band(int32_t* band);                 /* status */
-unsigned int zop_get_network_op_mode(int32_t* mode);      /* status */
-unsigned int zop_get_mm_attach_state(int32_t* state, int32_t* error);  /* status */
-unsigned int zop_get_gmm_attach_state(int32_t* state, int32_t* error); /* status; 1 attached */
-unsigned int zop_get_mfrm(int32_t* multiframes);          /* status */
-unsigned int zop_get_gmm_state(int32_t* state);           /* status */
-unsigned int zop_get_pdp_state(int32_t* state, int32_t* reject_reason); /* status; 2 active */
-unsigned int zop_get_pmm_mode(int32_t* mode);             /* status */
-unsigned int zop_get_drx(uint32_t* drx);                  /* status */
+unsigned int zop_get_network_name(uint8_t* name, uint32_t* size); /* 255 bytes; clears first */
+unsigned int zop_get_service_status(int32_t* service); /* 0 none, 1 limited, 2 full, 3, 4 */
+unsigned int zop_get_registration_status(uint32_t* registration);        /* 0 not registered */
+unsigned int zop_get_info_event_orig(uint8_t* record);                   /* status; 89 bytes */
+unsigned int zop_get_info_event_act(uint8_t* record);                    /* status; 47 bytes */
+unsigned int zop_get_info_event_deact(uint8_t* record);                  /* status; 1 byte */
+unsigned int zop_get_info_event_end(uint8_t* record);                    /* status; 3 bytes */
+unsigned int zop_get_band(int32_t* band);                                /* status */
+unsigned int zop_get_network_op_mode(int32_t* mode);                     /* status */
+unsigned int zop_get_mm_attach_state(int32_t* state, int32_t* error);    /* status */
+unsigned int zop_get_gmm_attach_state(int32_t* state, int32_t* error);   /* status; 1 attached */
+unsigned int zop_get_mfrm(int32_t* multiframes);                         /* status */
+unsigned int zop_get_gmm_state(int32_t* state);                          /* status */
+unsigned int zop_get_pdp_state(int32_t* state, int32_t* reject_reason);  /* status; 2 active */
+unsigned int zop_get_pmm_mode(int32_t* mode);                            /* status */
+unsigned int zop_get_drx(uint32_t* drx);                                 /* status */
 unsigned int zop_get_hsdpa_status(int32_t* status, int32_t* indication); /* status */
-unsigned int zop_get_egprs_indication(int32_t* egprs);    /* status; 1 available */
-unsigned int zop_get_mm_lu_state(int32_t* state, int32_t* error);      /* status */
-unsigned int zop_get_gmm_rau_state(int32_t* state, int32_t* error);    /* status */
-unsigned int zop_get_powerup_flag(uint32_t* flag);        /* status, and for a flag above 1 */
-unsigned int zop_get_rau_type(uint32_t* type);            /* status */
-unsigned int zop_get_carrier(int32_t* carrier);           /* status */
+unsigned int zop_get_egprs_indication(int32_t* egprs);                   /* status; 1 available */
+unsigned int zop_get_mm_lu_state(int32_t* state, int32_t* error);        /* status */
+unsigned int zop_get_gmm_rau_state(int32_t* state, int32_t* error);      /* status */
+unsigned int zop_get_powerup_flag(uint32_t* flag); /* status, and for a flag above 1 */
+unsigned int zop_get_rau_type(uint32_t* type);     /* status */
+unsigned int zop_get_carrier(int32_t* carrier);    /* status */
 
 /* Network time as 19 bytes, little-endian: year, month, day, hour, minute, second, weekday (u16
  * each), offset from UTC in quarter hours (s32), daylight saving (u8). Status: no time yet. */
@@ -166,7 +170,7 @@ unsigned int zop_simcard_status(uint32_t* sim_status, uint32_t* lock_status, uin
 
 /* ---- radio ---- */
 
-unsigned int zop_get_rssi(int32_t* rssi);        /* dBm; the answer must echo the request */
+unsigned int zop_get_rssi(int32_t* rssi); /* dBm; the answer must echo the request */
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -32,8 +32,8 @@ typedef struct {
 
 /* One of the six best GSM cells. */
 typedef struct {
-  uint8_t ncc;        /* network colour code */
-  uint8_t bcc;        /* base station colour code */
+  uint8_t ncc; /* network colour code */
+  uint8_t bcc; /* base station colour code */
   uint8_t unused;
   uint8_t cell_id[4]; /* u32 */
   uint8_t lac[2];     /* u16 */
@@ -41,42 +41,42 @@ typedef struct {
 
 /* Screen from byte 117 on, WCDMA. */
 typedef struct {
-  uint8_t rscp[2];  /* u16: magnitude of the RSCP, shown negated, dBm */
+  uint8_t rscp[2]; /* u16: magnitude of the RSCP, shown negated, dBm */
   zop_wcdma_cell cells[32];
-  uint8_t drx[2];   /* u16: DRX cycle length coefficient */
+  uint8_t drx[2]; /* u16: DRX cycle length coefficient */
   uint8_t hsdpa_status;
   uint8_t hsdpa_indication;
 } zop_wcdma_screen;
 
 /* Screen from byte 117 on, GSM. */
 typedef struct {
-  uint8_t pathloss[4];        /* s32: dB */
-  uint8_t neighbor_count[4];  /* u32 */
+  uint8_t pathloss[4];       /* s32: dB */
+  uint8_t neighbor_count[4]; /* u32 */
   zop_gsm_neighbor neighbors[32];
-  uint8_t best_count[4];      /* u32 */
+  uint8_t best_count[4]; /* u32 */
   zop_gsm_best_cell best[6];
-  uint8_t mfrm;               /* multiframes between paging */
+  uint8_t mfrm; /* multiframes between paging */
   uint8_t egprs_indication;
 } zop_gsm_screen;
 
 /* The field-test screen as the modem sends it, 345 bytes. */
 typedef struct {
-  uint8_t system_mode;      /* ZOP_SCREEN_GSM, ZOP_SCREEN_WCDMA, others without service */
+  uint8_t system_mode; /* ZOP_SCREEN_GSM, ZOP_SCREEN_WCDMA, others without service */
   uint8_t service_status;
   uint8_t registration_status;
   char network_name[32];
   char imei[16];
   char imsi[16];
-  uint8_t channel[4];       /* s32: UARFCN or ARFCN */
-  uint8_t cell_id[4];       /* u32 */
+  uint8_t channel[4]; /* s32: UARFCN or ARFCN */
+  uint8_t cell_id[4]; /* u32 */
   uint8_t call_status;
   char mcc[3];
   char mnc[3];
-  char lac[4];              /* location area code, hexadecimal characters */
-  uint8_t rac[4];           /* s32 */
-  uint8_t rssi[4];          /* s32: dBm */
-  uint8_t tx_power[4];      /* s32: dBm */
-  uint8_t band[4];          /* s32 */
+  char lac[4];         /* location area code, hexadecimal characters */
+  uint8_t rac[4];      /* s32 */
+  uint8_t rssi[4];     /* s32: dBm */
+  uint8_t tx_power[4]; /* s32: dBm */
+  uint8_t band[4];     /* s32 */
   uint8_t network_mode;
   uint8_t mm_attach_state;
   uint8_t mm_attach_error;
@@ -104,36 +104,36 @@ typedef struct {
   char firmware[64];
   char hardware[64];
   char library[64];
-  uint8_t network_time[19];     /* as zop_get_network_time; zeros when not provided */
-  int32_t roaming;              /* raw roaming indicator, -1 not known */
+  uint8_t network_time[19]; /* as zop_get_network_time; zeros when not provided */
+  int32_t roaming;          /* raw roaming indicator, -1 not known */
   char phone_number[16];
   char iccid[24];
   int32_t sim_status;
   int32_t lock_status;
   int32_t pin_retries;
   int32_t data_service_mode;
-  uint8_t oplmn[7][161];        /* operator PLMN list in blocks of 20 entries */
+  uint8_t oplmn[7][161]; /* operator PLMN list in blocks of 20 entries */
   uint8_t hplmn[161];
   uint8_t rplmn[6];
   uint8_t fplmn[121];
-  uint32_t oplmn_count;         /* entries of the operator list */
-  uint32_t screen_time;         /* wall clock of the last screen, 0 none yet */
-  int32_t local_time_offset;    /* seconds from UTC, -1 not provided */
-  uint32_t awake_seconds;       /* since boot */
+  uint32_t oplmn_count;      /* entries of the operator list */
+  uint32_t screen_time;      /* wall clock of the last screen, 0 none yet */
+  int32_t local_time_offset; /* seconds from UTC, -1 not provided */
+  uint32_t awake_seconds;    /* since boot */
   uint32_t asleep_seconds;
-  uint32_t pppd_start;          /* seconds after boot, 0 no pppd */
+  uint32_t pppd_start; /* seconds after boot, 0 no pppd */
   uint32_t pppd_pid;
-  uint32_t last_ring_time;      /* wall clock, 0 none yet */
-  char local_address[16];       /* ppp0, or why there is none */
+  uint32_t last_ring_time; /* wall clock, 0 none yet */
+  char local_address[16];  /* ppp0, or why there is none */
   char peer_address[16];
-  int32_t bars;                 /* 1..5, -1 no service, -2 not known */
-  uint32_t rx_bytes;            /* of ppp0; 0xFFFFFFFF not known, as the next three */
+  int32_t bars;      /* 1..5, -1 no service, -2 not known */
+  uint32_t rx_bytes; /* of ppp0; 0xFFFFFFFF not known, as the next three */
   uint32_t tx_bytes;
   uint32_t rx_errors;
   uint32_t tx_errors;
-  uint32_t name_servers[2];     /* as inet_aton stores them, 0 none */
-  uint32_t ring_counts[6];      /* wake-ups by ring origin 0..4, and all others */
-  uint8_t last_ring_origin;     /* 0..5 */
+  uint32_t name_servers[2]; /* as inet_aton stores them, 0 none */
+  uint32_t ring_counts[6];  /* wake-ups by ring origin 0..4, and all others */
+  uint8_t last_ring_origin; /* 0..5 */
 } zop_diag_info;
 
 extern zop_diag_info gDiagInfo;

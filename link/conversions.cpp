@@ -52,7 +52,7 @@ void Mobile_ID_bcd_to_ascii(const uint8_t* source, char* destination) {
   if (count > 0) {
     bool odd = (source[1] & 0x08) != 0;
     for (int i = 1; i <= count; ++i) {
-      bool type_nibble = i == 1;             // type and indicator, not a digit
+      bool type_nibble = i == 1;  // type and indicator, not a digit
       bool filler = i == count && !odd;
       if (!type_nibble) *destination++ = low_digit(source[i]);
       if (!filler) *destination++ = high_digit(source[i]);

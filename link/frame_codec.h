@@ -9,8 +9,8 @@
 
 enum {
   FRAME_BUFFER_SIZE = 5000,
-  MIN_FRAME_LENGTH = 3,        // shortest input that is decoded, closing flag not counted
-  MAX_FRAME_PAYLOAD = 2497,    // longest payload whose frame fits with every byte stuffed
+  MIN_FRAME_LENGTH = 3,      // shortest input that is decoded, closing flag not counted
+  MAX_FRAME_PAYLOAD = 2497,  // longest payload whose frame fits with every byte stuffed
 };
 
 extern uint8_t m_pTxBuf[FRAME_BUFFER_SIZE];       // last frame built

@@ -11,10 +11,10 @@
 #include <atomic>
 
 enum {
-  RESPONSE_SIZE = 360,   // bytes of one answer, its closing flag included
-  DLOAD_SIZE = 2068,     // bytes of one answer of the download protocols
-  PORT_ERROR = -1,       // I/O error, or the port stayed busy
-  PORT_TIMEOUT = -2,     // no byte within the limit
+  RESPONSE_SIZE = 360,  // bytes of one answer, its closing flag included
+  DLOAD_SIZE = 2068,    // bytes of one answer of the download protocols
+  PORT_ERROR = -1,      // I/O error, or the port stayed busy
+  PORT_TIMEOUT = -2,    // no byte within the limit
 };
 
 // Descriptor of the open port, and the link-open flag: 0 is closed. A failed open leaves its

@@ -133,9 +133,14 @@ int vurn_get_data_service_mode(int* mode) {
   }
   switch (system) {
     case SYSTEM_WCDMA:
-    case SYSTEM_GW: *mode = VURN_DATA_WCDMA; break;
-    case SYSTEM_GSM: *mode = egprs == EGPRS_AVAILABLE ? VURN_DATA_EDGE : VURN_DATA_GPRS; break;
-    default: *mode = VURN_DATA_NONE;
+    case SYSTEM_GW:
+      *mode = VURN_DATA_WCDMA;
+      break;
+    case SYSTEM_GSM:
+      *mode = egprs == EGPRS_AVAILABLE ? VURN_DATA_EDGE : VURN_DATA_GPRS;
+      break;
+    default:
+      *mode = VURN_DATA_NONE;
   }
   return VURN_OK;
 }

@@ -10,23 +10,17 @@ namespace sim {
 struct KindRow {
   const char* name;
   FaultKind kind;
-  int min, max;      // of the value
-  int usual;         // value when none is given
+  int min, max;  // of the value
+  int usual;     // value when none is given
 };
 
 static const KindRow KINDS[] = {
-    {"silence", FaultKind::SILENCE, 0, 0, 0},
-    {"delay", FaultKind::DELAY, 1, 3'600'000, 1000},
-    {"bad-crc", FaultKind::BAD_CRC, 0, 0, 0},
-    {"cut", FaultKind::CUT, 0, 4096, 1},
-    {"pieces", FaultKind::PIECES, 1, 4096, 1},
-    {"wrong-echo", FaultKind::WRONG_ECHO, 0, 2, 0},
-    {"extra", FaultKind::EXTRA, 1, 4096, 1},
-    {"hang-up", FaultKind::HANG_UP, 0, 4096, 0},
-    {"duplicate", FaultKind::DUPLICATE, 0, 0, 0},
-    {"error", FaultKind::ERROR, 1, 255, BAD_COMMAND},
-    {"status", FaultKind::STATUS, 0, 0xFFFF, 1},
-    {"flip", FaultKind::FLIP, 0, 8 * 4096, 0},
+    {"silence", FaultKind::SILENCE, 0, 0, 0},     {"delay", FaultKind::DELAY, 1, 3'600'000, 1000},
+    {"bad-crc", FaultKind::BAD_CRC, 0, 0, 0},     {"cut", FaultKind::CUT, 0, 4096, 1},
+    {"pieces", FaultKind::PIECES, 1, 4096, 1},    {"wrong-echo", FaultKind::WRONG_ECHO, 0, 2, 0},
+    {"extra", FaultKind::EXTRA, 1, 4096, 1},      {"hang-up", FaultKind::HANG_UP, 0, 4096, 0},
+    {"duplicate", FaultKind::DUPLICATE, 0, 0, 0}, {"error", FaultKind::ERROR, 1, 255, BAD_COMMAND},
+    {"status", FaultKind::STATUS, 0, 0xFFFF, 1},  {"flip", FaultKind::FLIP, 0, 8 * 4096, 0},
 };
 
 const char* fault_name(FaultKind kind) {
@@ -77,7 +71,8 @@ static void set_option(Fault& fault, const std::string& option) {
   } else if (key == "chance") {
     fault.chance = number<double>(value, key);
   } else {
-    throw std::invalid_argument("no option \"" + key + "\"; there are request, skip, count, chance");
+    throw std::invalid_argument("no option \"" + key +
+                                "\"; there are request, skip, count, chance");
   }
 }
 

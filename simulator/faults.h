@@ -31,9 +31,9 @@ enum class FaultKind {
 struct Fault {
   FaultKind kind = FaultKind::SILENCE;
   int value = 0;
-  std::string request;         // name of the request, empty for all
-  int skip = 0;                // matching requests left in peace first
-  int count = -1;              // then so many are hit, -1 all
+  std::string request;  // name of the request, empty for all
+  int skip = 0;         // matching requests left in peace first
+  int count = -1;       // then so many are hit, -1 all
   double chance = 1.0;
 };
 

@@ -26,7 +26,7 @@ class Deframer {
 
  private:
   Verdict close();
-  Bytes raw_;      // unstuffed, check bytes included
+  Bytes raw_;  // unstuffed, check bytes included
   Bytes payload_;
   bool escaped_ = false;
 };

@@ -77,7 +77,8 @@ static sim::Scenario scenario_of(const Options& options) {
 }
 
 static sim::Modem::Trace trace_of(const Options& options) {
-  if (options.trace_to_stderr) return [](const std::string& line) { fmt::print(stderr, "{}\n", line); };
+  if (options.trace_to_stderr)
+    return [](const std::string& line) { fmt::print(stderr, "{}\n", line); };
   if (options.trace.empty()) return {};
   auto file = std::make_shared<std::ofstream>(options.trace);
   if (!*file) throw std::runtime_error("can't write the trace to " + options.trace);
@@ -103,8 +104,10 @@ static void act(sim::Terminal& terminal, const sim::Output& output) {
     case sim::Output::SENDS:
       if (terminal.is_plugged_in()) terminal.write(output.bytes);
       return;
-    case sim::Output::HANGS_UP: return terminal.unplug();
-    case sim::Output::COMES_BACK: return terminal.plug_in();
+    case sim::Output::HANGS_UP:
+      return terminal.unplug();
+    case sim::Output::COMES_BACK:
+      return terminal.plug_in();
   }
 }
 
@@ -138,7 +141,8 @@ int main(int argc, char** argv) {
   app.add_option("--trace-file", options.trace, "write them to a file instead");
   app.add_option("--fault", options.faults, "switch a fault on; may be repeated")->take_all();
   app.add_option("--seed", options.seed, "seed of faults by chance");
-  app.add_flag("--exit-with-parent", options.exit_with_parent, "end when the starting process ends");
+  app.add_flag("--exit-with-parent", options.exit_with_parent,
+               "end when the starting process ends");
   app.add_flag("--list-scenarios", options.list, "list the shipped scenarios");
   app.set_version_flag("--version", "zop-modem-sim " ZOP_VERSION);
   try {

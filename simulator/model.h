@@ -47,12 +47,12 @@ struct Network {
 };
 
 struct Radio {
-  int system_mode = 5;         // 0 none, 3 GSM, 5 WCDMA
-  int data_service_mode = 3;   // 0 GPRS, 1 EDGE, 2 WCDMA, 3 HSDPA
-  int channel = 4357;          // UARFCN or ARFCN
+  int system_mode = 5;        // 0 none, 3 GSM, 5 WCDMA
+  int data_service_mode = 3;  // 0 GPRS, 1 EDGE, 2 WCDMA, 3 HSDPA
+  int channel = 4357;         // UARFCN or ARFCN
   int band = 84;
-  int rssi = -75;              // dBm
-  int egprs = 0;               // 1 available
+  int rssi = -75;  // dBm
+  int egprs = 0;   // 1 available
   int hsdpa_status = 1;
   int hsdpa_indication = 1;
   int drx = 6;
@@ -78,7 +78,7 @@ struct Clock {
   std::time_t start = 1'279'976'579;  // UTC when the modem was started
   int zone = 0;                       // quarter hours from UTC
   int daylight_saving = 0;
-  int provided = 1;                   // whether the network has sent its time
+  int provided = 1;  // whether the network has sent its time
 };
 
 struct Model {
@@ -89,7 +89,11 @@ struct Model {
   State state;
   Clock clock;
   std::map<int, Bytes> nv = {  // item number -> 128 bytes or fewer
-      {10, {0, 4}}, {850, {0, 2}}, {5895, {0}}, {16685, {}}, {16687, {0}}};
+      {10, {0, 4}},
+      {850, {0, 2}},
+      {5895, {0}},
+      {16685, {}},
+      {16687, {0}}};
 };
 
 }  // namespace sim

@@ -24,10 +24,17 @@ void Modem::receive(View bytes, Time now) {
   advance(now);
   for (uint8_t byte : bytes) {
     switch (deframer_.take(byte)) {
-      case Deframer::PENDING: break;
-      case Deframer::GOOD: answer(deframer_.payload(), now); break;
-      case Deframer::BAD_CHECK: trace(trace_note(now, "frame with a bad check, dropped")); break;
-      case Deframer::TOO_LONG: trace(trace_note(now, "frame too long, dropped")); break;
+      case Deframer::PENDING:
+        break;
+      case Deframer::GOOD:
+        answer(deframer_.payload(), now);
+        break;
+      case Deframer::BAD_CHECK:
+        trace(trace_note(now, "frame with a bad check, dropped"));
+        break;
+      case Deframer::TOO_LONG:
+        trace(trace_note(now, "frame too long, dropped"));
+        break;
     }
   }
 }
@@ -53,27 +60,38 @@ void Modem::send_damaged(const Fault& fault, View request, Bytes payload, Time n
   Bytes wire = frame(payload);
   auto value = static_cast<size_t>(fault.value);
   switch (fault.kind) {
-    case FaultKind::SILENCE: return;
-    case FaultKind::DELAY: return send(wire, now + std::chrono::milliseconds(fault.value));
-    case FaultKind::BAD_CRC: wire[wire.size() - 2] ^= 0x01; return send(wire, now);
-    case FaultKind::CUT: return send(first_bytes(wire, fault.value), now);
+    case FaultKind::SILENCE:
+      return;
+    case FaultKind::DELAY:
+      return send(wire, now + std::chrono::milliseconds(fault.value));
+    case FaultKind::BAD_CRC:
+      wire[wire.size() - 2] ^= 0x01;
+      return send(wire, now);
+    case FaultKind::CUT:
+      return send(first_bytes(wire, fault.value), now);
     case FaultKind::PIECES: {
       Time at = now;
       for (size_t i = 0; i < wire.size(); i += value, at += PIECE_GAP) {
         send({wire.begin() + static_cast<ptrdiff_t>(i),
-              wire.begin() + static_cast<ptrdiff_t>(std::min(i + value, wire.size()))}, at);
+              wire.begin() + static_cast<ptrdiff_t>(std::min(i + value, wire.size()))},
+             at);
       }
       return;
     }
     case FaultKind::WRONG_ECHO:
       if (value < payload.size()) payload[value] ^= 0x10;
       return send(frame(payload), now);
-    case FaultKind::EXTRA: wire.insert(wire.begin(), value, NOISE); return send(wire, now);
+    case FaultKind::EXTRA:
+      wire.insert(wire.begin(), value, NOISE);
+      return send(wire, now);
     case FaultKind::HANG_UP:
       if (value > 0) send(first_bytes(wire, fault.value), now);
       return put({now, Output::HANGS_UP, {}});
-    case FaultKind::DUPLICATE: send(wire, now); return send(wire, now);
-    case FaultKind::ERROR: return send(frame(refusal(fault.value, request)), now);
+    case FaultKind::DUPLICATE:
+      send(wire, now);
+      return send(wire, now);
+    case FaultKind::ERROR:
+      return send(frame(refusal(fault.value, request)), now);
     case FaultKind::STATUS:
       if (payload.size() <= STATUS_OFFSET + 1) payload.resize(STATUS_OFFSET + 2);
       payload[STATUS_OFFSET] = static_cast<uint8_t>(fault.value);
@@ -96,8 +114,8 @@ void Modem::advance(Time now) {
     for (auto& change : happening.changes) change(model_);
     if (happening.line == Happening::HANGS_UP) put({happening.at, Output::HANGS_UP, {}});
     if (happening.line == Happening::COMES_BACK) put({happening.at, Output::COMES_BACK, {}});
-    trace(trace_note(happening.at, "scenario: " + std::to_string(happening.changes.size()) +
-                                       " settings change"));
+    trace(trace_note(happening.at,
+                     "scenario: " + std::to_string(happening.changes.size()) + " settings change"));
   }
 }
 

@@ -32,7 +32,7 @@ class Answer {
   Answer& text(const std::string& text, size_t width);  // padded with zeros, cut to width
   Answer& zeros(size_t count);
   Answer& bytes(View bytes, size_t width);
-  void status(int value);       // the 16-bit status of a vendor answer
+  void status(int value);  // the 16-bit status of a vendor answer
   void refuse(ErrorAnswer why) { refusal = why; }
 
   Bytes content;
@@ -48,9 +48,9 @@ struct Context {
 
 struct Request {
   int command;
-  int subcommand;       // ANY for requests without one
-  const char* name;     // in traces and fault switches
-  size_t length;        // of the request; others are refused
+  int subcommand;    // ANY for requests without one
+  const char* name;  // in traces and fault switches
+  size_t length;     // of the request; others are refused
   void (*handle)(const Context&, Answer&);
 };
 constexpr int ANY = -1;

@@ -22,14 +22,16 @@ struct Place {
   }
 };
 
-static int value_in_range(const Place& place, const NumberSetting& setting, const toml::node& node) {
+static int value_in_range(const Place& place, const NumberSetting& setting,
+                          const toml::node& node) {
   if (auto word = node.value_exact<std::string>()) {
     auto found = std::ranges::find_if(setting.words, [&](Word w) { return *word == w.name; });
     if (found != setting.words.end()) return found->value;
     std::string known;
     for (Word w : setting.words) known += std::string(known.empty() ? "" : ", ") + w.name;
-    place.error(node.source(), std::string(setting.key) + ": no word \"" + *word + "\"" +
-                                   (known.empty() ? "; it takes a number" : "; there are " + known));
+    place.error(node.source(),
+                std::string(setting.key) + ": no word \"" + *word + "\"" +
+                    (known.empty() ? "; it takes a number" : "; there are " + known));
   }
   if (auto flag = node.value_exact<bool>()) return *flag ? 1 : 0;
   auto number = node.value_exact<int64_t>();

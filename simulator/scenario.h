@@ -1,6 +1,7 @@
 // A scenario: the modem's state at the start, and what happens to it as time goes by.
 //
-// TOML. Tables set the state; each [[at]] entry changes it later, raises a hang-up or a return; each
+// TOML. Tables set the state; each [[at]] entry changes it later, raises a hang-up or a return;
+// each
 // [[fault]] is a fault switch in its textual form:
 //
 //   [radio]
@@ -33,7 +34,7 @@ struct Happening {
 struct Scenario {
   std::string title;
   Model model;
-  bool clock_is_set = false;  // by the scenario; otherwise the modem starts now
+  bool clock_is_set = false;        // by the scenario; otherwise the modem starts now
   std::vector<Happening> timeline;  // in order of time
   std::vector<Fault> faults;
 };

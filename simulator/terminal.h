@@ -15,15 +15,15 @@ class Terminal {
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  void plug_in();   // a new terminal, raw from the start
-  void unplug();    // the host sees its device hang up
+  void plug_in();  // a new terminal, raw from the start
+  void unplug();   // the host sees its device hang up
 
   bool is_plugged_in() const { return master_ >= 0; }
   int descriptor() const { return master_; }
   const std::string& path() const { return path_; }
 
-  Bytes read();             // what the host has written, possibly nothing
-  void write(View bytes);   // drops what does not fit, as a modem whose host does not read
+  Bytes read();            // what the host has written, possibly nothing
+  void write(View bytes);  // drops what does not fit, as a modem whose host does not read
 
  private:
   std::string link_;

@@ -15,14 +15,15 @@ constexpr int NV_PIN = 16685;
 static std::pair<size_t, size_t> secret_part(View payload) {
   if (payload.size() > SIM_CODES && payload[0] == SIM_COMMAND) return {SIM_CODES, payload.size()};
   bool nv = payload.size() > 3 && (payload[0] == NV_READ || payload[0] == NV_WRITE);
-  if (nv && (payload[1] | payload[2] << 8) == NV_PIN) return {3, std::min<size_t>(131, payload.size())};
+  if (nv && (payload[1] | payload[2] << 8) == NV_PIN)
+    return {3, std::min<size_t>(131, payload.size())};
   return {0, 0};
 }
 
 std::string trace_line(Time now, char direction, const std::string& name, View payload) {
   auto [first, last] = secret_part(payload);
-  std::string line = fmt::format("{:11.6f} {} {:18}", static_cast<double>(now.count()) / 1e6,
-                                 direction, name);
+  std::string line =
+      fmt::format("{:11.6f} {} {:18}", static_cast<double>(now.count()) / 1e6, direction, name);
   for (size_t i = 0; i < payload.size(); ++i) {
     line += i >= first && i < last ? " **" : fmt::format(" {:02x}", payload[i]);
   }

@@ -28,8 +28,8 @@ struct Row {
 
 TEST(Conversions, bcd) {
   const Row rows[] = {
-      {"02 21 f3", "123?"},          // the filler stays, unterminated
-      {"02 21 43", "1234|"},  {"00", "|"}, {"01 ba", "*#|"}, {"02 dc e1", "ab1c|"},
+      {"02 21 f3", "123?"},  // the filler stays, unterminated
+      {"02 21 43", "1234|"}, {"00", "|"}, {"01 ba", "*#|"}, {"02 dc e1", "ab1c|"},
   };
   for (const Row& row : rows) {
     Bytes in = hex(row.input);

@@ -129,8 +129,11 @@ TEST_F(SerialPort, every_failure_closes_and_frees_the_port) {
       {"writes that take nothing", std::deque<PortCall>(15, Accept{0}), {}, {}, 0},
       {"select error", {}, {Fail{EBADF}}, {}, PORT_ERROR},
       {"read error", {}, {}, {Fail{EIO}}, PORT_ERROR},
-      {"16 empty reads", {}, std::deque<PortCall>(16, Accept{1}),
-       std::deque<PortCall>(16, Accept{0}), PORT_ERROR},
+      {"16 empty reads",
+       {},
+       std::deque<PortCall>(16, Accept{1}),
+       std::deque<PortCall>(16, Accept{0}),
+       PORT_ERROR},
   };
   for (const Weather& row : rows) {
     ASSERT_EQ(diag_open(DEVICE), 1);
@@ -150,8 +153,11 @@ TEST_F(SerialPort, interrupted_and_short_calls_are_no_failures) {
       {"interrupted", {Fail{EINTR}}, {Fail{EINTR}, Fail{EINTR}}, {Fail{EINTR}}, 2},
       {"14 writes that take nothing", std::deque<PortCall>(14, Accept{0}), {}, {}, 2},
       {"byte by byte", {Accept{1}, Accept{1}}, {}, {Accept{1}, Accept{1}}, 2},
-      {"15 empty reads", {}, std::deque<PortCall>(15, Accept{1}),
-       std::deque<PortCall>(15, Accept{0}), 2},
+      {"15 empty reads",
+       {},
+       std::deque<PortCall>(15, Accept{1}),
+       std::deque<PortCall>(15, Accept{0}),
+       2},
   };
   for (const Weather& row : rows) {
     ASSERT_EQ(diag_open(DEVICE), 1);

@@ -1,4 +1,5 @@
-// Status getters: what the host gets, what the diagnostic record keeps, which line a failure writes.
+// Status getters: what the host gets, what the diagnostic record keeps, which line a failure
+// writes.
 #include <functional>
 
 #include "tests/module/module_fixture.h"
@@ -122,8 +123,7 @@ TEST_F(StatusGetters, texts_reach_the_host_whole_and_the_record_cut) {
   EXPECT_EQ(vurn_get_radio_phone_number(text, 64), VURN_OK);
   EXPECT_EQ(strlen(text), 20u);
   EXPECT_STREQ(gDiagInfo.phone_number, "555555555555555");
-  EXPECT_EQ(world.log.back().text.substr(0, 45),
-            "D zop:radio phone number=55555555555555555555");
+  EXPECT_EQ(world.log.back().text.substr(0, 45), "D zop:radio phone number=55555555555555555555");
 }
 
 TEST_F(StatusGetters, data_service_mode) {
@@ -131,9 +131,9 @@ TEST_F(StatusGetters, data_service_mode) {
     const char* system;
     const char* egprs;
     int mode;
-  } rows[] = {{"05", "", VURN_DATA_WCDMA},         {"07", "", VURN_DATA_WCDMA},
-              {"03", "01 00", VURN_DATA_EDGE},     {"03", "00 00", VURN_DATA_GPRS},
-              {"03", "ff ff", VURN_DATA_GPRS},     {"00", "", VURN_DATA_NONE},
+  } rows[] = {{"05", "", VURN_DATA_WCDMA},     {"07", "", VURN_DATA_WCDMA},
+              {"03", "01 00", VURN_DATA_EDGE}, {"03", "00 00", VURN_DATA_GPRS},
+              {"03", "ff ff", VURN_DATA_GPRS}, {"00", "", VURN_DATA_NONE},
               {"08", "", VURN_DATA_NONE}};
   open();
   for (auto& row : rows) {

@@ -27,9 +27,9 @@ using namespace std::chrono_literals;
 static const char MODEM_DEVICE[] = "/dev/tts/USB1";
 
 #define EXPORTED extern "C" __attribute__((visibility("default")))
-#define IN_WORLD(world)                                       \
-  World* world = World::current();                            \
-  std::unique_lock<std::recursive_mutex> world_lock;          \
+#define IN_WORLD(world)                              \
+  World* world = World::current();                   \
+  std::unique_lock<std::recursive_mutex> world_lock; \
   if (world != nullptr) world_lock = std::unique_lock(world->mutex)
 
 // The file behind a path: the path itself, another file, or an error.
@@ -57,13 +57,13 @@ static mode_t mode_of(int flags, va_list arguments) {
   return (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
-#define DEFINE_OPEN(name)                           \
+#define DEFINE_OPEN(name)                               \
   EXPORTED int name(const char* path, int flags, ...) { \
-    va_list arguments;                              \
-    va_start(arguments, flags);                     \
-    mode_t mode = mode_of(flags, arguments);        \
-    va_end(arguments);                              \
-    return open_in_world(path, flags, mode);        \
+    va_list arguments;                                  \
+    va_start(arguments, flags);                         \
+    mode_t mode = mode_of(flags, arguments);            \
+    va_end(arguments);                                  \
+    return open_in_world(path, flags, mode);            \
   }
 DEFINE_OPEN(open)
 DEFINE_OPEN(open64)
@@ -123,8 +123,8 @@ EXPORTED int select(int count, fd_set* in, fd_set* out, fd_set* except, timeval*
   }
   timespec real = {limit != nullptr ? limit->tv_sec : 0,
                    limit != nullptr ? limit->tv_usec * 1000 : 0};
-  return static_cast<int>(syscall(SYS_pselect6, count, in, out, except,
-                                  limit != nullptr ? &real : nullptr, nullptr));
+  return static_cast<int>(
+      syscall(SYS_pselect6, count, in, out, except, limit != nullptr ? &real : nullptr, nullptr));
 }
 
 EXPORTED int tcgetattr(int fd, termios* settings) noexcept {
@@ -154,7 +154,9 @@ static void sleep_in_world(Time time) {
   timespec real = {static_cast<time_t>(time / 1s), static_cast<long>((time % 1s).count())};
   syscall(SYS_nanosleep, &real, nullptr);
 }
-EXPORTED unsigned sleep(unsigned seconds) { return sleep_in_world(std::chrono::seconds(seconds)), 0; }
+EXPORTED unsigned sleep(unsigned seconds) {
+  return sleep_in_world(std::chrono::seconds(seconds)), 0;
+}
 EXPORTED int usleep(useconds_t us) { return sleep_in_world(std::chrono::microseconds(us)), 0; }
 
 EXPORTED int clock_gettime(clockid_t clock, timespec* now) noexcept {
@@ -163,7 +165,8 @@ EXPORTED int clock_gettime(clockid_t clock, timespec* now) noexcept {
   if (world->clock_error != 0) return errno = world->clock_error, -1;
   auto since_start = world->now();
   time_t start = clock == CLOCK_REALTIME ? world->wall_clock_start : 1000;
-  *now = {start + static_cast<time_t>(since_start / 1s), static_cast<long>((since_start % 1s).count())};
+  *now = {start + static_cast<time_t>(since_start / 1s),
+          static_cast<long>((since_start % 1s).count())};
   return 0;
 }
 EXPORTED time_t time(time_t* result) noexcept {

@@ -24,7 +24,7 @@ namespace test {
 using Time = std::chrono::nanoseconds;  // since the World began
 using Bytes = std::vector<uint8_t>;
 
-Bytes hex(const std::string& text);           // "cf 20 00", white space ignored
+Bytes hex(const std::string& text);  // "cf 20 00", white space ignored
 std::string to_hex(std::span<const uint8_t>);
 
 // What is at the other end of the serial line.
@@ -43,8 +43,12 @@ struct LogLine {
 };
 
 // What the next calls on the port do instead of working: bytes to accept at the most, or an error.
-struct Accept { size_t bytes; };
-struct Fail { int error; };
+struct Accept {
+  size_t bytes;
+};
+struct Fail {
+  int error;
+};
 struct PortCall {
   std::optional<size_t> at_most;
   int error = 0;
@@ -62,7 +66,7 @@ class World {
   FarEnd* far_end = nullptr;
   std::vector<LogLine> log;
   std::vector<Time> sleeps;
-  std::function<void(Time)> on_sleep;            // runs inside each sleep
+  std::function<void(Time)> on_sleep;  // runs inside each sleep
   std::vector<Time> select_limits;
   std::map<std::string, std::string> files;      // path -> the real file behind it
   std::map<std::string, int> missing;            // path -> errno of an attempt to open it
@@ -72,12 +76,12 @@ class World {
   int clock_error = 0;                           // errno of clock_gettime
   int opens = 0;
   int flushes = 0;
-  Bytes written;                                 // all that went out on the port
+  Bytes written;  // all that went out on the port
 
   Time now() const { return now_; }
   void advance(Time by) { now_ += by; }
   bool port_is_open() const { return port_ >= 0; }
-  std::string log_text() const;                  // all lines, one a line
+  std::string log_text() const;  // all lines, one a line
 
   // ---- for system_calls.cpp ----
   std::recursive_mutex mutex;
@@ -87,7 +91,7 @@ class World {
   ssize_t write_port(const uint8_t* bytes, size_t size);
   ssize_t read_port(uint8_t* bytes, size_t size);
   int wait_for_input(Time limit);
-  void pass(Time time);                          // a sleep
+  void pass(Time time);  // a sleep
 
  private:
   bool fetch();  // takes what the far end has to say by now; true when there is input

@@ -1,0 +1,22 @@
+// The system calls of the module, as zopctl answers them.
+//
+// The module opens one fixed device and logs to syslog. zopctl defines open and syslog itself, to
+// which the unchanged library binds: so its device can be any node, and its log can be shown.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace zopctl {
+
+// The path that the module opens.
+inline constexpr char MODULE_DEVICE[] = "/dev/tts/USB1";
+
+// Opens of MODULE_DEVICE go to this path from now on.
+void map_device(const std::string& path);
+
+// Log lines go here instead of to syslog from now on.
+using LogSink = std::function<void(int priority, const std::string& line)>;
+void catch_log(LogSink sink);
+
+}  // namespace zopctl

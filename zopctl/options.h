@@ -1,0 +1,23 @@
+// The command line.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace zopctl {
+
+struct Options {
+  std::string verb;           // "status"
+  bool json = false;
+  bool simulate = false;
+  std::string scenario;       // with simulate; empty: the simulator's default
+  std::string device;         // empty: the module's own
+  std::string library;        // empty: found beside the program or by the loader
+  std::optional<unsigned> log_mask;
+};
+
+// Reads the command line. When there is nothing more to do (help, version, bad usage) prints what
+// there is to say, sets exit_code and returns nothing.
+std::optional<Options> read_options(int argc, char** argv, int& exit_code);
+
+}  // namespace zopctl

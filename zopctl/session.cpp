@@ -1,0 +1,88 @@
+// Sessions. The first SIGINT or SIGTERM lets the query under way end and closes the modem; a second
+// one ends the program at once.
+#include "zopctl/session.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "zopctl/host_calls.h"
+#include "zopctl/words.h"
+
+namespace zopctl {
+
+static volatile sig_atomic_t caught_signal = 0;
+
+static void on_signal(int signal) {
+  if (caught_signal != 0) _exit(128 + signal);
+  caught_signal = signal;
+}
+
+void watch_signals() {
+  struct sigaction action = {};
+  action.sa_handler = on_signal;
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+void check_signals() {
+  if (caught_signal != 0) throw Interrupted{caught_signal};
+}
+
+// Looks at the device before the module does: the module would try for five seconds, and its
+// result would not say why.
+static void require_device(const std::string& path) {
+  int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+  int error = errno;
+  bool terminal = fd >= 0 && isatty(fd) != 0;
+  if (fd >= 0) close(fd);
+  if (terminal) return;
+  if (fd >= 0) throw Failure(path + " is no serial device; give the modem's DIAG port by --device");
+  switch (error) {
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+      throw Failure("no modem at " + path +
+                    "; is it plugged in and its driver loaded? Another node is given by --device, "
+                    "a simulated modem by --sim");
+    case EACCES:
+    case EPERM:
+      throw Failure("no permission for " + path + "; run as root or join the group that owns it");
+    case EBUSY: throw Failure(path + " is in use by another program; end that first");
+    default: throw Failure("can't open " + path + ": " + strerror(error));
+  }
+}
+
+static void show_log(const ModuleLibrary& module, unsigned mask) {
+  catch_log([](int, const std::string& line) { fprintf(stderr, "%s\n", line.c_str()); });
+  module.vurn_set_log_mask(mask);
+}
+
+Session::Session(const Options& options) {
+  if (options.simulate) {
+    simulator_ = std::make_unique<SimulatorProcess>(options.scenario);
+    map_device(simulator_->terminal());
+  } else {
+    std::string device = options.device.empty() ? MODULE_DEVICE : options.device;
+    require_device(device);
+    map_device(device);
+  }
+  module_ = std::make_unique<ModuleLibrary>(options.library);
+  if (options.log_mask) show_log(*module_, *options.log_mask);
+  check_signals();
+  if (int result = module_->vurn_open()) {
+    check_signals();
+    throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
+                  ": no answer on the port, or no usable SIM; --log error shows what the module says");
+  }
+}
+
+Session::~Session() {
+  if (module_) module_->vurn_close(1);
+}
+
+}  // namespace zopctl

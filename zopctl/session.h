@@ -1,0 +1,34 @@
+// An open module: device or simulator, library, vurn_open; all of it undone at the end.
+#pragma once
+
+#include <memory>
+
+#include "zopctl/module_library.h"
+#include "zopctl/options.h"
+#include "zopctl/simulator_process.h"
+
+namespace zopctl {
+
+class Session {
+ public:
+  // Throws Failure when there is no device, no library, or no modem.
+  explicit Session(const Options& options);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  const ModuleLibrary& module() const { return *module_; }
+
+ private:
+  std::unique_ptr<SimulatorProcess> simulator_;
+  std::unique_ptr<ModuleLibrary> module_;
+};
+
+// Ends the program with the signal's exit code if the user has asked for it; call between steps.
+struct Interrupted {
+  int signal;
+};
+void watch_signals();
+void check_signals();  // throws Interrupted
+
+}  // namespace zopctl
