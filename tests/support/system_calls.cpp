@@ -32,6 +32,11 @@ static const char MODEM_DEVICE[] = "/dev/tts/USB1";
   std::unique_lock<std::recursive_mutex> world_lock; \
   if (world != nullptr) world_lock = std::unique_lock(world->mutex)
 
+template <typename Function>
+static Function* next_definition(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
 // The file behind a path: the path itself, another file, or an error.
 static const char* real_path(World* world, const char* path) {
   if (world == nullptr) return path;
@@ -74,8 +79,7 @@ static FILE* fopen_in_world(const char* name, const char* path, const char* mode
   IN_WORLD(world);
   const char* real = real_path(world, path);
   if (real == nullptr) return nullptr;
-  using Fopen = FILE* (*)(const char*, const char*);
-  return reinterpret_cast<Fopen>(dlsym(RTLD_NEXT, name))(real, mode);
+  return next_definition<FILE*(const char*, const char*)>(name)(real, mode);
 }
 EXPORTED FILE* fopen(const char* path, const char* mode) {
   return fopen_in_world("fopen", path, mode);
@@ -129,19 +133,25 @@ EXPORTED int select(int count, fd_set* in, fd_set* out, fd_set* except, timeval*
 
 EXPORTED int tcgetattr(int fd, termios* settings) noexcept {
   IN_WORLD(world);
-  if (world == nullptr || !world->is_port(fd)) return errno = ENOTTY, -1;
+  if (world == nullptr || !world->is_port(fd)) {
+    return next_definition<int(int, termios*)>("tcgetattr")(fd, settings);
+  }
   *settings = world->line_settings;
   return 0;
 }
-EXPORTED int tcsetattr(int fd, int, const termios* settings) noexcept {
+EXPORTED int tcsetattr(int fd, int when, const termios* settings) noexcept {
   IN_WORLD(world);
-  if (world == nullptr || !world->is_port(fd)) return errno = ENOTTY, -1;
+  if (world == nullptr || !world->is_port(fd)) {
+    return next_definition<int(int, int, const termios*)>("tcsetattr")(fd, when, settings);
+  }
   world->line_settings = *settings;
   return 0;
 }
-EXPORTED int tcflush(int fd, int) noexcept {
+EXPORTED int tcflush(int fd, int queue) noexcept {
   IN_WORLD(world);
-  if (world == nullptr || !world->is_port(fd)) return errno = ENOTTY, -1;
+  if (world == nullptr || !world->is_port(fd)) {
+    return next_definition<int(int, int)>("tcflush")(fd, queue);
+  }
   ++world->flushes;
   return 0;
 }

@@ -1,0 +1,90 @@
+// The port on a real pseudo-terminal, without the World: the settings as the kernel keeps them, a
+// host without standard streams, a yanked device.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "link/serial_port.h"
+#include "tests/support/world.h"
+
+using test::hex;
+
+class RealTerminal : public testing::Test {
+ protected:
+  void SetUp() override {
+    SIO_USED_LOCK = 0;
+    master = posix_openpt(O_RDWR | O_NOCTTY);
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
+      GTEST_SKIP() << "no pseudo-terminals here";
+    }
+    path = ptsname(master);
+    slave = open(path.c_str(), O_RDWR | O_NOCTTY);
+  }
+  void TearDown() override {
+    diag_close();
+    close(slave);
+    close(master);
+  }
+  int master = -1;
+  int slave = -1;
+  std::string path;
+};
+
+TEST_F(RealTerminal, keeps_the_settings_while_open_and_gets_its_own_back) {
+  termios before, during, after;
+  tcgetattr(master, &before);
+  ASSERT_EQ(diag_open(path.c_str()), 1);
+  tcgetattr(master, &during);
+  EXPECT_EQ(during.c_iflag, 0x4u);
+  EXPECT_EQ(during.c_oflag, 0x1u);
+  EXPECT_EQ(during.c_cflag & ~static_cast<tcflag_t>(CIBAUD), 0x10B2u);
+  EXPECT_EQ(during.c_lflag, 0u);
+  EXPECT_EQ(during.c_cc[VMIN], 0);
+  EXPECT_EQ(during.c_cc[VTIME], 0);
+  diag_close();
+  tcgetattr(master, &after);
+  EXPECT_EQ(after.c_iflag, before.c_iflag);
+  EXPECT_EQ(after.c_lflag, before.c_lflag);
+  EXPECT_EQ(after.c_cc[VMIN], before.c_cc[VMIN]);
+}
+
+TEST_F(RealTerminal, carries_every_byte_value) {
+  ASSERT_EQ(diag_open(path.c_str()), 1);
+  uint8_t sent[257];
+  for (unsigned i = 0; i < 256; ++i) sent[i] = static_cast<uint8_t>(i);
+  sent[256] = 0x7E;
+  ASSERT_EQ(write(master, sent, sizeof sent), static_cast<ssize_t>(sizeof sent));
+  uint8_t received[RESPONSE_SIZE];
+  ASSERT_EQ(diag_read(received), 257);
+  EXPECT_EQ(memcmp(sent, received, sizeof sent), 0);
+}
+
+TEST_F(RealTerminal, a_yanked_device_fails_the_exchange) {
+  ASSERT_EQ(diag_open(path.c_str()), 1);
+  ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
+  close(slave);
+  close(master);
+  slave = master = -1;
+  uint8_t answer[RESPONSE_SIZE];
+  EXPECT_EQ(diag_read(answer), PORT_ERROR);
+  EXPECT_EQ(diag_status(), 0);
+  EXPECT_EQ(diag_open(path.c_str()), PORT_ERROR);
+}
+
+// A daemon may run with descriptors 0 to 2 closed: the port must not become one of them.
+TEST_F(RealTerminal, stays_off_the_standard_streams) {
+  pid_t child = fork();
+  if (child == 0) {
+    for (int fd : {0, 1, 2}) close(fd);
+    bool good = diag_open(path.c_str()) == 1 && SER_SIG > 2 && diag_status() == 1;
+    diag_close();
+    bool left_closed = fcntl(0, F_GETFD) < 0 && fcntl(1, F_GETFD) < 0;
+    _exit(good && left_closed ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+}
