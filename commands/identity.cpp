@@ -44,7 +44,8 @@ unsigned zop_get_radio_serial_number(uint8_t* hex, uint32_t* size) {
   for (int i = 0; i < ESN_SIZE; ++i) {
     char pair[2];
     byte_to_HexAscii(fr_buff + ESN_OFFSET + ESN_SIZE - 1 - i, 1, pair);
-    memcpy(hex + 2 * i, pair, sizeof pair);
+    memcpy(hex, pair, sizeof pair);
+    hex += sizeof pair;
   }
   return ZOP_SUCCESS;
 }

@@ -9,7 +9,7 @@ unsigned zop_get_roaming_status(uint32_t* roaming) {
 }
 
 unsigned zop_try_to_use_home_network() {
-  uint32_t accepted;
+  uint32_t accepted = 0;
   if (unsigned error = vendor_query('"', STATUS_BYTE3, {u8(5, &accepted)})) return error;
   return accepted == 0 ? ZOP_ERR_HOME_NETWORK_REFUSED : ZOP_SUCCESS;
 }
@@ -124,7 +124,7 @@ unsigned zop_get_gmm_rau_state(int32_t* state, int32_t* error) {
 
 // A flag is 0 or 1: another value is a failure of the modem, and nothing is written.
 unsigned zop_get_powerup_flag(uint32_t* flag) {
-  uint32_t value;
+  uint32_t value = 0;
   if (unsigned error = vendor_query('m', STATUS_BYTE3, {u8(5, &value)})) return error;
   if (value > 1) return ZOP_ERR_MODEM_FAILURE;
   *flag = value;

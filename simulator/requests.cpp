@@ -53,7 +53,7 @@ static void network_time(C c, A a) {
   const Clock& clock = c.model.clock;
   if (clock.provided == 0) return a.status(1);
   auto seconds = std::chrono::duration_cast<std::chrono::seconds>(c.now).count();
-  std::time_t local = clock.start + seconds + clock.zone * 900;
+  std::time_t local = clock.start + seconds + std::time_t{900} * clock.zone;
   std::tm t{};
   gmtime_r(&local, &t);
   a.u16(t.tm_year + 1900).u16(t.tm_mon + 1).u16(t.tm_mday).u16(t.tm_hour).u16(t.tm_min);

@@ -44,16 +44,16 @@ static void log_line(int priority, const char* format, va_list arguments) {
 
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 
-#define DEFINE_OPEN(name)                                                      \
-  EXPORTED int name(const char* path, int flags, ...) {                        \
-    mode_t mode = 0;                                                           \
-    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {                                \
-      va_list arguments;                                                       \
-      va_start(arguments, flags);                                              \
-      mode = va_arg(arguments, mode_t);                                        \
-      va_end(arguments);                                                       \
-    }                                                                          \
-    return zopctl::open_mapped(path, flags, mode);                             \
+#define DEFINE_OPEN(name)                               \
+  EXPORTED int name(const char* path, int flags, ...) { \
+    mode_t mode = 0;                                    \
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {         \
+      va_list arguments;                                \
+      va_start(arguments, flags);                       \
+      mode = va_arg(arguments, mode_t);                 \
+      va_end(arguments);                                \
+    }                                                   \
+    return zopctl::open_mapped(path, flags, mode);      \
   }
 DEFINE_OPEN(open)
 DEFINE_OPEN(open64)

@@ -25,16 +25,11 @@ struct MaskName {
 };
 
 static const MaskName MASK_NAMES[] = {
-    {"all", 0xFFFFFFFF},
-    {"error", VURN_LOG_ERROR},
-    {"warning", VURN_LOG_WARNING},
-    {"info", VURN_LOG_INFO},
-    {"general", VURN_LOG_GENERAL},
-    {"trace", VURN_LOG_TRACE},
-    {"events", VURN_LOG_EVENTS},
-    {"actions", VURN_LOG_ACTION_EVENTS},
-    {"stuck", VURN_LOG_STUCK},
-    {"screens", VURN_LOG_FIELD_INFORMATION},
+    {"all", 0xFFFFFFFF},           {"error", VURN_LOG_ERROR},
+    {"warning", VURN_LOG_WARNING}, {"info", VURN_LOG_INFO},
+    {"general", VURN_LOG_GENERAL}, {"trace", VURN_LOG_TRACE},
+    {"events", VURN_LOG_EVENTS},   {"actions", VURN_LOG_ACTION_EVENTS},
+    {"stuck", VURN_LOG_STUCK},     {"screens", VURN_LOG_FIELD_INFORMATION},
 };
 
 static unsigned mask_of_word(const std::string& word) {

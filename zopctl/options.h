@@ -7,12 +7,12 @@
 namespace zopctl {
 
 struct Options {
-  std::string verb;           // "status"
+  std::string verb;  // "status"
   bool json = false;
   bool simulate = false;
-  std::string scenario;       // with simulate; empty: the simulator's default
-  std::string device;         // empty: the module's own
-  std::string library;        // empty: found beside the program or by the loader
+  std::string scenario;  // with simulate; empty: the simulator's default
+  std::string device;    // empty: the module's own
+  std::string library;   // empty: found beside the program or by the loader
   std::optional<unsigned> log_mask;
 };
 

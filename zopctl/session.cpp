@@ -52,8 +52,10 @@ static void require_device(const std::string& path) {
     case EACCES:
     case EPERM:
       throw Failure("no permission for " + path + "; run as root or join the group that owns it");
-    case EBUSY: throw Failure(path + " is in use by another program; end that first");
-    default: throw Failure("can't open " + path + ": " + strerror(error));
+    case EBUSY:
+      throw Failure(path + " is in use by another program; end that first");
+    default:
+      throw Failure("can't open " + path + ": " + strerror(error));
   }
 }
 
@@ -76,8 +78,9 @@ Session::Session(const Options& options) {
   check_signals();
   if (int result = module_->vurn_open()) {
     check_signals();
-    throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
-                  ": no answer on the port, or no usable SIM; --log error shows what the module says");
+    throw Failure(
+        "the modem could not be opened: vurn_open, " + vurn_result(result) +
+        ": no answer on the port, or no usable SIM; --log error shows what the module says");
   }
 }
 

@@ -28,6 +28,7 @@ static std::string program_path() {
 // Starts the program with its standard output going to the descriptor output.
 static pid_t start(const std::vector<std::string>& words, int output) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
 

@@ -123,8 +123,8 @@ static Section network(const ModuleLibrary& m) {
   return {"network",
           "Network",
           {text("name", "Name", m.zop_get_network_name), text("mcc", "MCC", m.zop_get_mcc),
-           text("mnc", "MNC", m.zop_get_mnc), location_area(m),
-           number("rac", "RAC", m.zop_get_rac), number("cell_id", "Cell", m.zop_get_cell_id),
+           text("mnc", "MNC", m.zop_get_mnc), location_area(m), number("rac", "RAC", m.zop_get_rac),
+           number("cell_id", "Cell", m.zop_get_cell_id),
            coded("registration", "Registration", m.zop_get_registration_status, registration),
            roaming(m), coded("service", "Service", m.zop_get_service_status, service)}};
 }
@@ -146,8 +146,8 @@ static Item rssi(const ModuleLibrary& m) {
 static Section radio(const ModuleLibrary& m) {
   return {"radio",
           "Radio",
-          {coded("system_mode", "System mode", m.zop_get_system_mode, system_mode),
-           data_mode(m), coded("band", "Band", m.zop_get_band, band), rssi(m)}};
+          {coded("system_mode", "System mode", m.zop_get_system_mode, system_mode), data_mode(m),
+           coded("band", "Band", m.zop_get_band, band), rssi(m)}};
 }
 
 static std::string offset_text(int seconds) {
@@ -170,9 +170,8 @@ static Section network_time(const ModuleLibrary& m) {
     tm local{};
     localtime_r(&when, &local);
     std::string time = fmt::format("{:%Y-%m-%d %H:%M:%S}", local);
-    section.items = {
-        good("network_time", "Network time", time, time + ", " + offset_text(offset)),
-        good("utc_offset", "UTC offset", offset, fmt::format("{} s", offset))};
+    section.items = {good("network_time", "Network time", time, time + ", " + offset_text(offset)),
+                     good("utc_offset", "UTC offset", offset, fmt::format("{} s", offset))};
   }
   return section;
 }

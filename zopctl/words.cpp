@@ -58,8 +58,8 @@ std::string sim_status(uint32_t status) {
 }
 
 std::string lock_status(uint32_t lock) {
-  static const Word words[] = {{0, "unknown"},  {1, "okay"},      {2, "PIN wanted"},
-                               {3, "verified"}, {4, "blocked"},   {5, "PIN switched off"},
+  static const Word words[] = {{0, "unknown"},   {1, "okay"},           {2, "PIN wanted"},
+                               {3, "verified"},  {4, "blocked"},        {5, "PIN switched off"},
                                {6, "not valid"}, {7, "not initialised"}};
   return word(words, lock);
 }
@@ -71,15 +71,15 @@ std::string registration(uint32_t registration) {
 }
 
 std::string service(int32_t service) {
-  static const Word words[] = {{-1, "none"},    {0, "no service"},       {1, "limited"},
-                               {2, "full"},     {3, "limited regional"}, {4, "power save"}};
+  static const Word words[] = {{-1, "none"}, {0, "no service"},       {1, "limited"},
+                               {2, "full"},  {3, "limited regional"}, {4, "power save"}};
   return word(words, service);
 }
 
 std::string system_mode(uint32_t mode) {
-  static const Word words[] = {{0, "no service"}, {1, "AMPS"}, {2, "CDMA"}, {3, "GSM"},
-                               {4, "HDR"},        {5, "WCDMA"}, {6, "GPS"}, {7, "GSM/WCDMA"},
-                               {8, "WLAN"}};
+  static const Word words[] = {{0, "no service"}, {1, "AMPS"},      {2, "CDMA"},
+                               {3, "GSM"},        {4, "HDR"},       {5, "WCDMA"},
+                               {6, "GPS"},        {7, "GSM/WCDMA"}, {8, "WLAN"}};
   return word(words, mode);
 }
 
@@ -93,10 +93,10 @@ std::string data_service_mode(int mode) {
 
 std::string band(int32_t band) {
   static const Word words[] = {
-      {43, "GSM 850"},       {44, "EGSM 900"},      {45, "PGSM 900"},  {46, "RGSM 900"},
-      {47, "DCS 1800"},      {48, "PCS 1900"},      {80, "WCDMA 2100"}, {81, "WCDMA 1900"},
-      {82, "WCDMA 1700 (III)"}, {83, "WCDMA 1700 (IV)"}, {84, "WCDMA 850"}, {85, "WCDMA 800"},
-      {86, "WCDMA 2600"},    {87, "WCDMA 900"},     {88, "WCDMA 1700 (IX)"}};
+      {43, "GSM 850"},          {44, "EGSM 900"},        {45, "PGSM 900"},       {46, "RGSM 900"},
+      {47, "DCS 1800"},         {48, "PCS 1900"},        {80, "WCDMA 2100"},     {81, "WCDMA 1900"},
+      {82, "WCDMA 1700 (III)"}, {83, "WCDMA 1700 (IV)"}, {84, "WCDMA 850"},      {85, "WCDMA 800"},
+      {86, "WCDMA 2600"},       {87, "WCDMA 900"},       {88, "WCDMA 1700 (IX)"}};
   return word(words, band);
 }
 

@@ -6,8 +6,8 @@
 
 namespace zopctl {
 
-std::string vurn_result(int result);        // "result 2 (failed)"
-std::string zop_result(unsigned result);    // "result 7 (bad response)"
+std::string vurn_result(int result);      // "result 2 (failed)"
+std::string zop_result(unsigned result);  // "result 7 (bad response)"
 
 std::string sim_status(uint32_t status);
 std::string lock_status(uint32_t lock);

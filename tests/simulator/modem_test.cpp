@@ -79,8 +79,8 @@ TEST_F(SimulatedModem, network_time_follows_its_clock) {
   modem.model().clock.zone = -20;
   Bytes answer = ask({0xCF, 0x14, 0}, 61s).at(0);
   // 24 July 2010, a Saturday: 13:03 UTC, 08:04 five hours to the west and a minute later.
-  Bytes expected = {0xCF, 0x14, 0, 0, 0, 0xDA, 7, 7, 0, 24, 0, 8, 0, 4, 0,
-                    0,    0,    6, 0, 0xEC, 0xFF, 0xFF, 0xFF, 0};
+  Bytes expected = {0xCF, 0x14, 0, 0, 0, 0xDA, 7, 7,    0,    24,   0,    8,
+                    0,    4,    0, 0, 0, 6,    0, 0xEC, 0xFF, 0xFF, 0xFF, 0};
   EXPECT_EQ(answer, expected);
   modem.model().clock.provided = 0;
   EXPECT_EQ(ask({0xCF, 0x14, 0}).at(0), (Bytes{0xCF, 0x14, 0, 1, 0}));

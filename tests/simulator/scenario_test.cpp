@@ -31,7 +31,8 @@ time = 4
 replug = true
 [[fault]]
 switch = "silence:count=1"
-)", "x");
+)",
+                                     "x");
   EXPECT_EQ(scenario.title, "a test");
   EXPECT_EQ(scenario.faults.size(), 1u);
   Modem modem(scenario);

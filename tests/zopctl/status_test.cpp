@@ -39,9 +39,9 @@ TEST(Zopctl, status_for_people) {
         "  ICCID           89882110000000000017\n", "  Phone number    +15550100\n",
         "  Firmware        Q71XEB21.004\n", "  Library         REV_3.0 20100419\n",
         "  Status          ready\n", "  Name            Testnet\n", "  MCC             001\n",
-        "  MNC             01\n", "  LAC             6699 (0x1A2B)\n", "  RAC             7 (0x7)\n",
-        "  Registration    registered\n", "  Roaming         no\n", "  Service         full\n",
-        "  Data service    WCDMA\n", "  RSSI            -75 dBm\n",
+        "  MNC             01\n", "  LAC             6699 (0x1A2B)\n",
+        "  RAC             7 (0x7)\n", "  Registration    registered\n", "  Roaming         no\n",
+        "  Service         full\n", "  Data service    WCDMA\n", "  RSSI            -75 dBm\n",
         "  Network time    2010-07-24 08:0"}) {
     EXPECT_TRUE(contains(run.output, line)) << line << run.output;
   }
@@ -63,9 +63,10 @@ TEST(Zopctl, status_for_programs) {
 }
 
 TEST(Zopctl, a_query_that_fails_is_told_and_the_rest_is_shown) {
-  std::string path = scenario("refusing", "[[fault]]\nswitch = \"status:request=iccid\"\n"
-                                          "[[fault]]\nswitch = \"bad-crc:request=rssi\"\n"
-                                          "[clock]\nprovided = \"no\"\n");
+  std::string path = scenario("refusing",
+                              "[[fault]]\nswitch = \"status:request=iccid\"\n"
+                              "[[fault]]\nswitch = \"bad-crc:request=rssi\"\n"
+                              "[clock]\nprovided = \"no\"\n");
   Outcome run = zopctl("--sim=" + path + " status --json");
   EXPECT_EQ(run.exit_code, 1);
   auto json = nlohmann::json::parse(run.output);
