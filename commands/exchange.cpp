@@ -24,16 +24,27 @@ void clear_memory() {
 
 // A time-out has closed the port, so that a repeated attempt ends in the write's error unless the
 // link was opened again meanwhile.
-int zop_send(int length, int leading_flag) {
-  if (length < 0 || length > COMMAND_BUFFER_SIZE) return PORT_ERROR;
+int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_flag,
+                         uint8_t* response) {
   for (int attempt = 1;; ++attempt) {
-    int32_t written = DiagPacketTXCRC(ft_buff, static_cast<uint32_t>(length), leading_flag);
+    int32_t written = DiagPacketTXCRC(request, length, leading_flag);
     if (written == PORT_ERROR || written == 0) return written;
-    int32_t received = diag_read(fr_buff);
+    int32_t received = diag_read(response);
     if (received != PORT_TIMEOUT) return received;
     usleep(RETRY_PAUSE_US);
     if (attempt == SEND_ATTEMPTS) return PORT_TIMEOUT;
   }
+}
+
+int zop_send(int length, int leading_flag) {
+  if (length < 0 || length > COMMAND_BUFFER_SIZE) return PORT_ERROR;
+  return send_and_receive(ft_buff, static_cast<uint32_t>(length), leading_flag, fr_buff);
+}
+
+int32_t send_claimed(const uint8_t* request, uint32_t length, uint8_t* response) {
+  int32_t written = send_claimed_frame(request, length, 0);
+  if (written == PORT_ERROR || written == 0) return written;
+  return diag_read(response);
 }
 
 int zop_check_buffer_size(int have, int need) { return have >= need ? 1 : 0; }
@@ -58,11 +69,21 @@ unsigned begin() {
   return ZOP_SUCCESS;
 }
 
+unsigned begin_clearing_first() {
+  clear_memory();
+  return diag_status() == 0 ? ZOP_ERR_NOT_OPEN : ZOP_SUCCESS;
+}
+
 unsigned begin_vendor(uint8_t subcommand) {
   if (unsigned error = begin()) return error;
   ft_buff[0] = ZOP_VENDOR_COMMAND;
   ft_buff[SUBCOMMAND] = subcommand;
   return ZOP_SUCCESS;
+}
+
+void put_request(size_t offset, const void* data, size_t length) {
+  size_t room = sizeof ft_buff - offset;
+  memcpy(ft_buff + offset, data, length < room ? length : room);
 }
 
 // Unframes a response of received bytes, its closing flag included. A time-out's -2 is refused as
@@ -73,15 +94,35 @@ static unsigned unframe(int received) {
   }
   size_t payload = static_cast<size_t>(m_nRxLen);
   memset(fr_buff + payload, 0, sizeof fr_buff - payload);
+  if (amss_invalid_rsp_check(fr_buff[0], ft_buff[0]) < 0) return ZOP_ERR_BAD_RESPONSE;
   return ZOP_SUCCESS;
 }
 
 unsigned exchange(int length) {
   int received = zop_send(length, 0);
   if (received == 0 || received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
-  if (unsigned error = unframe(received)) return error;
-  if (amss_invalid_rsp_check(fr_buff[0], ft_buff[0]) < 0) return ZOP_ERR_BAD_RESPONSE;
-  return ZOP_SUCCESS;
+  return unframe(received);
+}
+
+static unsigned track_mode(unsigned result) {
+  if (result == ZOP_ERR_BAD_RESPONSE) iSubSystemID = 0;
+  return result;
+}
+
+unsigned mode_tracking_exchange(int length) { return track_mode(exchange(length)); }
+
+unsigned mode_tracking_direct_exchange(int length) { return track_mode(direct_exchange(length)); }
+
+unsigned direct_exchange(int length) {
+  (void)DiagPacketTXCRC(ft_buff, static_cast<uint32_t>(length), 0);  // the read tells
+  int32_t received = diag_read(fr_buff);
+  if (received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
+  return unframe(received);
+}
+
+void send_without_answer(int length) {
+  (void)DiagPacketTXCRC(ft_buff, static_cast<uint32_t>(length), 0);
+  SIO_USED_LOCK = 0;
 }
 
 unsigned status(StatusRule rule) {
@@ -90,6 +131,8 @@ unsigned status(StatusRule rule) {
   if (rule == STATUS_WORD) failed = get_le16(fr_buff + STATUS) != 0;
   return failed ? ZOP_ERR_MODEM_FAILURE : ZOP_SUCCESS;
 }
+
+unsigned inverted_status() { return fr_buff[STATUS] != 0 ? ZOP_SUCCESS : ZOP_ERR_MODEM_FAILURE; }
 
 static void put_unsigned(const Field& field, uint32_t value) {
   *static_cast<uint32_t*>(field.out) = value;
@@ -130,6 +173,13 @@ unsigned vendor_query(uint8_t subcommand, StatusRule rule, std::initializer_list
   if (unsigned error = status(rule)) return error;
   copy_fields(fields);
   return ZOP_SUCCESS;
+}
+
+unsigned vendor_set(uint8_t subcommand, uint32_t value) {
+  if (unsigned error = begin_vendor(subcommand)) return error;
+  ft_buff[REQUEST_PAYLOAD] = static_cast<uint8_t>(value);
+  if (unsigned error = exchange(PLAIN_REQUEST + 1)) return error;
+  return status(STATUS_BYTE3);
 }
 
 unsigned vendor_text(uint8_t subcommand, StatusRule rule, Buffer buffer, uint16_t length) {

@@ -5,6 +5,7 @@
 // lock, since all commands share ft_buff and fr_buff.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include <initializer_list>
@@ -50,21 +51,51 @@ unsigned capacity(uint32_t* size, uint32_t minimum);
 // ZOP_ERR_NOT_OPEN, or ZOP_SUCCESS with both buffers zeroed.
 unsigned begin();
 
+// As begin, but zeroes the buffers even on a closed link: the NV, PIN and SIM commands do, so that
+// no code outlives a failed attempt.
+unsigned begin_clearing_first();
+
 // As begin, with the vendor header for subcommand in the request.
 unsigned begin_vendor(uint8_t subcommand);
+
+// Puts bytes of the caller's into the request, as many as the buffer holds behind offset.
+void put_request(size_t offset, const void* data, size_t length);
 
 // Sends the first length bytes of the request and takes the answer: ZOP_SUCCESS,
 // ZOP_ERR_NO_RESPONSE or ZOP_ERR_BAD_RESPONSE.
 unsigned exchange(int length);
 
+// As exchange; an answer that can't be unframed also resets iSubSystemID.
+unsigned mode_tracking_exchange(int length);
+
+// As exchange, in one attempt without retry: the write's result is not looked at, and of the read's
+// only an I/O error is ZOP_ERR_NO_RESPONSE.
+unsigned direct_exchange(int length);
+unsigned mode_tracking_direct_exchange(int length);
+
+// Sends the first length bytes of a request that has no answer, and frees the port at once.
+void send_without_answer(int length);
+
+// The road of zop_send with buffers of the caller's own, and one attempt of it for a sender that
+// holds the claim on the port already. Results of zop_send.
+int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_flag,
+                         uint8_t* response);
+int32_t send_claimed(const uint8_t* request, uint32_t length, uint8_t* response);
+
 // ZOP_ERR_MODEM_FAILURE when the part of the status that rule names is not 0.
 unsigned status(StatusRule rule);
+
+// The opposite of status(STATUS_BYTE3): two test commands answer 0 for a failure.
+unsigned inverted_status();
 
 // Copies the fields to the caller, widened to 32 bits.
 void copy_fields(std::initializer_list<Field> fields);
 
 // A query without payload: begin, exchange, status, copy.
 unsigned vendor_query(uint8_t subcommand, StatusRule rule, std::initializer_list<Field> fields);
+
+// A command with a payload of one byte and a status in byte 3.
+unsigned vendor_set(uint8_t subcommand, uint32_t value);
 
 // A query whose length bytes go to a caller's buffer of capacity *size, cleared over minimum bytes
 // once the link is known to be open.

@@ -154,8 +154,9 @@ static uint32_t report_system_code(uint32_t mode) {
 }
 
 unsigned zop_get_system_mode(uint32_t* mode) {
-  unsigned error = vendor_query(0x1F, STATUS_IGNORED, {u8(5, mode)});
-  if (error == ZOP_ERR_BAD_RESPONSE) iSubSystemID = 0;
-  if (error == ZOP_SUCCESS) iSubSystemID = report_system_code(*mode);
-  return error;
+  if (unsigned error = begin_vendor(0x1F)) return error;
+  if (unsigned error = mode_tracking_exchange(PLAIN_REQUEST)) return error;
+  copy_fields({u8(5, mode)});
+  iSubSystemID = report_system_code(*mode);
+  return ZOP_SUCCESS;
 }

@@ -162,15 +162,137 @@ unsigned int zop_get_card_mode(int32_t* mode);
 /* Version of this library, 17 bytes with its terminator. Needs no link. */
 unsigned int zop_get_tq2_version(uint8_t* text, uint32_t* size);
 
-/* ---- SIM card: refusals of the SIM come in *result (0 accepted, 1 refused) ---- */
+/* ---- SIM card: refusals of the SIM come in *result (0 accepted, 1 refused) ----
+ * Codes are up to 8 bytes, no terminator. ZOP_ERR_PIN_TOO_LONG for a longer one. */
 
 /* SIM status (2 ready, 3 not initialised, 4 not ready), lock status (2 PIN wanted), PIN retries
  * left. ZOP_ERR_MODEM_FAILURE on a non-zero status. */
 unsigned int zop_simcard_status(uint32_t* sim_status, uint32_t* lock_status, uint32_t* retries);
 
+/* Always reads 8 bytes from pin, whatever pin_len is. */
+unsigned int zop_simcard_verify(const uint8_t* pin, uint32_t pin_len, uint32_t* result);
+
+/* The length of the new PIN is not tested; what passes its 8 bytes is not sent. */
+unsigned int zop_simcard_change(const uint8_t* old_pin, uint32_t old_len, const uint8_t* new_pin,
+                                uint32_t new_len, uint32_t* result);
+
+unsigned int zop_simcard_disable(const uint8_t* pin, uint32_t pin_len, uint32_t* result);
+unsigned int zop_simcard_enable(const uint8_t* pin, uint32_t pin_len, uint32_t* result);
+unsigned int zop_simcard_unblock(const uint8_t* key, uint32_t key_len, const uint8_t* new_pin,
+                                 uint32_t new_len, uint32_t* result);
+
+/* The copy of the PIN in the modem's memory, 8 bytes. *result 1: the modem refused. An accepted
+ * enable or change keeps the copy up to date, the other operations leave it as it is. */
+unsigned int zop_simcard_pin_write(const uint8_t* pin, uint32_t pin_len, uint32_t* result);
+unsigned int zop_simcard_pin_read(uint8_t* pin8, uint32_t ignored, uint32_t* result);
+
+/* Virtual SIM: the low byte of state. ZOP_ERR_MODEM_FAILURE on a non-zero status. */
+unsigned int zop_vsim_status_change(uint32_t state);
+
+/* ---- PLMN lists of the SIM; ZOP_ERR_MODEM_FAILURE on a non-zero status ---- */
+
+unsigned int zop_get_uim_data_oplmn(uint8_t* block161); /* operator list, first block */
+unsigned int zop_get_uim_data_hplmn(uint8_t* list81);   /* home list */
+unsigned int zop_get_uim_data_rplmn(uint8_t* plmn6);    /* registered PLMN */
+unsigned int zop_get_uim_data_uplmn(uint8_t* list121);  /* user list */
+unsigned int zop_set_uim_data_uplmn(zop_uplmn_list list);
+
+/* Forbidden PLMNs: count, then 20 entries of 6. The status is not looked at. */
+unsigned int zop_get_uim_data_fplmn(uint8_t* list121);
+
+/* A block of up to 20 entries from the 1-based entry first (1..256, else ZOP_ERR_BAD_RESPONSE) on,
+ * and the length of the whole list. */
+unsigned int zop_get_uim_data_oplmn_partial(uint32_t first, uint32_t* total, uint8_t* block161);
+unsigned int zop_get_uim_data_hplmn_partial(uint32_t first, uint32_t* total, uint8_t* block161);
+
+/* 255 bytes of a SIM file, and the file's length. */
+unsigned int zop_get_uim_data(uint32_t file_id, uint32_t offset, uint8_t* data255,
+                              uint32_t* length);
+
+/* ---- NV items: *nv_status is the modem's, 0 done ---- */
+
+unsigned int zop_nv_read(uint32_t item, void* data, uint32_t length, uint32_t* nv_status);
+unsigned int zop_nv_write(uint32_t item, const void* data, uint32_t length, uint32_t* nv_status);
+
+/* Single items; ZOP_ERR_MODEM_FAILURE on a non-zero NV status. */
+unsigned int zop_set_pref_mode(uint32_t mode);
+unsigned int zop_get_pref_mode(uint32_t* mode);
+unsigned int zop_get_pref_service_domain(uint32_t* domain);
+unsigned int zop_set_mgrf_supported(uint32_t on); /* 0 or 1, else ..INVALID_ARGUMENT */
+unsigned int zop_get_mgrf_supported(uint32_t* on);
+unsigned int zop_set_acq_band_order(uint32_t order);
+unsigned int zop_get_acq_band_order(uint32_t* order);
+
+/* ---- configuration; ZOP_ERR_MODEM_FAILURE on a non-zero status ---- */
+
+unsigned int zop_set_diag_port(uint32_t port);         /* 0 or 1, else ..INVALID_ARGUMENT */
+unsigned int zop_set_reset(void);                      /* restarts the modem */
+unsigned int zop_set_error_fatal(void);                /* crashes the modem, for a memory dump */
+unsigned int zop_enable_factory_test(uint32_t enable); /* 0 or 1, else ..INVALID_ARGUMENT */
+
+/* 43, 44, 47, 48, 80, 81 or 84, else ZOP_ERR_INVALID_ARGUMENT. */
+unsigned int zop_set_band(uint32_t band);
+
+/* Operating mode, up to 255, else ZOP_ERR_BAD_RESPONSE. No status. */
+unsigned int zop_mode_change(uint32_t mode);
+
+/* kind 3 with 43, 44, 47 or 48 (GSM), kind 5 with 80, 81 or 84 (WCDMA), else
+ * ZOP_ERR_BAD_RESPONSE. No status. */
+unsigned int zop_set_network_search_order(uint32_t kind, uint32_t value);
+
+unsigned int zop_get_backup_status(uint32_t* a, uint32_t* b);
+
+/* Step 1 to 5 of an NV backup, else ZOP_ERR_INVALID_ARGUMENT. Step 3 has no answer. */
+unsigned int zop_set_backup(uint32_t step);
+
+/* All 8 profiles, 208 bytes each. A failure ends the reading; what was read stays. */
+unsigned int zop_read_pdp_profile(uint8_t* profiles1664);
+unsigned int zop_write_pdp_profile(zop_pdp_record record);
+
 /* ---- radio ---- */
 
-unsigned int zop_get_rssi(int32_t* rssi); /* dBm; the answer must echo the request */
+unsigned int zop_get_rssi(int32_t* rssi);         /* dBm; the answer must echo the request */
+unsigned int zop_get_rscp(int32_t* rscp);         /* dBm */
+unsigned int zop_get_txpower(int32_t* txpower);   /* dBm */
+unsigned int zop_get_pathloss(int32_t* pathloss); /* dB */
+
+/* WCDMA cell sets: *count is the capacity in cells and then the number of cells, 6 bytes each: set
+ * (0 active, 1 monitored, 2 detected), 0, and two u16 as the modem sent them. */
+unsigned int zop_get_active_set_list(uint8_t* cells, uint32_t* count);
+unsigned int zop_get_monitored_set_list(uint8_t* cells, uint32_t* count);
+unsigned int zop_get_detected_set_list(uint8_t* cells, uint32_t* count);
+
+/* GSM lists: count (u32), then entries. All zeros when the count is out of range. */
+unsigned int zop_get_neighbor_cell_list(uint8_t* list164);
+unsigned int zop_get_best_six_cell_list(uint8_t* list58);
+
+/* The field-test screen, zop_screen of zop_diag_info.h. */
+unsigned int zop_get_field_information(uint8_t* record345);
+
+/* Signal bars 0 to 5, -1 in limited service. Prints what it computes from on standard output. */
+unsigned int zop_get_bars(int32_t* bars);
+
+/* ---- test, call and message ---- */
+
+/* Places a call to a number of 1 to 32 characters, else ZOP_ERR_INVALID_ARGUMENT. With a
+ * timeout_s above 0 it is ended after so many seconds: by the event listener when that runs, by
+ * SIGALRM otherwise, whose handler stays installed. */
+unsigned int zop_originate_call_test(uint32_t timeout_s, const char* number);
+unsigned int zop_end_call_test(void);
+
+/* The caller keeps number within 35 characters and text within 254: lengths are not tested.
+ * ZOP_ERR_MODEM_FAILURE on a non-zero status. */
+unsigned int zop_send_sms(const char* number, const char* text);
+
+unsigned int zop_test(uint32_t value); /* vendor test; ..MODEM_FAILURE */
+unsigned int zop_get_err_log(uint8_t* log264);
+unsigned int zop_get_err_clr(uint32_t index); /* up to 255, else ZOP_ERR_BAD_RESPONSE */
+
+/* Makes the modem send call events and field-test screens. */
+unsigned int zop_debug_mode_start(void);
+
+/* Sets the modem's clock from 14 bytes. */
+unsigned int zop_set_module_time(const uint8_t* time14, uint32_t* size);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -24,6 +24,9 @@ extern int32_t m_nRxLen;                          // its length without the chec
 // frame could not be written whole.
 int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_flag);
 
+// As DiagPacketTXCRC for a sender that holds the claim on the port already.
+int32_t send_claimed_frame(const uint8_t* data, uint32_t length, int32_t leading_flag);
+
 // Checks and unstuffs one answer in place. length counts the bytes between the flags.
 // 0 when the check sequence is good; -1 otherwise, with the buffer as it was.
 int32_t DiagPacketRXCRC(uint8_t* buffer, uint32_t length);

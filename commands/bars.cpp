@@ -1,0 +1,108 @@
+// Signal bars from the field-test screen: two tables of thresholds.
+//
+// last_ecio keeps the Ec/Io of the last WCDMA computation: a screen whose first cell entry is empty
+// is judged by it. GSM resets it, and so does a damaged answer.
+#include <stdio.h>
+#include <string.h>
+
+#include "commands/exchange.h"
+#include "core/bytes.h"
+#include "include/zop_diag_info.h"
+
+enum { NO_ECIO = -32, NO_BARS = -1 };
+enum { SERVICE_LIMITED = 1, SERVICE_LIMITED_REGIONAL = 3 };
+enum { ACTIVE_SET = 0 };
+
+static constinit int16_t last_ecio = NO_ECIO;
+
+// GSM: bars down to each path level, the level being the RSSI's magnitude.
+struct GsmStep {
+  int level;
+  int bars;
+};
+static constexpr GsmStep GSM_STEPS[] = {{64, 5}, {74, 4}, {84, 3}, {94, 2}, {104, 1}};
+
+// WCDMA: a row for each RSSI (dBm) down to which it holds, a column for each Ec/Io (dB).
+static constexpr int ECIO_STEPS[] = {-5, -10, -13, -16};  // and below
+struct WcdmaStep {
+  int rssi;
+  int bars[5];
+};
+static constexpr WcdmaStep WCDMA_STEPS[] = {
+    {-90, {5, 4, 3, 2, 1}},
+    {-95, {4, 3, 2, 1, 1}},
+    {-99, {3, 2, 1, 1, 1}},
+    {-102, {2, 1, 1, 1, 1}},
+    {-105, {1, 1, 1, 1, 1}},
+};
+
+static int16_t get_s16(const uint8_t* p) { return static_cast<int16_t>(get_le16(p)); }
+
+// The magnitude in 16 bits: that of -32768 stays negative and reads as a strong signal.
+static int gsm_bars(int16_t rssi) {
+  int level = static_cast<int16_t>(rssi < 0 ? -rssi : rssi);
+  if (level == 0) return 0;
+  for (const GsmStep& step : GSM_STEPS) {
+    if (level <= step.level) return step.bars;
+  }
+  return 0;
+}
+
+static int wcdma_bars(int16_t rssi, int16_t ecio) {
+  size_t column = 0;
+  while (column < 4 && ecio < ECIO_STEPS[column]) ++column;
+  for (const WcdmaStep& step : WCDMA_STEPS) {
+    if (rssi >= step.rssi) return step.bars[column];
+  }
+  return 0;
+}
+
+static bool is_empty(const zop_wcdma_cell& cell) {
+  static constexpr zop_wcdma_cell EMPTY = {};
+  return memcmp(&cell, &EMPTY, sizeof cell) == 0;
+}
+
+// The best Ec/Io of the active set among the leading entries; previous when there is no entry.
+static int16_t select_ecio(const zop_wcdma_screen& screen, int16_t previous) {
+  if (is_empty(screen.cells[0])) return previous;
+  int16_t best = NO_ECIO;
+  for (const zop_wcdma_cell& cell : screen.cells) {
+    if (is_empty(cell)) break;
+    int16_t ecio = get_s16(cell.ecio);
+    if (get_le16(cell.set) == ACTIVE_SET && ecio > best) best = ecio;
+  }
+  return best;
+}
+
+static int bars_of(const zop_screen& screen) {
+  if (screen.system_mode == ZOP_SCREEN_GSM) {
+    int16_t rssi = get_s16(screen.rssi);
+    last_ecio = NO_ECIO;
+    printf("GSM::: rssi = %d\n", rssi);
+    return gsm_bars(rssi);
+  }
+  if (screen.system_mode != ZOP_SCREEN_WCDMA) return 0;
+  const zop_wcdma_screen& wcdma = screen.radio.wcdma;
+  last_ecio = select_ecio(wcdma, last_ecio);
+  printf("WCDMA::: rssi = %d, ecio = %d, rscp = %d, HSPDA = %d\n",
+         static_cast<int32_t>(get_le32(screen.rssi)), last_ecio, get_le16(wcdma.rscp),
+         wcdma.hsdpa_status);
+  return wcdma_bars(get_s16(screen.rssi), last_ecio);
+}
+
+unsigned zop_get_bars(int32_t* bars) {
+  if (unsigned error = begin_vendor('4')) return error;
+  unsigned error = exchange(PLAIN_REQUEST);
+  if (error == ZOP_ERR_BAD_RESPONSE) last_ecio = NO_ECIO;
+  if (error != ZOP_SUCCESS) return error;
+  zop_screen screen;
+  copy_fields({bytes(ANSWER_PAYLOAD, sizeof screen, &screen)});
+  if (screen.service_status == SERVICE_LIMITED ||
+      screen.service_status == SERVICE_LIMITED_REGIONAL) {
+    puts("service_status : ZOP_SERVICE_STATUS_LIMITED or ZOP_SERVICE_STATUS_LIMITED_REGIONAL");
+    *bars = NO_BARS;
+    return ZOP_SUCCESS;
+  }
+  *bars = bars_of(screen);
+  return ZOP_SUCCESS;
+}

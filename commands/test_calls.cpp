@@ -1,0 +1,142 @@
+// Test calls, messages, the error log and the clock.
+//
+// zop_end_call_test runs on host threads, on the event listener and in a signal handler, possibly
+// in the middle of a host's command: it works on buffers of its own and never touches the shared
+// ones.
+#include <errno.h>
+#include <signal.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "commands/exchange.h"
+#include "core/bytes.h"
+#include "link/event_listener.h"
+#include "link/serial_port.h"
+
+enum { MAX_NUMBER = 32 };
+
+// Call request.
+enum { CALL_LENGTH = 3, CALL_NUMBER = 4, CALL_REQUEST = 37 };
+
+// SMS request: two lengths, the number and the text in fields of fixed width, and bytes that the
+// modem wants as they are.
+enum {
+  SMS_COMMAND = 208,
+  SMS_KIND = 3,
+  SMS_KIND_VALUE = 9,
+  SMS_NUMBER_LENGTH = 4,
+  SMS_TEXT_LENGTH = 5,
+  SMS_NUMBER = 7,
+  SMS_TEXT = 43,
+  SMS_FIXED = 298,
+  SMS_TAIL = 343,
+  SMS_REQUEST = 346,
+};
+static constexpr uint8_t SMS_FIXED_BYTES[] = {0, 0, 1, 0, 1, 0, 1, 0, 0};
+static constexpr uint8_t SMS_TAIL_BYTES[] = {0, 0, 0};
+
+enum { ERROR_LOG_READ = 42, ERROR_LOG_CLEAR = 43 };
+enum { TIME_SUBCOMMAND = 19, TIME_REQUEST = 17 };
+
+static constexpr uint8_t END_CALL[] = {ZOP_VENDOR_COMMAND, 'd', 0};
+
+static void end_call_on_alarm(uint32_t seconds) {
+  struct sigaction action = {};
+  action.sa_handler = callback_function;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGALRM, &action, nullptr);
+  alarm(seconds);
+}
+
+unsigned zop_originate_call_test(uint32_t timeout_s, const char* number) {
+  size_t length = strnlen(number, MAX_NUMBER + 1);
+  if (length == 0 || length > MAX_NUMBER) return ZOP_ERR_INVALID_ARGUMENT;
+  if (unsigned error = begin_vendor('c')) return error;
+  ft_buff[CALL_LENGTH] = static_cast<uint8_t>(length);
+  put_request(CALL_NUMBER, number, length);
+  if (unsigned error = exchange(CALL_REQUEST)) return error;
+  if (timeout_s == 0) return ZOP_SUCCESS;
+  if (THREAD_STATUS != 0) {
+    call_end_timeout = timeout_s;
+    THREAD_STATUS = 2;
+  } else {
+    end_call_on_alarm(timeout_s);
+  }
+  return ZOP_SUCCESS;
+}
+
+// The answer is read, to be out of the next command's way, and not looked at.
+unsigned zop_end_call_test() {
+  if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
+  uint8_t answer[RESPONSE_SIZE];
+  int32_t received = send_and_receive(END_CALL, sizeof END_CALL, 0, answer);
+  return received == 0 || received == PORT_ERROR ? ZOP_ERR_NO_RESPONSE : ZOP_SUCCESS;
+}
+
+bool end_call_if_port_is_free() {
+  if (!try_claim_port()) return false;
+  uint8_t answer[RESPONSE_SIZE];
+  if (diag_status() == 0) {
+    SIO_USED_LOCK = 0;
+    return true;
+  }
+  (void)send_claimed(END_CALL, sizeof END_CALL, answer);
+  return true;
+}
+
+// Number and text are copied as they come, up to the end of the buffer; the fixed bytes win.
+unsigned zop_send_sms(const char* number, const char* text) {
+  if (unsigned error = begin()) return error;
+  size_t number_length = strlen(number);
+  size_t text_length = strlen(text);
+  ft_buff[0] = SMS_COMMAND;
+  ft_buff[SMS_KIND] = SMS_KIND_VALUE;
+  ft_buff[SMS_NUMBER_LENGTH] = static_cast<uint8_t>(number_length);
+  put_le16(ft_buff + SMS_TEXT_LENGTH, static_cast<uint16_t>(text_length));
+  put_request(SMS_NUMBER, number, number_length);
+  put_request(SMS_TEXT, text, text_length);
+  put_request(SMS_FIXED, SMS_FIXED_BYTES, sizeof SMS_FIXED_BYTES);
+  put_request(SMS_TAIL, SMS_TAIL_BYTES, sizeof SMS_TAIL_BYTES);
+  if (unsigned error = exchange(SMS_REQUEST)) return error;
+  return status(STATUS_BYTE3);
+}
+
+unsigned zop_test(uint32_t value) {
+  if (unsigned error = begin_vendor('p')) return error;
+  ft_buff[REQUEST_PAYLOAD] = static_cast<uint8_t>(value);
+  if (unsigned error = mode_tracking_direct_exchange(PLAIN_REQUEST + 1)) return error;
+  return inverted_status();
+}
+
+unsigned zop_get_err_log(uint8_t* log264) {
+  if (unsigned error = begin()) return error;
+  ft_buff[0] = ERROR_LOG_READ;
+  if (unsigned error = mode_tracking_exchange(1)) return error;
+  copy_fields({bytes(1, ZOP_ERROR_LOG_SIZE, log264)});
+  return ZOP_SUCCESS;
+}
+
+unsigned zop_get_err_clr(uint32_t index) {
+  if (unsigned error = begin()) return error;
+  if (index > 255) return ZOP_ERR_BAD_RESPONSE;
+  ft_buff[0] = ERROR_LOG_CLEAR;
+  ft_buff[1] = static_cast<uint8_t>(index);
+  return mode_tracking_exchange(2);
+}
+
+unsigned zop_debug_mode_start() {
+  if (unsigned error = begin_vendor('M')) return error;
+  if (unsigned error = exchange(PLAIN_REQUEST + 1)) return error;
+  return status(STATUS_WORD);
+}
+
+// Builds its request over whatever the buffer holds: it fills all the bytes that it sends.
+unsigned zop_set_module_time(const uint8_t* time14, uint32_t* size) {
+  if (unsigned error = capacity(size, ZOP_MODULE_TIME_SIZE)) return error;
+  if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
+  ft_buff[0] = ZOP_VENDOR_COMMAND;
+  ft_buff[SUBCOMMAND] = TIME_SUBCOMMAND;
+  ft_buff[2] = 0;
+  put_request(REQUEST_PAYLOAD, time14, ZOP_MODULE_TIME_SIZE);
+  return exchange(TIME_REQUEST);
+}
