@@ -29,11 +29,8 @@ struct WcdmaStep {
   int bars[5];
 };
 static constexpr WcdmaStep WCDMA_STEPS[] = {
-    {-90, {5, 4, 3, 2, 1}},
-    {-95, {4, 3, 2, 1, 1}},
-    {-99, {3, 2, 1, 1, 1}},
-    {-102, {2, 1, 1, 1, 1}},
-    {-105, {1, 1, 1, 1, 1}},
+    {-90, {5, 4, 3, 2, 1}},  {-95, {4, 3, 2, 1, 1}},  {-99, {3, 2, 1, 1, 1}},
+    {-102, {2, 1, 1, 1, 1}}, {-105, {1, 1, 1, 1, 1}},
 };
 
 static int16_t get_s16(const uint8_t* p) { return static_cast<int16_t>(get_le16(p)); }

@@ -47,8 +47,8 @@ unsigned zop_mode_change(uint32_t mode) {
 
 unsigned zop_set_network_search_order(uint32_t kind, uint32_t value) {
   if (unsigned error = begin()) return error;
-  bool accepted = (kind == GSM_BANDS && is_gsm_band(value)) ||
-                  (kind == WCDMA_BANDS && is_wcdma_band(value));
+  bool accepted =
+      (kind == GSM_BANDS && is_gsm_band(value)) || (kind == WCDMA_BANDS && is_wcdma_band(value));
   if (!accepted) return ZOP_ERR_BAD_RESPONSE;
   return mode_control(value);
 }
@@ -90,6 +90,7 @@ unsigned zop_read_pdp_profile(uint8_t* profiles1664) {
 unsigned zop_write_pdp_profile(zop_pdp_record record) {
   if (unsigned error = begin_vendor(0x1B)) return error;
   put_request(REQUEST_PAYLOAD, record.bytes, sizeof record.bytes);
-  if (unsigned error = exchange(REQUEST_PAYLOAD + static_cast<int>(sizeof record.bytes))) return error;
+  if (unsigned error = exchange(REQUEST_PAYLOAD + static_cast<int>(sizeof record.bytes)))
+    return error;
   return status(STATUS_BYTE3);
 }

@@ -12,11 +12,11 @@ enum { NV_ITEM = 1, NV_DATA = 3, NV_STATUS = 131, NV_REQUEST = 133 };
 
 // The items that the library knows.
 enum NvItem : uint32_t {
-  NV_PREF_MODE = 10,              // byte 1: preferred mode
-  NV_PREF_SERVICE_DOMAIN = 850,   // byte 1: preferred service domain
-  NV_MGRF_SUPPORTED = 5895,       // byte 0: 0 or 1
-  NV_SIM_PIN = 16685,             // 8 bytes: copy of the SIM PIN, zero-padded
-  NV_ACQ_BAND_ORDER = 16687,      // byte 0: acquisition band order
+  NV_PREF_MODE = 10,             // byte 1: preferred mode
+  NV_PREF_SERVICE_DOMAIN = 850,  // byte 1: preferred service domain
+  NV_MGRF_SUPPORTED = 5895,      // byte 0: 0 or 1
+  NV_SIM_PIN = 16685,            // 8 bytes: copy of the SIM PIN, zero-padded
+  NV_ACQ_BAND_ORDER = 16687,     // byte 0: acquisition band order
 };
 
 static unsigned nv_exchange(uint8_t command, uint32_t item, const void* data, size_t length,
@@ -82,9 +82,7 @@ unsigned zop_set_mgrf_supported(uint32_t on) {
 
 unsigned zop_get_mgrf_supported(uint32_t* on) { return nv_get_byte(NV_MGRF_SUPPORTED, 0, on); }
 
-unsigned zop_set_acq_band_order(uint32_t order) {
-  return nv_set_byte(NV_ACQ_BAND_ORDER, 0, order);
-}
+unsigned zop_set_acq_band_order(uint32_t order) { return nv_set_byte(NV_ACQ_BAND_ORDER, 0, order); }
 
 unsigned zop_get_acq_band_order(uint32_t* order) {
   return nv_get_byte(NV_ACQ_BAND_ORDER, 0, order);

@@ -19,8 +19,9 @@ unsigned zop_get_uim_data_rplmn(uint8_t* plmn6) {
 
 // The modem counts in 32 bits at offset 5: callers get the low byte, packed before the entries.
 unsigned zop_get_uim_data_fplmn(uint8_t* list121) {
-  return vendor_query('b', STATUS_IGNORED, {bytes(FPLMN_ENTRIES, ZOP_FPLMN_LIST_SIZE, list121),
-                                            bytes(FPLMN_COUNT, 1, list121)});
+  return vendor_query(
+      'b', STATUS_IGNORED,
+      {bytes(FPLMN_ENTRIES, ZOP_FPLMN_LIST_SIZE, list121), bytes(FPLMN_COUNT, 1, list121)});
 }
 
 unsigned zop_get_uim_data_uplmn(uint8_t* list121) {
@@ -30,7 +31,8 @@ unsigned zop_get_uim_data_uplmn(uint8_t* list121) {
 unsigned zop_set_uim_data_uplmn(zop_uplmn_list list) {
   if (unsigned error = begin_vendor('j')) return error;
   put_request(REQUEST_PAYLOAD, list.bytes, sizeof list.bytes);
-  if (unsigned error = exchange(REQUEST_PAYLOAD + static_cast<int>(sizeof list.bytes))) return error;
+  if (unsigned error = exchange(REQUEST_PAYLOAD + static_cast<int>(sizeof list.bytes)))
+    return error;
   return status(STATUS_BYTE3);
 }
 

@@ -73,6 +73,7 @@ class World {
   std::deque<PortCall> writes, reads, selects;   // upcoming calls on the port that misbehave
   std::time_t wall_clock_start = 1'280'000'000;  // 24 July 2010
   termios line_settings{};                       // of the device, as last applied
+  std::optional<unsigned> alarm;                 // seconds that alarm() was last called with
   int clock_error = 0;                           // errno of clock_gettime
   int opens = 0;
   int flushes = 0;

@@ -1,0 +1,33 @@
+// Every command of the library as one list, for tests that hold for all of them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace test {
+
+// Room for the outputs of any command.
+struct Outputs {
+  uint8_t bytes[2048];
+  uint32_t size;       // in: capacity, where a command wants one
+  int32_t a, b, c;
+};
+
+struct Command {
+  const char* name;
+  unsigned (*run)(Outputs& out);
+  const char* request;  // payload of its first frame, hex; the rest of a longer one is zeros
+  size_t request_size;
+  enum Kind {
+    PLAIN,        // 7 for an answer that can't be unframed
+    DIRECT,       // the same, without retry
+    BLIND,        // 0 whatever is answered
+  } kind = PLAIN;
+  enum Status { NONE, BYTE3, WORD, INVERTED, NV, SIM_RESULT } status = NONE;
+  bool clears_output = false;  // even when the exchange then fails
+};
+
+const std::vector<Command>& every_command();
+
+}  // namespace test
