@@ -12,6 +12,7 @@
 #include <iostream>
 
 #include "simulator/modem.h"
+#include "simulator/state_file.h"
 #include "simulator/terminal.h"
 
 namespace fs = std::filesystem;
@@ -34,6 +35,7 @@ struct Options {
   std::string scenario;
   std::string link;
   std::string trace;
+  std::string state;
   bool trace_to_stderr = false;
   std::vector<std::string> faults;
   unsigned seed = 1;
@@ -111,7 +113,7 @@ static void act(sim::Terminal& terminal, const sim::Output& output) {
   }
 }
 
-static void run(sim::Modem& modem, sim::Terminal& terminal, int end) {
+static void run(sim::Modem& modem, sim::Terminal& terminal, sim::StateFile& state, int end) {
   auto start = std::chrono::steady_clock::now();
   auto now = [&] {
     return std::chrono::duration_cast<sim::Time>(std::chrono::steady_clock::now() - start);
@@ -128,6 +130,7 @@ static void run(sim::Modem& modem, sim::Terminal& terminal, int end) {
     if (ppoll(inputs, 2, due ? &wait : nullptr, nullptr) < 0) continue;
     if (inputs[0].revents != 0) return;
     if (inputs[1].revents != 0) modem.receive(terminal.read(), now());
+    state.save(modem.model());  // before the host sees the answer
   }
 }
 
@@ -140,6 +143,8 @@ int main(int argc, char** argv) {
   app.add_flag("--trace", options.trace_to_stderr, "show every request and answer");
   app.add_option("--trace-file", options.trace, "write them to a file instead");
   app.add_option("--fault", options.faults, "switch a fault on; may be repeated")->take_all();
+  app.add_option("--state", options.state,
+                 "keep PIN state, NV items, profiles and messages in this file");
   app.add_option("--seed", options.seed, "seed of faults by chance");
   app.add_flag("--exit-with-parent", options.exit_with_parent,
                "end when the starting process ends");
@@ -153,11 +158,13 @@ int main(int argc, char** argv) {
   try {
     if (options.list) return list_scenarios(), 0;
     sim::Modem modem(scenario_of(options), options.seed, trace_of(options));
+    sim::StateFile state(options.state);
+    state.load(modem.model());
     int end = end_signals(options);
     sim::Terminal terminal(options.link);
     fmt::print("{}\n", options.link.empty() ? terminal.path() : options.link);
     fflush(stdout);
-    run(modem, terminal, end);
+    run(modem, terminal, state, end);
     return 0;
   } catch (const sim::ScenarioError& error) {
     fmt::print(stderr, "zop-modem-sim: {}\n", error.what());

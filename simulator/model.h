@@ -25,11 +25,26 @@ struct Identity {
   int serial_number = 0x1A2B3C4D;
 };
 
+// PLMN entry of a list on the SIM. The technology bytes are 128/0 for UMTS, 0/128 for GSM.
+struct Plmn {
+  std::string mcc, mnc;
+  int technology_1 = 128, technology_2 = 0;
+};
+
 struct Sim {
   int status = 2;   // 0 none, 1 invalid, 2 ready, 3 not initialised, 4 not ready, 7 illegal
   int lock = 5;     // 1 okay, 2 PIN wanted, 3 verified, 4 blocked, 5 PIN switched off
   int retries = 3;  // PIN tries left
   int card_mode = 2;
+  std::string pin = "1234";
+  std::string key = "12345678";  // unblocking key
+  int key_retries = 10;
+  int virtual_state = 0;
+  std::vector<Plmn> home = {{"001", "01"}};
+  std::vector<Plmn> user = {};
+  std::vector<Plmn> operators = {{"001", "01"}, {"901", "70"}, {"310", "410", 0, 128}};
+  std::vector<Plmn> forbidden = {};
+  std::map<int, Bytes> files = {{0x6FAD, {0, 0, 0, 2}}, {0x2FE2, {0x98, 0x88, 0x12, 0x11}}};
 };
 
 struct Network {
@@ -46,6 +61,24 @@ struct Network {
   int carrier = 0;
 };
 
+struct WcdmaCell {
+  int set;   // 0 active, 1 monitored, 2 detected
+  int code;  // primary scrambling code
+  int ecio;  // dB
+};
+
+struct GsmNeighbor {
+  int rssi;  // dBm
+  int arfcn;
+  int bsic;
+};
+
+struct GsmBestCell {
+  int first, second;  // as the modem numbers them
+  int cell_id;
+  int channel;
+};
+
 struct Radio {
   int system_mode = 5;        // 0 none, 3 GSM, 5 WCDMA
   int data_service_mode = 3;  // 0 GPRS, 1 EDGE, 2 WCDMA, 3 HSDPA
@@ -57,6 +90,12 @@ struct Radio {
   int hsdpa_indication = 1;
   int drx = 6;
   int mfrm = 4;
+  int rscp = -82;      // dBm
+  int tx_power = -12;  // dBm
+  int pathloss = 90;   // dB
+  std::vector<WcdmaCell> cells = {{0, 100, -5}, {1, 101, -11}, {2, 245, -16}};
+  std::vector<GsmNeighbor> neighbors = {{-71, 661, 12}, {-84, 675, 33}};
+  std::vector<GsmBestCell> best = {{1, 4, 0x345678, 661}};
 };
 
 // Mobility and session management, states and 3GPP TS 24.008 causes.
@@ -74,6 +113,24 @@ struct State {
   int power_up = 1;
 };
 
+// Configuration and what the host has made the modem do.
+struct Device {
+  int test_mode = 0;  // factory test
+  int diag_port = 0;
+  int operating_mode = 0;  // last mode-control value
+  int selection_mode = 0;  // 0 automatic, 1 manual
+  int debug_mode = 0;      // sends call events and screens
+  int backup_ready = 0;    // 0 ready
+  int backup_value = 1;    // 0: the NV items want a backup or restore
+  std::string called;      // number of the call under way or of the last one
+  std::vector<std::string> errors = {"boot: watchdog reset"};
+  std::map<int, Bytes> profiles;  // number (odd, 1..15) -> record of 103 bytes
+};
+
+struct Message {
+  std::string number, text;
+};
+
 struct Clock {
   std::time_t start = 1'279'976'579;  // UTC when the modem was started
   int zone = 0;                       // quarter hours from UTC
@@ -87,7 +144,9 @@ struct Model {
   Network network;
   Radio radio;
   State state;
+  Device device;
   Clock clock;
+  std::vector<Message> outbox;
   std::map<int, Bytes> nv = {  // item number -> 128 bytes or fewer
       {10, {0, 4}},
       {850, {0, 2}},

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "simulator/handlers.h"
 #include "simulator/trace.h"
 
 namespace sim {
@@ -11,6 +12,8 @@ namespace sim {
 using namespace std::chrono_literals;
 
 constexpr Time PIECE_GAP = 10ms;
+constexpr Time RESTART_DELAY = 200ms;
+constexpr Time BOOT_TIME = 6s;
 constexpr size_t STATUS_OFFSET = 3;
 constexpr uint8_t NOISE = 0x55;
 
@@ -42,13 +45,26 @@ void Modem::receive(View bytes, Time now) {
 void Modem::answer(View request, Time now) {
   std::string name = name_of(request);
   trace(trace_line(now, '>', name, request));
-  Bytes payload = answer_to({model_, request, now});
+  Answer answer = answer_to({model_, request, now});
+  Bytes payload = std::move(answer.content);
+  if (answer.then != Answer::STAYS) restart(now);
+  if (answer.then == Answer::RESTARTS_WITHOUT_ANSWER) return;
   if (std::optional<Fault> fault = faults_.strike(name)) {
     trace(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
     return send_damaged(*fault, request, std::move(payload), now);
   }
   trace(trace_line(now, '<', name, payload));
   send(frame(payload), now);
+}
+
+// The answer still goes out; then the device is away while it boots, and a PIN is wanted again.
+void Modem::restart(Time now) {
+  if (model_.sim.lock == LOCK_VERIFIED) model_.sim.lock = LOCK_PIN_WANTED;
+  if (model_.sim.lock == LOCK_PIN_WANTED) model_.sim.status = SIM_NOT_INITIALISED;
+  model_.state.call = 0;
+  model_.device.debug_mode = 0;
+  put({now + RESTART_DELAY, Output::HANGS_UP, {}});
+  put({now + RESTART_DELAY + BOOT_TIME, Output::COMES_BACK, {}});
 }
 
 static Bytes first_bytes(const Bytes& bytes, int count) {

@@ -2,6 +2,8 @@
 // handler appends its fields; a standard DIAG answer begins with the command byte.
 #include "simulator/requests.h"
 
+#include "simulator/handlers.h"
+
 #include <algorithm>
 #include <ctime>
 
@@ -35,8 +37,8 @@ void Answer::status(int value) {
 }
 
 constexpr size_t PLAIN = 3;
+constexpr size_t ONE_BYTE = 4;  // a vendor request with one byte of payload
 constexpr size_t NV_LENGTH = 133;
-constexpr size_t NV_DATA = 128;
 
 using C = const Context&;
 using A = Answer&;
@@ -66,29 +68,11 @@ static void timestamp(C c, A a) {
   a.u32(ticks & 0xFFFFFFFF).u32(ticks >> 32);
 }
 
-static int nv_item(C c) { return c.request[1] | c.request[2] << 8; }
-
-static void nv_answer(C c, A a, View data, int status) {
-  a.u8(c.request[1]).u8(c.request[2]).bytes(data, NV_DATA).u16(status);
-}
-
-// NV status 5: the item has never been written. Status 6: no such item.
-static void nv_read(C c, A a) {
-  auto item = c.model.nv.find(nv_item(c));
-  if (item == c.model.nv.end()) return nv_answer(c, a, {}, 5);
-  nv_answer(c, a, item->second, 0);
-}
-
-static void nv_write(C c, A a) {
-  constexpr int LAST_ITEM = 20000;
-  View data = c.request.subspan(3, NV_DATA);
-  if (nv_item(c) > LAST_ITEM) return nv_answer(c, a, data, 6);
-  c.model.nv[nv_item(c)] = Bytes(data.begin(), data.end());
-  nv_answer(c, a, data, 0);
-}
-
-static void sim_status(C c, A a) {
-  a.u8(0).u8(c.model.sim.status).u8(c.model.sim.lock).u8(c.model.sim.retries);
+// Sets a value of the model to the request's byte, when it is up to most.
+static void set(C c, A a, int& place, int most) {
+  int value = c.request[3];
+  if (value > most) return a.status(1);
+  place = value;
 }
 
 static const Request REQUESTS[] = {
@@ -98,8 +82,53 @@ static const Request REQUESTS[] = {
     {0x26, ANY, "nv_read", NV_LENGTH, nv_read},
     {0x27, ANY, "nv_write", NV_LENGTH, nv_write},
     {0x7C, ANY, "build", 1, [](C c, A a) { a.zeros(11).text(c.model.identity.build, 64).u8(0); }},
+    {0x29, ANY, "mode_control", 3, mode_control},
+    {0x2A, ANY, "error_log", 1, error_log},
+    {0x2B, ANY, "clear_error", 2, clear_error},
+    {0xD0, ANY, "sms", 346, send_sms},
+    {0xD6, ANY, "backup", 1, backup_step},
+    {0xD7, ANY, "restore", 1, backup_step},
+    {0xD8, ANY, "backup_start", 1, backup_step},
+    {0xD9, ANY, "backup_end", 1, backup_step},
+    {0xDA, ANY, "rebuild", 1, [](C, A a) { a.then = Answer::RESTARTS_WITHOUT_ANSWER; }},
     // SIM
     {0xD2, 0, "sim_status", PLAIN, sim_status},
+    {0xD2, 1, "pin_verify", 19, pin_verify},
+    {0xD2, 2, "pin_change", 27, pin_change},
+    {0xD2, 3, "pin_disable", 19, pin_disable},
+    {0xD2, 4, "pin_enable", 19, pin_enable},
+    {0xD2, 5, "pin_unblock", 27, pin_unblock},
+    {0xD5, 40, "virtual_sim", ONE_BYTE,
+     [](C c, A a) { set(c, a, c.model.sim.virtual_state, 255); }},
+    {VENDOR, 'K', "sim_file", 11, sim_file},
+    {VENDOR, '_', "operator_plmns", PLAIN, operator_plmns},
+    {VENDOR, '`', "home_plmns", PLAIN, home_plmns},
+    {VENDOR, 'a', "registered_plmn", PLAIN, registered_plmn},
+    {VENDOR, 'b', "forbidden_plmns", PLAIN, forbidden_plmns},
+    {VENDOR, 'i', "user_plmns", PLAIN, user_plmns},
+    {VENDOR, 'j', "set_user_plmns", 124, set_user_plmns},
+    {VENDOR, 'k', "operator_plmn_block", ONE_BYTE, operator_plmn_block},
+    {VENDOR, 'l', "home_plmn_block", ONE_BYTE, home_plmn_block},
+    // Configuration
+    {VENDOR, 0x1B, "write_profile", 106, write_profile},
+    {VENDOR, 'B', "set_band", ONE_BYTE, set_band},
+    {VENDOR, 'C', "diag_port", ONE_BYTE, [](C c, A a) { set(c, a, c.model.device.diag_port, 1); }},
+    {VENDOR, 'D', "reset", ONE_BYTE, [](C, A a) { a.then = Answer::RESTARTS; }},
+    {VENDOR, 'E', "error_fatal", ONE_BYTE, error_fatal},
+    {VENDOR, 'F', "read_profile", ONE_BYTE, read_profile},
+    {VENDOR, 'I', "factory_test", ONE_BYTE,
+     [](C c, A a) { set(c, a, c.model.device.test_mode, 1); }},
+    {VENDOR, 'L', "backup_status", PLAIN,
+     [](C c, A a) { a.u8(c.model.device.backup_ready).u8(c.model.device.backup_value); }},
+    {VENDOR, 'M', "debug_mode", ONE_BYTE, [](C c, A) { c.model.device.debug_mode = 1; }},
+    {VENDOR, 'p', "vendor_test", ONE_BYTE, [](C, A a) { a.status(1); }},
+    // Calls
+    {VENDOR, 'c', "originate", 37, originate_call},
+    {VENDOR, 'd', "end_call", PLAIN, [](C c, A) { c.model.state.call = 0; }},
+    {VENDOR, '>', "event_originated", PLAIN, event_originated},
+    {VENDOR, '?', "event_activated", PLAIN, event_activated},
+    {VENDOR, '@', "event_deactivated", PLAIN, [](C, A a) { a.u8(0); }},
+    {VENDOR, 'A', "event_ended", PLAIN, [](C, A a) { a.u8(0).u8(0).u8(0); }},
     // Identity
     {VENDOR, 0x07, "phone_number", PLAIN,
      [](C c, A a) { a.text(c.model.identity.phone_number, 36); }},
@@ -110,6 +139,7 @@ static const Request REQUESTS[] = {
     {VENDOR, 'g', "imei", PLAIN, [](C c, A a) { a.text(c.model.identity.imei, 16); }},
     {VENDOR, 'h', "imsi", PLAIN, [](C c, A a) { a.text(c.model.identity.imsi, 16); }},
     // Network
+    {VENDOR, 0x13, "set_time", 17, set_time},
     {VENDOR, 0x14, "network_time", PLAIN, network_time},
     {VENDOR, '!', "roaming", PLAIN, [](C c, A a) { a.u8(c.model.network.roaming); }},
     {VENDOR, '"', "home_network", PLAIN, [](C c, A a) { a.u8(c.model.network.home_allowed); }},
@@ -135,6 +165,15 @@ static const Request REQUESTS[] = {
     {VENDOR, 'Z', "hsdpa", PLAIN,
      [](C c, A a) { a.u16(c.model.radio.hsdpa_status).u16(c.model.radio.hsdpa_indication); }},
     {VENDOR, '^', "egprs", PLAIN, [](C c, A a) { a.u16(c.model.radio.egprs); }},
+    {VENDOR, '\'', "rscp", PLAIN, [](C c, A a) { a.u16(c.model.radio.rscp); }},
+    {VENDOR, '(', "tx_power", PLAIN, [](C c, A a) { a.u16(c.model.radio.tx_power); }},
+    {VENDOR, ')', "active_set", PLAIN, [](C c, A a) { cell_set(c, a, 0); }},
+    {VENDOR, '*', "monitored_set", PLAIN, [](C c, A a) { cell_set(c, a, 1); }},
+    {VENDOR, '+', "detected_set", PLAIN, [](C c, A a) { cell_set(c, a, 2); }},
+    {VENDOR, ',', "neighbors", PLAIN, [](C c, A a) { neighbors(c.model.radio, a); }},
+    {VENDOR, '-', "best_six", PLAIN, [](C c, A a) { best_six(c.model.radio, a); }},
+    {VENDOR, '4', "screen", PLAIN, screen},
+    {VENDOR, '9', "pathloss", PLAIN, [](C c, A a) { a.u16(c.model.radio.pathloss); }},
     // States
     {VENDOR, '&', "call", PLAIN, [](C c, A a) { a.u8(c.model.state.call); }},
     {VENDOR, 'R', "network_mode", PLAIN, [](C c, A a) { a.u16(c.model.state.network_mode); }},
@@ -183,17 +222,23 @@ static Answer begin_answer(const Request& row) {
   return answer;
 }
 
-Bytes answer_to(const Context& context) {
+static Answer refused(ErrorAnswer why, View request) {
+  Answer answer;
+  answer.content = refusal(why, request);
+  return answer;
+}
+
+Answer answer_to(const Context& context) {
   const Request* row = find_request(context.request);
-  if (row == nullptr) return refusal(BAD_COMMAND, context.request);
-  if (context.request.size() != row->length) return refusal(BAD_LENGTH, context.request);
+  if (row == nullptr) return refused(BAD_COMMAND, context.request);
+  if (context.request.size() != row->length) return refused(BAD_LENGTH, context.request);
   if (row->subcommand != ANY && context.request[2] != 0) {
-    return refusal(BAD_PARAMETER, context.request);
+    return refused(BAD_PARAMETER, context.request);
   }
   Answer answer = begin_answer(*row);
   row->handle(context, answer);
-  if (answer.refusal) return refusal(*answer.refusal, context.request);
-  return std::move(answer.content);
+  if (answer.refusal) answer.content = refusal(*answer.refusal, context.request);
+  return answer;
 }
 
 }  // namespace sim

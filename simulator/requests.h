@@ -37,6 +37,7 @@ class Answer {
 
   Bytes content;
   std::optional<ErrorAnswer> refusal;
+  enum { STAYS, RESTARTS, RESTARTS_WITHOUT_ANSWER } then = STAYS;
 };
 
 // What a handler works on.
@@ -64,7 +65,7 @@ const Request* find_request_named(const std::string& name);
 // An error answer.
 Bytes refusal(int code, View request);
 
-// The payload that the modem answers to one request.
-Bytes answer_to(const Context& context);
+// What the modem answers to one request, and does then.
+Answer answer_to(const Context& context);
 
 }  // namespace sim

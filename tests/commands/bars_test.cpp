@@ -60,8 +60,8 @@ class Bars : public testing::Test {
 TEST_F(Bars, gsm_at_every_edge) {
   struct {
     int rssi, bars;
-  } rows[] = {{0, 0},   {-1, 5},  {-64, 5},  {-65, 4},  {-74, 4},     {-75, 3},    {-84, 3},
-              {-85, 2}, {-94, 2}, {-95, 1}, {-104, 1}, {-105, 0}, {70, 4}, {-32768, 5}};
+  } rows[] = {{0, 0},   {-1, 5},  {-64, 5}, {-65, 4},  {-74, 4},  {-75, 3}, {-84, 3},
+              {-85, 2}, {-94, 2}, {-95, 1}, {-104, 1}, {-105, 0}, {70, 4},  {-32768, 5}};
   for (auto& row : rows) EXPECT_EQ(bars(gsm(row.rssi)), row.bars) << row.rssi;
   bars(gsm(-70));
   EXPECT_EQ(printed, "GSM::: rssi = -70\n");
@@ -92,8 +92,8 @@ TEST_F(Bars, ecio_is_the_best_of_the_active_set) {
     int bars;
   } rows[] = {
       {{{0, -12}, {0, -7}, {0, -15}}, 4},
-      {{{1, -3}, {0, -12}}, 3},             // monitored cells do not count
-      {{{1, -3}}, 1},                       // no active cell
+      {{{1, -3}, {0, -12}}, 3},  // monitored cells do not count
+      {{{1, -3}}, 1},            // no active cell
   };
   for (auto& row : rows) EXPECT_EQ(bars(wcdma(-80, row.cells)), row.bars);
   // Cells behind an empty entry do not count.

@@ -7,17 +7,14 @@ namespace test {
 
 using O = Outputs&;
 
-static uint32_t* u(int32_t& value) {
-  return static_cast<uint32_t*>(static_cast<void*>(&value));
-}
+static uint32_t* u(int32_t& value) { return static_cast<uint32_t*>(static_cast<void*>(&value)); }
 static char* text(O o) { return static_cast<char*>(static_cast<void*>(o.bytes)); }
 
 static const uint8_t PIN[8] = {'1', '2', '3', '4'};
 static const uint8_t TIME[14] = {0x31, 0x32, 0x33, 0x34};
 static const uint8_t NEW_PIN[8] = {'5', '6', '7', '8'};
 
-#define ONE(function, type) \
-  [](O o) { return function(type(o.a)); }
+#define ONE(function, type) [](O o) { return function(type(o.a)); }
 #define SIGNED(x) &x
 
 const std::vector<Command>& every_command() {
@@ -68,8 +65,10 @@ const std::vector<Command>& every_command() {
       {"time", [](O o) { return zop_get_network_time(o.bytes); }, "cf 14 00", 3, PLAIN, BYTE3},
       {"mode", ONE(zop_get_system_mode, u), "cf 1f 00", 3},
       // Identity
-      {"imei", [](O o) { return zop_get_imei(o.bytes, &o.size); }, "cf 67 00", 3, PLAIN, NONE, true},
-      {"imsi", [](O o) { return zop_get_imsi(o.bytes, &o.size); }, "cf 68 00", 3, PLAIN, NONE, true},
+      {"imei", [](O o) { return zop_get_imei(o.bytes, &o.size); }, "cf 67 00", 3, PLAIN, NONE,
+       true},
+      {"imsi", [](O o) { return zop_get_imsi(o.bytes, &o.size); }, "cf 68 00", 3, PLAIN, NONE,
+       true},
       {"iccid", [](O o) { return zop_get_iccid(o.bytes, &o.size); }, "cf 23 00", 3, PLAIN, BYTE3,
        true},
       {"phone", [](O o) { return zop_get_radio_phone_number(text(o), &o.size); }, "cf 07 00", 3,
@@ -96,8 +95,8 @@ const std::vector<Command>& every_command() {
       {"unblock", [](O o) { return zop_simcard_unblock(PIN, 4, NEW_PIN, 4, u(o.a)); },
        "d2 05 00 00 00 00 00 00 00 00 00 31 32 33 34 00 00 00 00 35 36 37 38", 27, PLAIN,
        Command::SIM_RESULT},
-      {"pin write", [](O o) { return zop_simcard_pin_write(PIN, 4, u(o.a)); }, "27 2d 41 31 32 33 34",
-       133},
+      {"pin write", [](O o) { return zop_simcard_pin_write(PIN, 4, u(o.a)); },
+       "27 2d 41 31 32 33 34", 133},
       {"pin read", [](O o) { return zop_simcard_pin_read(o.bytes, 0, u(o.a)); }, "26 2d 41", 133},
       {"vsim", [](O) { return zop_vsim_status_change(0x101); }, "d5 28 00 01", 4, PLAIN, BYTE3},
       // PLMN lists
@@ -106,7 +105,10 @@ const std::vector<Command>& every_command() {
       {"rplmn", [](O o) { return zop_get_uim_data_rplmn(o.bytes); }, "cf 61 00", 3, PLAIN, BYTE3},
       {"fplmn", [](O o) { return zop_get_uim_data_fplmn(o.bytes); }, "cf 62 00", 3},
       {"uplmn", [](O o) { return zop_get_uim_data_uplmn(o.bytes); }, "cf 69 00", 3, PLAIN, BYTE3},
-      {"set uplmn", [](O) { return zop_set_uim_data_uplmn({{1, '0', '0', '1'}}); },
+      {"set uplmn",
+       [](O) {
+         return zop_set_uim_data_uplmn({{1, '0', '0', '1'}});
+       },
        "cf 6a 00 01 30 30 31", 124, PLAIN, BYTE3},
       {"oplmn block", [](O o) { return zop_get_uim_data_oplmn_partial(256, u(o.a), o.bytes); },
        "cf 6b 00 00", 4, PLAIN, BYTE3},
@@ -132,7 +134,8 @@ const std::vector<Command>& every_command() {
       {"diag port", [](O) { return zop_set_diag_port(1); }, "cf 43 00 01", 4, PLAIN, BYTE3},
       {"reset", [](O) { return zop_set_reset(); }, "cf 44 00 00", 4, PLAIN, BYTE3},
       {"error fatal", [](O) { return zop_set_error_fatal(); }, "cf 45 00 00", 4, PLAIN, BYTE3},
-      {"factory test", [](O) { return zop_enable_factory_test(1); }, "cf 49 00 01", 4, PLAIN, BYTE3},
+      {"factory test", [](O) { return zop_enable_factory_test(1); }, "cf 49 00 01", 4, PLAIN,
+       BYTE3},
       {"set band", [](O) { return zop_set_band(84); }, "cf 42 00 54", 4, PLAIN, BYTE3},
       {"mode change", [](O) { return zop_mode_change(255); }, "29 ff 00", 3},
       {"search order", [](O) { return zop_set_network_search_order(3, 48); }, "29 30 00", 3},
@@ -144,13 +147,17 @@ const std::vector<Command>& every_command() {
       {"backup 5", [](O) { return zop_set_backup(5); }, "d9", 1, DIRECT, Command::INVERTED},
       {"profiles", [](O o) { return zop_read_pdp_profile(o.bytes); }, "cf 46 00 01", 4, PLAIN,
        BYTE3},
-      {"write profile", [](O) { return zop_write_pdp_profile({{1, 2, 3}}); }, "cf 1b 00 01 02 03",
-       106, PLAIN, BYTE3},
+      {"write profile",
+       [](O) {
+         return zop_write_pdp_profile({{1, 2, 3}});
+       },
+       "cf 1b 00 01 02 03", 106, PLAIN, BYTE3},
       // Radio
       {"rscp", ONE(zop_get_rscp, SIGNED), "cf 27 00", 3},
       {"tx power", ONE(zop_get_txpower, SIGNED), "cf 28 00", 3},
       {"active", [](O o) { return zop_get_active_set_list(o.bytes, &o.size); }, "cf 29 00", 3},
-      {"monitored", [](O o) { return zop_get_monitored_set_list(o.bytes, &o.size); }, "cf 2a 00", 3},
+      {"monitored", [](O o) { return zop_get_monitored_set_list(o.bytes, &o.size); }, "cf 2a 00",
+       3},
       {"detected", [](O o) { return zop_get_detected_set_list(o.bytes, &o.size); }, "cf 2b 00", 3},
       {"neighbours", [](O o) { return zop_get_neighbor_cell_list(o.bytes); }, "cf 2c 00", 3},
       {"best six", [](O o) { return zop_get_best_six_cell_list(o.bytes); }, "cf 2d 00", 3},
@@ -166,7 +173,8 @@ const std::vector<Command>& every_command() {
       {"clear error", [](O) { return zop_get_err_clr(255); }, "2b ff", 2},
       {"debug mode", [](O) { return zop_debug_mode_start(); }, "cf 4d 00 00", 4, PLAIN,
        Command::WORD},
-      {"set time", [](O o) { return zop_set_module_time(TIME, &o.size); }, "cf 13 00 31 32 33 34", 17},
+      {"set time", [](O o) { return zop_set_module_time(TIME, &o.size); }, "cf 13 00 31 32 33 34",
+       17},
   };
   return list;
 }

@@ -10,7 +10,7 @@ namespace test {
 // Room for the outputs of any command.
 struct Outputs {
   uint8_t bytes[2048];
-  uint32_t size;       // in: capacity, where a command wants one
+  uint32_t size;  // in: capacity, where a command wants one
   int32_t a, b, c;
 };
 
@@ -20,9 +20,9 @@ struct Command {
   const char* request;  // payload of its first frame, hex; the rest of a longer one is zeros
   size_t request_size;
   enum Kind {
-    PLAIN,        // 7 for an answer that can't be unframed
-    DIRECT,       // the same, without retry
-    BLIND,        // 0 whatever is answered
+    PLAIN,   // 7 for an answer that can't be unframed
+    DIRECT,  // the same, without retry
+    BLIND,   // 0 whatever is answered
   } kind = PLAIN;
   enum Status { NONE, BYTE3, WORD, INVERTED, NV, SIM_RESULT } status = NONE;
   bool clears_output = false;  // even when the exchange then fails

@@ -163,7 +163,8 @@ TEST_F(EveryCommand, sends_nothing_on_a_closed_link) {
   EXPECT_TRUE(world.written.empty());
 }
 
-// An answer under another command byte is taken by all but the RSSI query, which is not in the list.
+// An answer under another command byte is taken by all but the RSSI query, which is not in the
+// list.
 TEST_F(EveryCommand, takes_an_answer_of_another_command) {
   for (const Command& command : every_command()) {
     Bytes answer = answer_of(command);

@@ -77,8 +77,8 @@ TEST_F(Operations, an_accepted_pin_reaches_its_copy) {
 }
 
 TEST_F(Operations, a_refused_pin_does_not) {
-  for (const char* refusal : {"d2 04 00 00 00 00 00 00 01", "d2 04 00 01 00 00 00 00 00",
-                              "d2 04 00 00 01 00 00 00 00"}) {
+  for (const char* refusal :
+       {"d2 04 00 00 00 00 00 00 01", "d2 04 00 01 00 00 00 00 00", "d2 04 00 00 01 00 00 00 00"}) {
     answer(refusal);
     EXPECT_EQ(zop_simcard_enable(CODE, 4, &result), ZOP_SUCCESS);
     EXPECT_EQ(result, 1u) << refusal;
@@ -153,7 +153,8 @@ TEST_F(Operations, arguments_outside_their_range_send_nothing) {
        [](uint8_t*, uint32_t*) {
          return zop_originate_call_test(0, "012345678901234567890123456789012");
        }},
-      {"entry 0", 7, 1, [](uint8_t* b, uint32_t* n) { return zop_get_uim_data_oplmn_partial(0, n, b); }},
+      {"entry 0", 7, 1,
+       [](uint8_t* b, uint32_t* n) { return zop_get_uim_data_oplmn_partial(0, n, b); }},
       {"entry 257", 7, 1,
        [](uint8_t* b, uint32_t* n) { return zop_get_uim_data_hplmn_partial(257, n, b); }},
   };

@@ -30,6 +30,8 @@ std::string World::log_text() const {
 int World::open_port() {
   ++opens;
   if (port_ >= 0) throw std::logic_error("the port was opened twice without a close");
+  if (far_end != nullptr && far_end->gone(now_)) return errno = ENOENT, -1;
+  hang_ups_at_open_ = far_end != nullptr ? far_end->hang_ups() : 0;
   port_ = static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", O_RDWR, 0));
   input_.clear();
   return port_;
@@ -49,7 +51,7 @@ static std::optional<PortCall> next(std::deque<PortCall>& plan) {
 }
 
 ssize_t World::write_port(const uint8_t* bytes, size_t size) {
-  if (far_end != nullptr && far_end->gone(now_)) return errno = EIO, -1;
+  if (is_dead()) return errno = EIO, -1;
   if (auto call = next(writes)) {
     if (call->error != 0) return errno = call->error, -1;
     size = std::min(size, *call->at_most);
@@ -60,7 +62,7 @@ ssize_t World::write_port(const uint8_t* bytes, size_t size) {
 }
 
 ssize_t World::read_port(uint8_t* bytes, size_t size) {
-  if (far_end != nullptr && far_end->gone(now_)) return 0;
+  if (is_dead()) return 0;
   fetch();
   size = std::min(size, input_.size());
   if (auto call = next(reads)) {
@@ -70,6 +72,10 @@ ssize_t World::read_port(uint8_t* bytes, size_t size) {
   std::copy_n(input_.begin(), size, bytes);
   input_.erase(input_.begin(), input_.begin() + static_cast<ptrdiff_t>(size));
   return static_cast<ssize_t>(size);
+}
+
+bool World::is_dead() {
+  return far_end != nullptr && (far_end->gone(now_) || far_end->hang_ups() != hang_ups_at_open_);
 }
 
 bool World::fetch() {
@@ -88,7 +94,7 @@ int World::wait_for_input(Time limit) {
   }
   Time end = now_ + limit;
   for (;;) {
-    if (far_end != nullptr && far_end->gone(now_)) return 1;
+    if (is_dead()) return 1;
     if (fetch()) return 1;
     std::optional<Time> due = far_end != nullptr ? far_end->next_due() : std::nullopt;
     if (!due || *due > end) break;

@@ -34,7 +34,8 @@ class FarEnd {
   virtual void receive(std::span<const uint8_t> bytes, Time now) = 0;
   virtual std::optional<Time> next_due() const = 0;  // when there is more to take
   virtual Bytes take(Time now) = 0;                  // one piece, empty when nothing is due
-  virtual bool gone(Time) { return false; }          // the device has been unplugged
+  virtual bool gone(Time) { return false; }          // the device is unplugged
+  virtual int hang_ups() const { return 0; }         // so many times it has been, up to now
 };
 
 struct LogLine {
@@ -95,9 +96,11 @@ class World {
   void pass(Time time);  // a sleep
 
  private:
+  bool is_dead();  // the device has gone since the port was opened
   bool fetch();  // takes what the far end has to say by now; true when there is input
   Time now_{0};
   int port_ = -1;
+  int hang_ups_at_open_ = 0;
   std::deque<uint8_t> input_;
 };
 

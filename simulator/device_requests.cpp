@@ -1,0 +1,143 @@
+// NV items, configuration, error log, messages, calls, backup, profiles and the clock.
+#include <algorithm>
+#include <ctime>
+
+#include "simulator/handlers.h"
+
+namespace sim {
+
+constexpr size_t NV_DATA = 128;
+constexpr int LAST_NV_ITEM = 20000;
+constexpr int NV_NOT_WRITTEN = 5;
+constexpr int NV_NO_SUCH_ITEM = 6;
+
+static std::string characters(View bytes) {
+  return {bytes.begin(), std::find(bytes.begin(), bytes.end(), 0)};
+}
+
+static int nv_item(const Context& c) { return c.request[1] | c.request[2] << 8; }
+
+static void nv_answer(const Context& c, Answer& a, View data, int status) {
+  a.u8(c.request[1]).u8(c.request[2]).bytes(data, NV_DATA).u16(status);
+}
+
+void nv_read(const Context& c, Answer& a) {
+  auto item = c.model.nv.find(nv_item(c));
+  if (item == c.model.nv.end()) return nv_answer(c, a, {}, NV_NOT_WRITTEN);
+  nv_answer(c, a, item->second, 0);
+}
+
+void nv_write(const Context& c, Answer& a) {
+  View data = c.request.subspan(3, NV_DATA);
+  if (nv_item(c) > LAST_NV_ITEM) return nv_answer(c, a, data, NV_NO_SUCH_ITEM);
+  c.model.nv[nv_item(c)] = Bytes(data.begin(), data.end());
+  nv_answer(c, a, data, 0);
+}
+
+static bool is_band(int value) {
+  constexpr int BANDS[] = {43, 44, 47, 48, 80, 81, 84};
+  return std::ranges::find(BANDS, value) != std::end(BANDS);
+}
+
+void set_band(const Context& c, Answer& a) {
+  if (!is_band(c.request[3])) return a.status(1);
+  c.model.radio.band = c.request[3];
+}
+
+// The answer only echoes the request.
+void mode_control(const Context& c, Answer& a) {
+  c.model.device.operating_mode = c.request[1];
+  a.u8(c.request[1]).u8(c.request[2]);
+}
+
+// 264 bytes: how many records there are, and the text of the newest.
+void error_log(const Context& c, Answer& a) {
+  const auto& errors = c.model.device.errors;
+  a.u8(static_cast<int>(errors.size())).text(errors.empty() ? "" : errors.back(), 263);
+}
+
+void clear_error(const Context& c, Answer& a) {
+  auto& errors = c.model.device.errors;
+  size_t index = c.request[1];
+  if (index < errors.size()) errors.erase(errors.begin() + static_cast<ptrdiff_t>(index));
+  if (index == 255) errors.clear();
+  a.u8(c.request[1]);
+}
+
+void error_fatal(const Context& c, Answer& a) {
+  c.model.device.errors.push_back("fatal error forced by the host");
+  a.then = Answer::RESTARTS;
+}
+
+// The request's lengths must agree with its texts.
+void send_sms(const Context& c, Answer& a) {
+  std::string number = characters(c.request.subspan(7, 36));
+  std::string text = characters(c.request.subspan(43, 255));
+  a.zeros(2).u16(0);
+  bool agrees = c.request[4] == number.size() &&
+                (c.request[5] | c.request[6] << 8) == static_cast<int>(text.size());
+  if (!agrees || number.empty()) return a.status(1);
+  c.model.outbox.push_back({number, text});
+}
+
+// These answer non-zero for success.
+void backup_step(const Context& c, Answer& a) {
+  constexpr uint8_t BACKUP = 0xD6;
+  constexpr uint8_t RESTORE = 0xD7;
+  if (c.request[0] == BACKUP || c.request[0] == RESTORE) c.model.device.backup_value = 0;
+  a.zeros(2).u16(1);
+}
+
+constexpr size_t PROFILE_SIZE = 208;
+constexpr int LAST_PROFILE = 15;
+
+static bool is_profile(int number) { return number % 2 == 1 && number <= LAST_PROFILE; }
+
+void read_profile(const Context& c, Answer& a) {
+  int number = c.request[3];
+  if (!is_profile(number)) return a.status(1);
+  a.bytes(c.model.device.profiles[number], PROFILE_SIZE);
+}
+
+// A record begins with the number of its profile.
+void write_profile(const Context& c, Answer& a) {
+  View record = c.request.subspan(3);
+  if (!is_profile(record[0])) return a.status(1);
+  c.model.device.profiles[record[0]] = Bytes(record.begin(), record.end());
+}
+
+void originate_call(const Context& c, Answer& a) {
+  constexpr int CONVERSATION = 5;
+  std::string number = characters(c.request.subspan(4, 33));
+  if (number.empty() || number.size() != c.request[3]) return a.status(1);
+  c.model.device.called = number;
+  c.model.state.call = CONVERSATION;
+}
+
+void event_originated(const Context& c, Answer& a) {
+  const std::string& number = c.model.device.called;
+  a.zeros(2).text(number, 81).u8(static_cast<int>(number.size())).zeros(5);
+}
+
+void event_activated(const Context&, Answer& a) {
+  a.zeros(4).u8(9).zeros(1).u8(31).zeros(19);
+  a.u8(4).bytes(Bytes{10, 64, 64, 64}, 20);
+}
+
+// 14 bytes: year, month, day, hour, minute, second, weekday, u16 each, local time.
+void set_time(const Context& c, Answer& a) {
+  auto word = [&](size_t i) { return c.request[3 + 2 * i] | c.request[4 + 2 * i] << 8; };
+  std::tm t{};
+  t.tm_year = word(0) - 1900;
+  t.tm_mon = word(1) - 1;
+  t.tm_mday = word(2);
+  t.tm_hour = word(3);
+  t.tm_min = word(4);
+  t.tm_sec = word(5);
+  if (t.tm_mon < 0 || t.tm_mon > 11 || t.tm_mday < 1 || t.tm_mday > 31) return a.status(1);
+  auto up = std::chrono::duration_cast<std::chrono::seconds>(c.now).count();
+  c.model.clock.start = timegm(&t) - up - std::time_t{900} * c.model.clock.zone;
+  c.model.clock.provided = 1;
+}
+
+}  // namespace sim

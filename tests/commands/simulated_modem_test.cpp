@@ -1,0 +1,191 @@
+// Every command against the simulated modem: what one side sends, the other must understand. The
+// two share no code, so a mistake in either shows here.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
+#include "link/serial_port.h"
+#include "tests/commands/every_command.h"
+#include "tests/support/simulated_far_end.h"
+
+using namespace test;
+
+static const char DEVICE[] = "/dev/tts/USB1";
+
+class AgainstTheSimulator : public testing::Test {
+ protected:
+  void SetUp() override {
+    world.far_end = &far_end;
+    SIO_USED_LOCK = 0;
+    ASSERT_EQ(diag_open(DEVICE), 1);
+  }
+  void TearDown() override { diag_close(); }
+  sim::Model& model() { return far_end.modem.model(); }
+
+  World world;
+  SimulatedFarEnd far_end;
+  uint32_t result = 4711;
+};
+
+TEST_F(AgainstTheSimulator, every_command_is_understood) {
+  for (const Command& command : every_command()) {
+    if (std::string(command.name) == "sim file") continue;  // asks for a file that no card has
+    SimulatedFarEnd fresh;
+    world.far_end = &fresh;
+    diag_open(DEVICE);
+    Outputs out;
+    out.size = sizeof out.bytes;
+    EXPECT_EQ(command.run(out), ZOP_SUCCESS) << command.name;
+    diag_close();
+  }
+  world.far_end = &far_end;
+}
+
+TEST_F(AgainstTheSimulator, a_pin_goes_through_its_life) {
+  const uint8_t right[8] = {'1', '2', '3', '4'};
+  const uint8_t other[8] = {'9', '8', '7', '6'};
+  const uint8_t key[8] = {'1', '2', '3', '4', '5', '6', '7', '8'};
+  auto retries = [] {
+    uint32_t sim, lock, left;
+    EXPECT_EQ(zop_simcard_status(&sim, &lock, &left), ZOP_SUCCESS);
+    return left;
+  };
+  EXPECT_EQ(zop_simcard_enable(other, 4, &result), ZOP_SUCCESS);
+  EXPECT_EQ(result, 1u);
+  EXPECT_EQ(retries(), 2u);
+  EXPECT_EQ(zop_simcard_enable(right, 4, &result), ZOP_SUCCESS);
+  EXPECT_EQ(result, 0u);
+  EXPECT_EQ(retries(), 3u);
+  uint8_t copy[8];
+  EXPECT_EQ(zop_simcard_pin_read(copy, 8, &result), ZOP_SUCCESS);
+  EXPECT_EQ(memcmp(copy, right, 8), 0);
+  EXPECT_EQ(zop_simcard_change(right, 4, other, 4, &result), ZOP_SUCCESS);
+  EXPECT_EQ(result, 0u);
+  EXPECT_EQ(zop_simcard_pin_read(copy, 8, &result), ZOP_SUCCESS);
+  EXPECT_EQ(memcmp(copy, other, 8), 0);
+  for (uint32_t left : {2u, 1u, 0u, 0u}) {
+    EXPECT_EQ(zop_simcard_verify(right, 4, &result), ZOP_SUCCESS);
+    EXPECT_EQ(result, 1u);
+    EXPECT_EQ(retries(), left);
+  }
+  EXPECT_EQ(zop_simcard_verify(other, 4, &result), ZOP_SUCCESS);
+  EXPECT_EQ(result, 1u);  // blocked: the right PIN does not help
+  EXPECT_EQ(zop_simcard_unblock(other, 4, right, 4, &result), ZOP_SUCCESS);
+  EXPECT_EQ(result, 1u);
+  EXPECT_EQ(zop_simcard_unblock(key, 8, right, 4, &result), ZOP_SUCCESS);
+  EXPECT_EQ(result, 0u);
+  EXPECT_EQ(retries(), 3u);
+  EXPECT_EQ(zop_simcard_disable(right, 4, &result), ZOP_SUCCESS);
+  EXPECT_EQ(result, 0u);
+  EXPECT_EQ(model().sim.lock, 5);
+}
+
+TEST_F(AgainstTheSimulator, operator_lists_of_any_length_come_in_blocks) {
+  model().sim.operators.assign(45, {"310", "410"});
+  uint8_t block[161];
+  std::string counts;
+  for (uint32_t first = 1; first <= 61; first += 20) {
+    ASSERT_EQ(zop_get_uim_data_oplmn_partial(first, &result, block), ZOP_SUCCESS);
+    EXPECT_EQ(result, 45u);
+    counts += std::to_string(block[0]) + " ";
+  }
+  EXPECT_EQ(counts, "20 20 5 0 ");
+  EXPECT_EQ(memcmp(block + 1, "\0\0\0", 3), 0);
+}
+
+TEST_F(AgainstTheSimulator, lists_keep_their_entries) {
+  model().sim.forbidden = {{"310", "410"}, {"262", "01"}};
+  uint8_t forbidden[121];
+  ASSERT_EQ(zop_get_uim_data_fplmn(forbidden), ZOP_SUCCESS);
+  EXPECT_EQ(forbidden[0], 2);
+  EXPECT_EQ(memcmp(forbidden + 1, "31041026201\0", 12), 0);
+  zop_uplmn_list user = {};
+  memcpy(user.bytes, "\x01" "26202\0\x80", 8);
+  ASSERT_EQ(zop_set_uim_data_uplmn(user), ZOP_SUCCESS);
+  uint8_t read_back[121];
+  ASSERT_EQ(zop_get_uim_data_uplmn(read_back), ZOP_SUCCESS);
+  EXPECT_EQ(memcmp(read_back, user.bytes, sizeof read_back), 0);
+}
+
+TEST_F(AgainstTheSimulator, profiles_and_files_are_read_back) {
+  zop_pdp_record record = {};
+  record.bytes[0] = 3;
+  memcpy(record.bytes + 1, "internet", 8);
+  ASSERT_EQ(zop_write_pdp_profile(record), ZOP_SUCCESS);
+  Bytes profiles(1664);
+  ASSERT_EQ(zop_read_pdp_profile(profiles.data()), ZOP_SUCCESS);
+  EXPECT_EQ(memcmp(profiles.data() + 208, record.bytes, sizeof record.bytes), 0);
+  uint8_t data[255];
+  ASSERT_EQ(zop_get_uim_data(0x6FAD, 1, data, &result), ZOP_SUCCESS);
+  EXPECT_EQ(result, 4u);
+  EXPECT_EQ(to_hex({data, 4}), "00 00 02 00");
+  EXPECT_EQ(zop_get_uim_data(0x6F7B, 0, data, &result), ZOP_ERR_MODEM_FAILURE);
+}
+
+TEST_F(AgainstTheSimulator, calls_and_messages) {
+  uint32_t call = 4711;
+  ASSERT_EQ(zop_originate_call_test(0, "15550199"), ZOP_SUCCESS);
+  EXPECT_EQ(zop_get_call_status(&call), ZOP_SUCCESS);
+  EXPECT_EQ(call, 5u);
+  EXPECT_EQ(zop_end_call_test(), ZOP_SUCCESS);
+  EXPECT_EQ(zop_get_call_status(&call), ZOP_SUCCESS);
+  EXPECT_EQ(call, 0u);
+  EXPECT_EQ(zop_send_sms("+15550100", "hello"), ZOP_SUCCESS);
+  EXPECT_EQ(model().outbox.at(0).text, "hello");
+  EXPECT_EQ(zop_send_sms("", "hello"), ZOP_ERR_MODEM_FAILURE);
+}
+
+TEST_F(AgainstTheSimulator, the_screen_shows_the_model) {
+  zop_screen screen;
+  const sim::Radio& radio = model().radio;
+  void* bytes = &screen;
+  ASSERT_EQ(zop_get_field_information(static_cast<uint8_t*>(bytes)), ZOP_SUCCESS);
+  EXPECT_EQ(std::string(screen.network_name), model().network.name);
+  EXPECT_EQ(std::string(screen.lac, 4), "1A2B");
+  EXPECT_EQ(static_cast<int8_t>(screen.rssi[0]), radio.rssi);
+  EXPECT_EQ(screen.band[0], radio.band);
+  EXPECT_EQ(screen.radio.wcdma.cells[1].scrambling_code[0], 101);
+  EXPECT_EQ(screen.radio.wcdma.hsdpa_indication, 1);
+  model().radio.system_mode = 3;
+  ASSERT_EQ(zop_get_field_information(static_cast<uint8_t*>(bytes)), ZOP_SUCCESS);
+  EXPECT_EQ(screen.radio.gsm.pathloss[0], radio.pathloss);
+  EXPECT_EQ(screen.radio.gsm.neighbor_count[0], 2);
+  EXPECT_EQ(screen.radio.gsm.best_count[0], 1);
+  EXPECT_EQ(screen.radio.gsm.mfrm, radio.mfrm);
+  int32_t bars = 0;
+  EXPECT_EQ(zop_get_bars(&bars), ZOP_SUCCESS);
+  EXPECT_EQ(bars, 3);
+}
+
+TEST_F(AgainstTheSimulator, a_reset_takes_the_device_away_and_brings_it_back) {
+  ASSERT_EQ(zop_set_reset(), ZOP_SUCCESS);
+  world.advance(std::chrono::seconds(1));
+  EXPECT_EQ(zop_get_rac(&result), ZOP_ERR_NO_RESPONSE);
+  world.advance(std::chrono::seconds(10));
+  EXPECT_EQ(zop_open(DEVICE), 0u);
+  EXPECT_EQ(zop_get_rac(&result), ZOP_SUCCESS);
+}
+
+// What the simulator strikes a command with reaches the caller as its code.
+TEST_F(AgainstTheSimulator, faults_reach_the_caller) {
+  struct {
+    const char* fault;
+    unsigned result;
+  } rows[] = {{"bad-crc", ZOP_ERR_BAD_RESPONSE}, {"status=1", ZOP_ERR_MODEM_FAILURE},
+              {"status=256", ZOP_SUCCESS},       {"pieces=1", ZOP_SUCCESS},
+              {"cut=5", ZOP_ERR_NO_RESPONSE},    {"silence", ZOP_ERR_NO_RESPONSE},
+              {"delay=4000", ZOP_SUCCESS},       {"delay=6000", ZOP_ERR_NO_RESPONSE},
+              {"hang-up=4", ZOP_ERR_NO_RESPONSE}};
+  for (auto& row : rows) {
+    SimulatedFarEnd fresh;
+    world.far_end = &fresh;
+    diag_open(DEVICE);
+    fresh.modem.faults().add(sim::parse_fault(std::string(row.fault) + ":request=gmm"));
+    int32_t state;
+    EXPECT_EQ(zop_get_gmm_state(&state), row.result) << row.fault;
+    diag_close();
+  }
+  world.far_end = &far_end;
+}

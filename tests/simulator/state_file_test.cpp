@@ -1,0 +1,72 @@
+// The state file: what outlives a restart, and that a damaged or unwritable one is told.
+#include "simulator/state_file.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+using namespace sim;
+
+class SimulatorState : public testing::Test {
+ protected:
+  void TearDown() override { std::filesystem::remove(path); }
+  std::string path = testing::TempDir() + "state-" + std::to_string(getpid());
+};
+
+TEST_F(SimulatorState, outlives_a_restart) {
+  Model before;
+  before.sim.pin = "9876";
+  before.sim.lock = 3;
+  before.sim.retries = 2;
+  before.nv[4711] = {1, 2, 3};
+  before.sim.user = {{"262", "02"}};
+  before.device.profiles[3] = {3, 4};
+  before.outbox = {{"1", "hello"}};
+  StateFile(path).save(before);
+  Model after;
+  StateFile(path).load(after);
+  EXPECT_EQ(after.sim.pin, "9876");
+  EXPECT_EQ(after.sim.retries, 2);
+  EXPECT_EQ(after.nv.at(4711), (Bytes{1, 2, 3}));
+  EXPECT_EQ(after.sim.user.at(0).mnc, "02");
+  EXPECT_EQ(after.device.profiles.at(3), (Bytes{3, 4}));
+  EXPECT_EQ(after.outbox.at(0).text, "hello");
+  EXPECT_EQ(after.sim.lock, 2);  // the PIN is wanted again
+  EXPECT_EQ(after.sim.status, 3);
+}
+
+// A kill in the middle of saving leaves a piece of a new file beside the old one.
+TEST_F(SimulatorState, a_cut_save_leaves_the_old_state) {
+  Model model;
+  model.sim.pin = "1111";
+  StateFile(path).save(model);
+  std::ofstream(path + ".new") << "{\"sim\": {\"pi";
+  Model after;
+  StateFile(path).load(after);
+  EXPECT_EQ(after.sim.pin, "1111");
+  model.sim.pin = "2222";
+  StateFile(path).save(model);
+  StateFile(path).load(after);
+  EXPECT_EQ(after.sim.pin, "2222");
+  EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+}
+
+TEST_F(SimulatorState, troubles_are_told_with_the_file) {
+  std::ofstream(path) << "rubbish";
+  Model model;
+  auto message = [&](auto action) -> std::string {
+    try {
+      action();
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+    return "no error";
+  };
+  EXPECT_EQ(message([&] { StateFile(path).load(model); }).substr(0, path.size() + 5),
+            path + " is n");
+  EXPECT_EQ(message([&] { StateFile("/nowhere/state").save(model); }),
+            "can't save the state to /nowhere/state.new: No such file or directory");
+  EXPECT_EQ(message([&] { StateFile("").save(model); }), "no error");
+}

@@ -1,0 +1,52 @@
+// The simulated modem at the other end of the World's serial line, in virtual time.
+#pragma once
+
+#include "simulator/modem.h"
+#include "tests/support/world.h"
+
+namespace test {
+
+class SimulatedFarEnd : public FarEnd {
+ public:
+  explicit SimulatedFarEnd(sim::Scenario scenario = {}) : modem(std::move(scenario)) {}
+
+  sim::Modem modem;
+
+  void receive(std::span<const uint8_t> bytes, Time now) override { modem.receive(bytes, us(now)); }
+  std::optional<Time> next_due() const override {
+    auto due = modem.next_due();
+    if (!pieces_.empty()) return Time{0};
+    if (!due) return std::nullopt;
+    return *due;
+  }
+  Bytes take(Time now) override {
+    run(now);
+    if (pieces_.empty()) return {};
+    Bytes piece = std::move(pieces_.front());
+    pieces_.pop_front();
+    return piece;
+  }
+  bool gone(Time now) override {
+    run(now);
+    return modem.is_gone();
+  }
+  int hang_ups() const override { return hang_ups_; }
+
+ private:
+  // Takes all that the modem does by now; what it sent before a hang-up is lost with the line.
+  void run(Time now) {
+    while (auto output = modem.take_output(us(now))) {
+      if (output->kind == sim::Output::SENDS) pieces_.push_back(output->bytes);
+      if (output->kind == sim::Output::HANGS_UP) {
+        ++hang_ups_;
+        pieces_.clear();
+      }
+    }
+  }
+  std::deque<Bytes> pieces_;
+  int hang_ups_ = 0;
+
+  static sim::Time us(Time time) { return std::chrono::duration_cast<sim::Time>(time); }
+};
+
+}  // namespace test
