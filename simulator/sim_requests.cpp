@@ -57,8 +57,7 @@ void pin_verify(const Context& c, Answer& a) {
 void pin_change(const Context& c, Answer& a) {
   Sim& sim = c.model.sim;
   std::string new_pin = code_at(c, SECOND_CODE);
-  bool accepted =
-      sim.lock != LOCK_OFF && is_pin(new_pin) && try_pin(sim, code_at(c, FIRST_CODE));
+  bool accepted = sim.lock != LOCK_OFF && is_pin(new_pin) && try_pin(sim, code_at(c, FIRST_CODE));
   if (accepted) {
     sim.pin = new_pin;
     open_card(sim);
@@ -166,8 +165,8 @@ void set_user_plmns(const Context& c, Answer& a) {
   c.model.sim.user.clear();
   for (size_t i = 0; i < count; ++i) {
     View entry = c.request.subspan(4 + 8 * i, 8);
-    c.model.sim.user.push_back({characters(entry.first(3)), characters(entry.subspan(3, 3)),
-                                entry[6], entry[7]});
+    c.model.sim.user.push_back(
+        {characters(entry.first(3)), characters(entry.subspan(3, 3)), entry[6], entry[7]});
   }
 }
 

@@ -1,10 +1,11 @@
 // zopctl: a host for the modem's module, on the command line.
+#include <unistd.h>
+
 #include <cstdio>
 
 #include "zopctl/options.h"
 #include "zopctl/output.h"
 #include "zopctl/session.h"
-#include "zopctl/status.h"
 
 using namespace zopctl;
 
@@ -17,9 +18,16 @@ static int show(const Options& options, const Findings& findings) {
   return any_failed(findings) ? 1 : 0;
 }
 
+// What can break a device is not done by a slip of the fingers: a person says --yes.
+static void require_yes(const Verb& verb, const Arguments& arguments) {
+  if (verb.danger == nullptr || arguments.yes || isatty(STDIN_FILENO) == 0) return;
+  throw UsageError(std::string(verb.danger) + "; say --yes to do it");
+}
+
 static int run(const Options& options) {
-  Session session(options);
-  return show(options, read_status(session.module()));
+  require_yes(*options.verb, options.arguments);
+  Session session(options, options.verb->need);
+  return show(options, options.verb->run(session.module(), options.arguments));
 }
 
 int main(int argc, char** argv) {
@@ -31,6 +39,9 @@ int main(int argc, char** argv) {
     return run(*options);
   } catch (const Interrupted& interrupted) {
     return 128 + interrupted.signal;
+  } catch (const UsageError& error) {
+    fprintf(stderr, "zopctl: %s\n", error.what());
+    return 2;
   } catch (const std::exception& error) {
     fprintf(stderr, "zopctl: %s\n", error.what());
     return 1;

@@ -2,8 +2,10 @@
 #include "zopctl/options.h"
 
 #include <CLI/CLI.hpp>
+#include <list>
 
 #include "include/vurn.h"
+#include "zopctl/documents.h"
 #include "zopctl/host_calls.h"
 
 namespace zopctl {
@@ -15,6 +17,8 @@ Examples:
   zopctl --sim status                against a simulated modem
   zopctl --sim=roaming status        against a simulated modem in a scenario
   zopctl status --log error,general  with the module's own log lines
+  zopctl sim verify                  asks for the PIN and gives it to the card
+  zopctl plmn list operator --json   one list of the SIM
 
 --sim, --device, --library, --json and --log may stand before or after the verb.
 Exit code: 0 good, 1 the modem or the module failed, 2 bad usage.)";
@@ -59,7 +63,6 @@ static unsigned mask_of(const std::string& text) {
 
 static void add_options(CLI::App& app, Options& options, std::string& sim, std::string& log) {
   app.footer(EXAMPLES);
-  app.require_subcommand(1);
   app.set_version_flag("--version", "zopctl " ZOP_VERSION);
   app.add_flag("--sim{-}", sim, "use a simulated modem; --sim=SCENARIO sets its scenario")
       ->group("Modem");
@@ -72,29 +75,95 @@ static void add_options(CLI::App& app, Options& options, std::string& sim, std::
       ->group("Output");
 }
 
+// Where CLI11 leaves the words of one argument.
+struct Slot {
+  std::string name;
+  std::string word;
+  CLI::Option* option;
+};
+struct Parsed {
+  const Verb* verb;
+  CLI::App* app;
+  std::list<Slot> slots;
+};
+
+static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed) {
+  Slot& slot = parsed.slots.emplace_back(Slot{argument.name, "", nullptr});
+  slot.option = app.add_option(slot.name, slot.word, argument.help);
+  if (argument.required) slot.option->required();
+  if (argument.choices.empty()) return;
+  std::vector<std::string> choices(argument.choices.begin(), argument.choices.end());
+  slot.option->check(CLI::IsMember(choices));
+}
+
+static void add_verb(CLI::App& parent, const Verb& verb, bool& yes, std::list<Parsed>& all) {
+  CLI::App* app = parent.add_subcommand(verb.name, verb.help)->fallthrough();
+  Parsed& parsed = all.emplace_back(Parsed{&verb, app, {}});
+  for (const Argument& argument : verb.arguments) add_argument(*app, argument, parsed);
+  if (verb.danger == nullptr) return;
+  app->footer(std::string("Take care: ") + verb.danger + ". On a terminal it wants --yes.");
+  app->add_flag("--yes", yes, "do it");
+}
+
+static void add_verbs(CLI::App& app, bool& yes, std::list<Parsed>& all) {
+  for (const Verb& verb : verbs()) {
+    if (verb.noun == nullptr) add_verb(app, verb, yes, all);
+  }
+  for (const Noun& noun : nouns()) {
+    CLI::App* group = app.add_subcommand(noun.name, noun.help)->fallthrough();
+    group->require_subcommand(1);
+    for (const Verb& verb : verbs()) {
+      if (verb.noun != nullptr && std::string(verb.noun) == noun.name) {
+        add_verb(*group, verb, yes, all);
+      }
+    }
+  }
+}
+
+static void take_verb(const std::list<Parsed>& all, Options& options) {
+  for (const Parsed& parsed : all) {
+    if (!parsed.app->parsed()) continue;
+    options.verb = parsed.verb;
+    for (const Slot& slot : parsed.slots) {
+      if (slot.option->count() > 0) options.arguments.texts[slot.name] = slot.word;
+    }
+  }
+}
+
 std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
   Options options;
-  std::string sim, log;
+  std::string sim, log, completion;
+  bool man = false;
+  std::list<Parsed> parsed;
   CLI::App app{"zopctl looks after a 3G modem through its module, as a host does."};
   add_options(app, options, sim, log);
-  app.add_subcommand("status", "show identity, SIM, network, mode, signal and time")->fallthrough();
+  app.add_option("--completion", completion, "print the completion of a shell, bash or zsh")
+      ->check(CLI::IsMember({"bash", "zsh"}))
+      ->group("Setting up");
+  app.add_flag("--man", man, "print the manual page")->group("Setting up");
+  add_verbs(app, options.arguments.yes, parsed);
   try {
     app.parse(argc, argv);
     if (!log.empty()) options.log_mask = mask_of(log);
     if (!sim.empty() && !options.device.empty()) {
       throw CLI::ValidationError("--sim", "a simulated modem has no --device");
     }
-  } catch (const CLI::RequiredError& error) {
+    bool printed = man || !completion.empty();
+    if (!completion.empty()) print_completion(completion);
+    if (man) print_man_page();
+    if (printed) return std::nullopt;
+    if (app.get_subcommands().empty()) throw CLI::RequiredError("A verb");
+  } catch (const CLI::ExtrasError& error) {
     exit_code = 2;
-    std::vector<std::string> words = app.remaining();
-    if (words.empty()) return app.exit(error), std::nullopt;
-    fprintf(stderr, "zopctl: no verb \"%s\"; zopctl --help shows them\n", words[0].c_str());
+    if (!app.get_subcommands().empty()) return app.exit(error), std::nullopt;
+    fprintf(stderr, "zopctl: no verb \"%s\"; zopctl --help shows them\n",
+            app.remaining().front().c_str());
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     exit_code = app.exit(error) == 0 ? 0 : 2;
     return std::nullopt;
   }
-  options.verb = app.get_subcommands().front()->get_name();
+  take_verb(parsed, options);
   options.simulate = !sim.empty();
   if (sim != "-") options.scenario = sim;
   return options;

@@ -4,10 +4,13 @@
 #include <optional>
 #include <string>
 
+#include "zopctl/verbs.h"
+
 namespace zopctl {
 
 struct Options {
-  std::string verb;  // "status"
+  const Verb* verb = nullptr;
+  Arguments arguments;
   bool json = false;
   bool simulate = false;
   std::string scenario;  // with simulate; empty: the simulator's default

@@ -64,7 +64,22 @@ static void show_log(const ModuleLibrary& module, unsigned mask) {
   module.vurn_set_log_mask(mask);
 }
 
-Session::Session(const Options& options) {
+static void open_modem(const ModuleLibrary& module, Verb::Need need) {
+  if (need == Verb::LINK) {
+    if (unsigned result = module.zop_open(MODULE_DEVICE)) {
+      throw Failure("no modem answers on the port: zop_open, result " + std::to_string(result) +
+                    "; is this the DIAG port?");
+    }
+    return;
+  }
+  if (int result = module.vurn_open()) {
+    throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
+                  ": no answer on the port, or no usable SIM; zopctl sim status tells of the SIM, "
+                  "--log error shows what the module says");
+  }
+}
+
+Session::Session(const Options& options, Verb::Need need) : need_(need) {
   if (options.simulate) {
     simulator_ = std::make_unique<SimulatorProcess>(options.scenario);
     map_device(simulator_->terminal());
@@ -76,16 +91,16 @@ Session::Session(const Options& options) {
   module_ = std::make_unique<ModuleLibrary>(options.library);
   if (options.log_mask) show_log(*module_, *options.log_mask);
   check_signals();
-  if (int result = module_->vurn_open()) {
-    check_signals();
-    throw Failure(
-        "the modem could not be opened: vurn_open, " + vurn_result(result) +
-        ": no answer on the port, or no usable SIM; --log error shows what the module says");
-  }
+  open_modem(*module_, need_);
 }
 
 Session::~Session() {
-  if (module_) module_->vurn_close(1);
+  if (!module_) return;
+  if (need_ == Verb::LINK) {
+    module_->zop_close();
+  } else {
+    module_->vurn_close(1);
+  }
 }
 
 }  // namespace zopctl

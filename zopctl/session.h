@@ -1,4 +1,5 @@
-// An open module: device or simulator, library, vurn_open; all of it undone at the end.
+// An open modem: device or simulator, library, vurn_open or the link alone; all of it undone at the
+// end. A SIM that is locked can be reached by the link only: vurn_open wants a ready one.
 #pragma once
 
 #include <memory>
@@ -6,13 +7,14 @@
 #include "zopctl/module_library.h"
 #include "zopctl/options.h"
 #include "zopctl/simulator_process.h"
+#include "zopctl/verbs.h"
 
 namespace zopctl {
 
 class Session {
  public:
   // Throws Failure when there is no device, no library, or no modem.
-  explicit Session(const Options& options);
+  Session(const Options& options, Verb::Need need);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -22,6 +24,7 @@ class Session {
  private:
   std::unique_ptr<SimulatorProcess> simulator_;
   std::unique_ptr<ModuleLibrary> module_;
+  Verb::Need need_;
 };
 
 // Ends the program with the signal's exit code if the user has asked for it; call between steps.

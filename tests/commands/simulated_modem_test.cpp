@@ -102,7 +102,10 @@ TEST_F(AgainstTheSimulator, lists_keep_their_entries) {
   EXPECT_EQ(forbidden[0], 2);
   EXPECT_EQ(memcmp(forbidden + 1, "31041026201\0", 12), 0);
   zop_uplmn_list user = {};
-  memcpy(user.bytes, "\x01" "26202\0\x80", 8);
+  memcpy(user.bytes,
+         "\x01"
+         "26202\0\x80",
+         8);
   ASSERT_EQ(zop_set_uim_data_uplmn(user), ZOP_SUCCESS);
   uint8_t read_back[121];
   ASSERT_EQ(zop_get_uim_data_uplmn(read_back), ZOP_SUCCESS);

@@ -97,7 +97,7 @@ class World {
 
  private:
   bool is_dead();  // the device has gone since the port was opened
-  bool fetch();  // takes what the far end has to say by now; true when there is input
+  bool fetch();    // takes what the far end has to say by now; true when there is input
   Time now_{0};
   int port_ = -1;
   int hang_ups_at_open_ = 0;

@@ -1,35 +1,9 @@
 // zopctl as a user runs it: the real library, the real simulator, the program's output.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
 
-struct Outcome {
-  std::string output;  // standard output and error
-  int exit_code;
-};
-
-static Outcome zopctl(const std::string& arguments) {
-  FILE* pipe = popen((std::string(ZOPCTL) + " " + arguments + " 2>&1").c_str(), "r");
-  Outcome run;
-  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) run.output += static_cast<char>(c);
-  int status = pclose(pipe);
-  run.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return run;
-}
-
-static bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
-// A scenario of the test's own.
-static std::string scenario(const std::string& name, const std::string& toml) {
-  std::string path = testing::TempDir() + name + "-" + std::to_string(getpid()) + ".toml";
-  std::ofstream(path) << toml;
-  return path;
-}
+#include "tests/zopctl/run_zopctl.h"
 
 TEST(Zopctl, status_for_people) {
   Outcome run = zopctl("--sim=healthy-wcdma status");
@@ -103,7 +77,7 @@ TEST(Zopctl, says_what_is_wrong_with_the_device) {
       {"status --device /dev/null", "/dev/null is no serial device", 1},
       {"status --sim --library /nowhere.so", "can't load the module: /nowhere.so", 1},
       {"status --sim=nowhere", "no shipped scenario \"nowhere\"", 1},
-      {"", "subcommand is required", 2},
+      {"", "A verb is required", 2},
       {"status --sim --log loud", "\"loud\" is no number and none of all error", 2},
       {"status --sim --device /dev/null", "a simulated modem has no --device", 2},
       {"dance", "no verb \"dance\"; zopctl --help shows them", 2},

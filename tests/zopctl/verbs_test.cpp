@@ -1,0 +1,106 @@
+// The verbs beyond status, each against a simulated modem of its own: what it shows, what it
+// refuses, with which exit code. PINs must stay out of everything that is printed.
+#include <nlohmann/json.hpp>
+
+#include "tests/zopctl/run_zopctl.h"
+
+struct Row {
+  const char* arguments;
+  int exit_code;
+  const char* text;
+};
+
+static void check(std::initializer_list<Row> rows) {
+  for (const Row& row : rows) {
+    Outcome run = zopctl(std::string("--sim ") + row.arguments);
+    EXPECT_EQ(run.exit_code, row.exit_code) << row.arguments << "\n" << run.output;
+    EXPECT_TRUE(contains(run.output, row.text)) << row.arguments << "\n" << run.output;
+  }
+}
+
+TEST(ZopctlVerbs, show_and_do) {
+  check({
+      {"signal", 0, "  Bars       5 [#####]\n"},
+      {"cells", 0, "  WCDMA active     100 (-5 dB)\n"},
+      {"sim status", 0, "  PIN             PIN switched off\n"},
+      {"plmn list", 0, "  Operator    001-01 umts, 901-70 umts, 310-410 gsm\n"},
+      {"plmn list registered", 0, "  Registered  001-01\n"},
+      {"plmn set-user 310-410:gsm,262-01", 0, "  User  310-410 gsm, 262-01 umts\n"},
+      {"nv read 10 --length 2", 0, "  Data  00 04\n"},
+      {"nv read 4711", 1, "NV status 5 (never written)"},
+      {"nv write 4711 0a1B", 0, "item 4711 written, 2 bytes"},
+      {"nv write 30000 00", 1, "NV status 6 (refused)"},
+      {"config show", 0, "  Band            WCDMA 850\n"},
+      {"config set-band 48", 0, "band PCS 1900"},
+      {"config set-mode 2", 0, "preferred mode 2"},
+      {"config set-search-order gsm 43", 0, "search GSM 850 first"},
+      {"config set-search-order gsm 80", 1, "a band of another kind"},
+      {"config diag-port 1", 0, "diagnostic port 1"},
+      {"config factory-test on", 0, "factory test mode on"},
+      {"config reset", 0, "the modem restarts"},
+      {"profile list", 0, "  Profile 15  (empty)\n"},
+      {"profile write 0361", 0, "profile 3 written"},
+      {"profile write 0261", 1, "the modem reported a failure"},
+      {"errlog read", 0, "  Newest       boot: watchdog reset\n"},
+      {"errlog clear", 0, "all records cleared"},
+      {"call start 5550199", 0, "calling 5550199"},
+      {"call end", 0, "ended"},
+      {"sms send 5550199 'good morning'", 0, "12 characters sent to 5550199"},
+      {"time set 2010-07-24T13:02:59", 0, "2010-07-24 13:02:59"},
+  });
+}
+
+TEST(ZopctlVerbs, refuse_what_they_can_not_take) {
+  check({
+      {"nv read x", 2, "ITEM is a number from 0 to 65535, not \"x\""},
+      {"nv read 1 --length 129", 2, "--length is a number from 1 to 128"},
+      {"nv write 1 0g", 2, "DATA is 1 to 128 bytes in hexadecimal"},
+      {"nv write 1", 2, "DATA is required"},
+      {"nv", 2, "subcommand is required"},
+      {"config set-band 99", 2, "BAND is a number from 43 to 84"},
+      {"config set-band 45", 1, "invalid argument"},
+      {"config factory-test maybe", 2, "maybe"},
+      {"plmn set-user 31-410", 2, "\"31-410\" is no PLMN"},
+      {"plmn list all", 2, "all"},
+      {"sim verify --pin 12", 2, "PIN has 4 to 8 digits"},
+      {"sim verify --pin 12a4", 2, "PIN has 4 to 8 digits"},
+      {"call start 012345678901234567890123456789012", 2, "NUMBER has 1 to 32 characters"},
+      {"time set yesterday", 2, "TIME is written 2010-07-24T13:02:59"},
+      {"status now", 2, "now"},
+  });
+}
+
+TEST(ZopctlVerbs, pins_from_every_source_and_never_shown) {
+  std::string path = scenario("locked", "[sim]\nstatus = \"not-initialised\"\nlock = \"pin-wanted\"\n");
+  std::string sim = "--sim=" + path + " --log all ";
+  for (const char* arguments : {"sim verify --pin 1234", "sim verify <<< 1234"}) {
+    FILE* shell = popen(("bash -c '" ZOPCTL " " + sim + arguments + " 2>&1'").c_str(), "r");
+    std::string output;
+    for (int c = fgetc(shell); c != EOF; c = fgetc(shell)) output += static_cast<char>(c);
+    EXPECT_EQ(pclose(shell), 0) << output;
+    EXPECT_TRUE(contains(output, "  PIN             verified\n")) << output;
+    EXPECT_FALSE(contains(output, "1234")) << output;
+  }
+  Outcome wrong = zopctl(sim + "sim verify --pin 9999");
+  EXPECT_EQ(wrong.exit_code, 1);
+  EXPECT_TRUE(contains(wrong.output, "  PIN tries left  2\n")) << wrong.output;
+  EXPECT_EQ(zopctl(sim + "sim unblock --key 12345678 --new-pin 4321").exit_code, 0);
+}
+
+TEST(ZopctlVerbs, json_of_a_list) {
+  auto json = nlohmann::json::parse(zopctl("--sim plmn list operator --json").output);
+  EXPECT_EQ(json["plmn"]["operator"].size(), 3u);
+  EXPECT_EQ(json["plmn"]["operator"][2]["technology"], "gsm");
+  json = nlohmann::json::parse(zopctl("--sim signal --json").output);
+  EXPECT_EQ(json["signal"]["bars"], 5);
+}
+
+TEST(ZopctlVerbs, documents_know_every_verb) {
+  std::string man = zopctl("--man").output;
+  EXPECT_TRUE(contains(man, ".B zopctl plmn set\\-user PLMNS\n"));
+  EXPECT_TRUE(contains(man, "Take care: a wrong NV item can make the modem unusable"));
+  std::string bash = zopctl("--completion bash").output;
+  EXPECT_TRUE(contains(bash, "'plmn') words='list set-user' ;;"));
+  EXPECT_TRUE(contains(bash, "'plmn list') words=' home user operator forbidden registered' ;;"));
+  EXPECT_TRUE(contains(zopctl("--completion zsh").output, "#compdef zopctl\n"));
+}

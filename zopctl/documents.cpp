@@ -1,0 +1,141 @@
+// Documents from the table of verbs: what --help shows can't differ from what they say.
+#include "zopctl/documents.h"
+
+#include <fmt/format.h>
+
+#include "zopctl/verbs.h"
+
+namespace zopctl {
+
+struct GlobalOption {
+  const char* name;
+  const char* value;  // null for a flag
+  const char* help;
+};
+
+static const GlobalOption GLOBAL_OPTIONS[] = {
+    {"--sim", nullptr, "use a simulated modem; --sim=SCENARIO sets its scenario"},
+    {"--device", "PATH", "serial device of the modem's DIAG port"},
+    {"--library", "PATH", "the module to load"},
+    {"--json", nullptr, "print JSON, for programs"},
+    {"--log", "MASK", "show the module's log lines: a mask, or names with commas"},
+    {"--help", nullptr, "help, of a verb as well"},
+    {"--version", nullptr, "version"},
+};
+
+static bool is_option(const Argument& argument) { return argument.name[0] == '-'; }
+
+static std::string usage(const Verb& verb) {
+  std::string text = verb.noun == nullptr ? "" : std::string(verb.noun) + " ";
+  text += verb.name;
+  for (const Argument& argument : verb.arguments) {
+    std::string word = argument.name;
+    if (is_option(argument)) word += " VALUE";
+    text += argument.required ? " " + word : " [" + word + "]";
+  }
+  return text;
+}
+
+// In troff a dash is an option's, a dot or quote at the start of a line a command.
+static std::string troff(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    if (c == '-' || c == '\\') out += '\\';
+    out += c;
+  }
+  return out;
+}
+
+static void man_verb(const Verb& verb) {
+  fmt::print(".TP\n.B zopctl {}\n{}.", troff(usage(verb)), troff(verb.help));
+  if (verb.danger != nullptr) fmt::print(" Take care: {}; on a terminal it wants \\-\\-yes.", troff(verb.danger));
+  fmt::print("\n");
+  for (const Argument& argument : verb.arguments) {
+    std::string choices;
+    for (const char* choice : argument.choices) choices += std::string(choices.empty() ? ": " : ", ") + choice;
+    fmt::print(".br\n.I {}\n{}{}.\n", troff(argument.name), troff(argument.help), troff(choices));
+  }
+}
+
+void print_man_page() {
+  fmt::print(".TH ZOPCTL 1 \"\" \"zopctl " ZOP_VERSION "\"\n.SH NAME\n"
+             "zopctl \\- look after a 3G modem through its module\n.SH SYNOPSIS\n"
+             ".B zopctl\n[options] VERB | NOUN VERB [arguments]\n.SH DESCRIPTION\n"
+             "zopctl loads libzop_module.so.0 as a host does, opens the modem and does one thing "
+             "with it. Tables are for people, JSON is for programs.\n.SH OPTIONS\n");
+  for (const GlobalOption& option : GLOBAL_OPTIONS) {
+    fmt::print(".TP\n.B {}{}\n{}.\n", troff(option.name),
+               option.value == nullptr ? "" : std::string(" ") + option.value, troff(option.help));
+  }
+  fmt::print(".SH VERBS\n");
+  for (const Verb& verb : verbs()) man_verb(verb);
+  fmt::print(".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage.\n"
+             ".SH SEE ALSO\n.BR zop\\-modem\\-sim (1)\n");
+}
+
+static std::string words_after(const std::string& noun) {
+  std::string words;
+  for (const Verb& verb : verbs()) {
+    bool belongs = verb.noun == nullptr ? noun.empty() : noun == verb.noun;
+    if (belongs) words += std::string(words.empty() ? "" : " ") + verb.name;
+  }
+  if (noun.empty()) {
+    for (const Noun& row : nouns()) words += std::string(" ") + row.name;
+  }
+  return words;
+}
+
+static std::string options_and_choices(const Verb& verb) {
+  std::string words;
+  for (const Argument& argument : verb.arguments) {
+    if (is_option(argument)) words += std::string(" ") + argument.name;
+    for (const char* choice : argument.choices) words += std::string(" ") + choice;
+  }
+  if (verb.danger != nullptr) words += " --yes";
+  return words;
+}
+
+// The cases of the completion: the verb so far, and the words that may follow.
+static void print_cases() {
+  fmt::print("    '') words='{}' ;;\n", words_after(""));
+  for (const Noun& noun : nouns()) {
+    fmt::print("    '{}') words='{}' ;;\n", noun.name, words_after(noun.name));
+  }
+  for (const Verb& verb : verbs()) {
+    std::string path = verb.noun == nullptr ? verb.name : std::string(verb.noun) + " " + verb.name;
+    fmt::print("    '{}') words='{}' ;;\n", path, options_and_choices(verb));
+  }
+}
+
+static std::string global_words() {
+  std::string words;
+  for (const GlobalOption& option : GLOBAL_OPTIONS) words += std::string(" ") + option.name;
+  return words;
+}
+
+static void print_bash() {
+  fmt::print("# bash completion of zopctl\n_zopctl() {{\n  local path='' word words i\n"
+             "  for ((i = 1; i < COMP_CWORD; i++)); do\n    word=${{COMP_WORDS[i]}}\n"
+             "    [[ $word == -* || $path == *' '* ]] && continue\n"
+             "    path=\"${{path:+$path }}$word\"\n  done\n  case \"$path\" in\n");
+  print_cases();
+  fmt::print("  esac\n  COMPREPLY=($(compgen -W \"$words{}\" -- \"${{COMP_WORDS[COMP_CWORD]}}\"))\n"
+             "}}\ncomplete -o default -F _zopctl zopctl\n",
+             global_words());
+}
+
+// zsh runs the same function by its emulation of bash completion.
+static void print_zsh() {
+  fmt::print("#compdef zopctl\nautoload -U +X bashcompinit && bashcompinit\n");
+  print_bash();
+}
+
+void print_completion(const std::string& shell) {
+  if (shell == "bash") {
+    print_bash();
+  } else {
+    print_zsh();
+  }
+}
+
+}  // namespace zopctl

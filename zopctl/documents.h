@@ -1,0 +1,11 @@
+// The manual page and the shell completions, made from the table of verbs.
+#pragma once
+
+#include <string>
+
+namespace zopctl {
+
+void print_man_page();
+void print_completion(const std::string& shell);  // "bash" or "zsh"
+
+}  // namespace zopctl

@@ -1,0 +1,115 @@
+// zopctl sim: the card and its PIN. Codes come from an option, from a prompt without echo or from
+// standard input; they are never shown.
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+
+#include "zopctl/verbs.h"
+#include "zopctl/words.h"
+
+namespace zopctl {
+
+static std::string prompt_without_echo(const std::string& what) {
+  termios before;
+  tcgetattr(STDIN_FILENO, &before);
+  termios quiet = before;
+  quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+  fprintf(stderr, "%s: ", what.c_str());
+  tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+  std::string code;
+  std::getline(std::cin, code);
+  tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
+  fputc('\n', stderr);
+  return code;
+}
+
+// A code of 4 to 8 digits, padded with zeros to the 8 bytes that the card takes.
+struct Code {
+  uint8_t bytes[ZOP_PIN_SIZE] = {};
+  uint32_t length = 0;
+};
+
+static Code code_of(const Arguments& arguments, const std::string& option, const char* what) {
+  std::string text;
+  if (arguments.has(option)) {
+    text = arguments.text(option);
+  } else if (isatty(STDIN_FILENO) != 0) {
+    text = prompt_without_echo(what);
+  } else {
+    std::getline(std::cin, text);
+  }
+  bool digits = text.find_first_not_of("0123456789") == std::string::npos;
+  if (!digits || text.size() < 4 || text.size() > ZOP_PIN_SIZE) {
+    throw UsageError(std::string(what) + " has 4 to 8 digits");
+  }
+  Code code;
+  code.length = static_cast<uint32_t>(text.size());
+  for (size_t i = 0; i < text.size(); ++i) code.bytes[i] = static_cast<uint8_t>(text[i]);
+  return code;
+}
+
+static std::vector<Item> card_state(const ModuleLibrary& m) {
+  uint32_t status = 0, lock = 0, retries = 0;
+  require(m.zop_simcard_status(&status, &lock, &retries), "SIM status");
+  return {shown("status", "Status", {{"code", status}, {"text", sim_status(status)}},
+                sim_status(status)),
+          shown("lock", "PIN", {{"code", lock}, {"text", lock_status(lock)}}, lock_status(lock)),
+          shown("pin_retries", "PIN tries left", retries, std::to_string(retries))};
+}
+
+// Shows what came of an operation and the state of the card after it.
+static Findings outcome(const ModuleLibrary& m, uint32_t refused) {
+  std::vector<Item> items = card_state(m);
+  Item result = shown("accepted", "Accepted", refused == 0, refused == 0 ? "yes" : "no");
+  result.failed = refused != 0;
+  items.insert(items.begin(), result);
+  return one_section("sim", "SIM", items);
+}
+
+Findings sim_status_verb(const ModuleLibrary& m, const Arguments&) {
+  return one_section("sim", "SIM", card_state(m));
+}
+
+Findings sim_verify(const ModuleLibrary& m, const Arguments& arguments) {
+  Code pin = code_of(arguments, "--pin", "PIN");
+  uint32_t refused = 0;
+  require(m.zop_simcard_verify(pin.bytes, pin.length, &refused), "verify");
+  return outcome(m, refused);
+}
+
+Findings sim_enable(const ModuleLibrary& m, const Arguments& arguments) {
+  Code pin = code_of(arguments, "--pin", "PIN");
+  uint32_t refused = 0;
+  require(m.zop_simcard_enable(pin.bytes, pin.length, &refused), "enable");
+  return outcome(m, refused);
+}
+
+Findings sim_disable(const ModuleLibrary& m, const Arguments& arguments) {
+  Code pin = code_of(arguments, "--pin", "PIN");
+  uint32_t refused = 0;
+  require(m.zop_simcard_disable(pin.bytes, pin.length, &refused), "disable");
+  return outcome(m, refused);
+}
+
+Findings sim_change(const ModuleLibrary& m, const Arguments& arguments) {
+  Code old_pin = code_of(arguments, "--pin", "old PIN");
+  Code new_pin = code_of(arguments, "--new-pin", "new PIN");
+  uint32_t refused = 0;
+  require(m.zop_simcard_change(old_pin.bytes, old_pin.length, new_pin.bytes, new_pin.length,
+                               &refused),
+          "change");
+  return outcome(m, refused);
+}
+
+Findings sim_unblock(const ModuleLibrary& m, const Arguments& arguments) {
+  Code key = code_of(arguments, "--key", "unblocking key");
+  Code new_pin = code_of(arguments, "--new-pin", "new PIN");
+  uint32_t refused = 0;
+  require(m.zop_simcard_unblock(key.bytes, key.length, new_pin.bytes, new_pin.length, &refused),
+          "unblock");
+  return outcome(m, refused);
+}
+
+}  // namespace zopctl
