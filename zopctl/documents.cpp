@@ -48,17 +48,20 @@ static std::string troff(const std::string& text) {
 
 static void man_verb(const Verb& verb) {
   fmt::print(".TP\n.B zopctl {}\n{}.", troff(usage(verb)), troff(verb.help));
-  if (verb.danger != nullptr) fmt::print(" Take care: {}; on a terminal it wants \\-\\-yes.", troff(verb.danger));
+  if (verb.danger != nullptr)
+    fmt::print(" Take care: {}; on a terminal it wants \\-\\-yes.", troff(verb.danger));
   fmt::print("\n");
   for (const Argument& argument : verb.arguments) {
     std::string choices;
-    for (const char* choice : argument.choices) choices += std::string(choices.empty() ? ": " : ", ") + choice;
+    for (const char* choice : argument.choices)
+      choices += std::string(choices.empty() ? ": " : ", ") + choice;
     fmt::print(".br\n.I {}\n{}{}.\n", troff(argument.name), troff(argument.help), troff(choices));
   }
 }
 
 void print_man_page() {
-  fmt::print(".TH ZOPCTL 1 \"\" \"zopctl " ZOP_VERSION "\"\n.SH NAME\n"
+  fmt::print(".TH ZOPCTL 1 \"\" \"zopctl " ZOP_VERSION
+             "\"\n.SH NAME\n"
              "zopctl \\- look after a 3G modem through its module\n.SH SYNOPSIS\n"
              ".B zopctl\n[options] VERB | NOUN VERB [arguments]\n.SH DESCRIPTION\n"
              "zopctl loads libzop_module.so.0 as a host does, opens the modem and does one thing "
@@ -69,8 +72,9 @@ void print_man_page() {
   }
   fmt::print(".SH VERBS\n");
   for (const Verb& verb : verbs()) man_verb(verb);
-  fmt::print(".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage.\n"
-             ".SH SEE ALSO\n.BR zop\\-modem\\-sim (1)\n");
+  fmt::print(
+      ".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage.\n"
+      ".SH SEE ALSO\n.BR zop\\-modem\\-sim (1)\n");
 }
 
 static std::string words_after(const std::string& noun) {
@@ -114,14 +118,16 @@ static std::string global_words() {
 }
 
 static void print_bash() {
-  fmt::print("# bash completion of zopctl\n_zopctl() {{\n  local path='' word words i\n"
-             "  for ((i = 1; i < COMP_CWORD; i++)); do\n    word=${{COMP_WORDS[i]}}\n"
-             "    [[ $word == -* || $path == *' '* ]] && continue\n"
-             "    path=\"${{path:+$path }}$word\"\n  done\n  case \"$path\" in\n");
+  fmt::print(
+      "# bash completion of zopctl\n_zopctl() {{\n  local path='' word words i\n"
+      "  for ((i = 1; i < COMP_CWORD; i++)); do\n    word=${{COMP_WORDS[i]}}\n"
+      "    [[ $word == -* || $path == *' '* ]] && continue\n"
+      "    path=\"${{path:+$path }}$word\"\n  done\n  case \"$path\" in\n");
   print_cases();
-  fmt::print("  esac\n  COMPREPLY=($(compgen -W \"$words{}\" -- \"${{COMP_WORDS[COMP_CWORD]}}\"))\n"
-             "}}\ncomplete -o default -F _zopctl zopctl\n",
-             global_words());
+  fmt::print(
+      "  esac\n  COMPREPLY=($(compgen -W \"$words{}\" -- \"${{COMP_WORDS[COMP_CWORD]}}\"))\n"
+      "}}\ncomplete -o default -F _zopctl zopctl\n",
+      global_words());
 }
 
 // zsh runs the same function by its emulation of bash completion.

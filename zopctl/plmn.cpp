@@ -12,7 +12,7 @@ namespace zopctl {
 using Json = nlohmann::ordered_json;
 using View = std::span<const uint8_t>;
 
-constexpr size_t ENTRY = 8;       // with two technology bytes
+constexpr size_t ENTRY = 8;  // with two technology bytes
 constexpr size_t USER_ENTRIES = 15;
 constexpr uint8_t TECHNOLOGY = 128;
 
@@ -38,25 +38,31 @@ static std::string text_of(const Json& list) {
   for (const Json& plmn : list) {
     if (!text.empty()) text += ", ";
     text += fmt::format("{}-{}", plmn["mcc"].get<std::string>(), plmn["mnc"].get<std::string>());
-    if (plmn.contains("technology")) text += fmt::format(" {}", plmn["technology"].get<std::string>());
+    if (plmn.contains("technology"))
+      text += fmt::format(" {}", plmn["technology"].get<std::string>());
   }
   return text.empty() ? "(empty)" : text;
 }
 
-static Json home(const ModuleLibrary& m) {
-  uint8_t list[ZOP_HPLMN_LIST_SIZE];
-  require(m.zop_get_uim_data_hplmn(list), "home list");
+// A list that comes whole.
+static Json whole_list(unsigned (*get)(uint8_t*), size_t size, size_t width, const char* what) {
+  std::vector<uint8_t> list(size);
+  require(get(list.data()), what);
   Json entries = Json::array();
-  add_entries(entries, list, ENTRY);
+  add_entries(entries, list, width);
   return entries;
 }
 
+static Json home(const ModuleLibrary& m) {
+  return whole_list(m.zop_get_uim_data_hplmn, ZOP_HPLMN_LIST_SIZE, ENTRY, "home list");
+}
+
 static Json user(const ModuleLibrary& m) {
-  uint8_t list[ZOP_UPLMN_LIST_SIZE];
-  require(m.zop_get_uim_data_uplmn(list), "user list");
-  Json entries = Json::array();
-  add_entries(entries, list, ENTRY);
-  return entries;
+  return whole_list(m.zop_get_uim_data_uplmn, ZOP_UPLMN_LIST_SIZE, ENTRY, "user list");
+}
+
+static Json forbidden(const ModuleLibrary& m) {
+  return whole_list(m.zop_get_uim_data_fplmn, ZOP_FPLMN_LIST_SIZE, ZOP_PLMN_SIZE, "forbidden list");
 }
 
 // The operator's list is read in blocks of 20, up to the last that can be asked for.
@@ -68,14 +74,6 @@ static Json operators(const ModuleLibrary& m) {
     require(m.zop_get_uim_data_oplmn_partial(first, &total, block), "operator list");
     add_entries(entries, block, ENTRY);
   }
-  return entries;
-}
-
-static Json forbidden(const ModuleLibrary& m) {
-  uint8_t list[ZOP_FPLMN_LIST_SIZE];
-  require(m.zop_get_uim_data_fplmn(list), "forbidden list");
-  Json entries = Json::array();
-  add_entries(entries, list, ZOP_PLMN_SIZE);
   return entries;
 }
 

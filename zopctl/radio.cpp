@@ -55,11 +55,11 @@ static Item bars(const ModuleLibrary& m) {
 }
 
 Findings signal_show(const ModuleLibrary& m, const Arguments&) {
-  return one_section("signal", "Signal",
-                     {level("rssi", "RSSI", "dBm", m.zop_get_rssi),
-                      level("rscp", "RSCP", "dBm", m.zop_get_rscp),
-                      level("tx_power", "Tx power", "dBm", m.zop_get_txpower),
-                      level("pathloss", "Path loss", "dB", m.zop_get_pathloss), bars(m)});
+  return one_section(
+      "signal", "Signal",
+      {level("rssi", "RSSI", "dBm", m.zop_get_rssi), level("rscp", "RSCP", "dBm", m.zop_get_rscp),
+       level("tx_power", "Tx power", "dBm", m.zop_get_txpower),
+       level("pathloss", "Path loss", "dB", m.zop_get_pathloss), bars(m)});
 }
 
 static int signed16(const uint8_t* p) { return static_cast<int16_t>(le16(p)); }
@@ -99,11 +99,11 @@ static Item gsm_neighbors(const ModuleLibrary& m) {
 }
 
 Findings cells_show(const ModuleLibrary& m, const Arguments&) {
-  return one_section("cells", "Cells, WCDMA by scrambling code and Ec/Io, GSM by ARFCN and RSSI",
-                     {wcdma_set("active", "WCDMA active", m.zop_get_active_set_list),
-                      wcdma_set("monitored", "WCDMA monitored", m.zop_get_monitored_set_list),
-                      wcdma_set("detected", "WCDMA detected", m.zop_get_detected_set_list),
-                      gsm_neighbors(m)});
+  return one_section(
+      "cells", "Cells, WCDMA by scrambling code and Ec/Io, GSM by ARFCN and RSSI",
+      {wcdma_set("active", "WCDMA active", m.zop_get_active_set_list),
+       wcdma_set("monitored", "WCDMA monitored", m.zop_get_monitored_set_list),
+       wcdma_set("detected", "WCDMA detected", m.zop_get_detected_set_list), gsm_neighbors(m)});
 }
 
 }  // namespace zopctl

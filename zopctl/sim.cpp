@@ -72,44 +72,45 @@ Findings sim_status_verb(const ModuleLibrary& m, const Arguments&) {
   return one_section("sim", "SIM", card_state(m));
 }
 
-Findings sim_verify(const ModuleLibrary& m, const Arguments& arguments) {
+using OneCode = unsigned (*)(const uint8_t*, uint32_t, uint32_t*);
+using TwoCodes = unsigned (*)(const uint8_t*, uint32_t, const uint8_t*, uint32_t, uint32_t*);
+
+static Findings with_pin(const ModuleLibrary& m, const Arguments& arguments, OneCode operate,
+                         const char* what) {
   Code pin = code_of(arguments, "--pin", "PIN");
   uint32_t refused = 0;
-  require(m.zop_simcard_verify(pin.bytes, pin.length, &refused), "verify");
+  require(operate(pin.bytes, pin.length, &refused), what);
   return outcome(m, refused);
+}
+
+static Findings with_new_pin(const ModuleLibrary& m, const Code& old_code,
+                             const Arguments& arguments, TwoCodes operate, const char* what) {
+  Code pin = code_of(arguments, "--new-pin", "new PIN");
+  uint32_t refused = 0;
+  require(operate(old_code.bytes, old_code.length, pin.bytes, pin.length, &refused), what);
+  return outcome(m, refused);
+}
+
+Findings sim_verify(const ModuleLibrary& m, const Arguments& arguments) {
+  return with_pin(m, arguments, m.zop_simcard_verify, "verify");
 }
 
 Findings sim_enable(const ModuleLibrary& m, const Arguments& arguments) {
-  Code pin = code_of(arguments, "--pin", "PIN");
-  uint32_t refused = 0;
-  require(m.zop_simcard_enable(pin.bytes, pin.length, &refused), "enable");
-  return outcome(m, refused);
+  return with_pin(m, arguments, m.zop_simcard_enable, "enable");
 }
 
 Findings sim_disable(const ModuleLibrary& m, const Arguments& arguments) {
-  Code pin = code_of(arguments, "--pin", "PIN");
-  uint32_t refused = 0;
-  require(m.zop_simcard_disable(pin.bytes, pin.length, &refused), "disable");
-  return outcome(m, refused);
+  return with_pin(m, arguments, m.zop_simcard_disable, "disable");
 }
 
 Findings sim_change(const ModuleLibrary& m, const Arguments& arguments) {
   Code old_pin = code_of(arguments, "--pin", "old PIN");
-  Code new_pin = code_of(arguments, "--new-pin", "new PIN");
-  uint32_t refused = 0;
-  require(m.zop_simcard_change(old_pin.bytes, old_pin.length, new_pin.bytes, new_pin.length,
-                               &refused),
-          "change");
-  return outcome(m, refused);
+  return with_new_pin(m, old_pin, arguments, m.zop_simcard_change, "change");
 }
 
 Findings sim_unblock(const ModuleLibrary& m, const Arguments& arguments) {
   Code key = code_of(arguments, "--key", "unblocking key");
-  Code new_pin = code_of(arguments, "--new-pin", "new PIN");
-  uint32_t refused = 0;
-  require(m.zop_simcard_unblock(key.bytes, key.length, new_pin.bytes, new_pin.length, &refused),
-          "unblock");
-  return outcome(m, refused);
+  return with_new_pin(m, key, arguments, m.zop_simcard_unblock, "unblock");
 }
 
 }  // namespace zopctl
