@@ -153,6 +153,7 @@ const std::vector<Command>& every_command() {
        },
        "cf 1b 00 01 02 03", 106, PLAIN, BYTE3},
       // Radio
+      {"rssi", ONE(zop_get_rssi, SIGNED), "cf 20 00", 3, Command::COMPARES},
       {"rscp", ONE(zop_get_rscp, SIGNED), "cf 27 00", 3},
       {"tx power", ONE(zop_get_txpower, SIGNED), "cf 28 00", 3},
       {"active", [](O o) { return zop_get_active_set_list(o.bytes, &o.size); }, "cf 29 00", 3},

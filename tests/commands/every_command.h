@@ -20,9 +20,10 @@ struct Command {
   const char* request;  // payload of its first frame, hex; the rest of a longer one is zeros
   size_t request_size;
   enum Kind {
-    PLAIN,   // 7 for an answer that can't be unframed
-    DIRECT,  // the same, without retry
-    BLIND,   // 0 whatever is answered
+    PLAIN,     // 7 for an answer that can't be unframed
+    DIRECT,    // the same, without retry
+    BLIND,     // 0 whatever is answered
+    COMPARES,  // compares the answer's header with the request's
   } kind = PLAIN;
   enum Status { NONE, BYTE3, WORD, INVERTED, NV, SIM_RESULT } status = NONE;
   bool clears_output = false;  // even when the exchange then fails

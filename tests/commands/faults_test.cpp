@@ -115,7 +115,7 @@ TEST_F(EveryCommand, refuses_a_damaged_answer) {
 // command read outside its buffer or show bytes of another answer.
 TEST_F(EveryCommand, survives_an_answer_of_any_length) {
   for (const Command& command : every_command()) {
-    for (size_t size = 1; size <= 353; size += size < 20 ? 1 : 37) {
+    for (size_t size = 1; size <= 353; ++size) {
       unsigned result = run(command, {{frame(answer_of(command, std::max<size_t>(size, 4)))}});
       EXPECT_TRUE(result == ZOP_SUCCESS || result == ZOP_ERR_MODEM_FAILURE ||
                   result == ZOP_ERR_HOME_NETWORK_REFUSED)
@@ -123,6 +123,7 @@ TEST_F(EveryCommand, survives_an_answer_of_any_length) {
       Bytes full = frame(answer_of(command));
       Bytes cut(full.begin(), full.begin() + static_cast<ptrdiff_t>(size));
       cut.push_back(0x7E);
+      if (!unframe(cut).empty()) continue;  // one cut in 65,536 happens to fit its last two bytes
       expect_failure(command, run(command, {{cut}}), ZOP_ERR_BAD_RESPONSE,
                      "cut at " + std::to_string(size));
     }
@@ -163,12 +164,12 @@ TEST_F(EveryCommand, sends_nothing_on_a_closed_link) {
   EXPECT_TRUE(world.written.empty());
 }
 
-// An answer under another command byte is taken by all but the RSSI query, which is not in the
-// list.
+// An answer under another command byte is taken by all but one.
 TEST_F(EveryCommand, takes_an_answer_of_another_command) {
   for (const Command& command : every_command()) {
     Bytes answer = answer_of(command);
     answer[0] ^= 0x55;
-    EXPECT_EQ(run(command, {{frame(answer)}}), ZOP_SUCCESS) << command.name;
+    unsigned expected = command.kind == Command::COMPARES ? ZOP_ERR_BAD_RESPONSE : ZOP_SUCCESS;
+    EXPECT_EQ(run(command, {{frame(answer)}}), expected) << command.name;
   }
 }
