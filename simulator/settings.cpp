@@ -28,6 +28,7 @@ static const NumberSetting NUMBERS[] = {
     {NUMBER(sim, lock), 0, 255, LOCK_WORDS},
     {NUMBER(sim, retries), 0, 255},
     {NUMBER(sim, card_mode), 0, 0x7FFF},
+    {NUMBER(sim, key_retries), 0, 10},
     {NUMBER(network, lac), 0, 0xFFFF},
     {NUMBER(network, rac), 0, 255},
     {NUMBER(network, cell_id), 0, 0x7FFFFFFF},
@@ -41,6 +42,9 @@ static const NumberSetting NUMBERS[] = {
     {NUMBER(radio, channel), 0, 0xFFFF},
     {NUMBER(radio, band), -1, 0x7FFF},
     {NUMBER(radio, rssi), -200, 0},
+    {NUMBER(radio, rscp), -200, 0},
+    {NUMBER(radio, tx_power), -200, 100},
+    {NUMBER(radio, pathloss), 0, 200},
     {NUMBER(radio, egprs), -1, 255, NO_YES},
     {NUMBER(radio, hsdpa_status), 0, 255},
     {NUMBER(radio, hsdpa_indication), -1, 127},
@@ -68,11 +72,18 @@ static const NumberSetting NUMBERS[] = {
 };
 
 static const TextSetting TEXTS[] = {
-    {TEXT(identity, imei), 16, true},      {TEXT(identity, imsi), 16, true},
-    {TEXT(identity, iccid), 20, true},     {TEXT(identity, phone_number), 36, false},
-    {TEXT(identity, firmware), 20, false}, {TEXT(identity, hardware), 20, false},
-    {TEXT(identity, build), 63, false},    {TEXT(network, name), 255, false},
-    {TEXT(network, mcc), 3, false},        {TEXT(network, mnc), 3, false},
+    {TEXT(identity, imei), 16, true},
+    {TEXT(identity, imsi), 16, true},
+    {TEXT(identity, iccid), 20, true},
+    {TEXT(identity, phone_number), 36, false},
+    {TEXT(identity, firmware), 20, false},
+    {TEXT(identity, hardware), 20, false},
+    {TEXT(identity, build), 63, false},
+    {TEXT(sim, pin), 8, true},
+    {TEXT(sim, key), 8, true},
+    {TEXT(network, name), 255, false},
+    {TEXT(network, mcc), 3, false},
+    {TEXT(network, mnc), 3, false},
 };
 
 template <typename Settings>

@@ -72,9 +72,7 @@ void print_man_page() {
   }
   fmt::print(".SH VERBS\n");
   for (const Verb& verb : verbs()) man_verb(verb);
-  fmt::print(
-      ".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage.\n"
-      ".SH SEE ALSO\n.BR zop\\-modem\\-sim (1)\n");
+  fmt::print(".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage.\n");
 }
 
 static std::string words_after(const std::string& noun) {
