@@ -96,7 +96,9 @@ static bool is_profile(int number) { return number % 2 == 1 && number <= LAST_PR
 void read_profile(const Context& c, Answer& a) {
   int number = c.request[3];
   if (!is_profile(number)) return a.status(1);
-  a.bytes(c.model.device.profiles[number], PROFILE_SIZE);
+  auto profile = c.model.device.profiles.find(number);
+  bool written = profile != c.model.device.profiles.end();
+  a.bytes(written ? View(profile->second) : View(), PROFILE_SIZE);
 }
 
 // A record begins with the number of its profile.

@@ -86,6 +86,8 @@ Fault parse_fault(const std::string& text) {
     set_option(fault, text.substr(colon + 1, length));
     colon = end;
   }
+  bool good = fault.skip >= 0 && fault.count >= -1 && fault.chance >= 0 && fault.chance <= 1;
+  if (!good) throw std::invalid_argument("skip and count are not negative, chance is 0 to 1");
   return fault;
 }
 

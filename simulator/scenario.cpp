@@ -5,6 +5,7 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -88,7 +89,7 @@ static bool flag(const Place& place, const toml::node& node, const char* key) {
 static Happening read_happening(const Place& place, const toml::table& entry) {
   Happening happening;
   auto seconds = entry["time"].value<double>();
-  if (!seconds || *seconds < 0) {
+  if (!seconds || !(*seconds >= 0 && *seconds < 1e9)) {
     place.error(entry.source(), "an entry of the time line needs a time in seconds");
   }
   happening.at = std::chrono::duration_cast<Time>(std::chrono::duration<double>(*seconds));
@@ -185,7 +186,7 @@ Scenario parse_scenario(const std::string& text, const std::string& name) {
 
 Scenario load_scenario(const std::string& path) {
   std::ifstream file(path);
-  if (!file) throw ScenarioError(path + ": can't be read");
+  if (!file || std::filesystem::is_directory(path)) throw ScenarioError(path + ": can't be read");
   std::stringstream text;
   text << file.rdbuf();
   return parse_scenario(text.str(), path);

@@ -127,7 +127,7 @@ static void plmn_block(Answer& a, const std::vector<Plmn>& list, size_t first, s
 // A block from the 1-based entry of the request on, behind the length of the whole list.
 static void numbered_block(const Context& c, Answer& a, const std::vector<Plmn>& list) {
   size_t first = c.request[3] == 0 ? 256 : c.request[3];
-  a.u8(static_cast<int>(list.size()));
+  a.u8(static_cast<int>(std::min<size_t>(255, list.size())));  // all that the field holds
   plmn_block(a, list, first - 1, BLOCK_ENTRIES);
 }
 

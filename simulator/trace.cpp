@@ -3,6 +3,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace sim {
 
 constexpr uint8_t SIM_COMMAND = 0xD2;
@@ -11,13 +13,21 @@ constexpr uint8_t NV_READ = 0x26;
 constexpr uint8_t NV_WRITE = 0x27;
 constexpr int NV_PIN = 16685;
 
-// The range of a payload that holds secrets.
+static bool is_error_answer(uint8_t code) {
+  constexpr uint8_t CODES[] = {BAD_COMMAND, BAD_PARAMETER, BAD_LENGTH, BAD_MODE, LOCKED, SECURITY};
+  return std::ranges::find(CODES, code) != std::end(CODES);
+}
+
+// The range of a payload that holds secrets. An error answer carries the request behind its code.
 static std::pair<size_t, size_t> secret_part(View payload) {
+  if (!payload.empty() && is_error_answer(payload[0])) {
+    auto [first, last] = secret_part(payload.subspan(1));
+    return {first + 1, last + 1};
+  }
   if (payload.size() > SIM_CODES && payload[0] == SIM_COMMAND) return {SIM_CODES, payload.size()};
   bool nv = payload.size() > 3 && (payload[0] == NV_READ || payload[0] == NV_WRITE);
-  if (nv && (payload[1] | payload[2] << 8) == NV_PIN)
-    return {3, std::min<size_t>(131, payload.size())};
-  return {0, 0};
+  if (!nv || (payload[1] | payload[2] << 8) != NV_PIN) return {0, 0};
+  return {3, payload.size()};
 }
 
 std::string trace_line(Time now, char direction, const std::string& name, View payload) {

@@ -30,18 +30,18 @@ struct UsageError : std::runtime_error {
 };
 
 struct Argument {
-  const char* name;     // "ITEM", or "--pin" for an option
+  const char* name;  // "ITEM", or "--pin" for an option
   const char* help;
   bool required = true;
   std::vector<const char*> choices = {};
 };
 
 struct Verb {
-  const char* noun;     // null for a verb of its own
+  const char* noun;  // null for a verb of its own
   const char* name;
   const char* help;
   enum Need { MODULE, LINK } need;  // vurn_open with its ready SIM, or the serial link alone
-  const char* danger;   // what it can break; null when harmless
+  const char* danger;               // what it can break; null when harmless
   std::vector<Argument> arguments;
   Findings (*run)(const ModuleLibrary&, const Arguments&);
 };

@@ -69,6 +69,8 @@ TEST(SimulatorScenario, bad_ones_are_refused_with_their_line) {
       {"[network]\n\nmcc = \"0011\"", "x:3: network.mcc takes up to 3 characters"},
       {"[identity]\nimei = \"0O1\"", "x:2: identity.imei takes digits"},
       {"[[at]]\nradio.rssi = -5", "x:1: an entry of the time line needs a time in seconds"},
+      {"[[at]]\ntime = nan", "x:1: an entry of the time line needs a time in seconds"},
+      {"[[fault]]\nswitch = \"silence:chance=7\"", "x:2: skip and count are not negative"},
       {"[[at]]\ntime = 1\nhang_up = 3", "x:3: hang_up takes true"},
       {"[[at]]\ntime = 1\nnoise = 3", "x:3: no \"noise\" in an entry of the time line"},
       {"[[fault]]\nswitch = \"rain\"", "x:2: no fault \"rain\"; there are silence"},

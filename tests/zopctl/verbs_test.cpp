@@ -71,7 +71,8 @@ TEST(ZopctlVerbs, refuse_what_they_can_not_take) {
 }
 
 TEST(ZopctlVerbs, pins_from_every_source_and_never_shown) {
-  std::string path = scenario("locked", "[sim]\nstatus = \"not-initialised\"\nlock = \"pin-wanted\"\n");
+  std::string path =
+      scenario("locked", "[sim]\nstatus = \"not-initialised\"\nlock = \"pin-wanted\"\n");
   std::string sim = "--sim=" + path + " --log all ";
   for (const char* arguments : {"sim verify --pin 1234", "sim verify <<< 1234"}) {
     FILE* shell = popen(("bash -c '" ZOPCTL " " + sim + arguments + " 2>&1'").c_str(), "r");
