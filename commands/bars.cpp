@@ -92,7 +92,7 @@ unsigned zop_get_bars(int32_t* bars) {
   unsigned error = exchange(PLAIN_REQUEST);
   if (error == ZOP_ERR_BAD_RESPONSE) last_ecio = NO_ECIO;
   if (error != ZOP_SUCCESS) return error;
-  zop_screen screen;
+  zop_screen screen = {};
   copy_fields({bytes(ANSWER_PAYLOAD, sizeof screen, &screen)});
   if (screen.service_status == SERVICE_LIMITED ||
       screen.service_status == SERVICE_LIMITED_REGIONAL) {
