@@ -33,6 +33,9 @@ static int open_mapped(const char* path, int flags, mode_t mode) {
 static void log_line(int priority, const char* format, va_list arguments) {
   char line[2048];
   vsnprintf(line, sizeof line, format, arguments);
+  for (char* c = line; *c != '\0'; ++c) {  // texts of a modem: nothing that moves a terminal
+    if (static_cast<unsigned char>(*c) < 0x20 || *c == 0x7F) *c = '?';
+  }
   std::lock_guard lock(log_mutex);
   if (log_sink) return log_sink(priority, line);
   using Syslog = void (*)(int, const char*, ...);

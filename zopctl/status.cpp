@@ -151,7 +151,7 @@ static Section radio(const ModuleLibrary& m) {
 }
 
 static std::string offset_text(int seconds) {
-  int minutes = std::abs(seconds) / 60;
+  int minutes = std::abs(seconds / 60);  // the offset may be the lowest number there is
   return fmt::format("UTC{}{:02}:{:02}", seconds < 0 ? '-' : '+', minutes / 60, minutes % 60);
 }
 
