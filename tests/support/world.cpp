@@ -12,14 +12,16 @@
 
 namespace test {
 
-static World* current_world = nullptr;
+// Each thread's own: a test runner's or a fuzzer's other threads are no part of a World.
+static thread_local World* current_world = nullptr;
 
-World::World() { current_world = this; }
+World::World() { join(); }
 World::~World() {
   if (port_ >= 0) close_port();
   current_world = nullptr;
 }
 World* World::current() { return current_world; }
+void World::join() { current_world = this; }
 
 std::string World::log_text() const {
   std::string text;

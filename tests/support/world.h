@@ -2,8 +2,8 @@
 // remembers, files that are somewhere else.
 //
 // The module under test is unchanged: the test program itself defines open, select, sleep, syslog
-// and so on (system_calls.cpp) and asks the World. One World exists at a time; with none, every
-// call goes to the system.
+// and so on (system_calls.cpp) and asks the World of the calling thread: the thread that made it,
+// and those that joined it. On any other thread every call goes to the system.
 #pragma once
 
 #include <termios.h>
@@ -61,7 +61,8 @@ class World {
  public:
   World();
   ~World();
-  static World* current();
+  static World* current();  // of this thread
+  void join();              // makes this World that of the calling thread
 
   // ---- for the tests ----
   FarEnd* far_end = nullptr;
