@@ -11,9 +11,11 @@
 #include <fstream>
 #include <iostream>
 
+#include "simulator/list_settings.h"
 #include "simulator/modem.h"
 #include "simulator/state_file.h"
 #include "simulator/terminal.h"
+#include "simulator/troff.h"
 
 namespace fs = std::filesystem;
 
@@ -41,6 +43,8 @@ struct Options {
   unsigned seed = 1;
   bool exit_with_parent = false;
   bool list = false;
+  bool settings = false;
+  bool man = false;
 };
 
 // Where shipped scenarios may stand: installed beside the program, or in the tree it was built in.
@@ -68,6 +72,41 @@ static void list_scenarios() {
     for (auto& [name, title] : titles) fmt::print("{:22} {}\n", name, title);
     return;
   }
+}
+
+static std::vector<std::string> all_settings() {
+  std::vector<std::string> lines = sim::describe_settings();
+  for (std::string& line : sim::describe_lists()) lines.push_back(line);
+  lines.push_back("clock.start\tUTC at the start, like 2010-07-24T13:02:59Z");
+  return lines;
+}
+
+static void list_settings() {
+  for (const std::string& line : all_settings()) {
+    size_t tab = line.find('\t');
+    fmt::print("{:26} {}\n", line.substr(0, tab), line.substr(tab + 1));
+  }
+}
+
+static void print_man_page(const CLI::App& app) {
+  fmt::print(".TH ZOP\\-MODEM\\-SIM 1 \"\" \"" ZOP_VERSION
+             "\"\n.SH NAME\nzop\\-modem\\-sim \\- a simulated 3G modem on a pseudo\\-terminal\n"
+             ".SH SYNOPSIS\n.B zop\\-modem\\-sim\n[options] [SCENARIO]\n.SH OPTIONS\n");
+  for (const CLI::Option* option : app.get_options()) {
+    fmt::print(".TP\n.B {}\n{}.\n", sim::troff(option->get_name(true, true)),
+               sim::troff(option->get_description()));
+  }
+  fmt::print(
+      ".SH SCENARIOS\nA scenario is a TOML file. Tables set the modem's state, each "
+      "[[at]] entry with a time in seconds changes it later or has hang_up = true or "
+      "replug = true, each [[fault]] has one switch = \"...\". The settings:\n");
+  for (const std::string& line : all_settings()) {
+    size_t tab = line.find('\t');
+    fmt::print(".TP\n.B {}\n{}\n", sim::troff(line.substr(0, tab)),
+               sim::troff(line.substr(tab + 1)));
+  }
+  fmt::print(".SH EXAMPLES AND FAULTS\n.nf\n{}\n.fi\n.SH SEE ALSO\n.BR zopctl (1)\n",
+             sim::troff(EXAMPLES));
 }
 
 static sim::Scenario scenario_of(const Options& options) {
@@ -149,6 +188,8 @@ int main(int argc, char** argv) {
   app.add_flag("--exit-with-parent", options.exit_with_parent,
                "end when the starting process ends");
   app.add_flag("--list-scenarios", options.list, "list the shipped scenarios");
+  app.add_flag("--list-settings", options.settings, "list what a scenario can set");
+  app.add_flag("--man", options.man, "print the manual page");
   app.set_version_flag("--version", "zop-modem-sim " ZOP_VERSION);
   try {
     app.parse(argc, argv);
@@ -157,6 +198,8 @@ int main(int argc, char** argv) {
   }
   try {
     if (options.list) return list_scenarios(), 0;
+    if (options.settings) return list_settings(), 0;
+    if (options.man) return print_man_page(app), 0;
     sim::Modem modem(scenario_of(options), options.seed, trace_of(options));
     sim::StateFile state(options.state);
     state.load(modem.model());

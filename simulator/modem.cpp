@@ -1,5 +1,6 @@
 // The modem: frames in, answers out, the time line in between. A fault damages the one answer that
-// it strikes; the model has done its work by then, as a real modem's has.
+// it strikes; the model has done its work by then, as a real modem's has. Only a refused request
+// does nothing.
 #include "simulator/modem.h"
 
 #include <algorithm>
@@ -45,14 +46,17 @@ void Modem::receive(View bytes, Time now) {
 void Modem::answer(View request, Time now) {
   std::string name = name_of(request);
   trace(trace_line(now, '>', name, request));
+  std::optional<Fault> fault = faults_.strike(name);
+  if (fault)
+    trace(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
+  if (fault && fault->kind == FaultKind::ERROR) {
+    return send(frame(refusal(fault->value, request)), now);
+  }
   Answer answer = answer_to({model_, request, now});
   Bytes payload = std::move(answer.content);
   if (answer.then != Answer::STAYS) restart(now);
   if (answer.then == Answer::RESTARTS_WITHOUT_ANSWER) return;
-  if (std::optional<Fault> fault = faults_.strike(name)) {
-    trace(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
-    return send_damaged(*fault, request, std::move(payload), now);
-  }
+  if (fault) return send_damaged(*fault, std::move(payload), now);
   trace(trace_line(now, '<', name, payload));
   send(frame(payload), now);
 }
@@ -72,7 +76,7 @@ static Bytes first_bytes(const Bytes& bytes, int count) {
   return {bytes.begin(), bytes.begin() + size};
 }
 
-void Modem::send_damaged(const Fault& fault, View request, Bytes payload, Time now) {
+void Modem::send_damaged(const Fault& fault, Bytes payload, Time now) {
   Bytes wire = frame(payload);
   auto value = static_cast<size_t>(fault.value);
   switch (fault.kind) {
@@ -107,7 +111,7 @@ void Modem::send_damaged(const Fault& fault, View request, Bytes payload, Time n
       send(wire, now);
       return send(wire, now);
     case FaultKind::ERROR:
-      return send(frame(refusal(fault.value, request)), now);
+      return;  // refused before any work was done
     case FaultKind::STATUS:
       if (payload.size() <= STATUS_OFFSET + 1) payload.resize(STATUS_OFFSET + 2);
       payload[STATUS_OFFSET] = static_cast<uint8_t>(fault.value);

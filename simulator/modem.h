@@ -46,7 +46,7 @@ class Modem {
   void send(const Bytes& wire, Time at) { put({at, Output::SENDS, wire}); }
   void put(Output output);
   void restart(Time now);
-  void send_damaged(const Fault& fault, View request, Bytes payload, Time now);
+  void send_damaged(const Fault& fault, Bytes payload, Time now);
   void trace(const std::string& line) const {
     if (trace_) trace_(line);
   }

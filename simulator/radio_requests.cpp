@@ -9,12 +9,14 @@ namespace sim {
 
 constexpr int GSM = 3;
 constexpr size_t MOST_CELLS = 32;
+constexpr size_t MOST_SHOWN_CELLS = 31;  // an empty entry ends the screen's list
 constexpr size_t MOST_BEST = 6;
 
 void cell_set(const Context& c, Answer& a, int set) {
   std::vector<WcdmaCell> cells;
   std::ranges::copy_if(c.model.radio.cells, std::back_inserter(cells),
                        [&](const WcdmaCell& cell) { return cell.set == set; });
+  cells.resize(std::min(MOST_CELLS, cells.size()));
   a.u8(static_cast<int>(cells.size()));
   for (const WcdmaCell& cell : cells) a.u16(cell.code).u16(cell.ecio);
 }
@@ -39,7 +41,7 @@ void best_six(const Radio& radio, Answer& a) {
 }
 
 static void wcdma_part(const Radio& radio, Answer& a) {
-  size_t count = std::min(MOST_CELLS, radio.cells.size());
+  size_t count = std::min(MOST_SHOWN_CELLS, radio.cells.size());
   a.u16(-radio.rscp);
   for (size_t i = 0; i < count; ++i) {
     a.u16(radio.cells[i].set).u16(radio.cells[i].code).u16(radio.cells[i].ecio);

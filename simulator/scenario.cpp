@@ -9,7 +9,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "simulator/settings.h"
+#include "simulator/list_settings.h"
 
 namespace sim {
 
@@ -23,23 +23,29 @@ struct Place {
   }
 };
 
-static int value_in_range(const Place& place, const NumberSetting& setting,
-                          const toml::node& node) {
+// What a number may be, and how errors name it.
+struct Range {
+  std::string key;
+  int min, max;
+  const std::vector<Word>& words;
+};
+
+static int value_in_range(const Place& place, const Range& setting, const toml::node& node) {
   if (auto word = node.value_exact<std::string>()) {
     auto found = std::ranges::find_if(setting.words, [&](Word w) { return *word == w.name; });
     if (found != setting.words.end()) return found->value;
     std::string known;
     for (Word w : setting.words) known += std::string(known.empty() ? "" : ", ") + w.name;
     place.error(node.source(),
-                std::string(setting.key) + ": no word \"" + *word + "\"" +
+                setting.key + ": no word \"" + *word + "\"" +
                     (known.empty() ? "; it takes a number" : "; there are " + known));
   }
   if (auto flag = node.value_exact<bool>()) return *flag ? 1 : 0;
   auto number = node.value_exact<int64_t>();
-  if (!number) place.error(node.source(), std::string(setting.key) + " takes a whole number");
+  if (!number) place.error(node.source(), setting.key + " takes a whole number");
   if (*number < setting.min || *number > setting.max) {
-    place.error(node.source(), std::string(setting.key) + " takes " + std::to_string(setting.min) +
-                                   " to " + std::to_string(setting.max));
+    place.error(node.source(), setting.key + " takes " + std::to_string(setting.min) + " to " +
+                                   std::to_string(setting.max));
   }
   return static_cast<int>(*number);
 }
@@ -58,14 +64,82 @@ static std::string text_in_bounds(const Place& place, const TextSetting& setting
   return *text;
 }
 
+// The elements of a list that a setting takes.
+static const toml::array& list_of(const Place& place, const std::string& key, size_t most,
+                                  const toml::node& node) {
+  const toml::array* array = node.as_array();
+  if (array == nullptr) place.error(node.source(), key + " takes a list in [ ]");
+  if (array->size() > most) {
+    place.error(node.source(), key + " takes up to " + std::to_string(most) + " entries");
+  }
+  return *array;
+}
+
+static std::vector<int> row_of(const Place& place, const RecordSetting& setting,
+                               const toml::node& node) {
+  const toml::table* table = node.as_table();
+  bool complete = table != nullptr && table->size() == setting.fields.size();
+  std::vector<int> row;
+  std::string names;
+  for (const RecordField& field : setting.fields) {
+    names += std::string(names.empty() ? "" : ", ") + field.name;
+    complete = complete && table->contains(field.name);
+    if (!complete) continue;
+    std::string key = std::string(setting.key) + "." + field.name;
+    row.push_back(
+        value_in_range(place, {key, field.min, field.max, field.words}, *table->get(field.name)));
+  }
+  if (!complete)
+    place.error(node.source(), std::string(setting.key) + " entries are { " + names + " }");
+  return row;
+}
+
+static void add_records(const Place& place, const RecordSetting& setting, const toml::node& node,
+                        Changes& changes) {
+  Rows rows;
+  for (const toml::node& entry : list_of(place, setting.key, setting.most, node)) {
+    rows.push_back(row_of(place, setting, entry));
+  }
+  changes.push_back([&setting, rows](Model& model) { setting.store(model, rows); });
+}
+
+// Parses a text by a function that throws std::invalid_argument.
+template <typename Parse>
+static auto parsed(const Place& place, const std::string& key, const toml::node& node,
+                   Parse parse) {
+  auto text = node.value_exact<std::string>();
+  if (!text) place.error(node.source(), key + " takes a text in quotes");
+  try {
+    return parse(*text);
+  } catch (const std::invalid_argument& error) {
+    place.error(node.source(), key + ": " + error.what());
+  }
+}
+
+static void add_plmns(const Place& place, const PlmnSetting& setting, const toml::node& node,
+                      Changes& changes) {
+  std::vector<Plmn> plmns;
+  for (const toml::node& entry : list_of(place, setting.key, setting.most, node)) {
+    plmns.push_back(parsed(place, setting.key, entry, parse_plmn));
+  }
+  changes.push_back([&setting, plmns](Model& model) { setting.place(model) = plmns; });
+}
+
 static void add_change(const Place& place, const std::string& key, const toml::node& node,
                        Changes& changes) {
   if (const NumberSetting* setting = find_number_setting(key)) {
-    int value = value_in_range(place, *setting, node);
+    int value = value_in_range(place, {key, setting->min, setting->max, setting->words}, node);
     changes.push_back([setting, value](Model& model) { setting->place(model) = value; });
   } else if (const TextSetting* setting_of_text = find_text_setting(key)) {
     std::string text = text_in_bounds(place, *setting_of_text, node);
     changes.push_back([setting_of_text, text](Model& m) { setting_of_text->place(m) = text; });
+  } else if (const RecordSetting* records = find_record_setting(key)) {
+    add_records(place, *records, node, changes);
+  } else if (const PlmnSetting* plmns = find_plmn_setting(key)) {
+    add_plmns(place, *plmns, node, changes);
+  } else if (int item = nv_item_of_key(key); item >= 0) {
+    Bytes data = parsed(place, key, node, parse_hex);
+    changes.push_back([item, data](Model& model) { model.nv[item] = data; });
   } else {
     place.error(node.source(), "no setting \"" + key + "\"");
   }

@@ -98,7 +98,26 @@ const NumberSetting* find_number_setting(const std::string& key) {
 
 const TextSetting* find_text_setting(const std::string& key) { return find_by_key(TEXTS, key); }
 
+static std::string describe(const NumberSetting& setting) {
+  std::string text = std::string(setting.key) + "\t" + std::to_string(setting.min) + " to " +
+                     std::to_string(setting.max);
+  for (const Word& word : setting.words) text += std::string(", ") + word.name;
+  return text;
+}
+
+std::vector<std::string> describe_settings() {
+  std::vector<std::string> lines;
+  for (const NumberSetting& setting : NUMBERS) lines.push_back(describe(setting));
+  for (const TextSetting& setting : TEXTS) {
+    lines.push_back(std::string(setting.key) + "\tup to " + std::to_string(setting.longest) +
+                    (setting.digits_only ? " digits" : " characters"));
+  }
+  std::ranges::sort(lines);
+  return lines;
+}
+
 bool is_section(const std::string& name) {
+  if (name == "nv") return true;
   auto belongs = [&](auto& setting) { return std::string(setting.key).starts_with(name + "."); };
   return std::ranges::any_of(NUMBERS, belongs) || std::ranges::any_of(TEXTS, belongs);
 }

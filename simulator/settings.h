@@ -31,6 +31,9 @@ struct TextSetting {
 const NumberSetting* find_number_setting(const std::string& key);
 const TextSetting* find_text_setting(const std::string& key);
 
+// Every setting as "key", tab, what it takes; sorted.
+std::vector<std::string> describe_settings();
+
 // Whether any setting belongs to this section.
 bool is_section(const std::string& name);
 

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -34,6 +35,7 @@ void Terminal::plug_in() {
   slave_ = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
   if (slave_ < 0) fail(path_);
   if (link_.empty()) return;
+  remove_dead_link();
   if (symlink(name, link_.c_str()) != 0) {
     int error = errno;
     std::string link = std::move(link_);
@@ -41,6 +43,13 @@ void Terminal::plug_in() {
     errno = error;
     fail("can't make the link " + link);
   }
+}
+
+// A simulator that was killed leaves its link behind, to a terminal that is gone.
+void Terminal::remove_dead_link() {
+  struct stat at_link, behind_it;
+  bool is_link = lstat(link_.c_str(), &at_link) == 0 && S_ISLNK(at_link.st_mode);
+  if (is_link && stat(link_.c_str(), &behind_it) != 0 && errno == ENOENT) unlink(link_.c_str());
 }
 
 void Terminal::unplug() {

@@ -26,6 +26,7 @@ class Terminal {
   void write(View bytes);  // drops what does not fit, as a modem whose host does not read
 
  private:
+  void remove_dead_link();
   std::string link_;
   std::string path_;
   int master_ = -1;

@@ -3,9 +3,12 @@
 
 #include <fmt/format.h>
 
+#include "simulator/troff.h"
 #include "zopctl/verbs.h"
 
 namespace zopctl {
+
+using sim::troff;
 
 struct GlobalOption {
   const char* name;
@@ -34,16 +37,6 @@ static std::string usage(const Verb& verb) {
     text += argument.required ? " " + word : " [" + word + "]";
   }
   return text;
-}
-
-// In troff a dash is an option's, a dot or quote at the start of a line a command.
-static std::string troff(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    if (c == '-' || c == '\\') out += '\\';
-    out += c;
-  }
-  return out;
 }
 
 static void man_verb(const Verb& verb) {

@@ -9,6 +9,7 @@
 #include <stdio.h>
 #include <sys/syscall.h>
 #include <syslog.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <mutex>
@@ -17,9 +18,11 @@ namespace zopctl {
 
 static std::string device = MODULE_DEVICE;
 static LogSink log_sink;
+static bool (*hurried)() = nullptr;
 static std::mutex log_mutex;
 
 void map_device(const std::string& path) { device = path; }
+void hurry_when(bool (*condition)()) { hurried = condition; }
 void catch_log(LogSink sink) { log_sink = std::move(sink); }
 
 static int open_mapped(const char* path, int flags, mode_t mode) {
@@ -62,6 +65,14 @@ DEFINE_OPEN(open)
 DEFINE_OPEN(open64)
 EXPORTED int __open_2(const char* path, int flags) { return zopctl::open_mapped(path, flags, 0); }
 EXPORTED int __open64_2(const char* path, int flags) { return zopctl::open_mapped(path, flags, 0); }
+
+// The module sleeps between its attempts to reach a modem or a card that is not ready.
+EXPORTED unsigned sleep(unsigned seconds) {
+  if (zopctl::hurried != nullptr && zopctl::hurried()) return 0;
+  timespec time = {static_cast<time_t>(seconds), 0};
+  nanosleep(&time, nullptr);
+  return 0;
+}
 
 EXPORTED void syslog(int priority, const char* format, ...) {
   va_list arguments;

@@ -15,6 +15,7 @@ static int show(const Options& options, const Findings& findings) {
   } else {
     print_table(findings);
   }
+  if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
   return any_failed(findings) ? 1 : 0;
 }
 
@@ -27,6 +28,7 @@ static void require_yes(const Verb& verb, const Arguments& arguments) {
 static int run(const Options& options) {
   require_yes(*options.verb, options.arguments);
   Session session(options, options.verb->need);
+  check_signals();
   return show(options, options.verb->run(session.module(), options.arguments));
 }
 

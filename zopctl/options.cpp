@@ -155,9 +155,14 @@ std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
     if (app.get_subcommands().empty()) throw CLI::RequiredError("A verb");
   } catch (const CLI::ExtrasError& error) {
     exit_code = 2;
+    std::string word = app.remaining(true).front();
+    if (sim == "-") {  // --sim without a name
+      fprintf(stderr, "zopctl: no verb \"%s\"; is it a scenario? Write --sim=%s\n", word.c_str(),
+              word.c_str());
+      return std::nullopt;
+    }
     if (!app.get_subcommands().empty()) return app.exit(error), std::nullopt;
-    fprintf(stderr, "zopctl: no verb \"%s\"; zopctl --help shows them\n",
-            app.remaining().front().c_str());
+    fprintf(stderr, "zopctl: no verb \"%s\"; zopctl --help shows them\n", word.c_str());
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     exit_code = app.exit(error) == 0 ? 0 : 2;

@@ -1,5 +1,5 @@
-// Sessions. The first SIGINT or SIGTERM lets the query under way end and closes the modem; a second
-// one ends the program at once.
+// Sessions. The first SIGINT or SIGTERM lets the query under way end, cuts the module's waiting
+// short and closes the modem; a second one ends the program at once.
 #include "zopctl/session.h"
 
 #include <errno.h>
@@ -22,7 +22,10 @@ static void on_signal(int signal) {
   caught_signal = signal;
 }
 
+static bool has_caught_signal() { return caught_signal != 0; }
+
 void watch_signals() {
+  hurry_when(has_caught_signal);
   struct sigaction action = {};
   action.sa_handler = on_signal;
   sigaction(SIGINT, &action, nullptr);
@@ -67,12 +70,14 @@ static void show_log(const ModuleLibrary& module, unsigned mask) {
 static void open_modem(const ModuleLibrary& module, Verb::Need need) {
   if (need == Verb::LINK) {
     if (unsigned result = module.zop_open(MODULE_DEVICE)) {
+      check_signals();
       throw Failure("no modem answers on the port: zop_open, result " + std::to_string(result) +
                     "; is this the DIAG port?");
     }
     return;
   }
   if (int result = module.vurn_open()) {
+    check_signals();
     throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
                   ": no answer on the port, or no usable SIM; zopctl sim status tells of the SIM, "
                   "--log error shows what the module says");

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "zopctl/session.h"
 #include "zopctl/verbs.h"
 #include "zopctl/words.h"
 
@@ -40,6 +41,7 @@ static Code code_of(const Arguments& arguments, const std::string& option, const
   } else {
     std::getline(std::cin, text);
   }
+  check_signals();
   bool digits = text.find_first_not_of("0123456789") == std::string::npos;
   if (!digits || text.size() < 4 || text.size() > ZOP_PIN_SIZE) {
     throw UsageError(std::string(what) + " has 4 to 8 digits");

@@ -2,6 +2,7 @@
 // zopctl alone, which closes the modem before it ends the simulator.
 #include "zopctl/simulator_process.h"
 
+#include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
@@ -12,7 +13,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "zopctl/module_library.h"
+#include "zopctl/session.h"
 
 namespace zopctl {
 
@@ -65,13 +66,21 @@ SimulatorProcess::SimulatorProcess(const std::string& scenario) {
   terminal_ = first_line(output);
   fclose(output);
   if (!terminal_.empty()) return;
-  waitpid(pid_, nullptr, 0);
-  throw Failure("the simulated modem did not start; it said why above");
+  int exit_code = end();
+  check_signals();
+  const char* what = "the simulated modem did not start; it said why above";
+  if (exit_code == 2) throw UsageError(what);
+  throw Failure(what);
 }
 
-SimulatorProcess::~SimulatorProcess() {
-  kill(pid_, SIGTERM);
-  waitpid(pid_, nullptr, 0);
+int SimulatorProcess::end() {
+  kill(pid_, SIGTERM);  // one that has ended already keeps its own exit code
+  int status = 0;
+  while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
+
+SimulatorProcess::~SimulatorProcess() { end(); }
 
 }  // namespace zopctl

@@ -18,6 +18,7 @@ class SimulatorProcess {
   const std::string& terminal() const { return terminal_; }
 
  private:
+  int end();  // its exit code, -1 when a signal ended it
   pid_t pid_ = -1;
   std::string terminal_;
 };

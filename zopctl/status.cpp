@@ -35,6 +35,10 @@ static Item coded(const char* key, const char* label, int64_t code, const std::s
   return good(key, label, Json{{"code", code}, {"text", word}}, word);
 }
 
+static Item text_item(const char* key, const char* label, const std::string& value) {
+  return good(key, label, value, value.empty() ? "(empty)" : value);
+}
+
 // A text of the host interface, or of the command library.
 using HostText = int (*)(char*, unsigned);
 using LibraryText = unsigned (*)(uint8_t*, uint32_t*);
@@ -43,8 +47,7 @@ static Item text(const char* key, const char* label, HostText get) {
   check_signals();
   char buffer[256] = {};
   if (int result = get(buffer, sizeof buffer - 1)) return failed(key, label, vurn_result(result));
-  std::string value = printable(buffer, sizeof buffer);
-  return good(key, label, value, value);
+  return text_item(key, label, printable(buffer, sizeof buffer));
 }
 
 static Item text(const char* key, const char* label, LibraryText get) {
@@ -52,8 +55,8 @@ static Item text(const char* key, const char* label, LibraryText get) {
   uint8_t buffer[256] = {};
   uint32_t size = sizeof buffer - 1;
   if (unsigned result = get(buffer, &size)) return failed(key, label, zop_result(result));
-  std::string value = printable(static_cast<char*>(static_cast<void*>(buffer)), sizeof buffer);
-  return good(key, label, value, value);
+  char* read = static_cast<char*>(static_cast<void*>(buffer));
+  return text_item(key, label, printable(read, sizeof buffer));
 }
 
 // A number of the command library.
@@ -90,7 +93,9 @@ static Section sim(const ModuleLibrary& m) {
   uint32_t status = 0, lock = 0, retries = 0;
   Section section{"sim", "SIM", {}};
   if (unsigned result = m.zop_simcard_status(&status, &lock, &retries)) {
-    section.items = {failed("status", "Status", zop_result(result))};
+    std::string reason = zop_result(result);
+    section.items = {failed("status", "Status", reason), failed("lock", "PIN", reason),
+                     failed("pin_retries", "PIN tries left", reason)};
     return section;
   }
   section.items = {coded("status", "Status", status, sim_status(status)),
@@ -163,9 +168,12 @@ static Section network_time(const ModuleLibrary& m) {
   Section section{"time", "Time", {}};
   int result = m.vurn_get_module_time(&when, &offset);
   if (result == VURN_ERR_TIME_NOT_PROVIDED) {
-    section.items = {{"network_time", "Network time", nullptr, "not sent by the network", false}};
+    const char* reason = "not sent by the network";
+    section.items = {{"network_time", "Network time", nullptr, reason, false},
+                     {"utc_offset", "UTC offset", nullptr, reason, false}};
   } else if (result != VURN_OK) {
-    section.items = {failed("network_time", "Network time", vurn_result(result))};
+    section.items = {failed("network_time", "Network time", vurn_result(result)),
+                     failed("utc_offset", "UTC offset", vurn_result(result))};
   } else {
     tm local{};
     localtime_r(&when, &local);

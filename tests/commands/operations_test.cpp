@@ -305,6 +305,27 @@ TEST_F(Operations, a_timed_call_arms_the_alarm_or_tells_the_listener) {
   EXPECT_EQ(call_end_timeout, 10u);
 }
 
+// A signal that arrives while a host's command waits for its answer.
+TEST_F(Operations, a_real_alarm_waits_for_the_command_under_way) {
+  int alarms = 0;
+  AnsweringModem answering([&](const Bytes& request) -> std::optional<Bytes> {
+    if (request[1] == 0x20 && ++alarms == 1) raise(SIGALRM);
+    Bytes answer = request;
+    answer.resize(16);
+    return answer;
+  });
+  world.far_end = &answering;
+  ASSERT_EQ(zop_originate_call_test(10, "0"), ZOP_SUCCESS);
+  int32_t rssi = 1;
+  EXPECT_EQ(zop_get_rssi(&rssi), ZOP_SUCCESS);
+  EXPECT_EQ(world.alarm, 1u);
+  EXPECT_EQ(answering.payloads.size(), 2u);
+  raise(SIGALRM);
+  EXPECT_EQ(world.alarm, 0u);
+  ASSERT_EQ(answering.payloads.size(), 3u);
+  EXPECT_EQ(to_hex(answering.payloads[2]), "cf 64 00");
+}
+
 TEST_F(Operations, the_alarm_ends_the_call_when_the_port_is_free) {
   SIO_USED_LOCK = 1;
   errno = 4711;

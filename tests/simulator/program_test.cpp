@@ -4,52 +4,12 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "simulator/frame.h"
+#include "tests/support/program.h"
 
 using sim::Bytes;
-
-// A running zop-modem-sim.
-class Program {
- public:
-  explicit Program(std::vector<std::string> words) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) abort();
-    words.insert(words.begin(), SIMULATOR);
-    std::vector<char*> arguments;
-    for (std::string& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    pid_ = fork();
-    if (pid_ == 0) {
-      dup2(ends[1], STDOUT_FILENO);
-      dup2(ends[1], STDERR_FILENO);
-      execv(arguments[0], arguments.data());
-      _exit(127);
-    }
-    close(ends[1]);
-    output_ = fdopen(ends[0], "r");
-  }
-  ~Program() { fclose(output_); }
-
-  std::string line() {
-    char text[512] = "";
-    if (fgets(text, sizeof text, output_) == nullptr) return "";
-    text[strcspn(text, "\n")] = '\0';
-    return text;
-  }
-  void end(int signal) { kill(pid_, signal); }
-  int exit_code() {
-    int status = 0;
-    waitpid(pid_, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
- private:
-  pid_t pid_;
-  FILE* output_;
-};
 
 // Sends a frame to the terminal and reads until a flag comes.
 static Bytes ask_terminal(const std::string& path, const Bytes& payload) {
@@ -70,7 +30,7 @@ static Bytes ask_terminal(const std::string& path, const Bytes& payload) {
 TEST(SimulatorProgram, answers_on_its_terminal_and_ends_cleanly) {
   std::string link = testing::TempDir() + "modem-" + std::to_string(getpid());
   for (int signal : {SIGTERM, SIGINT}) {
-    Program program({"healthy-wcdma", "--link", link, "--exit-with-parent"});
+    Program program({SIMULATOR, "healthy-wcdma", "--link", link, "--exit-with-parent"});
     EXPECT_EQ(program.line(), link);
     Bytes expected = sim::frame(Bytes{0xCF, 0x20, 0, 0, 0, 0xB5, 0xFF});
     EXPECT_EQ(ask_terminal(link, {0xCF, 0x20, 0}), expected);
@@ -84,7 +44,8 @@ TEST(SimulatorProgram, answers_on_its_terminal_and_ends_cleanly) {
 
 TEST(SimulatorProgram, a_hang_up_takes_the_terminal_away) {
   std::string link = testing::TempDir() + "modem-gone-" + std::to_string(getpid());
-  Program program({"--link", link, "--fault", "hang-up:request=rssi", "--exit-with-parent"});
+  Program program(
+      {SIMULATOR, "--link", link, "--fault", "hang-up:request=rssi", "--exit-with-parent"});
   program.line();
   EXPECT_TRUE(ask_terminal(link, {0xCF, 0x20, 0}).empty());
   EXPECT_NE(access(link.c_str(), F_OK), 0);
@@ -102,17 +63,28 @@ TEST(SimulatorProgram, bad_usage_is_told_in_one_line) {
       {{"--fault", "rain"}, "zop-modem-sim: --fault: no fault \"rain\""},
   };
   for (auto& row : rows) {
+    row.words.insert(row.words.begin(), SIMULATOR);
     Program program(row.words);
     EXPECT_EQ(program.line().substr(0, strlen(row.line)), row.line);
     EXPECT_EQ(program.exit_code(), 2);
   }
 }
 
+TEST(SimulatorProgram, the_link_of_a_killed_one_is_taken_over) {
+  std::string link = testing::TempDir() + "dead-" + std::to_string(getpid());
+  ASSERT_EQ(symlink("/dev/pts/none", link.c_str()), 0);
+  Program program({SIMULATOR, "--link", link});
+  EXPECT_EQ(program.line(), link);
+  EXPECT_FALSE(ask_terminal(link, {0xCF, 0x20, 0}).empty());
+  program.end(SIGTERM);
+  EXPECT_EQ(program.exit_code(), 0);
+}
+
 // A link that is somebody else's is left alone.
 TEST(SimulatorProgram, an_existing_link_is_not_replaced) {
   std::string path = testing::TempDir() + "taken-" + std::to_string(getpid());
   close(open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
-  Program program({"--link", path});
+  Program program({SIMULATOR, "--link", path});
   EXPECT_NE(program.line().find("can't make the link"), std::string::npos);
   EXPECT_EQ(program.exit_code(), 1);
   EXPECT_EQ(access(path.c_str(), F_OK), 0);

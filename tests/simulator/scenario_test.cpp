@@ -78,6 +78,14 @@ TEST(SimulatorScenario, bad_ones_are_refused_with_their_line) {
       {"[[fault]]\nswitch = \"silence:request=foo\"", "x:2: no request \"foo\""},
       {"[clock]\nstart = 5", "x:2: clock.start takes a time like"},
       {"[radio\n", "x:1: Error"},
+      {"[radio]\ncells = 5", "x:2: radio.cells takes a list in [ ]"},
+      {"[radio]\ncells = [{code = 1}]", "x:2: radio.cells entries are { set, code, ecio }"},
+      {"[radio]\ncells = [{set = 1, code = 512, ecio = 0}]",
+       "x:2: radio.cells.code takes 0 to 511"},
+      {"[sim]\nhome = [\"31-410\"]", "x:2: sim.home: \"31-410\" is no PLMN"},
+      {"[sim]\nhome = [\"310-410 lte\"]", "x:2: sim.home: \"310-410 lte\" is no PLMN"},
+      {"[nv]\n10 = \"0\"", "x:2: nv.10: takes up to 128 bytes"},
+      {"[nv]\nten = \"00\"", "x:2: no setting \"nv.ten\""},
   };
   for (auto& row : rows) {
     try {
@@ -87,6 +95,30 @@ TEST(SimulatorScenario, bad_ones_are_refused_with_their_line) {
       EXPECT_EQ(std::string(error.what()).substr(0, strlen(row.error)), row.error);
     }
   }
+}
+
+TEST(SimulatorScenario, lists_are_read_at_the_start_and_in_the_time_line) {
+  Scenario read = parse_scenario(
+      "[radio]\ncells = [{set = \"active\", code = 9, ecio = -4}]\n"
+      "neighbors = [{rssi = -70, arfcn = 661, bsic = 12}]\n"
+      "best = [{first = 1, second = 2, cell_id = 3, channel = 4}]\n"
+      "[sim]\noperators = [\"310-410 gsm\", \"001-01\"]\n[nv]\n10 = \"00 fF\"\n"
+      "[[at]]\ntime = 1\nradio.cells = []\nsim.forbidden = [\"262-03\"]\n",
+      "x");
+  const Model& start = read.model;
+  ASSERT_EQ(start.radio.cells.size(), 1u);
+  EXPECT_EQ(start.radio.cells[0].code, 9);
+  EXPECT_EQ(start.radio.neighbors.at(0).arfcn, 661);
+  EXPECT_EQ(start.radio.best.at(0).channel, 4);
+  ASSERT_EQ(start.sim.operators.size(), 2u);
+  EXPECT_EQ(start.sim.operators[0].mnc, "410");
+  EXPECT_EQ(start.sim.operators[0].technology_2, 128);
+  EXPECT_EQ(start.sim.operators[1].technology_1, 128);
+  EXPECT_EQ(start.nv.at(10), (Bytes{0x00, 0xFF}));
+  Model later = start;
+  for (auto& change : read.timeline.at(0).changes) change(later);
+  EXPECT_TRUE(later.radio.cells.empty());
+  EXPECT_EQ(later.sim.forbidden.at(0).mcc, "262");
 }
 
 TEST(SimulatorScenario, shipped_ones_are_good_and_have_a_title) {

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/support/program.h"
 #include "tests/zopctl/run_zopctl.h"
 
 TEST(Zopctl, status_for_people) {
@@ -47,7 +48,7 @@ TEST(Zopctl, a_query_that_fails_is_told_and_the_rest_is_shown) {
   EXPECT_TRUE(json["identity"]["iccid"].is_null());
   EXPECT_TRUE(json["radio"]["rssi"].is_null());
   EXPECT_EQ(json["identity"]["imsi"], "001010123456789");
-  ASSERT_EQ(json["problems"].size(), 3u);
+  ASSERT_EQ(json["problems"].size(), 4u);
   EXPECT_EQ(json["problems"][0]["item"], "identity.iccid");
   EXPECT_EQ(json["problems"][0]["reason"], "result 2 (failed)");
   EXPECT_EQ(json["problems"][2]["item"], "time.network_time");
@@ -76,7 +77,9 @@ TEST(Zopctl, says_what_is_wrong_with_the_device) {
       {"status --device /nowhere/modem", "no modem at /nowhere/modem; is it plugged in", 1},
       {"status --device /dev/null", "/dev/null is no serial device", 1},
       {"status --sim --library /nowhere.so", "can't load the module: /nowhere.so", 1},
-      {"status --sim=nowhere", "no shipped scenario \"nowhere\"", 1},
+      {"status --sim=nowhere", "no shipped scenario \"nowhere\"", 2},
+      {"--sim roaming status", "is it a scenario? Write --sim=roaming", 2},
+      {"--sim status > /dev/full", "", 1},
       {"", "A verb is required", 2},
       {"status --sim --log loud", "\"loud\" is no number and none of all error", 2},
       {"status --sim --device /dev/null", "a simulated modem has no --device", 2},
@@ -87,6 +90,30 @@ TEST(Zopctl, says_what_is_wrong_with_the_device) {
     Outcome run = zopctl(row.arguments);
     EXPECT_EQ(run.exit_code, row.exit_code) << row.arguments;
     EXPECT_TRUE(contains(run.output, row.text)) << row.arguments << "\n" << run.output;
+  }
+}
+
+TEST(Zopctl, works_on_a_device) {
+  Program modem({SIMULATOR});
+  EXPECT_TRUE(contains(zopctl("status --device " + modem.line()).output, "004999010640000"));
+  modem.end(SIGTERM);
+  EXPECT_EQ(modem.exit_code(), 0);
+}
+
+// The modem is closed and its simulator ended however the program is told to end.
+TEST(Zopctl, a_signal_ends_it_while_the_module_waits_for_a_card) {
+  std::string path = scenario("not-ready", "[sim]\nstatus = \"not-ready\"\n");
+  for (int signal : {SIGINT, SIGTERM}) {
+    Program program({ZOPCTL, "--sim=" + path, "status", "--log", "all"});
+    std::string line;
+    while (!contains(line, "SIM status=4")) {
+      line = program.line();
+      ASSERT_FALSE(line.empty());
+    }
+    program.end(signal);
+    while (!program.line().empty()) {  // until the simulator has let go of the pipe as well
+    }
+    EXPECT_EQ(program.exit_code(), 128 + signal);
   }
 }
 

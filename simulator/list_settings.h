@@ -1,0 +1,49 @@
+// The settings of a scenario that are lists: cells, PLMNs of the SIM, NV items.
+//
+//   radio.cells = [{ set = "active", code = 100, ecio = -5 }, { set = "monitored", code = 101,
+//                  ecio = -11 }]
+//   sim.operators = ["001-01", "310-410 gsm"]
+//   nv.10 = "00 04"
+#pragma once
+
+#include "simulator/settings.h"
+
+namespace sim {
+
+// A list of records of numbers. Fields in the order of a row.
+struct RecordField {
+  const char* name;
+  int min, max;
+  std::vector<Word> words = {};
+};
+using Rows = std::vector<std::vector<int>>;
+
+struct RecordSetting {
+  const char* key;
+  size_t most;
+  std::vector<RecordField> fields;
+  void (*store)(Model&, const Rows&);
+};
+
+struct PlmnSetting {
+  const char* key;
+  size_t most;
+  std::vector<Plmn>& (*place)(Model&);
+};
+
+const RecordSetting* find_record_setting(const std::string& key);
+const PlmnSetting* find_plmn_setting(const std::string& key);
+
+// As describe_settings, of the lists.
+std::vector<std::string> describe_lists();
+
+// An entry written "MCC-MNC", with " gsm" behind it for GSM. Throws std::invalid_argument.
+Plmn parse_plmn(const std::string& text);
+
+// The number of an NV item in a key "nv.NUMBER", or -1 for another key.
+int nv_item_of_key(const std::string& key);
+
+// Bytes written as hexadecimal digits, blanks ignored. Throws std::invalid_argument.
+Bytes parse_hex(const std::string& text);
+
+}  // namespace sim
