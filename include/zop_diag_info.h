@@ -30,13 +30,13 @@ typedef struct {
   uint8_t bsic;     /* u8 */
 } zop_gsm_neighbor;
 
-/* One of the six best GSM cells. */
+/* One of the six best GSM cells: numbers of the modem's own, shown as c;d;a;b. */
 typedef struct {
-  uint8_t ncc; /* network colour code */
-  uint8_t bcc; /* base station colour code */
+  uint8_t a;
+  uint8_t b;
   uint8_t unused;
-  uint8_t cell_id[4]; /* u32 */
-  uint8_t lac[2];     /* u16 */
+  uint8_t c[4]; /* u32 */
+  uint8_t d[2]; /* u16 */
 } zop_gsm_best_cell;
 
 /* Screen from byte 117 on, WCDMA. */
