@@ -27,9 +27,10 @@ void clear_memory() {
 int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_flag,
                          uint8_t* response) {
   for (int attempt = 1;; ++attempt) {
-    int32_t written = DiagPacketTXCRC(request, length, leading_flag);
+    PortUse port;
+    int32_t written = send_frame(port, request, length, leading_flag);
     if (written == PORT_ERROR || written == 0) return written;
-    int32_t received = diag_read(response);
+    int32_t received = read_answer(port, response);
     if (received != PORT_TIMEOUT) return received;
     usleep(RETRY_PAUSE_US);
     if (attempt == SEND_ATTEMPTS) return PORT_TIMEOUT;
@@ -39,12 +40,6 @@ int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_fl
 int zop_send(int length, int leading_flag) {
   if (length < 0 || length > COMMAND_BUFFER_SIZE) return PORT_ERROR;
   return send_and_receive(ft_buff, static_cast<uint32_t>(length), leading_flag, fr_buff);
-}
-
-int32_t send_claimed(const uint8_t* request, uint32_t length, uint8_t* response) {
-  int32_t written = send_claimed_frame(request, length, 0);
-  if (written == PORT_ERROR || written == 0) return written;
-  return diag_read(response);
 }
 
 int zop_check_buffer_size(int have, int need) { return have >= need ? 1 : 0; }
@@ -104,6 +99,20 @@ unsigned exchange(int length) {
   return unframe(received);
 }
 
+unsigned unlocked_query(uint8_t subcommand, uint8_t (&response)[COMMAND_BUFFER_SIZE]) {
+  if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
+  const uint8_t request[PLAIN_REQUEST] = {ZOP_VENDOR_COMMAND, subcommand, 0};
+  int32_t received = send_and_receive(request, sizeof request, 0, response);
+  if (received == 0 || received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
+  uint8_t scratch[COMMAND_BUFFER_SIZE];
+  int32_t payload;
+  if (decode_frame(response, static_cast<uint32_t>(received - 1), scratch, &payload) != 0) {
+    return ZOP_ERR_BAD_RESPONSE;
+  }
+  memset(response + payload, 0, sizeof response - static_cast<size_t>(payload));
+  return ZOP_SUCCESS;
+}
+
 static unsigned track_mode(unsigned result) {
   if (result == ZOP_ERR_BAD_RESPONSE) iSubSystemID = 0;
   return result;
@@ -114,8 +123,9 @@ unsigned mode_tracking_exchange(int length) { return track_mode(exchange(length)
 unsigned mode_tracking_direct_exchange(int length) { return track_mode(direct_exchange(length)); }
 
 unsigned direct_exchange(int length) {
-  (void)DiagPacketTXCRC(ft_buff, static_cast<uint32_t>(length), 0);  // the read tells
-  int32_t received = diag_read(fr_buff);
+  PortUse port;
+  (void)send_frame(port, ft_buff, static_cast<uint32_t>(length), 0);  // the read tells
+  int32_t received = read_answer(port, fr_buff);
   if (received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
   return unframe(received);
 }

@@ -76,11 +76,13 @@ unsigned mode_tracking_direct_exchange(int length);
 // Sends the first length bytes of a request that has no answer, and frees the port at once.
 void send_without_answer(int length);
 
-// The road of zop_send with buffers of the caller's own, and one attempt of it for a sender that
-// holds the claim on the port already. Results of zop_send.
+// The road of zop_send with buffers of the caller's own.
 int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_flag,
                          uint8_t* response);
-int32_t send_claimed(const uint8_t* request, uint32_t length, uint8_t* response);
+
+// A query without payload on buffers of its own, for callers that do not hold the module's lock:
+// the answer, unframed, with zeros behind its payload, in response. Results of exchange.
+unsigned unlocked_query(uint8_t subcommand, uint8_t (&response)[COMMAND_BUFFER_SIZE]);
 
 // ZOP_ERR_MODEM_FAILURE when the part of the status that rule names is not 0.
 unsigned status(StatusRule rule);

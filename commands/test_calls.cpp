@@ -11,6 +11,7 @@
 #include "commands/exchange.h"
 #include "core/bytes.h"
 #include "link/event_listener.h"
+#include "link/frame_codec.h"
 #include "link/serial_port.h"
 
 enum { MAX_NUMBER = 32 };
@@ -75,12 +76,14 @@ unsigned zop_end_call_test() {
 
 bool end_call_if_port_is_free() {
   if (!try_claim_port()) return false;
-  uint8_t answer[RESPONSE_SIZE];
-  if (diag_status() == 0) {
+  PortUse port;
+  if (port.fd == 0) {
     SIO_USED_LOCK = 0;
     return true;
   }
-  (void)send_claimed(END_CALL, sizeof END_CALL, answer);
+  uint8_t answer[RESPONSE_SIZE];
+  int32_t written = send_claimed_frame(port, END_CALL, sizeof END_CALL, 0);
+  if (written > 0) (void)read_answer(port, answer);
   return true;
 }
 

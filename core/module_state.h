@@ -24,5 +24,10 @@ class ScopedLock {
   pthread_mutex_t& mutex_;
 };
 
+// Signed, and right across an overflow.
+inline int32_t prv_seconds_between(int32_t then, int32_t now) {
+  return static_cast<int32_t>(static_cast<uint32_t>(now) - static_cast<uint32_t>(then));
+}
+
 // Whole seconds of the monotonic clock; 0, and an "E" line, when it can't be read.
 int32_t prv_get_monotonic_seconds();

@@ -108,6 +108,41 @@ int vurn_get_data_service_mode(int* mode);
  * VURN_ERR_TIME_NOT_PROVIDED while the network has sent none. */
 int vurn_get_module_time(time_t* when, int* offset);
 
+/* ---- bars ---- */
+
+/* Signal bars: 1 to 5, or -1 without usable service (limited, not attached, not registered).
+ * VURN_ERR_FAILED also when the modem is stuck: rejected by the network for over 60 s, data active
+ * without a call for over 5 s, or all networks forbidden for over 300 s, as seen by these calls. */
+int vurn_get_bars(int* bars);
+
+/* ---- country ---- */
+
+/* Mobile country code as a number. VURN_ERR_NULL_ARGUMENT without mcc; VURN_ERR_FAILED when the
+ * modem does not tell, or tells no number (*mcc is 0 then). Takes no lock and needs no vurn_open,
+ * only the link. A change is logged once, also across restarts, by "/var/local/wan/mcc". */
+int vurn_get_mcc(int* mcc);
+
+/* ---- events ---- */
+
+struct NubiEvent;
+
+/* An event of the host's platform, read with the calls of nubi.h. Counts "wanRing" of
+ * "com.orvane.hal" by its origin, writes a log line for "fileDownloaded" of "com.orvane.framework",
+ * ignores all others. Always VURN_OK; takes no lock and works on a closed module. */
+int vurn_report_event(const struct NubiEvent* event);
+
+/* ---- call test ---- */
+
+/* Number of the call test under way, -1 for none. */
+extern int32_t sTestNum;
+
+/* Factory test: 0 switches factory test mode on, a number above 0 also starts a loop-back call
+ * without a time limit, 1 on WCDMA 850, 2 on GSM 1900, others on the band as it is. */
+int vurn_originate_call_test(int testNum);
+
+/* Ends it and leaves factory test mode. VURN_OK, with nothing sent, when no test is under way. */
+int vurn_stop_call_test(void);
+
 #pragma GCC visibility pop
 #ifdef __cplusplus
 }

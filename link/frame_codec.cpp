@@ -3,8 +3,6 @@
 
 #include <string.h>
 
-#include "link/serial_port.h"
-
 enum : uint8_t { FLAG = 0x7E, ESCAPE = 0x7D, ESCAPE_BIT = 0x20 };
 enum : uint16_t { FCS_INIT = 0xFFFF, FCS_GOOD = 0xF0B8 };
 
@@ -93,17 +91,24 @@ int32_t decode_frame(uint8_t* buffer, uint32_t length, uint8_t* scratch, int32_t
   return 0;
 }
 
-int32_t send_claimed_frame(const uint8_t* data, uint32_t length, int32_t leading_flag) {
+int32_t send_claimed_frame(const PortUse& port, const uint8_t* data, uint32_t length,
+                           int32_t leading_flag) {
   uint32_t framed = encode_frame(m_pTxBuf, data, length, leading_flag != 0);
   m_nTxLen = static_cast<int32_t>(framed);
-  return write_claimed(m_pTxBuf, framed);
+  return write_claimed(port, m_pTxBuf, framed);
 }
 
 // The port is claimed before the frame is built: a sender that waits for another's exchange to end
 // must not find its frame overwritten meanwhile.
+int32_t send_frame(const PortUse& port, const uint8_t* data, uint32_t length,
+                   int32_t leading_flag) {
+  if (length > MAX_FRAME_PAYLOAD || !claim_port(port)) return PORT_ERROR;
+  return send_claimed_frame(port, data, length, leading_flag);
+}
+
 int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_flag) {
-  if (length > MAX_FRAME_PAYLOAD || !claim_port()) return PORT_ERROR;
-  return send_claimed_frame(data, length, leading_flag);
+  PortUse port;
+  return send_frame(port, data, length, leading_flag);
 }
 
 int32_t DiagPacketRXCRC(uint8_t* buffer, uint32_t length) {

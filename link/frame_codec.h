@@ -7,6 +7,8 @@
 
 #include <stdint.h>
 
+#include "link/serial_port.h"
+
 enum {
   FRAME_BUFFER_SIZE = 5000,
   MIN_FRAME_LENGTH = 3,      // shortest input that is decoded, closing flag not counted
@@ -24,8 +26,12 @@ extern int32_t m_nRxLen;                          // its length without the chec
 // frame could not be written whole.
 int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_flag);
 
-// As DiagPacketTXCRC for a sender that holds the claim on the port already.
-int32_t send_claimed_frame(const uint8_t* data, uint32_t length, int32_t leading_flag);
+// As DiagPacketTXCRC, for an exchange that reads its answer from the same port.
+int32_t send_frame(const PortUse& port, const uint8_t* data, uint32_t length, int32_t leading_flag);
+
+// The same for a sender that holds the claim on the port already.
+int32_t send_claimed_frame(const PortUse& port, const uint8_t* data, uint32_t length,
+                           int32_t leading_flag);
 
 // Checks and unstuffs one answer in place. length counts the bytes between the flags.
 // 0 when the check sequence is good; -1 otherwise, with the buffer as it was.

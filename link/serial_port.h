@@ -36,21 +36,37 @@ void diag_close();
 // 1 while the link reads as open.
 int32_t diag_status();
 
+// The port as it is open now, for the length of one exchange. Another thread may close it and open
+// it anew meanwhile: the descriptor then stays allocated until its last use ends, so that the
+// exchange can't read from a file that came under its number, and the exchange ends in an error.
+class PortUse {
+ public:
+  PortUse();
+  ~PortUse();
+  PortUse(const PortUse&) = delete;
+  PortUse& operator=(const PortUse&) = delete;
+
+  bool is_current() const { return SER_SIG == fd; }
+
+  int32_t fd;  // SER_SIG at the start
+};
+
 // Claims the port, waiting up to 0.2 s for another exchange to end. True when claimed; otherwise
-// the port has been closed.
-bool claim_port();
+// the port has been closed, or is another one by now.
+bool claim_port(const PortUse& port);
 
 // Claims the port if it is free, without waiting and without closing anything.
 bool try_claim_port();
 
 // Writes to the claimed port: length, PORT_ERROR, or 0 when 15 writes did not suffice.
-int32_t write_claimed(const uint8_t* buffer, uint32_t length);
+int32_t write_claimed(const PortUse& port, const uint8_t* buffer, uint32_t length);
 
 // Claims the port and writes; keeps the claim on success. Results of write_claimed.
 int32_t diag_write(const uint8_t* buffer, uint32_t length);
 
 // Reads one frame of up to RESPONSE_SIZE bytes, until a read ends in the closing flag. Its length
-// with the flag, PORT_TIMEOUT after 5 s (1 s for the second) without a byte, or PORT_ERROR.
+// with the flag, PORT_TIMEOUT after 5 s (1 s for the last) without a byte, or PORT_ERROR.
+int32_t read_answer(const PortUse& port, uint8_t* buffer);
 int32_t diag_read(uint8_t* buffer);
 int32_t diag_read_wait_1sec(uint8_t* buffer);
 

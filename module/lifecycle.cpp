@@ -11,6 +11,7 @@
 #include "core/module_state.h"
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
+#include "module/stuck_detection.h"
 #include "report/uptime.h"
 
 static constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
@@ -32,6 +33,7 @@ static bool prv_open_link() {
   LOG_D(VURN_LOG_GENERAL, "D zop:opened successfully");
   gModuleOpen = true;
   gRefetchPlmns = true;
+  prv_clear_stuck_detection();
   return true;
 }
 

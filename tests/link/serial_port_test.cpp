@@ -98,6 +98,32 @@ TEST_F(SerialPort, the_claim_lasts_from_write_to_the_end_of_the_answer) {
   EXPECT_EQ(diag_status(), 1);
 }
 
+// Another thread closes and opens the port while an exchange waits: it reads nothing of the new
+// port's, leaves it open, and gives its own descriptor back.
+TEST_F(SerialPort, a_port_that_is_replaced_ends_the_exchange_and_stays) {
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  {
+    PortUse port;
+    ASSERT_TRUE(claim_port(port));
+    ASSERT_EQ(write_claimed(port, hex("1d 7e").data(), 2), 2);
+    diag_close();
+    ASSERT_EQ(diag_open(DEVICE), 1);
+    EXPECT_NE(SER_SIG, port.fd);
+    modem.answers = {{{hex("01 7e")}}};
+    SIO_USED_LOCK = 0;
+    ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
+    EXPECT_EQ(read_answer(port, answer), PORT_ERROR);
+    EXPECT_EQ(write_claimed(port, hex("1d 7e").data(), 2), 2);  // goes nowhere that matters
+    EXPECT_EQ(SIO_USED_LOCK, 1u);
+    EXPECT_EQ(diag_read(answer), 2);
+    EXPECT_FALSE(claim_port(port));
+    EXPECT_EQ(SIO_USED_LOCK, 0u);
+  }
+  EXPECT_EQ(diag_status(), 1);
+  diag_close();
+  expect_closed_and_free();
+}
+
 TEST_F(SerialPort, what_follows_a_finished_frame_stays_for_the_next_read) {
   ASSERT_EQ(diag_open(DEVICE), 1);
   modem.answers = {{{hex("01 7e")}, {hex("02 7e")}}};

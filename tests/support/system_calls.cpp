@@ -90,7 +90,7 @@ EXPORTED FILE* fopen64(const char* path, const char* mode) {
 
 EXPORTED int close(int fd) {
   IN_WORLD(world);
-  if (world != nullptr && world->is_port(fd)) return world->close_port(), 0;
+  if (world != nullptr && world->is_port(fd)) return world->close_port(fd), 0;
   return static_cast<int>(syscall(SYS_close, fd));
 }
 

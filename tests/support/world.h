@@ -15,6 +15,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -83,14 +84,14 @@ class World {
 
   Time now() const { return now_; }
   void advance(Time by) { now_ += by; }
-  bool port_is_open() const { return port_ >= 0; }
+  bool port_is_open() const { return !ports_.empty(); }
   std::string log_text() const;  // all lines, one a line
 
   // ---- for system_calls.cpp ----
   std::recursive_mutex mutex;
-  bool is_port(int fd) const { return fd >= 0 && fd == port_; }
+  bool is_port(int fd) const { return ports_.count(fd) != 0; }
   int open_port();
-  void close_port();
+  void close_port(int fd);
   ssize_t write_port(const uint8_t* bytes, size_t size);
   ssize_t read_port(uint8_t* bytes, size_t size);
   int wait_for_input(Time limit);
@@ -100,7 +101,7 @@ class World {
   bool is_dead();  // the device has gone since the port was opened
   bool fetch();    // takes what the far end has to say by now; true when there is input
   Time now_{0};
-  int port_ = -1;
+  std::set<int> ports_;  // its open descriptors
   int hang_ups_at_open_ = 0;
   std::deque<uint8_t> input_;
 };

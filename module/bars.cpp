@@ -1,0 +1,90 @@
+// vurn_get_bars: what the modem is attached to and serves, three looks for a stuck modem, and then
+// the bars. The order of the modem's exchanges is part of the interface.
+#define LOG_SOURCE "zop_module"
+
+#include "core/log.h"
+#include "core/module_state.h"
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
+#include "module/stuck_detection.h"
+
+enum { GMM_ATTACHED = 1, SERVICE_FULL = 2 };
+enum { NO_SERVICE = -1, NOT_KNOWN = -2, FEWEST_BARS = 1 };
+
+static bool prv_read_attach_state(int32_t* attach_state) {
+  LOG_D(VURN_LOG_TRACE, "D zop:getting packet registration status");
+  int32_t cause;
+  unsigned error = zop_get_gmm_attach_state(attach_state, &cause);
+  if (error != ZOP_SUCCESS) LOG_GET_ERROR("packet_reg_status", error);
+  return error == ZOP_SUCCESS;
+}
+
+static bool prv_read_service_status(int32_t* service_status) {
+  LOG_D(VURN_LOG_TRACE, "D zop:getting service status");
+  unsigned error = zop_get_service_status(service_status);
+  if (error != ZOP_SUCCESS) LOG_GET_ERROR("modem_service_Status", error);
+  return error == ZOP_SUCCESS;
+}
+
+static bool prv_read_registration(bool* registered) {
+  LOG_D(VURN_LOG_TRACE, "D zop:getting registration status");
+  uint32_t registration;
+  if (unsigned error = zop_get_registration_status(&registration)) {
+    LOG_E("E zop:regstat:status=%d:can't determine if modem has registered",
+          static_cast<int>(error));
+    return false;
+  }
+  *registered = registration != 0;
+  return true;
+}
+
+static bool prv_read_bars(int32_t* bars) {
+  LOG_D(VURN_LOG_TRACE, "D zop:getting bars");
+  if (unsigned error = zop_get_bars(bars)) {
+    gDiagInfo.bars = NO_SERVICE;
+    LOG_GET_ERROR("bars", error);
+    return false;
+  }
+  // A registered device in full service never shows no bars at all.
+  if (*bars == 0) *bars = FEWEST_BARS;
+  LOG_D(VURN_LOG_EVENTS, "D zop:bars=%d", *bars);
+  return true;
+}
+
+// Bars, or NO_SERVICE with the reason in the log. False when the modem did not tell.
+static bool prv_find_bars(int32_t attach_state, int32_t service_status, int32_t* bars) {
+  *bars = NO_SERVICE;
+  if (attach_state != GMM_ATTACHED) {
+    LOG_D(VURN_LOG_EVENTS, "D zop:gmmAttachState=%d", attach_state);
+    return true;
+  }
+  bool registered;
+  if (!prv_read_registration(&registered)) return false;
+  if (!registered) {
+    LOG_D(VURN_LOG_EVENTS, "D zop:not registered");
+    return true;
+  }
+  if (service_status != SERVICE_FULL) {
+    LOG_D(VURN_LOG_EVENTS, "D zop:serviceStatus=%d", service_status);
+    return true;
+  }
+  return prv_read_bars(bars);
+}
+
+int vurn_get_bars(int* bars) {
+  ScopedLock lock(gModuleMutex);
+  gDiagInfo.bars = NOT_KNOWN;
+  if (!gModuleOpen) return VURN_ERR_NOT_OPEN;
+  int32_t attach_state;
+  int32_t service_status;
+  if (!prv_read_attach_state(&attach_state)) return VURN_ERR_FAILED;
+  if (!prv_read_service_status(&service_status)) return VURN_ERR_FAILED;
+  if (prv_get_modem_stuck_illegal_network_reject(attach_state)) return VURN_ERR_FAILED;
+  if (prv_get_modem_stuck_pdp_active_no_ppp()) return VURN_ERR_FAILED;
+  if (prv_get_modem_stuck_all_plmns_fplmn(service_status)) return VURN_ERR_FAILED;
+  int32_t found;
+  if (!prv_find_bars(attach_state, service_status, &found)) return VURN_ERR_FAILED;
+  *bars = found;
+  gDiagInfo.bars = found;
+  return VURN_OK;
+}

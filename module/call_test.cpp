@@ -1,0 +1,83 @@
+// The call test of factory and certification: a mobile-originated loop-back call on a fixed band.
+#define LOG_SOURCE "zop_module"
+
+#include "core/log.h"
+#include "core/module_state.h"
+#include "include/zop.h"
+
+constinit int32_t sTestNum = -1;
+
+struct TestBand {
+  int test;
+  uint32_t band;
+};
+// Other tests leave the band as it is, and no stop restores it.
+static constexpr TestBand TEST_BANDS[] = {
+    {1, 84},  // WCDMA_V_850
+    {2, 48},  // GSM_PCS_1900
+};
+
+static bool prv_set_factory_test(bool on) {
+  unsigned error = zop_enable_factory_test(on ? 1 : 0);
+  if (error == ZOP_SUCCESS) return true;
+  LOG_E("E zop:enabletest:state=%s,error=%d:can't set factory test enable", on ? "on" : "off",
+        static_cast<int>(error));
+  return false;
+}
+
+static bool prv_set_test_band(int test) {
+  LOG_D(VURN_LOG_GENERAL, "D zop:setting band testNum = %d", test);
+  for (const TestBand& row : TEST_BANDS) {
+    if (row.test != test) continue;
+    if (unsigned error = zop_set_band(row.band)) {
+      LOG_E("E zop:setband:status=%d:can't set band", static_cast<int>(error));
+      return false;
+    }
+  }
+  return true;
+}
+
+// A call without a time limit, to the number "0". The last line comes whatever the outcome.
+static bool prv_start_test_call() {
+  LOG_D(VURN_LOG_GENERAL, "D zop:starting call test");
+  unsigned error = zop_originate_call_test(0, "0");
+  if (error != ZOP_SUCCESS) {
+    LOG_E("E zop:initmolb:status=%d:can't initiate MOLB test", static_cast<int>(error));
+  }
+  LOG_D(VURN_LOG_GENERAL, "D zop:call test succeeded");
+  return error == ZOP_SUCCESS;
+}
+
+// A failed step does not end the test: the later steps are tried all the same.
+int vurn_originate_call_test(int testNum) {
+  ScopedLock lock(gModuleMutex);
+  if (!gModuleOpen) return VURN_ERR_NOT_OPEN;
+  sTestNum = testNum;
+  bool good = prv_set_factory_test(true);
+  if (!prv_set_test_band(testNum)) good = false;
+  if (testNum > 0 && !prv_start_test_call()) good = false;
+  if (good) return VURN_OK;
+  (void)prv_set_factory_test(false);  // it has failed already
+  return VURN_ERR_FAILED;
+}
+
+// The number stays when factory test mode can't be left: a later stop tries again.
+int vurn_stop_call_test() {
+  ScopedLock lock(gModuleMutex);
+  if (!gModuleOpen) return VURN_ERR_NOT_OPEN;
+  if (sTestNum < 0) {
+    sTestNum = -1;
+    return VURN_OK;
+  }
+  int result = VURN_OK;
+  if (sTestNum > 0) {
+    LOG_D(VURN_LOG_GENERAL, "D zop:stopping call test");
+    if (unsigned error = zop_end_call_test()) {
+      LOG_E("E zop:stopmolb:status=%d:can't stop MOLB test", static_cast<int>(error));
+      result = VURN_ERR_FAILED;
+    }
+  }
+  if (!prv_set_factory_test(false)) return VURN_ERR_FAILED;
+  sTestNum = -1;
+  return result;
+}

@@ -1,0 +1,122 @@
+// The country that the modem is in, and the file that remembers it across restarts: one line in the
+// log for each change, even across reboots.
+//
+// vurn_get_mcc takes no module lock: hosts call it from anywhere. It asks the modem on buffers of
+// its own, and what it remembers has a lock of its own.
+#define LOG_SOURCE "zop_module"
+
+#include "module/mcc.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "commands/exchange.h"
+#include "core/log.h"
+#include "core/module_state.h"
+#include "include/zop_diag_info.h"
+
+static constexpr char MCC_FILE[] = "/var/local/wan/mcc";
+enum { MCC_SIZE = 3, FILE_MODE = 0644, MCC_SUBCOMMAND = '0' };
+
+// Three characters and a terminator.
+using Mcc = char[MCC_SIZE + 1];
+
+static constinit pthread_mutex_t gMccMutex = PTHREAD_MUTEX_INITIALIZER;
+static constinit Mcc gLastMcc = "";  // of the call before; under gMccMutex
+
+static int prv_open_mcc_file(int flags) {
+  int fd;
+  do fd = open(MCC_FILE, flags | O_CLOEXEC, FILE_MODE);
+  while (fd < 0 && errno == EINTR);
+  return fd;
+}
+
+static void prv_log_open_error() {
+  LOG_E("E zop:openfile:name=\"%s\",errno=%d:can't open file", MCC_FILE, errno);
+}
+
+static bool prv_read_mcc(int fd, Mcc& mcc) {
+  errno = 0;
+  for (size_t done = 0; done < MCC_SIZE;) {
+    ssize_t n = read(fd, mcc + done, MCC_SIZE - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    done += static_cast<size_t>(n);
+  }
+  return true;
+}
+
+static bool prv_write_mcc(int fd, const Mcc& mcc) {
+  errno = 0;
+  for (size_t done = 0; done < MCC_SIZE;) {
+    ssize_t n = write(fd, mcc + done, MCC_SIZE - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    done += static_cast<size_t>(n);
+  }
+  return true;
+}
+
+// The file is not truncated: it holds the three characters and nothing else.
+static void prv_remember_mcc(const Mcc& mcc) {
+  LOG_I("I zop:mccchanged:mcc=%s:mcc has changed", mcc);
+  int fd = prv_open_mcc_file(O_WRONLY | O_CREAT);
+  if (fd < 0) return prv_log_open_error();
+  if (!prv_write_mcc(fd, mcc)) {
+    LOG_E("E zop:writefile:name=\"%s\",errno=%d:can't write file", MCC_FILE, errno);
+  }
+  close(fd);
+}
+
+// A file that can't be opened or read reports nothing.
+static void prv_report_mcc_change(const Mcc& mcc) {
+  int fd = prv_open_mcc_file(O_RDONLY);
+  if (fd < 0 && errno != ENOENT) return prv_log_open_error();
+  if (fd < 0) {
+    LOG_D(VURN_LOG_TRACE, "D def:current MCC = %s no previous MCC", mcc);
+    return prv_remember_mcc(mcc);
+  }
+  Mcc previous = "";
+  bool whole = prv_read_mcc(fd, previous);
+  int error = errno;
+  close(fd);
+  if (!whole) {
+    LOG_E("E zop:readfile:name=\"%s\",errno=%d:can't read file", MCC_FILE, error);
+    return;
+  }
+  LOG_D(VURN_LOG_TRACE, "D def:current MCC = %s previous MCC = %s", mcc, previous);
+  if (strcmp(mcc, previous) != 0) prv_remember_mcc(mcc);
+}
+
+// An unusable MCC counts as a change as well. A file that failed is tried again with the next one.
+static void prv_note_mcc(const Mcc& mcc) {
+  ScopedLock lock(gMccMutex);
+  if (strcmp(mcc, gLastMcc) == 0) return;
+  prv_report_mcc_change(mcc);
+  memcpy(gLastMcc, mcc, sizeof gLastMcc);
+}
+
+int vurn_get_mcc(int* mcc) {
+  if (mcc == nullptr) return VURN_ERR_NULL_ARGUMENT;
+  LOG_D(VURN_LOG_TRACE, "D zop:getting mcc to see if it has changed");
+  uint8_t response[COMMAND_BUFFER_SIZE];
+  if (unsigned error = unlocked_query(MCC_SUBCOMMAND, response)) {
+    LOG_GET_ERROR("mcc", error);
+    return VURN_ERR_FAILED;
+  }
+  Mcc text = "";
+  memcpy(text, response + ANSWER_PAYLOAD, MCC_SIZE);
+  prv_note_mcc(text);
+  *mcc = atoi(text);
+  if (*mcc != 0) return VURN_OK;
+  LOG_E("E zop:getmcc:mcc=%s:bad value for mcc", text);
+  return VURN_ERR_FAILED;
+}
+
+void prv_report_mcc_mnc() {
+  LOG_I("I zop:mccmnc:mcc=%.3s,mnc=%.3s:mcc mnc report", gDiagInfo.screen.mcc,
+        gDiagInfo.screen.mnc);
+}

@@ -1,0 +1,152 @@
+// One two-step detector, used three times: idle until its symptom is first seen, watching while the
+// symptom lasts, stuck once it has lasted longer than the limit. A stuck detector stays so until
+// the symptom is gone or the module is opened anew. It advances only when the host asks for bars.
+#define LOG_SOURCE "zop_module"
+
+#include "module/stuck_detection.h"
+
+#include <string.h>
+
+#include "core/log.h"
+#include "core/module_state.h"
+#include "include/zop.h"
+
+// Values of the modem.
+enum { GMM_ATTACHED = 1, RAU_REJECTED = 6, CALL_IDLE = 0 };
+enum { CAUSE_PROTOCOL_ERROR = 111 };  // 3GPP TS 24.008, unspecified
+enum { PDP_PENDING = 1, PDP_ACTIVE = 2 };
+enum { SERVICE_LIMITED = 1, SERVICE_NONE = -1 };
+
+// Whether each detector watches, and since when (monotonic seconds); under gModuleMutex.
+static constinit uint32_t gIllegalRejectPending = 0;
+static constinit int32_t gIllegalRejectTime = 0;
+static constinit uint32_t gPdpNoPppPending = 0;
+static constinit int32_t gPdpNoPppTime = 0;
+static constinit uint32_t gAllFplmnPending = 0;
+static constinit int32_t gAllFplmnTime = 0;
+
+struct StuckDetector {
+  uint32_t& pending;
+  int32_t& since;
+  int32_t limit_s;
+};
+static constexpr StuckDetector ILLEGAL_REJECT = {gIllegalRejectPending, gIllegalRejectTime, 60};
+static constexpr StuckDetector PDP_NO_PPP = {gPdpNoPppPending, gPdpNoPppTime, 5};
+static constexpr StuckDetector ALL_FPLMN = {gAllFplmnPending, gAllFplmnTime, 300};
+
+enum Verdict { HEALTHY, FIRST_SEEN, STUCK };
+
+static bool prv_is_watching(const StuckDetector& detector) { return detector.pending != 0; }
+
+static Verdict prv_advance(const StuckDetector& detector, bool symptom, int32_t now) {
+  bool watching = prv_is_watching(detector);
+  detector.pending = symptom;
+  if (!symptom) return HEALTHY;
+  if (watching)
+    return prv_seconds_between(detector.since, now) > detector.limit_s ? STUCK : HEALTHY;
+  detector.since = now;
+  return FIRST_SEEN;
+}
+
+void prv_clear_stuck_detection() {
+  gIllegalRejectPending = 0;
+  gPdpNoPppPending = 0;
+  gAllFplmnPending = 0;
+}
+
+bool prv_get_modem_stuck_illegal_network_reject(int32_t attach_state) {
+  int32_t rau_state = 0;
+  int32_t rau_error = 0;
+  if (unsigned error = zop_get_gmm_rau_state(&rau_state, &rau_error)) {
+    LOG_GET_ERROR("RAU State", error);
+    return false;
+  }
+  int32_t now = prv_get_monotonic_seconds();
+  // Once it watches, only an attach ends it: the update's state may change without one.
+  bool symptom = rau_state == RAU_REJECTED && rau_error == CAUSE_PROTOCOL_ERROR;
+  if (prv_is_watching(ILLEGAL_REJECT)) {
+    LOG_D(VURN_LOG_STUCK, "D zop:AttachState: %d, current_time: %d", attach_state, now);
+    symptom = attach_state != GMM_ATTACHED;
+  }
+  Verdict verdict = prv_advance(ILLEGAL_REJECT, symptom, now);
+  if (verdict == FIRST_SEEN) LOG_D(VURN_LOG_STUCK, "D zop:First RAU Reject: %d", now);
+  if (verdict == STUCK) {
+    LOG_D(VURN_LOG_STUCK, "D zop:Modem got stuck due to an illegal network reject");
+  }
+  return verdict == STUCK;
+}
+
+bool prv_get_modem_stuck_pdp_active_no_ppp() {
+  uint32_t call_status = 0;
+  if (unsigned error = zop_get_call_status(&call_status)) {
+    LOG_GET_ERROR("Call Status", error);
+    return false;
+  }
+  int32_t pdp_state = 0;
+  int32_t reject_reason = 0;
+  if (unsigned error = zop_get_pdp_state(&pdp_state, &reject_reason)) {
+    LOG_GET_ERROR("PDP State", error);
+    return false;
+  }
+  int32_t now = prv_get_monotonic_seconds();
+  bool active = pdp_state == PDP_PENDING || pdp_state == PDP_ACTIVE;
+  bool symptom = call_status == CALL_IDLE && active;
+  if (prv_is_watching(PDP_NO_PPP)) {
+    LOG_D(VURN_LOG_STUCK, "D zop:CallStatus: %d, PDPState: %d, current_time: %d",
+          static_cast<int>(call_status), pdp_state, now);
+  }
+  Verdict verdict = prv_advance(PDP_NO_PPP, symptom, now);
+  if (verdict == FIRST_SEEN) LOG_D(VURN_LOG_STUCK, "D zop:PDP Active Call Stuck: %d", now);
+  if (verdict == STUCK) LOG_D(VURN_LOG_STUCK, "D zop:Modem got stuck in PDP active no PPP state");
+  return verdict == STUCK;
+}
+
+// The modem is asked for its PDP state again: the query before may have failed, or be stale.
+bool prv_get_modem_stuck_all_plmns_fplmn(int32_t service_status) {
+  int32_t pdp_state = 0;
+  int32_t reject_reason = 0;
+  if (unsigned error = zop_get_pdp_state(&pdp_state, &reject_reason)) {
+    LOG_GET_ERROR("PDP State", error);
+    return false;
+  }
+  int32_t now = prv_get_monotonic_seconds();
+  if (prv_is_watching(ALL_FPLMN)) {
+    LOG_D(VURN_LOG_STUCK, "D zop:PDP Reject: %d, current_time: %d", reject_reason, now);
+  }
+  bool unusable = service_status == SERVICE_LIMITED || service_status == SERVICE_NONE;
+  bool symptom = unusable && reject_reason != 0 && prv_is_current_plmn_forbidden() == 1;
+  Verdict verdict = prv_advance(ALL_FPLMN, symptom, now);
+  if (verdict == FIRST_SEEN) LOG_D(VURN_LOG_STUCK, "D zop:PLMN is FPLMN %d", now);
+  if (verdict == STUCK) {
+    LOG_D(VURN_LOG_STUCK, "D zop:Modem got stuck with all available PLMNs in FPLMN");
+  }
+  return verdict == STUCK;
+}
+
+// The list: a count, then up to 20 networks of 6 characters. Room for 21, as hosts have had it.
+enum { MCC_SIZE = 3, PLMN_SIZE = 6, FPLMN_MOST = 20, FPLMN_ROOM = 1 + 21 * PLMN_SIZE };
+
+int prv_is_current_plmn_forbidden() {
+  uint8_t plmn[PLMN_SIZE];
+  uint32_t size = MCC_SIZE;
+  if (unsigned error = zop_get_mcc(plmn, &size)) {
+    LOG_GET_ERROR("MCC", error);
+    return 0;
+  }
+  if (memcmp(plmn, "FFF", MCC_SIZE) == 0) return 1;  // no network at all
+  if (unsigned error = zop_get_mnc(plmn + MCC_SIZE, &size)) {
+    LOG_GET_ERROR("MNC", error);
+    return 0;
+  }
+  uint8_t list[FPLMN_ROOM];
+  if (unsigned error = zop_get_uim_data_fplmn(list)) {
+    LOG_GET_ERROR("FPLMN", error);
+    return 0;
+  }
+  int count = list[0];
+  if (count > FPLMN_MOST) count = FPLMN_MOST;
+  for (int i = 0; i < count; ++i) {
+    if (memcmp(list + 1 + i * PLMN_SIZE, plmn, PLMN_SIZE) == 0) return 1;
+  }
+  return 0;
+}
