@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <regex>
 
 #include "core/module_state.h"
 #include "include/vurn.h"
@@ -42,6 +43,17 @@ class ModuleTest : public testing::Test {
   // Fails the request with a status that every command refuses, or an undecodable answer.
   void refuse(const std::string& request) { answers[request] = request + " 01 00"; }
   void garble(const std::string& request) { answers[request] = ""; }
+
+  // The log, with the place in the source cut off "D" lines.
+  std::string log_lines() const {
+    static const std::regex place(" \\(\\w+:zop_module:\\d+\\)\n");
+    return std::regex_replace(world.log_text(), place, "\n");
+  }
+  std::string asked() const {
+    std::string all;
+    for (const Bytes& payload : modem.payloads) all += to_hex(payload) + "\n";
+    return all;
+  }
 
   World world;
   AnsweringModem modem{[this](const Bytes& request) -> std::optional<Bytes> {
