@@ -1,0 +1,117 @@
+// The shipped scenarios as a host sees them, in virtual time.
+#include <functional>
+
+#include "simulator/scenario.h"
+#include "tests/module/module_fixture.h"
+#include "tests/support/simulated_far_end.h"
+
+using namespace std::chrono_literals;
+using namespace test;
+
+// What a host finds out, at one moment.
+struct Seen {
+  int opened, bars_result, bars, roaming, mode, time_result;
+};
+
+class Scenarios : public ModuleTest {
+ protected:
+  void start(const std::string& name) {
+    vurn_close(0);
+    world.advance(-world.now());
+    far_end = std::make_unique<SimulatedFarEnd>(
+        sim::load_scenario(std::string(SCENARIOS) + "/" + name + ".toml"));
+    world.far_end = far_end.get();
+    missing_mcc_file();
+  }
+  void missing_mcc_file() { world.missing["/var/local/wan/mcc"] = EACCES; }
+  Seen look() {
+    Seen seen{};
+    seen.opened = vurn_update_prl();
+    seen.bars_result = vurn_get_bars(&seen.bars);
+    vurn_get_roaming_status(&seen.roaming);
+    vurn_get_data_service_mode(&seen.mode);
+    time_t when;
+    int offset;
+    seen.time_result = vurn_get_module_time(&when, &offset);
+    return seen;
+  }
+  std::unique_ptr<SimulatedFarEnd> far_end;
+};
+
+TEST_F(Scenarios, show_a_host_what_they_promise) {
+  enum { FAILED = VURN_ERR_FAILED, NO_TIME = VURN_ERR_TIME_NOT_PROVIDED };
+  struct {
+    const char* name;
+    Time after;
+    Seen seen;
+  } rows[] = {
+      {"healthy-wcdma", 0s, {0, 0, 5, 0, VURN_DATA_WCDMA, 0}},
+      {"healthy-gsm", 0s, {0, 0, 4, 0, VURN_DATA_EDGE, 0}},
+      {"weak-signal", 0s, {0, 0, 1, 0, VURN_DATA_WCDMA, 0}},
+      {"roaming", 0s, {0, 0, 5, 1, VURN_DATA_WCDMA, 0}},
+      {"limited-service", 0s, {0, 0, -1, 0, VURN_DATA_WCDMA, 0}},
+      {"no-network-time", 0s, {0, 0, 5, 0, VURN_DATA_WCDMA, NO_TIME}},
+      {"illegal-network-reject", 60s, {0, 0, -1, 0, VURN_DATA_WCDMA, 0}},
+      {"illegal-network-reject", 61s, {0, FAILED, 0, 0, VURN_DATA_WCDMA, 0}},
+      {"pdp-without-call", 5s, {0, 0, 5, 0, VURN_DATA_WCDMA, 0}},
+      {"pdp-without-call", 6s, {0, FAILED, 0, 0, VURN_DATA_WCDMA, 0}},
+      {"pdp-without-call", 31s, {0, 0, 5, 0, VURN_DATA_WCDMA, 0}},
+      {"all-networks-forbidden", 300s, {0, 0, -1, 0, VURN_DATA_WCDMA, 0}},
+      {"all-networks-forbidden", 302s, {0, FAILED, 0, 0, VURN_DATA_WCDMA, 0}},
+      {"fading", 11s, {0, 0, 1, 0, VURN_DATA_WCDMA, 0}},
+      {"fading", 16s, {0, 0, -1, 0, VURN_DATA_WCDMA, 0}},
+      {"fading", 31s, {0, 0, 5, 0, VURN_DATA_WCDMA, 0}},
+      {"sim-slow", 0s, {0, 0, 5, 0, VURN_DATA_WCDMA, 0}},
+  };
+  for (auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    start(row.name);
+    ASSERT_EQ(vurn_open(), VURN_OK);
+    int bars;
+    vurn_get_bars(&bars);  // a first poll, from which the detectors count
+    world.advance(row.after);
+    Seen seen = look();
+    EXPECT_EQ(seen.opened, row.seen.opened);
+    EXPECT_EQ(seen.bars_result, row.seen.bars_result);
+    EXPECT_EQ(seen.bars, row.seen.bars);
+    EXPECT_EQ(seen.roaming, row.seen.roaming);
+    EXPECT_EQ(seen.mode, row.seen.mode);
+    EXPECT_EQ(seen.time_result, row.seen.time_result);
+  }
+}
+
+TEST_F(Scenarios, cards_that_are_not_ready) {
+  start("sim-slow");
+  EXPECT_EQ(vurn_open(), VURN_OK);
+  EXPECT_GE(world.now(), Time(8s));
+  for (const char* name : {"sim-pin-locked", "no-sim"}) {
+    start(name);
+    EXPECT_EQ(vurn_open(), VURN_ERR_FAILED) << name;
+    EXPECT_LT(world.now(), Time(1s)) << name;
+  }
+  start("sim-pin-locked");
+  ASSERT_EQ(zop_open(DEVICE), 0u);
+  uint32_t refused = 1;
+  EXPECT_EQ(zop_simcard_verify(reinterpret_cast<const uint8_t*>("1234\0\0\0"), 4, &refused), 0u);
+  EXPECT_EQ(refused, 0u);
+  zop_close();
+  EXPECT_EQ(vurn_open(), VURN_OK);
+}
+
+TEST_F(Scenarios, a_country_change_is_reported_once) {
+  start("roaming");
+  vurn_set_log_mask(VURN_LOG_INFO);
+  std::string file = testing::TempDir() + "mcc-of-scenarios";
+  world.missing.erase("/var/local/wan/mcc");
+  world.files["/var/local/wan/mcc"] = file;
+  unlink(file.c_str());
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  world.log.clear();
+  int mcc = 0;
+  for (int poll = 0; poll < 3; ++poll) {
+    EXPECT_EQ(vurn_get_mcc(&mcc), VURN_OK);
+    EXPECT_EQ(mcc, 901);
+  }
+  EXPECT_EQ(log_lines(), "I zop:mccchanged:mcc=901:mcc has changed\n");
+  unlink(file.c_str());
+}
