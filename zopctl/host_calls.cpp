@@ -22,6 +22,8 @@ static bool (*hurried)() = nullptr;
 static std::mutex log_mutex;
 
 void map_device(const std::string& path) { device = path; }
+const std::string& mapped_device() { return device; }
+const LogSink& current_log() { return log_sink; }
 void hurry_when(bool (*condition)()) { hurried = condition; }
 void catch_log(LogSink sink) { log_sink = std::move(sink); }
 

@@ -14,6 +14,7 @@ inline constexpr char MODULE_DEVICE[] = "/dev/tts/USB1";
 
 // Opens of MODULE_DEVICE go to this path from now on.
 void map_device(const std::string& path);
+const std::string& mapped_device();
 
 // The module's sleeps end at once while this holds: the user wants the program to end.
 void hurry_when(bool (*condition)());
@@ -21,5 +22,8 @@ void hurry_when(bool (*condition)());
 // Log lines go here instead of to syslog from now on.
 using LogSink = std::function<void(int priority, const std::string& line)>;
 void catch_log(LogSink sink);
+
+// The log sink of now.
+const LogSink& current_log();
 
 }  // namespace zopctl

@@ -46,6 +46,18 @@ class ModuleLibrary {
   BIND(vurn_get_firmware_version);
   BIND(vurn_get_data_service_mode);
   BIND(vurn_get_module_time);
+  BIND(gZOPModuleLogMask);
+  BIND(gDiagInfo);
+  BIND(sTestNum);
+  BIND(vurn_get_bars);
+  BIND(vurn_get_mcc);
+  BIND(vurn_report_event);
+  BIND(vurn_originate_call_test);
+  BIND(vurn_stop_call_test);
+  BIND(zop_get_gmm_attach_state);
+  BIND(zop_get_gmm_rau_state);
+  BIND(zop_get_call_status);
+  BIND(zop_get_pdp_state);
   BIND(zop_get_hardware_version);
   BIND(zop_get_tq2_version);
   BIND(zop_simcard_status);

@@ -169,6 +169,7 @@ std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
     return std::nullopt;
   }
   take_verb(parsed, options);
+  options.arguments.json = options.json;
   options.simulate = !sim.empty();
   if (sim != "-") options.scenario = sim;
   return options;

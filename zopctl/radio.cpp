@@ -1,37 +1,14 @@
 // zopctl signal, cells: what the modem hears.
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
-
-#include <cstdio>
 
 #include "zopctl/bytes_text.h"
+#include "zopctl/quiet_output.h"
 #include "zopctl/verbs.h"
 #include "zopctl/words.h"
 
 namespace zopctl {
 
 using Json = nlohmann::ordered_json;
-
-// zop_get_bars prints what it computes from on standard output, which is this program's.
-class QuietOutput {
- public:
-  QuietOutput() {
-    fflush(stdout);
-    saved_ = dup(STDOUT_FILENO);
-    int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    dup2(null, STDOUT_FILENO);
-    close(null);
-  }
-  ~QuietOutput() {
-    fflush(stdout);
-    dup2(saved_, STDOUT_FILENO);
-    close(saved_);
-  }
-
- private:
-  int saved_;
-};
 
 static Item level(const char* key, const char* label, const char* unit, unsigned (*get)(int32_t*)) {
   int32_t value = 0;
@@ -49,9 +26,7 @@ static Item bars(const ModuleLibrary& m) {
   }
   if (result != ZOP_SUCCESS) return {"bars", "Bars", nullptr, zop_result(result), true};
   if (value < 0) return {"bars", "Bars", value, "none: limited service", false};
-  std::string picture = std::string(static_cast<size_t>(value), '#') +
-                        std::string(static_cast<size_t>(5 - std::min(value, 5)), '.');
-  return shown("bars", "Bars", value, fmt::format("{} [{}]", value, picture));
+  return shown("bars", "Bars", value, bars_picture(value));
 }
 
 Findings signal_show(const ModuleLibrary& m, const Arguments&) {

@@ -38,27 +38,27 @@ void check_signals() {
 
 // Looks at the device before the module does: the module would try for five seconds, and its
 // result would not say why.
-static void require_device(const std::string& path) {
+std::optional<std::string> device_problem(const std::string& path) {
   int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
   int error = errno;
   bool terminal = fd >= 0 && isatty(fd) != 0;
   if (fd >= 0) close(fd);
-  if (terminal) return;
-  if (fd >= 0) throw Failure(path + " is no serial device; give the modem's DIAG port by --device");
+  if (terminal) return std::nullopt;
+  if (fd >= 0) return path + " is no serial device; give the modem's DIAG port by --device";
   switch (error) {
     case ENOENT:
     case ENODEV:
     case ENXIO:
-      throw Failure("no modem at " + path +
-                    "; is it plugged in and its driver loaded? Another node is given by --device, "
-                    "a simulated modem by --sim");
+      return "no modem at " + path +
+             "; is it plugged in and its driver loaded? Another node is given by --device, "
+             "a simulated modem by --sim";
     case EACCES:
     case EPERM:
-      throw Failure("no permission for " + path + "; run as root or join the group that owns it");
+      return "no permission for " + path + "; run as root or join the group that owns it";
     case EBUSY:
-      throw Failure(path + " is in use by another program; end that first");
+      return path + " is in use by another program; end that first";
     default:
-      throw Failure("can't open " + path + ": " + strerror(error));
+      return "can't open " + path + ": " + strerror(error);
   }
 }
 
@@ -89,23 +89,21 @@ Session::Session(const Options& options, Verb::Need need) : need_(need) {
     simulator_ = std::make_unique<SimulatorProcess>(options.scenario);
     map_device(simulator_->terminal());
   } else {
-    std::string device = options.device.empty() ? MODULE_DEVICE : options.device;
-    require_device(device);
-    map_device(device);
+    map_device(options.device.empty() ? MODULE_DEVICE : options.device);
+  }
+  if (need != Verb::LIBRARY) {
+    if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
   }
   module_ = std::make_unique<ModuleLibrary>(options.library);
   if (options.log_mask) show_log(*module_, *options.log_mask);
   check_signals();
-  open_modem(*module_, need_);
+  if (need_ != Verb::LIBRARY) open_modem(*module_, need_);
 }
 
 Session::~Session() {
   if (!module_) return;
-  if (need_ == Verb::LINK) {
-    module_->zop_close();
-  } else {
-    module_->vurn_close(1);
-  }
+  if (need_ == Verb::LINK) module_->zop_close();
+  if (need_ == Verb::MODULE) module_->vurn_close(1);
 }
 
 }  // namespace zopctl

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "zopctl/module_library.h"
 #include "zopctl/options.h"
@@ -26,6 +27,9 @@ class Session {
   std::unique_ptr<ModuleLibrary> module_;
   Verb::Need need_;
 };
+
+// Why the device can't be a modem's port, with what to do about it; nothing when it can.
+std::optional<std::string> device_problem(const std::string& path);
 
 // Ends the program with the signal's exit code if the user has asked for it; call between steps.
 struct Interrupted {

@@ -16,7 +16,8 @@ namespace zopctl {
 class Arguments {
  public:
   std::map<std::string, std::string> texts;
-  bool yes = false;  // --yes: what can break a device is meant
+  bool yes = false;   // --yes: what can break a device is meant
+  bool json = false;  // for verbs that print as they go
 
   bool has(const std::string& name) const { return texts.count(name) != 0; }
   const std::string& text(const std::string& name) const { return texts.at(name); }
@@ -40,8 +41,9 @@ struct Verb {
   const char* noun;  // null for a verb of its own
   const char* name;
   const char* help;
-  enum Need { MODULE, LINK } need;  // vurn_open with its ready SIM, or the serial link alone
-  const char* danger;               // what it can break; null when harmless
+  // vurn_open with its ready SIM, the serial link alone, or neither: the verb opens what it wants.
+  enum Need { MODULE, LINK, LIBRARY } need;
+  const char* danger;  // what it can break; null when harmless
   std::vector<Argument> arguments;
   Findings (*run)(const ModuleLibrary&, const Arguments&);
 };
@@ -75,6 +77,13 @@ Findings config_reset(const ModuleLibrary&, const Arguments&);
 Findings config_error_fatal(const ModuleLibrary&, const Arguments&);
 Findings profile_list(const ModuleLibrary&, const Arguments&);
 Findings profile_write(const ModuleLibrary&, const Arguments&);
+Findings bars_show(const ModuleLibrary&, const Arguments&);
+Findings mcc_show(const ModuleLibrary&, const Arguments&);
+Findings event_ring(const ModuleLibrary&, const Arguments&);
+Findings event_downloaded(const ModuleLibrary&, const Arguments&);
+Findings call_test_start(const ModuleLibrary&, const Arguments&);
+Findings call_test_stop(const ModuleLibrary&, const Arguments&);
+Findings doctor(const ModuleLibrary&, const Arguments&);
 Findings signal_show(const ModuleLibrary&, const Arguments&);
 Findings cells_show(const ModuleLibrary&, const Arguments&);
 Findings errlog_read(const ModuleLibrary&, const Arguments&);

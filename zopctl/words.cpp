@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <span>
 
 #include "include/vurn.h"
@@ -98,6 +99,12 @@ std::string band(int32_t band) {
       {82, "WCDMA 1700 (III)"}, {83, "WCDMA 1700 (IV)"}, {84, "WCDMA 850"},      {85, "WCDMA 800"},
       {86, "WCDMA 2600"},       {87, "WCDMA 900"},       {88, "WCDMA 1700 (IX)"}};
   return word(words, band);
+}
+
+std::string bars_picture(int bars) {
+  size_t full = static_cast<size_t>(std::clamp(bars, 0, 5));
+  std::string number = bars < 0 ? "none" : std::to_string(bars);
+  return number + " [" + std::string(full, '#') + std::string(5 - full, '.') + "]";
 }
 
 }  // namespace zopctl

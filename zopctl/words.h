@@ -17,4 +17,7 @@ std::string system_mode(uint32_t mode);
 std::string data_service_mode(int mode);
 std::string band(int32_t band);
 
+// "4 [####.]", or "none [.....]".
+std::string bars_picture(int bars);
+
 }  // namespace zopctl

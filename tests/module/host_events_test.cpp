@@ -1,15 +1,8 @@
 // Host events: what counts, what is ignored, what is logged.
-#include "include/nubi.h"
+#include "tests/module/host_event.h"
 #include "tests/module/module_fixture.h"
 
 using namespace test;
-
-struct NubiEvent {
-  const char* source;
-  const char* name;
-  int origin = 0;
-  int error = 0;
-};
 
 const char* NubiGetEventName(const NubiEvent* event) { return event->name; }
 const char* NubiGetEventSource(const NubiEvent* event) { return event->source; }

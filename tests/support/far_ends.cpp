@@ -45,7 +45,7 @@ void Script::receive(std::span<const uint8_t> bytes, Time now) {
   for (uint8_t byte : bytes) {
     request_.push_back(byte);
     if (byte != 0x7E) continue;
-    requests.push_back(request_);
+    if (keeps_requests) requests.push_back(request_);
     Time at = std::max(now, due_.empty() ? now : due_.back().at);
     for (Piece& piece : answer_to(request_)) {
       at += piece.after;
@@ -77,7 +77,7 @@ Bytes Script::take(Time now) {
 Answer AnsweringModem::answer_to(const Bytes& request) {
   Bytes payload = unframe(request);
   if (payload == PROBE) return {{frame(hex("1d 00 00 00 00 00 00 00 00"))}};
-  payloads.push_back(payload);
+  if (keeps_requests) payloads.push_back(payload);
   std::optional<Bytes> answer = function_(payload);
   if (!answer) return {};
   return {{frame(*answer)}};

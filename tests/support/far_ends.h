@@ -27,6 +27,7 @@ class Script : public FarEnd {
  public:
   std::deque<Answer> answers;
   std::vector<Bytes> requests;  // as they came over the wire
+  bool keeps_requests = true;
   bool unplugged = false;
 
   void receive(std::span<const uint8_t> bytes, Time now) override;

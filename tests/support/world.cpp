@@ -21,7 +21,10 @@ World::~World() {
   current_world = nullptr;
 }
 World* World::current() { return current_world; }
-void World::join() { current_world = this; }
+void World::join() {
+  current_world = this;
+  ++threads_;
+}
 
 std::string World::log_text() const {
   std::string text;

@@ -8,6 +8,7 @@
 
 #include <termios.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <deque>
@@ -63,7 +64,7 @@ class World {
   World();
   ~World();
   static World* current();  // of this thread
-  void join();              // makes this World that of the calling thread
+  void join();              // makes this World that of the calling thread as well
 
   // ---- for the tests ----
   FarEnd* far_end = nullptr;
@@ -82,6 +83,7 @@ class World {
   int flushes = 0;
   Bytes written;  // all that went out on the port
 
+  bool has_threads() const { return threads_ > 1; }
   Time now() const { return now_; }
   void advance(Time by) { now_ += by; }
   bool port_is_open() const { return !ports_.empty(); }
@@ -100,6 +102,7 @@ class World {
  private:
   bool is_dead();  // the device has gone since the port was opened
   bool fetch();    // takes what the far end has to say by now; true when there is input
+  std::atomic<int> threads_ = 0;
   Time now_{0};
   std::set<int> ports_;  // its open descriptors
   int hang_ups_at_open_ = 0;

@@ -2,6 +2,7 @@
 // refuses, with which exit code. PINs must stay out of everything that is printed.
 #include <nlohmann/json.hpp>
 
+#include "tests/support/program.h"
 #include "tests/zopctl/run_zopctl.h"
 
 struct Row {
@@ -21,6 +22,13 @@ static void check(std::initializer_list<Row> rows) {
 TEST(ZopctlVerbs, show_and_do) {
   check({
       {"signal", 0, "  Bars       5 [#####]\n"},
+      {"bars", 0, "  Bars  5 [#####]\n"},
+      {"mcc", 0, "  MCC      001\n"},
+      {"event wanRing 7", 0, "  Counts  0, 0, 0, 0, 0, 1\n"},
+      {"event fileDownloaded", 0, "zop:mccmnc:mcc="},
+      {"call-test start 1", 0, "test 1 is under way"},
+      {"call-test stop", 0, "call ended, factory test mode off"},
+      {"doctor", 0, "  Stuck signs   ok    no sign of a stuck modem\n"},
       {"cells", 0, "  WCDMA active     100 (-5 dB)\n"},
       {"sim status", 0, "  PIN             PIN switched off\n"},
       {"plmn list", 0, "  Operator    001-01 umts, 901-70 umts, 310-410 gsm\n"},
@@ -48,6 +56,38 @@ TEST(ZopctlVerbs, show_and_do) {
       {"sms send 5550199 'good morning'", 0, "12 characters sent to 5550199"},
       {"time set 2010-07-24T13:02:59", 0, "2010-07-24 13:02:59"},
   });
+}
+
+TEST(ZopctlVerbs, tell_why_there_are_no_bars) {
+  struct {
+    const char* arguments;
+    int exit_code;
+    const char* text;
+  } rows[] = {
+      {"--sim=limited-service bars", 0, "  Reason  no full service\n"},
+      {"--sim=illegal-network-reject bars", 0, "  Reason  not attached to the packet network\n"},
+      {"--sim=no-sim doctor", 1, "bad   no card; unknown; 0 tries left; is a card in its slot"},
+      {"--sim=sim-pin-locked doctor", 1, "zopctl sim verify gives the PIN"},
+      {"--sim=illegal-network-reject doctor", 1, "routing-area update rejected (cause 111)"},
+      {"--sim=no-network-time doctor", 0, "look  result 13 (not sent by the network)"},
+      {"doctor --device /nowhere/modem", 1, "bad   no modem at /nowhere/modem; is it plugged in"},
+      {"--sim bars --watch 0", 2, "--watch is a number from 1 to 86400"},
+  };
+  for (auto& row : rows) {
+    Outcome run = zopctl(row.arguments);
+    EXPECT_EQ(run.exit_code, row.exit_code) << row.arguments;
+    EXPECT_TRUE(contains(run.output, row.text)) << row.arguments << "\n" << run.output;
+  }
+}
+
+// The first look comes at once; a signal ends the wait for the next.
+TEST(ZopctlVerbs, watch_prints_a_line_a_look) {
+  Program program({ZOPCTL, "--sim", "bars", "--watch", "3600", "--json"});
+  auto sample = nlohmann::json::parse(program.line());
+  EXPECT_EQ(sample["bars"], 5);
+  program.end(SIGINT);
+  EXPECT_EQ(program.line(), "");
+  EXPECT_EQ(program.exit_code(), 130);
 }
 
 TEST(ZopctlVerbs, refuse_what_they_can_not_take) {

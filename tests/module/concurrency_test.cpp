@@ -1,0 +1,135 @@
+// Host threads on all entry points at once, the module opened and closed meanwhile: no deadlock, no
+// race, and every answer belongs to its question.
+#include <atomic>
+#include <functional>
+#include <latch>
+#include <thread>
+
+#include "tests/module/host_event.h"
+#include "tests/module/module_fixture.h"
+
+using namespace test;
+
+class HostThreads : public ModuleTest {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    std::string screen = " 03 02";  // GSM, full service
+    for (int i = 2; i < 345; ++i) screen += i == 90 ? " ba" : i == 91 ? " ff" : " 00";
+    for (auto& [subcommand, payload] : std::map<std::string, std::string>{
+             {"20", "b5 ff"},
+             {"21", "01"},
+             {"1f", "05"},
+             {"54", "01 00 00 00"},
+             {"3b", "02"},
+             {"66", "00 00 00 00"},
+             {"26", "00"},
+             {"57", "00 00 00 00"},
+             {"3c", "01"},
+             {"34", screen},
+             {"30", "33 31 30"},
+             {"67", "31 32 33"},
+             {"68", "34 35 36"},
+             {"23", "37 38 39"},
+             {"07", "2b 31"},
+             {"14", "da 07 07 00 18 00 0d 00 02 00 3b 00 06 00 04 00 00 00 00"}}) {
+      std::string request = "cf " + subcommand + " 00";
+      answers[request] = request + " 00 00 " + payload;
+    }
+    world.missing["/var/local/wan/mcc"] = EACCES;
+    modem.keeps_requests = false;
+  }
+  // Results that a module gives that is being opened and closed, and whose port may be busy.
+  static bool is_excused(int result) {
+    return result == VURN_ERR_NOT_OPEN || result == VURN_ERR_FAILED || result == VURN_ERR_REOPENED;
+  }
+};
+
+// Calls once; false for a wrong answer, after a good result.
+using Look = std::function<int(bool& right)>;
+
+static Look text(int (*get)(char*, unsigned), const char* expected) {
+  return [=](bool& right) {
+    char buffer[64] = "";
+    int result = get(buffer, sizeof buffer);
+    right = strcmp(buffer, expected) == 0;
+    return result;
+  };
+}
+
+static Look number(int (*get)(int*), int expected) {
+  return [=](bool& right) {
+    int value = 4711;
+    int result = get(&value);
+    right = value == expected;
+    return result;
+  };
+}
+
+TEST_F(HostThreads, every_answer_belongs_to_its_question) {
+  const Look looks[] = {
+      number(vurn_get_rssi, -75),
+      number(vurn_get_roaming_status, 1),
+      number(vurn_get_data_service_mode, VURN_DATA_WCDMA),
+      number(vurn_get_bars, 4),
+      number(vurn_get_mcc, 310),
+      text(vurn_get_realm, "123"),
+      text(vurn_get_imsi, "456"),
+      text(vurn_get_radio_cert_param1, "789"),
+      text(vurn_get_radio_phone_number, "+1"),
+      [](bool& right) {
+        time_t when;
+        int offset = 0;
+        int result = vurn_get_module_time(&when, &offset);
+        right = offset == 3600;
+        return result;
+      },
+      [](bool& right) {
+        NubiEvent ring{"com.orvane.hal", "wanRing", 2};
+        right = true;
+        return vurn_report_event(&ring);
+      },
+  };
+  constexpr int ROUNDS = 2000;
+  constexpr int MOST_ATTEMPTS = 1'000'000;
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  std::latch start(std::size(looks) + 1);
+  std::atomic<size_t> at_work = std::size(looks);
+  std::vector<std::jthread> threads;
+  for (size_t i = 0; i < std::size(looks); ++i) {
+    threads.emplace_back([&, i] {
+      world.join();
+      start.arrive_and_wait();
+      int good = 0;
+      for (int attempt = 0; good < ROUNDS && attempt < MOST_ATTEMPTS; ++attempt) {
+        bool right = false;
+        int result = looks[i](right);
+        if (result == VURN_OK) ++good;
+        EXPECT_TRUE(result == VURN_OK ? right : is_excused(result)) << i << ": " << result;
+        std::this_thread::yield();
+      }
+      EXPECT_EQ(good, ROUNDS) << i;
+      --at_work;
+    });
+  }
+  threads.emplace_back([&] {  // closes once in a while, and opens again
+    world.join();
+    start.arrive_and_wait();
+    for (int round = 0; at_work > 0; ++round) {
+      if (round % 40 == 0) vurn_close(0);
+      if (vurn_update_prl() != VURN_OK) vurn_open();
+      std::this_thread::yield();
+    }
+  });
+  threads.clear();
+  EXPECT_EQ(gDiagInfo.ring_counts[2], unsigned{ROUNDS});
+  vurn_close(0);
+  EXPECT_FALSE(world.port_is_open());
+  // Afterwards all of them work.
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  for (size_t i = 0; i < std::size(looks); ++i) {
+    bool right = false;
+    EXPECT_EQ(looks[i](right), VURN_OK) << i;
+    EXPECT_TRUE(right) << i;
+  }
+}

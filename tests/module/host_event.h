@@ -1,0 +1,11 @@
+// The platform's event as these tests play it; the calls are in host_events_test.cpp.
+#pragma once
+
+#include "include/nubi.h"
+
+struct NubiEvent {
+  const char* source;
+  const char* name;
+  int origin = 0;
+  int error = 0;
+};
