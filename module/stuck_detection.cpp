@@ -145,8 +145,9 @@ int prv_is_current_plmn_forbidden() {
   }
   int count = list[0];
   if (count > FPLMN_MOST) count = FPLMN_MOST;
-  for (int i = 0; i < count; ++i) {
-    if (memcmp(list + 1 + i * PLMN_SIZE, plmn, PLMN_SIZE) == 0) return 1;
+  const uint8_t* entry = list + 1;
+  for (int i = 0; i < count; ++i, entry += PLMN_SIZE) {
+    if (memcmp(entry, plmn, PLMN_SIZE) == 0) return 1;
   }
   return 0;
 }
