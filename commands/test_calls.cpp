@@ -57,12 +57,7 @@ unsigned zop_originate_call_test(uint32_t timeout_s, const char* number) {
   put_request(CALL_NUMBER, number, length);
   if (unsigned error = exchange(CALL_REQUEST)) return error;
   if (timeout_s == 0) return ZOP_SUCCESS;
-  if (THREAD_STATUS != 0) {
-    call_end_timeout = timeout_s;
-    THREAD_STATUS = 2;
-  } else {
-    end_call_on_alarm(timeout_s);
-  }
+  if (!time_call_by_listener(timeout_s)) end_call_on_alarm(timeout_s);
   return ZOP_SUCCESS;
 }
 

@@ -20,6 +20,7 @@ enum {
   VURN_ERR_NOT_OPEN = 1,          /* the module is not open */
   VURN_ERR_FAILED = 2,            /* modem failure, unusable value, stuck modem or failed open */
   VURN_ERR_REOPENED = 4,          /* vurn_open found the module open; it is closed now */
+  VURN_ERR_TRUNCATED = 7,         /* the report did not fit the buffer; what fitted is there */
   VURN_ERR_NULL_ARGUMENT = 11,    /* an output pointer is null */
   VURN_ERR_TIME_NOT_PROVIDED = 13 /* the network has not sent its time */
 };
@@ -142,6 +143,21 @@ int vurn_originate_call_test(int testNum);
 
 /* Ends it and leaves factory test mode. VURN_OK, with nothing sent, when no test is under way. */
 int vurn_stop_call_test(void);
+
+/* ---- the diagnostic report ---- */
+
+/* The report as text of lines into buf of len bytes, terminated. VURN_ERR_TRUNCATED when items were
+ * left out for want of room. On a closed module the text says so, and the result is VURN_OK. Keeps
+ * the modem's field testing on for ten seconds, so that the next call finds fresh data. */
+int vurn_get_log_string(char* buf, unsigned len);
+
+/* Reports the exception names[code]: five reports with it follow in syslog, one with each
+ * field-test screen. Codes 3 to 7 are not reported. names belongs to the host and stays valid.
+ * VURN_OK, or VURN_ERR_NOT_OPEN when nothing will follow. */
+int vurn_log_message(unsigned code, const char** names);
+
+/* Not 0: takes a diagnostic snapshot, one report after five screens. 0 does nothing. VURN_OK. */
+int vurn_enable_logging(int enable);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

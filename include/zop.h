@@ -291,6 +291,15 @@ unsigned int zop_get_err_clr(uint32_t index); /* up to 255, else ZOP_ERR_BAD_RES
 /* Makes the modem send call events and field-test screens. */
 unsigned int zop_debug_mode_start(void);
 
+/* Starts the event listener: a thread that asks the modem for its events every half second and,
+ * after every polls + 1 of these, for its field-test screen. ZOP_ERR_INVALID_ARGUMENT while it
+ * runs, ZOP_ERR_NO_MEMORY without memory or thread; otherwise ZOP_SUCCESS, whatever the modem says.
+ */
+unsigned int zop_debug_start(unsigned int polls);
+
+/* Ends it, after the exchange that it is in. Always ZOP_SUCCESS, also when none runs. */
+unsigned int zop_debug_stop(void);
+
 /* Sets the modem's clock from 14 bytes. */
 unsigned int zop_set_module_time(const uint8_t* time14, uint32_t* size);
 

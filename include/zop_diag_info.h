@@ -138,6 +138,47 @@ typedef struct {
 
 extern zop_diag_info gDiagInfo;
 
+/* ---- the items of the report, in the order in which it shows them ---- */
+
+/* Types of an item. */
+enum {
+  ZOP_ITEM_END = 1,      /* behind the last one */
+  ZOP_ITEM_HEADER = 2,   /* heads a section */
+  ZOP_ITEM_UNSIGNED = 3, /* size 1, 2 or 4 bytes */
+  ZOP_ITEM_SIGNED = 4,   /* the same */
+  ZOP_ITEM_FLOAT = 5,    /* 32 bits */
+  ZOP_ITEM_STRING = 6,   /* size bytes, or 0: ends with a zero */
+  ZOP_ITEM_EXCEPTION = 7 /* the exception's name */
+};
+
+/* Flags of an item. */
+enum {
+  ZOP_ITEM_SYSLOG = 0x01,     /* in the report to syslog */
+  ZOP_ITEM_LOG_STRING = 0x02, /* in the log string */
+  ZOP_ITEM_SPECIAL = 0x04,    /* no value in memory */
+  ZOP_ITEM_DOTS = 0x10,       /* in syslog a ':' of the value becomes '.', not '=' */
+  ZOP_ITEM_SNAPSHOT = 0x20    /* in a diagnostic snapshot */
+};
+
+typedef struct zop_log_item zop_log_item;
+
+/* Gives an item's value as text. 1 to show the item, 0 to leave it out. The last argument is 0. */
+typedef int zop_log_format(const zop_log_item* item, const char** text, int* length, int reserved);
+
+struct zop_log_item {
+  const char* key;   /* name in syslog; null: the label */
+  const char* label; /* name in the log string */
+  uint16_t keyLen;   /* lengths of both, filled by vurn_open */
+  uint16_t labelLen;
+  uint8_t type;
+  uint8_t flags;
+  int16_t size;
+  const void* value;      /* in gDiagInfo */
+  zop_log_format* format; /* null: by type */
+};
+
+extern zop_log_item gLogItems[];
+
 #pragma GCC visibility pop
 #ifdef __cplusplus
 }

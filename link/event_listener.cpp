@@ -1,17 +1,286 @@
-// Listener state. No thread polls the modem in this release: the state stays 0, and a link failure
-// finds nothing to stop.
+// The listener's thread, its exchanges and its stop.
+//
+// A stop never interrupts an exchange: it wakes the listener from its sleep, or waits until the
+// exchange under way has ended, so that no answer is left for the next command. The listener uses
+// the port only when it is free, and buffers that no command uses.
 #include "link/event_listener.h"
 
 #include <errno.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <time.h>
 #include <unistd.h>
 
+#include "include/zop.h"
+#include "link/frame_codec.h"
+#include "link/serial_port.h"
 #include "link/upcalls.h"
 
-constinit std::atomic<uint32_t> THREAD_STATUS = 0;
+enum { TICK_MS = 500, TICKS_PER_SECOND = 2, SHUTDOWN_DELAY_S = 1 };
+enum { BUFFER_SIZE = 360, REQUEST_SIZE = 3, PAYLOAD = 5 };
+enum { FLAGS_REQUEST = '=', SCREEN_REQUEST = '4', SCREEN_SIZE = 345 };
+enum { NOTHING_DONE = 0, EXCHANGED = 1 };  // besides PORT_ERROR and PORT_TIMEOUT
+
+constinit std::atomic<uint32_t> THREAD_STATUS = LISTENER_STOPPED;
 constinit std::atomic<uint32_t> call_end_timeout = 0;
 constinit std::atomic<uint8_t> zop_debug_end_callback_status = 0;
 
-void zop_debug_end_callback() {}
+static uint8_t* thread_ft_buff = nullptr;  // request; the listener's alone while it runs
+static uint8_t* thread_fr_buff = nullptr;  // response
+
+enum { THREAD_CREATED = 0, NO_THREAD = -1 };
+static pthread_t listener_thread;
+static constinit std::atomic<int> creation_result = NO_THREAD;  // whoever takes it joins
+
+static constinit pthread_mutex_t wake_mutex = PTHREAD_MUTEX_INITIALIZER;
+static pthread_cond_t wake_condition;  // monotonic; initialised by the first start
+
+// ---- buffers ----
+
+static bool Debug_field_Item_malloc() {
+  thread_ft_buff = static_cast<uint8_t*>(malloc(BUFFER_SIZE));
+  thread_fr_buff = static_cast<uint8_t*>(malloc(BUFFER_SIZE));
+  return thread_ft_buff != nullptr && thread_fr_buff != nullptr;
+}
+
+// Gives back only what is empty already: the pair stays allocated for good, and every start takes a
+// new one. A host may have kept pointers into it, so this stays as it is.
+static void Debug_field_Item_free() {
+  if (thread_ft_buff == nullptr) free(thread_ft_buff);
+  if (thread_fr_buff == nullptr) free(thread_fr_buff);
+}
+
+static void debugThreadMemClr() {
+  memset(thread_ft_buff, 0, BUFFER_SIZE);
+  memset(thread_fr_buff, 0, BUFFER_SIZE);
+}
+
+// ---- exchanges ----
+
+// One request without payload, if the port is free. EXCHANGED with the answer in thread_fr_buff and
+// zeros behind it; NOTHING_DONE on a busy port or a damaged answer.
+static int32_t listener_exchange(uint8_t subcommand) {
+  thread_ft_buff[0] = ZOP_VENDOR_COMMAND;
+  thread_ft_buff[1] = subcommand;
+  thread_ft_buff[2] = 0;
+  PortUse port;
+  if (port.fd == 0) return PORT_ERROR;
+  if (!try_claim_port()) return NOTHING_DONE;
+  int32_t written = send_claimed_frame(port, thread_ft_buff, REQUEST_SIZE, 0);
+  if (written == PORT_ERROR) return written;
+  int32_t received = read_answer(port, thread_fr_buff);
+  if (received < 0) return received;
+  uint8_t scratch[BUFFER_SIZE];
+  int32_t payload;
+  if (decode_frame(thread_fr_buff, static_cast<uint32_t>(received - 1), scratch, &payload) != 0) {
+    return NOTHING_DONE;
+  }
+  memset(thread_fr_buff + payload, 0, static_cast<size_t>(BUFFER_SIZE - payload));
+  return EXCHANGED;
+}
+
+static bool is_failure(int32_t result) { return result == PORT_ERROR || result == PORT_TIMEOUT; }
+
+// ---- events ----
+
+static void deliver_deactivation(const uint8_t*) { pdp_deactivation_callback(); }
+
+// The call is over, whoever has ended it.
+static void deliver_call_end(const uint8_t* record) {
+  call_end_callback(record);
+  uint32_t state = THREAD_STATUS;
+  while (state != LISTENER_STOPPED &&
+         !THREAD_STATUS.compare_exchange_weak(state, LISTENER_RUNNING)) {
+  }
+}
+
+// Bit of the event flags, request that fetches the record, and who takes it. The first bit set
+// counts; the modem flags the others again.
+struct ModemEvent {
+  uint8_t flag;
+  uint8_t request;
+  void (*deliver)(const uint8_t* record);
+};
+static constexpr ModemEvent EVENTS[] = {
+    {0x01, '>', call_orginate_callback},
+    {0x02, '?', pdp_activation_callback},
+    {0x04, '@', deliver_deactivation},
+    {0x08, 'A', deliver_call_end},
+};
+
+static int32_t fetch_event(const ModemEvent& event) {
+  debugThreadMemClr();
+  int32_t result = listener_exchange(event.request);
+  if (is_failure(result)) return result;
+  if (result == EXCHANGED) event.deliver(thread_fr_buff + PAYLOAD);
+  return EXCHANGED;
+}
+
+static int32_t poll_events() {
+  int32_t result = listener_exchange(FLAGS_REQUEST);
+  if (result != EXCHANGED) return result;
+  uint8_t flags = thread_fr_buff[PAYLOAD];
+  for (const ModemEvent& event : EVENTS) {
+    if ((flags & event.flag) != 0) return fetch_event(event);
+  }
+  return EXCHANGED;
+}
+
+static int32_t fetch_screen() {
+  debugThreadMemClr();
+  int32_t result = listener_exchange(SCREEN_REQUEST);
+  if (result != EXCHANGED) return result;
+  uint8_t screen[BUFFER_SIZE] = {};
+  memcpy(screen, thread_fr_buff + PAYLOAD, SCREEN_SIZE);
+  field_information_callback(screen);
+  return EXCHANGED;
+}
+
+// ---- the thread ----
+
+static bool is_stopped() { return THREAD_STATUS == LISTENER_STOPPED; }
+
+static void sleep_one_tick() {
+  timespec end;
+  clock_gettime(CLOCK_MONOTONIC, &end);
+  end.tv_nsec += TICK_MS * 1'000'000L;
+  end.tv_sec += end.tv_nsec / 1'000'000'000L;
+  end.tv_nsec %= 1'000'000'000L;
+  pthread_mutex_lock(&wake_mutex);
+  while (!is_stopped() && pthread_cond_timedwait(&wake_condition, &wake_mutex, &end) == 0) {
+  }
+  pthread_mutex_unlock(&wake_mutex);
+}
+
+// Counts ticks of a timed call, and ends it when its time is over and the port is free. The count
+// goes on where it stood when a call has ended by itself.
+static void time_call(uint64_t* ticks) {
+  if (THREAD_STATUS != LISTENER_TIMES_CALL) return;
+  ++*ticks;
+  if (*ticks <= uint64_t{TICKS_PER_SECOND} * call_end_timeout) return;
+  if (!end_call_if_port_is_free()) return;  // tried again at the next tick
+  uint32_t timing = LISTENER_TIMES_CALL;
+  THREAD_STATUS.compare_exchange_strong(timing, LISTENER_ENDED_CALL);
+  call_end_timeout = 0;
+  *ticks = 0;
+}
+
+// After every polls + 1 good event polls, one screen. A screen that failed is asked for again.
+static void* listen(void* argument) {
+  uintptr_t polls = reinterpret_cast<uintptr_t>(argument);
+  uintptr_t good_polls = 0;
+  uint64_t call_ticks = 0;
+  for (;;) {
+    sleep_one_tick();
+    if (is_stopped()) break;
+    time_call(&call_ticks);
+    if (good_polls > polls) {
+      if (!is_failure(fetch_screen())) good_polls = 0;
+    } else if (!is_failure(poll_events())) {
+      ++good_polls;
+    }
+  }
+  Debug_field_Item_free();
+  return nullptr;
+}
+
+int create_module_thread(pthread_t* thread, void* (*start)(void*), void* argument) {
+  sigset_t asynchronous;
+  sigset_t before;
+  sigfillset(&asynchronous);
+  for (int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP}) {
+    sigdelset(&asynchronous, fault);
+  }
+  pthread_sigmask(SIG_SETMASK, &asynchronous, &before);
+  int error = pthread_create(thread, nullptr, start, argument);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return error;
+}
+
+// ---- start and stop ----
+
+static void prepare_wake_condition() {
+  static constinit bool prepared = false;
+  if (prepared) return;
+  pthread_condattr_t attributes;
+  pthread_condattr_init(&attributes);
+  pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+  pthread_cond_init(&wake_condition, &attributes);
+  pthread_condattr_destroy(&attributes);
+  prepared = true;
+}
+
+static void join_listener() {
+  if (creation_result.exchange(NO_THREAD) == THREAD_CREATED) pthread_join(listener_thread, nullptr);
+}
+
+// Callers hold the module's lock. A listener that an alarm has stopped is joined first.
+unsigned zop_debug_start(unsigned polls) {
+  if (!is_stopped()) return ZOP_ERR_INVALID_ARGUMENT;
+  join_listener();
+  prepare_wake_condition();
+  if (!Debug_field_Item_malloc()) {
+    puts("zop_debug_start malloc fail !");
+    return ZOP_ERR_NO_MEMORY;
+  }
+  THREAD_STATUS = LISTENER_RUNNING;
+  void* argument = reinterpret_cast<void*>(uintptr_t{polls});
+  if (create_module_thread(&listener_thread, listen, argument) != 0) {
+    THREAD_STATUS = LISTENER_STOPPED;
+    return ZOP_ERR_NO_MEMORY;
+  }
+  creation_result = THREAD_CREATED;
+  (void)zop_debug_mode_start();  // a modem that refuses still answers the listener's requests
+  return ZOP_SUCCESS;
+}
+
+unsigned zop_debug_stop() {
+  THREAD_STATUS = LISTENER_STOPPED;
+  if (creation_result != THREAD_CREATED) return ZOP_SUCCESS;
+  pthread_mutex_lock(&wake_mutex);
+  pthread_cond_signal(&wake_condition);
+  pthread_mutex_unlock(&wake_mutex);
+  join_listener();
+  return ZOP_SUCCESS;
+}
+
+bool time_call_by_listener(uint32_t timeout_s) {
+  uint32_t state = THREAD_STATUS;
+  if (state == LISTENER_STOPPED) return false;
+  call_end_timeout = timeout_s;
+  while (!THREAD_STATUS.compare_exchange_weak(state, LISTENER_TIMES_CALL)) {
+    if (state == LISTENER_STOPPED) return false;
+  }
+  return true;
+}
+
+// ---- alarms ----
+
+void zop_debug_end_callback() {
+  if (zop_debug_end_callback_status == 1) return;
+  uint32_t state = THREAD_STATUS;
+  if (state == LISTENER_TIMES_CALL) alarm(0);
+  if (state == LISTENER_STOPPED) return;
+  struct sigaction action = {};  // act_debug: no flags, empty mask
+  action.sa_handler = callback_debug_close;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGALRM, &action, nullptr);
+  zop_debug_end_callback_status = 1;
+  alarm(SHUTDOWN_DELAY_S);
+}
+
+// An alarm that is left over from a link which has been opened anew finds the status cleared and
+// stops nothing. The handler may run anywhere in the host, with locks held: the listener is told to
+// end, and joined by the next start or stop.
+void callback_debug_close(int) {
+  if (zop_debug_end_callback_status.exchange(0) == 0) return;
+  int saved_errno = errno;
+  THREAD_STATUS = LISTENER_STOPPED;
+  alarm(0);
+  errno = saved_errno;
+}
 
 void callback_function(int) {
   int saved_errno = errno;

@@ -9,6 +9,15 @@ extern uint8_t ft_buff[COMMAND_BUFFER_SIZE];
 extern uint8_t fr_buff[COMMAND_BUFFER_SIZE];
 void clear_memory();
 
+// module/modem_events.cpp: what the listener has fetched. A record is valid during the call.
+void call_end_callback(const uint8_t* record);
+void call_orginate_callback(const uint8_t* record);  // spelled so
+void pdp_activation_callback(const uint8_t* record);
+void pdp_deactivation_callback();
+
+// report/field_test.cpp: a field-test screen of 345 bytes.
+void field_information_callback(const void* screen);
+
 // commands/test_calls.cpp: ends a test call unless another exchange is under way; false then. Safe
 // in a signal handler and beside a host's command.
 bool end_call_if_port_is_free();

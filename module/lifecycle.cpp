@@ -2,6 +2,8 @@
 // log mask and the flags need no modem.
 #define LOG_SOURCE "zop_module"
 
+#include "module/lifecycle.h"
+
 #include <string.h>
 #include <time.h>
 #include <unistd.h>
@@ -12,6 +14,10 @@
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
 #include "module/stuck_detection.h"
+#include "report/deferred_action.h"
+#include "report/field_test.h"
+#include "report/rendering.h"
+#include "report/snapshot.h"
 #include "report/uptime.h"
 
 static constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
@@ -19,6 +25,8 @@ static constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
 enum { SIM_POLLS = 20 };
 enum { SIM_READY = 2, SIM_NOT_INITIALISED = 3, SIM_NOT_READY = 4 };
 enum { LOCK_PIN_ENABLED = 2 };  // the card waits for its PIN: waiting longer does not help
+
+constinit bool gDeferredThreadCreated = false;
 
 static void prv_close_link() {
   zop_close();
@@ -33,6 +41,7 @@ static bool prv_open_link() {
   LOG_D(VURN_LOG_GENERAL, "D zop:opened successfully");
   gModuleOpen = true;
   gRefetchPlmns = true;
+  prv_zop_init_logging();
   prv_clear_stuck_detection();
   return true;
 }
@@ -113,15 +122,30 @@ static void prv_log_versions() {
         static_cast<unsigned long>(gDiagInfo.asleep_seconds), text);
 }
 
+// Once a process: a thread that vurn_close has joined is not started again.
+static bool prv_create_deferred_action_thread() {
+  if (gDeferredThreadCreated) return true;
+  if (int error = prv_start_deferred_action_thread()) {
+    LOG_E("E zop:defthr:err=%i:can't create deferred action thread", error);
+    return false;
+  }
+  gDeferredThreadCreated = true;
+  return true;
+}
+
+static int prv_fail_open() {
+  if (gModuleOpen) prv_close_link();
+  return VURN_ERR_FAILED;
+}
+
 static int prv_open_module() {
+  if (!prv_create_deferred_action_thread()) return prv_fail_open();
   if (gModuleOpen) {  // a second open closes; the host opens again
     prv_close_link();
     return VURN_ERR_REOPENED;
   }
-  if (!prv_open_link() || !prv_wait_for_sim()) {
-    if (gModuleOpen) prv_close_link();
-    return VURN_ERR_FAILED;
-  }
+  if (!prv_open_link() || !prv_wait_for_sim()) return prv_fail_open();
+  prv_start_diagnostic_data_snapshot(false);
   if (gDiagInfo.hardware[0] == '\0') prv_log_versions();
   return VURN_OK;
 }
@@ -137,10 +161,22 @@ int vurn_open() {
   return result;
 }
 
+// The thread may be waiting for the lock, to switch field testing on: it gets it, and what it has
+// switched on is switched off behind it.
+static void prv_join_deferred_action_thread() {
+  pthread_mutex_unlock(&gModuleMutex);
+  prv_stop_deferred_action_thread();
+  LOG_D(VURN_LOG_GENERAL, "D zop:joined deferred action thread");
+  pthread_mutex_lock(&gModuleMutex);
+  zop_debug_stop();
+}
+
 int vurn_close(int join) {
-  (void)join;  // no thread of the module's own runs in this release
   ScopedLock lock(gModuleMutex);
-  if (gModuleOpen) prv_close_link();
+  if (!gModuleOpen) return VURN_OK;
+  prv_set_field_testing(false, false);
+  if (join != 0) prv_join_deferred_action_thread();
+  prv_close_link();
   return VURN_OK;
 }
 

@@ -83,6 +83,7 @@ static void print_sample(const Bars& found, bool json) {
 static void reopen_lost(const ModuleLibrary& m, const Bars& found) {
   bool lost = found.result == VURN_ERR_NOT_OPEN || found.reason == LINK_LOST;
   if (!lost) return;
+  QuietOutput quiet;
   m.vurn_close(0);
   m.vurn_open();  // the next look tells
 }
@@ -90,12 +91,10 @@ static void reopen_lost(const ModuleLibrary& m, const Bars& found) {
 // Until the user ends it.
 static void watch(const ModuleLibrary& m, uint32_t seconds, bool json) {
   for (;;) {
-    check_signals();
     Bars found = read_bars(m);
     print_sample(found, json);
     reopen_lost(m, found);
-    timespec wait = {static_cast<time_t>(seconds), 0};
-    nanosleep(&wait, nullptr);
+    wait_seconds(seconds);
   }
 }
 

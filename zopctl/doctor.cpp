@@ -66,6 +66,7 @@ static Check card(const ModuleLibrary& m) {
 
 static Check opened(const ModuleLibrary& m) {
   LogCapture log(m, VURN_LOG_ERROR);
+  QuietOutput quiet;
   int result = m.vurn_open();
   if (result == VURN_OK) return {Check::GOOD, "the module opens", ""};
   std::string last = log.text().substr(0, log.text().find('\n'));

@@ -4,32 +4,47 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <string.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <cstdio>
 
 #include "zopctl/host_calls.h"
+#include "zopctl/quiet_output.h"
 #include "zopctl/words.h"
 
 namespace zopctl {
 
 static volatile sig_atomic_t caught_signal = 0;
+static int wake_up = -1;  // an eventfd: a signal just before a wait must end it too
 
 static void on_signal(int signal) {
   if (caught_signal != 0) _exit(128 + signal);
+  int saved_errno = errno;
   caught_signal = signal;
+  uint64_t one = 1;
+  if (write(wake_up, &one, sizeof one) < 0) caught_signal = signal;  // full: it is awake already
+  errno = saved_errno;
 }
 
 static bool has_caught_signal() { return caught_signal != 0; }
 
 void watch_signals() {
   hurry_when(has_caught_signal);
+  wake_up = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   struct sigaction action = {};
   action.sa_handler = on_signal;
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
+}
+
+void wait_seconds(unsigned seconds) {
+  pollfd signals = {wake_up, POLLIN, 0};
+  poll(&signals, 1, static_cast<int>(seconds * 1000));
+  check_signals();
 }
 
 void check_signals() {
@@ -97,6 +112,7 @@ Session::Session(const Options& options, Verb::Need need) : need_(need) {
   module_ = std::make_unique<ModuleLibrary>(options.library);
   if (options.log_mask) show_log(*module_, *options.log_mask);
   check_signals();
+  QuietOutput quiet;
   if (need_ != Verb::LIBRARY) open_modem(*module_, need_);
 }
 

@@ -36,6 +36,7 @@ struct Interrupted {
   int signal;
 };
 void watch_signals();
-void check_signals();  // throws Interrupted
+void check_signals();                 // throws Interrupted
+void wait_seconds(unsigned seconds);  // the same, as soon as the signal comes
 
 }  // namespace zopctl

@@ -37,6 +37,7 @@ class HostThreads : public ModuleTest {
       answers[request] = request + " 00 00 " + payload;
     }
     world.missing["/var/local/wan/mcc"] = EACCES;
+    world.runs_free = true;
     modem.keeps_requests = false;
   }
   // Results that a module gives that is being opened and closed, and whose port may be busy.

@@ -10,7 +10,10 @@
 #include "include/vurn.h"
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
+#include "link/event_listener.h"
 #include "link/serial_port.h"
+#include "module/lifecycle.h"
+#include "report/deferred_action.h"
 #include "tests/support/far_ends.h"
 
 namespace test {
@@ -29,11 +32,22 @@ class ModuleTest : public testing::Test {
     SIO_USED_LOCK = 0;
     world.far_end = &modem;
     world.missing["/proc/uptime"] = ENOENT;
+    THREAD_STATUS = 0;
+    zop_debug_end_callback_status = 0;
+    gDeferredThreadCreated = false;
+    for (const char* path : {"/proc/net/dev", "/etc/resolv.conf", "/proc"}) {
+      world.missing[path] = ENOENT;
+    }
     vurn_set_log_mask(0);
   }
-  void TearDown() override { vurn_close(1); }
+  void TearDown() override {
+    vurn_close(1);
+    prv_stop_deferred_action_thread();  // one whose module is closed
+    zop_debug_stop();
+  }
 
-  // Answer to each request, by the request's payload as hex: payload, or "" for silence.
+  // Answer to each request, by the request's payload as hex: payload, or "" for one that can't be
+  // unframed. Others are answered with zeros.
   std::map<std::string, std::string> answers = {
       {"d2 00 00", "d2 00 00 00 00 00 02 01 03"},
       {"cf 5d 00", "cf 5d 00 00 00 46 57 2d 31"},  // FW-1
@@ -58,8 +72,10 @@ class ModuleTest : public testing::Test {
   World world;
   AnsweringModem modem{[this](const Bytes& request) -> std::optional<Bytes> {
     auto it = answers.find(to_hex(request));
-    if (it == answers.end()) return std::nullopt;
-    return hex(it->second);
+    if (it != answers.end()) return hex(it->second);
+    Bytes zeros(350);  // a good status and nothing else
+    std::copy_n(request.begin(), std::min<size_t>(3, request.size()), zeros.begin());
+    return zeros;
   }};
 };
 

@@ -13,8 +13,9 @@ trap 'rm -rf "$work"' EXIT
 # Functions and data that the headers of the module declare (nubi.h declares the platform's).
 sed -e 's|/\*.*\*/||' "$source"/include/vurn.h "$source"/include/zop.h \
     "$source"/include/zop_diag_info.h $(ls "$source"/include/modem_download.h 2>/dev/null) |
-  grep -oE '\b(vurn|zop|modem|mem_dump)_[a-z0-9_]+\(|^extern .*\b[A-Za-z]+;' |
-  sed -E 's/\($//; s/^extern .* ([A-Za-z]+);/\1/' | sort -u > "$work/declared"
+  grep -vE '^typedef' |
+  grep -oE '\b(vurn|zop|modem|mem_dump)_[a-z0-9_]+\(|^extern .*\b[A-Za-z]+(\[\])?;' |
+  sed -E 's/\($//; s/^extern .* ([A-Za-z]+)(\[\])?;/\1/' | sort -u > "$work/declared"
 nm -D --defined-only "$library" | awk '{print $3}' | sort -u > "$work/exported"
 [ "$(wc -l < "$work/declared")" -gt 50 ] || fail "found only few declarations: is the pattern right?"
 diff "$work/declared" "$work/exported" > "$work/diff" ||

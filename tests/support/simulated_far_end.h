@@ -8,16 +8,18 @@ namespace test {
 
 class SimulatedFarEnd : public FarEnd {
  public:
-  explicit SimulatedFarEnd(sim::Scenario scenario = {}) : modem(std::move(scenario)) {}
+  // The modem is started at a moment of the World.
+  explicit SimulatedFarEnd(sim::Scenario scenario = {}, Time start = Time{0})
+      : modem(std::move(scenario)), start_(start) {}
 
   sim::Modem modem;
 
   void receive(std::span<const uint8_t> bytes, Time now) override { modem.receive(bytes, us(now)); }
   std::optional<Time> next_due() const override {
     auto due = modem.next_due();
-    if (!pieces_.empty()) return Time{0};
+    if (!pieces_.empty()) return start_;
     if (!due) return std::nullopt;
-    return *due;
+    return start_ + *due;
   }
   Bytes take(Time now) override {
     run(now);
@@ -46,7 +48,9 @@ class SimulatedFarEnd : public FarEnd {
   std::deque<Bytes> pieces_;
   int hang_ups_ = 0;
 
-  static sim::Time us(Time time) { return std::chrono::duration_cast<sim::Time>(time); }
+  Time start_;
+
+  sim::Time us(Time time) const { return std::chrono::duration_cast<sim::Time>(time - start_); }
 };
 
 }  // namespace test

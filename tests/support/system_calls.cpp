@@ -2,12 +2,16 @@
 // while there is one, and the system otherwise. The real calls go by system call number, so that
 // they work before any library is initialised.
 #undef _FORTIFY_SOURCE
+#include <arpa/inet.h>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <net/if.h>
 #include <stdarg.h>
 #include <stdio.h>
+#include <sys/ioctl.h>
 #include <sys/select.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <syslog.h>
 #include <termios.h>
@@ -30,7 +34,7 @@ static const char MODEM_DEVICE[] = "/dev/tts/USB1";
 #define IN_WORLD(world)                              \
   World* world = World::current();                   \
   std::unique_lock<std::recursive_mutex> world_lock; \
-  if (world != nullptr) world_lock = std::unique_lock(world->mutex)
+  if (world != nullptr && world->runs_free) world_lock = std::unique_lock(world->mutex)
 
 template <typename Function>
 static Function* next_definition(const char* name) {
@@ -86,6 +90,37 @@ EXPORTED FILE* fopen(const char* path, const char* mode) {
 }
 EXPORTED FILE* fopen64(const char* path, const char* mode) {
   return fopen_in_world("fopen64", path, mode);
+}
+
+EXPORTED DIR* opendir(const char* path) {
+  IN_WORLD(world);
+  const char* real = real_path(world, path);
+  if (real == nullptr) return nullptr;
+  return next_definition<DIR*(const char*)>("opendir")(real);
+}
+
+EXPORTED int socket(int domain, int type, int protocol) noexcept {
+  World* world = World::current();
+  if (world != nullptr && world->socket_error != 0) return errno = world->socket_error, -1;
+  return static_cast<int>(syscall(SYS_socket, domain, type, protocol));
+}
+
+// The addresses of ppp0.
+EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, request);
+  void* argument = va_arg(arguments, void*);
+  va_end(arguments);
+  World* world = World::current();
+  if (world == nullptr || (request != SIOCGIFADDR && request != SIOCGIFDSTADDR)) {
+    return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
+  }
+  if (world->ppp0_error != 0) return errno = world->ppp0_error, -1;
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  inet_aton(world->ppp0_addresses[request == SIOCGIFDSTADDR].c_str(), &address.sin_addr);
+  memcpy(&static_cast<ifreq*>(argument)->ifr_addr, &address, sizeof address);
+  return 0;
 }
 
 EXPORTED int close(int fd) {
@@ -158,12 +193,12 @@ EXPORTED int tcflush(int fd, int queue) noexcept {
 
 static void sleep_in_world(Time time) {
   if (World* world = World::current()) {
-    {
-      std::unique_lock lock(world->mutex);
+    if (world->runs_free) {
+      world->sleep_free(time);
+    } else {
       world->pass(time);
     }
-    if (!world->has_threads()) return;
-    time = 20us;  // lets the others run
+    return;
   }
   timespec real = {static_cast<time_t>(time / 1s), static_cast<long>((time % 1s).count())};
   syscall(SYS_nanosleep, &real, nullptr);
@@ -186,7 +221,7 @@ EXPORTED int clock_gettime(clockid_t clock, timespec* now) noexcept {
   if (world == nullptr) return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
   if (world->clock_error != 0) return errno = world->clock_error, -1;
   auto since_start = world->now();
-  time_t start = clock == CLOCK_REALTIME ? world->wall_clock_start : 1000;
+  time_t start = clock == CLOCK_REALTIME ? world->wall_clock_start : World::MONOTONIC_START / 1s;
   *now = {start + static_cast<time_t>(since_start / 1s),
           static_cast<long>((since_start % 1s).count())};
   return 0;

@@ -21,10 +21,7 @@ World::~World() {
   current_world = nullptr;
 }
 World* World::current() { return current_world; }
-void World::join() {
-  current_world = this;
-  ++threads_;
-}
+void World::join() { current_world = this; }
 
 std::string World::log_text() const {
   std::string text;
@@ -62,6 +59,7 @@ ssize_t World::write_port(const uint8_t* bytes, size_t size) {
   }
   written.insert(written.end(), bytes, bytes + size);
   if (far_end != nullptr) far_end->receive({bytes, size}, now_);
+  if (!runs_free) conductor.wake(&ports_, true);
   return static_cast<ssize_t>(size);
 }
 
@@ -101,17 +99,39 @@ int World::wait_for_input(Time limit) {
     if (is_dead()) return 1;
     if (fetch()) return 1;
     std::optional<Time> due = far_end != nullptr ? far_end->next_due() : std::nullopt;
-    if (!due || *due > end) break;
-    now_ = std::max(now_, *due);
+    if (now_ >= end) return 0;
+    Time next = due ? std::min(*due, end) : end;
+    if (runs_free) {
+      now_ = std::max(now_, next);
+    } else {
+      conductor.park(&ports_, std::max(now_, next));
+    }
   }
-  now_ = end;
-  return 0;
 }
+
+void World::let_pass(Time by) {
+  if (runs_free || !conductor.has_others()) {
+    now_ += by;
+  } else {
+    conductor.park(nullptr, now_ + by);
+  }
+}
+
+void World::advance(Time by) { let_pass(by); }
 
 void World::pass(Time time) {
   sleeps.push_back(time);
-  now_ += time;
+  let_pass(time);
   if (on_sleep) on_sleep(time);
+}
+
+void World::sleep_free(Time time) {
+  {
+    std::unique_lock lock(mutex);
+    pass(std::max(time, Time{0}));
+  }
+  timespec moment = {0, 20'000};  // lets the others run
+  syscall(SYS_nanosleep, &moment, nullptr);
 }
 
 Bytes hex(const std::string& text) {

@@ -8,7 +8,9 @@
 
 #include <termios.h>
 
+#include <array>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <deque>
@@ -21,9 +23,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/conductor.h"
+
 namespace test {
 
-using Time = std::chrono::nanoseconds;  // since the World began
 using Bytes = std::vector<uint8_t>;
 
 Bytes hex(const std::string& text);  // "cf 20 00", white space ignored
@@ -60,6 +63,8 @@ struct PortCall {
 };
 
 class World {
+  Time now_{0};
+
  public:
   World();
   ~World();
@@ -78,32 +83,41 @@ class World {
   std::time_t wall_clock_start = 1'280'000'000;  // 24 July 2010
   termios line_settings{};                       // of the device, as last applied
   std::optional<unsigned> alarm;                 // seconds that alarm() was last called with
-  int clock_error = 0;                           // errno of clock_gettime
+  std::array<std::string, 2> ppp0_addresses;     // local and peer
+  int ppp0_error = ENODEV;                       // of asking for them, 0 none
+  int socket_error = 0;
+  int clock_error = 0;  // errno of clock_gettime
   int opens = 0;
   int flushes = 0;
   Bytes written;  // all that went out on the port
 
-  bool has_threads() const { return threads_ > 1; }
+  // Threads really run beside each other, and their sleeps only pass the time. For races: the order
+  // differs from run to run.
+  bool runs_free = false;
+  int thread_error = 0;  // of pthread_create
+  std::atomic<int> threads_made = 0;
   Time now() const { return now_; }
-  void advance(Time by) { now_ += by; }
+  void advance(Time by);  // other threads do what is due meanwhile
   bool port_is_open() const { return !ports_.empty(); }
   std::string log_text() const;  // all lines, one a line
 
-  // ---- for system_calls.cpp ----
-  std::recursive_mutex mutex;
+  // ---- for system_calls.cpp and threads.cpp ----
+  std::recursive_mutex mutex;  // while it runs free
   bool is_port(int fd) const { return ports_.count(fd) != 0; }
   int open_port();
   void close_port(int fd);
   ssize_t write_port(const uint8_t* bytes, size_t size);
   ssize_t read_port(uint8_t* bytes, size_t size);
   int wait_for_input(Time limit);
-  void pass(Time time);  // a sleep
+  void pass(Time time);        // a sleep
+  void sleep_free(Time time);  // the same in a World that runs free
+  static constexpr Time MONOTONIC_START = std::chrono::seconds(1000);
+  Conductor conductor{now_};
 
  private:
-  bool is_dead();  // the device has gone since the port was opened
-  bool fetch();    // takes what the far end has to say by now; true when there is input
-  std::atomic<int> threads_ = 0;
-  Time now_{0};
+  void let_pass(Time by);
+  bool is_dead();        // the device has gone since the port was opened
+  bool fetch();          // takes what the far end has to say by now; true when there is input
   std::set<int> ports_;  // its open descriptors
   int hang_ups_at_open_ = 0;
   std::deque<uint8_t> input_;

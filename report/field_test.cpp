@@ -1,0 +1,63 @@
+// Field testing. The listener brings a screen every one and a half seconds while it is on.
+#define LOG_SOURCE "zop_module"
+
+#include "report/field_test.h"
+
+#include <string.h>
+#include <time.h>
+
+#include "core/log.h"
+#include "core/module_state.h"
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
+#include "link/upcalls.h"
+#include "report/deferred_action.h"
+#include "report/rendering.h"
+
+constinit pthread_mutex_t gFtdMutex = PTHREAD_MUTEX_INITIALIZER;
+constinit std::atomic<uint32_t> gExceptionCode = 0;
+constinit std::atomic<const char*> gExceptionName = nullptr;
+constinit uint8_t gFtdSnapshotFlag = 0;
+
+enum { EVENT_POLLS = 1 };  // of the listener, less one, between two screens
+
+// A closed module has no modem to listen to: a thread would only wait for the next open.
+static unsigned prv_start_debugging() {
+  return gModuleOpen ? zop_debug_start(EVENT_POLLS) : unsigned{ZOP_ERR_NOT_OPEN};
+}
+
+void prv_set_field_testing(bool on, bool lockModule) {
+  if (lockModule) pthread_mutex_lock(&gModuleMutex);
+  if (on) {
+    LOG_D(VURN_LOG_GENERAL, "D zop:turning on field testing");
+    int status = static_cast<int>(prv_start_debugging());
+    if (status != 0) LOG_E("E zop:startdeb:status=%d:can't start debugging", status);
+    if (status == 0) LOG_D(VURN_LOG_GENERAL, "D zop:turned on field testing");
+  } else {
+    LOG_D(VURN_LOG_GENERAL, "D zop:turning off field testing");
+    int status = static_cast<int>(zop_debug_stop());
+    if (status != 0) LOG_E("E zop:stopdeb:status=%d:can't stop debugging", status);
+    if (status == 0) LOG_D(VURN_LOG_GENERAL, "D zop:turned off field testing");
+  }
+  if (lockModule) pthread_mutex_unlock(&gModuleMutex);
+  if (!on) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
+}
+
+void prv_output_field_test_data_to_syslog() {
+  LOG_ENTER();
+  {
+    ScopedLock lock(gFtdMutex);
+    prv_zop_output_to_syslog(gExceptionCode, gExceptionName, gFtdSnapshotFlag);
+  }
+  LOG_RETURN();
+}
+
+void field_information_callback(const void* screen) {
+  LOG_D(VURN_LOG_FIELD_INFORMATION, "D zop:field information callback called");
+  {
+    ScopedLock lock(gFtdMutex);
+    gDiagInfo.screen_time = static_cast<uint32_t>(time(nullptr));
+    memcpy(&gDiagInfo.screen, screen, sizeof gDiagInfo.screen);
+  }
+  prv_deferred_action_event(DEFERRED_FIELD_TEST_DATA);
+}

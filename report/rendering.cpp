@@ -1,0 +1,259 @@
+// One walk over the items serves both forms. Callers hold gFtdMutex, so that no screen comes in
+// meanwhile; the renderer's own lock keeps its scratch buffer and stamp to one report at a time.
+#define LOG_SOURCE "logging"
+
+#include "report/rendering.h"
+
+#include <ctype.h>
+#include <string.h>
+#include <time.h>
+
+#include "core/log.h"
+#include "core/module_state.h"
+#include "include/zop_diag_info.h"
+#include "report/scratch.h"
+
+// Bytes of one syslog line before its line count; and what a pair needs besides name and value.
+enum { LINE_SIZE = 1200, COUNT_ROOM = 16, PAIR_EXTRA = 3 };
+
+static constinit pthread_mutex_t gRendererMutex = PTHREAD_MUTEX_INITIALIZER;
+static constinit uint32_t gLastStamp = 0;  // of the report before; under gRendererMutex
+
+struct Text {
+  const char* at;
+  size_t length;
+};
+
+void prv_zop_init_logging() {
+  ScopedLock lock(gRendererMutex);
+  for (zop_log_item* item = gLogItems; item->type != ZOP_ITEM_END; ++item) {
+    if (item->key != nullptr) item->keyLen = static_cast<uint16_t>(strlen(item->key));
+    if (item->label != nullptr) item->labelLen = static_cast<uint16_t>(strlen(item->label));
+  }
+}
+
+// ---- values ----
+
+static Text prv_text_of(const BoundedWriter& out) { return {out.text(), out.length()}; }
+
+static Text prv_integer(const zop_log_item& item, int index) {
+  const uint8_t* p = prv_bytes(item.value);
+  bool is_signed = item.type == ZOP_ITEM_SIGNED;
+  BoundedWriter out = prv_scratch();
+  if (item.size != 1 && item.size != 2 && item.size != 4) {
+    out.append("item %d bad size %d", index, item.size);
+  } else if (item.size == 4 && !is_signed) {
+    out.append("%u", get_le32(p));
+  } else if (item.size == 4) {
+    out.append("%d", get_unaligned_int32_t(p));
+  } else if (item.size == 2) {
+    out.append("%d", is_signed ? static_cast<int16_t>(get_le16(p)) : get_le16(p));
+  } else {
+    out.append("%d", is_signed ? static_cast<int8_t>(*p) : *p);
+  }
+  return prv_text_of(out);
+}
+
+static Text prv_float(const zop_log_item& item) {
+  float value;
+  memcpy(&value, item.value, sizeof value);
+  BoundedWriter out = prv_scratch();
+  out.append("%.3f", static_cast<double>(value));
+  return prv_text_of(out);
+}
+
+// A text without its terminating zero ends with the record.
+static Text prv_string(const zop_log_item& item) {
+  const char* text = static_cast<const char*>(item.value);
+  if (item.size > 0) return {text, static_cast<size_t>(item.size)};
+  const uint8_t* p = prv_bytes(item.value);
+  const uint8_t* record = prv_bytes(&gDiagInfo);
+  bool inside = p >= record && prv_is_in_record(p, 1);
+  if (!inside) return {text, strlen(text)};
+  return {text, strnlen(text, static_cast<size_t>(record + sizeof gDiagInfo - p))};
+}
+
+static Text prv_plain_value(const zop_log_item& item, int index) {
+  switch (item.type) {
+    case ZOP_ITEM_UNSIGNED:
+    case ZOP_ITEM_SIGNED:
+      return prv_integer(item, index);
+    case ZOP_ITEM_FLOAT:
+      return prv_float(item);
+    case ZOP_ITEM_STRING:
+      return prv_string(item);
+    default: {
+      BoundedWriter out = prv_scratch();
+      out.append("item %d bad type %d", index, item.type);
+      return prv_text_of(out);
+    }
+  }
+}
+
+// One item on its way into the report.
+struct Shown {
+  Text label;
+  Text value;
+};
+
+// The first header of all loses the newline, or blank and newline, that its label may begin with.
+static void prv_trim_first_header(Text* label) {
+  size_t leading = label->length > 1 && label->at[0] == ' ' && label->at[1] == '\n' ? 2 : 0;
+  if (label->length > 0 && label->at[0] == '\n') leading = 1;
+  label->at += leading;
+  label->length -= leading;
+}
+
+// Headers, the exception, and rows that are neither. False to leave the item out.
+static bool prv_special_value(const zop_log_item& item, int index, const char* excName,
+                              Shown* shown) {
+  shown->value = {"", 0};
+  if (item.type == ZOP_ITEM_EXCEPTION) {
+    if (excName == nullptr) return false;
+    shown->value = {excName, strlen(excName)};
+  } else if (item.type == ZOP_ITEM_HEADER) {
+    if (index == 0) prv_trim_first_header(&shown->label);
+  } else {
+    static constexpr char UNKNOWN[] = "UNKNOWN SPECIAL";
+    BoundedWriter out = prv_scratch();
+    out.append("item=%d", index);
+    LOG_E("E zop:itemnolabel:%s:oops", out.text());
+    *shown = {{UNKNOWN, strlen(UNKNOWN)}, prv_text_of(out)};
+  }
+  return true;
+}
+
+static bool prv_value(const zop_log_item& item, int index, const char* excName, Shown* shown) {
+  if (item.format != nullptr) {
+    const char* text = "";
+    int length = 0;
+    if (item.format(&item, &text, &length, 0) == 0) return false;
+    shown->value = {text, static_cast<size_t>(length)};
+    return true;
+  }
+  if ((item.flags & ZOP_ITEM_SPECIAL) != 0) return prv_special_value(item, index, excName, shown);
+  shown->value = prv_plain_value(item, index);
+  return true;
+}
+
+// ---- the log string ----
+
+struct LogString {
+  char* buf;    // null: none is wanted
+  size_t room;  // before the terminator
+  size_t used;
+  bool whole;
+};
+
+static void prv_put(LogString* out, const char* text, size_t length) {
+  memcpy(out->buf + out->used, text, length);
+  out->used += length;
+}
+
+// An item that does not fit is left out; a later, shorter one may still go in.
+static void prv_add_to_log_string(LogString* out, const zop_log_item& item, const Shown& shown) {
+  if (out->used + shown.label.length + shown.value.length + PAIR_EXTRA > out->room) {
+    out->whole = false;
+    return;
+  }
+  prv_put(out, shown.label.at, shown.label.length);
+  bool bare_header = item.type == ZOP_ITEM_HEADER && shown.value.length == 0;
+  if (!bare_header && shown.label.length > 0) prv_put(out, ": ", 2);
+  if (!bare_header) prv_put(out, shown.value.at, shown.value.length);
+  prv_put(out, "\n", 1);
+}
+
+// ---- syslog ----
+
+struct SyslogLine {
+  uint32_t stamp;
+  int number;  // of this line, from 1
+  size_t used;
+  char text[LINE_SIZE + COUNT_ROOM];
+};
+
+static void prv_write_line(SyslogLine* line) {
+  line->text[line->used] = '\0';
+  LOG_I("I zop:diag: t=%x%s:", line->stamp, line->text);
+  line->used = 0;
+}
+
+static char prv_in_pair(char c, uint8_t flags) {
+  if (c == ',') return ';';
+  if (c == ':') return (flags & ZOP_ITEM_DOTS) != 0 ? '.' : '=';
+  return c;
+}
+
+// A pair that would pass the end begins the next line; one that is longer than a line is cut.
+static void prv_add_to_syslog(SyslogLine* line, const zop_log_item& item, const Shown& shown) {
+  Text name = shown.label;
+  if (item.key != nullptr) name = {item.key, item.keyLen};
+  size_t needed = name.length + shown.value.length + PAIR_EXTRA;
+  if (line->used > 0 && line->used + needed > LINE_SIZE) {
+    prv_write_line(line);
+    ++line->number;
+  }
+  char* out = line->text + line->used;
+  char* end = line->text + LINE_SIZE;
+  auto put = [&](char c) {
+    if (out < end) *out++ = c;
+  };
+  put(',');
+  if (name.length > 0 && isalpha(static_cast<unsigned char>(name.at[0])) == 0) put('Z');
+  for (size_t i = 0; i < name.length; ++i) put(name.at[i]);
+  put('=');
+  for (size_t i = 0; i < shown.value.length; ++i) put(prv_in_pair(shown.value.at[i], item.flags));
+  line->used = static_cast<size_t>(out - line->text);
+}
+
+static void prv_end_syslog(SyslogLine* line) {
+  line->used +=
+      static_cast<size_t>(snprintf(line->text + line->used, COUNT_ROOM, ",n=%d", line->number));
+  prv_write_line(line);
+}
+
+// ---- the walk ----
+
+// No two reports share a stamp, so that their lines can be told apart.
+static uint32_t prv_next_stamp() {
+  uint32_t now = static_cast<uint32_t>(time(nullptr));
+  gLastStamp = now > gLastStamp ? now : gLastStamp + 1;
+  return gLastStamp;
+}
+
+int prv_output_somewhere(const char* excName, int toSyslog, int snapshotOnly, char* buf,
+                         unsigned bufLen) {
+  ScopedLock lock(gRendererMutex);
+  SyslogLine line = {};
+  line.stamp = prv_next_stamp();
+  line.number = 1;
+  LogString log = {buf, bufLen > 0 ? bufLen - 1 : 0, 0, true};
+  for (int index = 0; gLogItems[index].type != ZOP_ITEM_END; ++index) {
+    const zop_log_item& item = gLogItems[index];
+    if (snapshotOnly != 0 && (item.flags & ZOP_ITEM_SNAPSHOT) == 0) continue;
+    Shown shown = {{item.label, item.label != nullptr ? item.labelLen : size_t{0}}, {"", 0}};
+    if (!prv_value(item, index, excName, &shown)) continue;
+    bool in_log = buf != nullptr && (item.flags & ZOP_ITEM_LOG_STRING) != 0;
+    bool in_syslog = toSyslog != 0 && (item.flags & ZOP_ITEM_SYSLOG) != 0;
+    if (in_log) prv_add_to_log_string(&log, item, shown);
+    if (in_syslog) prv_add_to_syslog(&line, item, shown);
+  }
+  if (toSyslog != 0) prv_end_syslog(&line);
+  if (buf != nullptr && bufLen > 0) {
+    buf[log.used] = '\0';
+    LOG_D(VURN_LOG_STUCK,
+          "D zop:611len: 611 string len = %d of %u chars:", static_cast<int>(log.used), bufLen);
+  }
+  return log.whole ? 1 : 0;
+}
+
+// The report goes to syslog with every log string.
+int prv_zop_output_to_log_string(char* buf, int bufLen, int ignored) {
+  (void)ignored;
+  return prv_output_somewhere(nullptr, 1, 0, buf, static_cast<unsigned>(bufLen));
+}
+
+void prv_zop_output_to_syslog(unsigned code, const char* name, int snapshot) {
+  (void)code;
+  prv_output_somewhere(name, 1, snapshot != 0, nullptr, 0);
+}

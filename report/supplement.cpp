@@ -1,0 +1,52 @@
+// Values of the modem for the report. Each is optional: what can't be read keeps its old value.
+#define LOG_SOURCE "zop_module"
+
+#include "report/supplement.h"
+
+#include "core/log.h"
+#include "core/module_state.h"
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
+
+enum { BLOCK_ENTRIES = 20, BLOCKS = 7, BLOCK_SIZE = 161 };
+enum { TOLD_MAXIMUM = 128 };  // what the log line says; there is room for 140
+
+static_assert(sizeof gDiagInfo.oplmn == BLOCKS * BLOCK_SIZE);
+
+static bool prv_good(unsigned error, const char* parameter) {
+  if (error != ZOP_SUCCESS) LOG_GET_ERROR(parameter, error);
+  return error == ZOP_SUCCESS;
+}
+
+// The operator's list comes in blocks: an error ends it, and what was fetched before counts.
+void prv_get_supplement_data() {
+  prv_good(zop_get_data_service_mode(&gDiagInfo.data_service_mode), "data_service_mode");
+  if (gRefetchPlmns) {
+    gRefetchPlmns = false;
+    LOG_D(VURN_LOG_STUCK, "D zop:re-fetching PLMNs");
+    uint32_t total = 0;
+    int blocks = 0;
+    while (blocks < BLOCKS) {
+      uint32_t first = static_cast<uint32_t>(blocks) * BLOCK_ENTRIES + 1;
+      uint8_t* block = gDiagInfo.oplmn[blocks];
+      if (!prv_good(zop_get_uim_data_oplmn_partial(first, &total, block), "oplmn")) {
+        total = first - 1;
+        break;
+      }
+      LOG_D(VURN_LOG_STUCK, "D zop:fetched a block containing %d (of %d) oplmn entries", block[0],
+            static_cast<int>(total));
+      ++blocks;
+      if (total < first + BLOCK_ENTRIES) break;
+    }
+    if (total > BLOCKS * BLOCK_ENTRIES) {
+      LOG_E("E zop:toomanyoplmns:found=%d,max=%d:", static_cast<int>(total), TOLD_MAXIMUM);
+      total = BLOCKS * BLOCK_ENTRIES;
+    }
+    gDiagInfo.oplmn_count = total;
+    LOG_D(VURN_LOG_STUCK, "D zop:fetched %d oplmn entries in %d blocks", static_cast<int>(total),
+          blocks);
+    prv_good(zop_get_uim_data_hplmn(gDiagInfo.hplmn), "hplmn");
+    prv_good(zop_get_uim_data_fplmn(gDiagInfo.fplmn), "fplmn");
+  }
+  prv_good(zop_get_uim_data_rplmn(gDiagInfo.rplmn), "rplmn");
+}
