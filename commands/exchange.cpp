@@ -99,10 +99,10 @@ unsigned exchange(int length) {
   return unframe(received);
 }
 
-unsigned unlocked_query(uint8_t subcommand, uint8_t (&response)[COMMAND_BUFFER_SIZE]) {
+unsigned unlocked_exchange(const uint8_t* request, uint32_t length,
+                           uint8_t (&response)[COMMAND_BUFFER_SIZE]) {
   if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
-  const uint8_t request[PLAIN_REQUEST] = {ZOP_VENDOR_COMMAND, subcommand, 0};
-  int32_t received = send_and_receive(request, sizeof request, 0, response);
+  int32_t received = send_and_receive(request, length, 0, response);
   if (received == 0 || received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
   uint8_t scratch[COMMAND_BUFFER_SIZE];
   int32_t payload;

@@ -80,9 +80,10 @@ void send_without_answer(int length);
 int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_flag,
                          uint8_t* response);
 
-// A query without payload on buffers of its own, for callers that do not hold the module's lock:
-// the answer, unframed, with zeros behind its payload, in response. Results of exchange.
-unsigned unlocked_query(uint8_t subcommand, uint8_t (&response)[COMMAND_BUFFER_SIZE]);
+// An exchange on the caller's buffers, for callers without the module's lock: the answer, unframed,
+// with zeros behind its payload, in response. Results of exchange, or ZOP_ERR_NOT_OPEN.
+unsigned unlocked_exchange(const uint8_t* request, uint32_t length,
+                           uint8_t (&response)[COMMAND_BUFFER_SIZE]);
 
 // ZOP_ERR_MODEM_FAILURE when the part of the status that rule names is not 0.
 unsigned status(StatusRule rule);

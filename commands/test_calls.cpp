@@ -1,8 +1,8 @@
 // Test calls, messages, the error log and the clock.
 //
 // zop_end_call_test runs on host threads, on the event listener and in a signal handler, possibly
-// in the middle of a host's command: it works on buffers of its own and never touches the shared
-// ones.
+// in the middle of a host's command, zop_debug_mode_start on the module's own threads: they work on
+// buffers of their own and never touch the shared ones.
 #include <errno.h>
 #include <signal.h>
 #include <string.h>
@@ -40,6 +40,7 @@ enum { ERROR_LOG_READ = 42, ERROR_LOG_CLEAR = 43 };
 enum { TIME_SUBCOMMAND = 19, TIME_REQUEST = 17 };
 
 static constexpr uint8_t END_CALL[] = {ZOP_VENDOR_COMMAND, 'd', 0};
+static constexpr uint8_t DEBUG_MODE[] = {ZOP_VENDOR_COMMAND, 'M', 0, 0};
 
 static void end_call_on_alarm(uint32_t seconds) {
   struct sigaction action = {};
@@ -123,9 +124,9 @@ unsigned zop_get_err_clr(uint32_t index) {
 }
 
 unsigned zop_debug_mode_start() {
-  if (unsigned error = begin_vendor('M')) return error;
-  if (unsigned error = exchange(PLAIN_REQUEST + 1)) return error;
-  return status(STATUS_WORD);
+  uint8_t answer[COMMAND_BUFFER_SIZE];
+  if (unsigned error = unlocked_exchange(DEBUG_MODE, sizeof DEBUG_MODE, answer)) return error;
+  return get_le16(answer + STATUS) != 0 ? ZOP_ERR_MODEM_FAILURE : ZOP_SUCCESS;
 }
 
 // Builds its request over whatever the buffer holds: it fills all the bytes that it sends.

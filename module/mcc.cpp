@@ -19,7 +19,8 @@
 #include "include/zop_diag_info.h"
 
 static constexpr char MCC_FILE[] = "/var/local/wan/mcc";
-enum { MCC_SIZE = 3, FILE_MODE = 0644, MCC_SUBCOMMAND = '0' };
+enum { MCC_SIZE = 3, FILE_MODE = 0644 };
+static constexpr uint8_t MCC_REQUEST[] = {ZOP_VENDOR_COMMAND, '0', 0};
 
 // Three characters and a terminator.
 using Mcc = char[MCC_SIZE + 1];
@@ -103,7 +104,7 @@ int vurn_get_mcc(int* mcc) {
   if (mcc == nullptr) return VURN_ERR_NULL_ARGUMENT;
   LOG_D(VURN_LOG_TRACE, "D zop:getting mcc to see if it has changed");
   uint8_t response[COMMAND_BUFFER_SIZE];
-  if (unsigned error = unlocked_query(MCC_SUBCOMMAND, response)) {
+  if (unsigned error = unlocked_exchange(MCC_REQUEST, sizeof MCC_REQUEST, response)) {
     LOG_GET_ERROR("mcc", error);
     return VURN_ERR_FAILED;
   }

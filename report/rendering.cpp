@@ -231,7 +231,8 @@ int prv_output_somewhere(const char* excName, int toSyslog, int snapshotOnly, ch
   for (int index = 0; gLogItems[index].type != ZOP_ITEM_END; ++index) {
     const zop_log_item& item = gLogItems[index];
     if (snapshotOnly != 0 && (item.flags & ZOP_ITEM_SNAPSHOT) == 0) continue;
-    Shown shown = {{item.label, item.label != nullptr ? item.labelLen : size_t{0}}, {"", 0}};
+    Shown shown = {{"", 0}, {"", 0}};
+    if (item.label != nullptr) shown.label = {item.label, item.labelLen};
     if (!prv_value(item, index, excName, &shown)) continue;
     bool in_log = buf != nullptr && (item.flags & ZOP_ITEM_LOG_STRING) != 0;
     bool in_syslog = toSyslog != 0 && (item.flags & ZOP_ITEM_SYSLOG) != 0;

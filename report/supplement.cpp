@@ -8,10 +8,10 @@
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
 
-enum { BLOCK_ENTRIES = 20, BLOCKS = 7, BLOCK_SIZE = 161 };
+enum { BLOCK_ENTRIES = 20, BLOCKS = 7 };
 enum { TOLD_MAXIMUM = 128 };  // what the log line says; there is room for 140
 
-static_assert(sizeof gDiagInfo.oplmn == BLOCKS * BLOCK_SIZE);
+static_assert(sizeof gDiagInfo.oplmn / sizeof gDiagInfo.oplmn[0] == BLOCKS);
 
 static bool prv_good(unsigned error, const char* parameter) {
   if (error != ZOP_SUCCESS) LOG_GET_ERROR(parameter, error);

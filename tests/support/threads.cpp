@@ -94,7 +94,7 @@ extern "C" int __wrap_pthread_cond_timedwait(pthread_cond_t* condition, pthread_
   __wrap_pthread_mutex_unlock(mutex);
   bool woken = false;
   if (world->runs_free) {
-    world->sleep_free(until - world->now());
+    world->sleep_free_until(until);
   } else {
     woken = world->conductor.park(condition, until);
   }

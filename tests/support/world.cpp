@@ -125,6 +125,15 @@ void World::pass(Time time) {
   if (on_sleep) on_sleep(time);
 }
 
+void World::sleep_free_until(Time end) {
+  Time left;
+  {
+    std::unique_lock lock(mutex);
+    left = end - now_;
+  }
+  sleep_free(left);
+}
+
 void World::sleep_free(Time time) {
   {
     std::unique_lock lock(mutex);

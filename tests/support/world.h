@@ -111,6 +111,7 @@ class World {
   int wait_for_input(Time limit);
   void pass(Time time);        // a sleep
   void sleep_free(Time time);  // the same in a World that runs free
+  void sleep_free_until(Time end);
   static constexpr Time MONOTONIC_START = std::chrono::seconds(1000);
   Conductor conductor{now_};
 
