@@ -1,5 +1,5 @@
-// Loading the module with dlopen. Its names are bound at once: a library of another version is
-// refused with the name that it lacks.
+// Loading the module with dlopen. It stays loaded to the end: a signal handler of it may. Its names
+// are bound at once: a library of another version is refused with the name that it lacks.
 #include "zopctl/module_library.h"
 
 #include <dlfcn.h>
@@ -19,8 +19,6 @@ static std::string usual_path() {
 
 ModuleLibrary::ModuleLibrary(const std::string& path)
     : handle_(dlopen((path.empty() ? usual_path() : path).c_str(), RTLD_NOW | RTLD_LOCAL)) {}
-
-ModuleLibrary::~ModuleLibrary() { dlclose(handle_); }
 
 void* ModuleLibrary::symbol(const char* name) const {
   if (handle_ == nullptr) throw Failure(std::string("can't load the module: ") + dlerror());

@@ -19,7 +19,6 @@ class ModuleLibrary {
  public:
   // path, or the library beside the program, or the loader's search. Throws Failure.
   explicit ModuleLibrary(const std::string& path);
-  ~ModuleLibrary();
   ModuleLibrary(const ModuleLibrary&) = delete;
   ModuleLibrary& operator=(const ModuleLibrary&) = delete;
 
