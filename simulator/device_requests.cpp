@@ -114,16 +114,39 @@ void originate_call(const Context& c, Answer& a) {
   if (number.empty() || number.size() != c.request[3]) return a.status(1);
   c.model.device.called = number;
   c.model.state.call = CONVERSATION;
+  c.model.device.events |= EVENT_ORIGINATED;
 }
+
+void end_call(const Context& c, Answer&) {
+  if (c.model.state.call != 0) c.model.device.events |= EVENT_ENDED;
+  c.model.state.call = 0;
+}
+
+// A record that is fetched clears its flag.
+static void fetched(const Context& c, int event) { c.model.device.events &= ~event; }
 
 void event_originated(const Context& c, Answer& a) {
   const std::string& number = c.model.device.called;
+  fetched(c, EVENT_ORIGINATED);
   a.zeros(2).text(number, 81).u8(static_cast<int>(number.size())).zeros(5);
 }
 
-void event_activated(const Context&, Answer& a) {
+// Peak throughput in units of 1000, mean in units of 100 octets per second.
+void event_activated(const Context& c, Answer& a) {
+  fetched(c, EVENT_ACTIVATED);
   a.zeros(4).u8(9).zeros(1).u8(31).zeros(19);
   a.u8(4).bytes(Bytes{10, 64, 64, 64}, 20);
+}
+
+void event_deactivated(const Context& c, Answer& a) {
+  fetched(c, EVENT_DEACTIVATED);
+  a.u8(0);
+}
+
+void event_ended(const Context& c, Answer& a) {
+  constexpr int VOICE = 0;
+  fetched(c, EVENT_ENDED);
+  a.u8(0).u8(VOICE).u8(c.model.device.end_status);
 }
 
 // 14 bytes: year, month, day, hour, minute, second, weekday, u16 each, local time.

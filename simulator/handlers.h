@@ -47,6 +47,9 @@ void write_profile(const Context&, Answer&);
 void originate_call(const Context&, Answer&);
 void event_originated(const Context&, Answer&);
 void event_activated(const Context&, Answer&);
+void event_deactivated(const Context&, Answer&);
+void event_ended(const Context&, Answer&);
+void end_call(const Context&, Answer&);
 void set_time(const Context&, Answer&);
 
 }  // namespace sim

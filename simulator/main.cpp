@@ -98,7 +98,9 @@ static void print_man_page(const CLI::App& app) {
   }
   fmt::print(
       ".SH SCENARIOS\nA scenario is a TOML file. Tables set the modem's state, each "
-      "[[at]] entry with a time in seconds changes it later or has hang_up = true or "
+      "[[at]] entry with a time in seconds changes it later or has hang_up = true, event = "
+      "\"pdp\\-activated\" "
+      "(pdp\\-deactivated, call\\-originated, call\\-ended) or "
       "replug = true, each [[fault]] has one switch = \"...\". The settings:\n");
   for (const std::string& line : all_settings()) {
     size_t tab = line.find('\t');

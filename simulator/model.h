@@ -113,15 +113,20 @@ struct State {
   int power_up = 1;
 };
 
+// Bits of the event flags.
+enum { EVENT_ORIGINATED = 1, EVENT_ACTIVATED = 2, EVENT_DEACTIVATED = 4, EVENT_ENDED = 8 };
+
 // Configuration and what the host has made the modem do.
 struct Device {
   int test_mode = 0;  // factory test
   int diag_port = 0;
   int operating_mode = 0;  // last mode-control value
   int selection_mode = 0;  // 0 automatic, 1 manual
-  int debug_mode = 0;      // sends call events and screens
+  int debug_mode = 0;      // flags events
+  int events = 0;          // EVENT_ bits that no host has fetched
   int backup_ready = 0;    // 0 ready
   int backup_value = 1;    // 0: the NV items want a backup or restore
+  int end_status = 0;      // of the call that ended last
   std::string called;      // number of the call under way or of the last one
   std::vector<std::string> errors = {"boot: watchdog reset"};
   std::map<int, Bytes> profiles;  // number (odd, 1..15) -> record of 103 bytes

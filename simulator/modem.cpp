@@ -67,6 +67,7 @@ void Modem::restart(Time now) {
   if (model_.sim.lock == LOCK_PIN_WANTED) model_.sim.status = SIM_NOT_INITIALISED;
   model_.state.call = 0;
   model_.device.debug_mode = 0;
+  model_.device.events = 0;
   put({now + RESTART_DELAY, Output::HANGS_UP, {}});
   put({now + RESTART_DELAY + BOOT_TIME, Output::COMES_BACK, {}});
 }

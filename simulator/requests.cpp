@@ -124,11 +124,13 @@ static const Request REQUESTS[] = {
     {VENDOR, 'p', "vendor_test", ONE_BYTE, [](C, A a) { a.status(1); }},
     // Calls
     {VENDOR, 'c', "originate", 37, originate_call},
-    {VENDOR, 'd', "end_call", PLAIN, [](C c, A) { c.model.state.call = 0; }},
+    {VENDOR, 'd', "end_call", PLAIN, end_call},
+    {VENDOR, '=', "events", PLAIN,
+     [](C c, A a) { a.u8(c.model.device.debug_mode != 0 ? c.model.device.events : 0); }},
     {VENDOR, '>', "event_originated", PLAIN, event_originated},
     {VENDOR, '?', "event_activated", PLAIN, event_activated},
-    {VENDOR, '@', "event_deactivated", PLAIN, [](C, A a) { a.u8(0); }},
-    {VENDOR, 'A', "event_ended", PLAIN, [](C, A a) { a.u8(0).u8(0).u8(0); }},
+    {VENDOR, '@', "event_deactivated", PLAIN, event_deactivated},
+    {VENDOR, 'A', "event_ended", PLAIN, event_ended},
     // Identity
     {VENDOR, 0x07, "phone_number", PLAIN,
      [](C c, A a) { a.text(c.model.identity.phone_number, 36); }},

@@ -160,6 +160,44 @@ static bool flag(const Place& place, const toml::node& node, const char* key) {
   return true;
 }
 
+// What the modem flags to a listening host, and what has happened to it then.
+struct EventWord {
+  const char* name;
+  void (*raise)(Model&);
+};
+static const EventWord EVENT_WORDS[] = {
+    {"call-originated",
+     [](Model& m) {
+       m.state.call = 5;
+       m.device.events |= EVENT_ORIGINATED;
+     }},
+    {"pdp-activated",
+     [](Model& m) {
+       m.state.pdp = 2;
+       m.device.events |= EVENT_ACTIVATED;
+     }},
+    {"pdp-deactivated",
+     [](Model& m) {
+       m.state.pdp = 0;
+       m.device.events |= EVENT_DEACTIVATED;
+     }},
+    {"call-ended",
+     [](Model& m) {
+       m.state.call = 0;
+       m.device.events |= EVENT_ENDED;
+     }},
+};
+
+static void add_event(const Place& place, const toml::node& node, Changes& changes) {
+  auto word = node.value_exact<std::string>();
+  std::string known;
+  for (const EventWord& row : EVENT_WORDS) {
+    if (word && *word == row.name) return changes.emplace_back(row.raise), void();
+    known += std::string(known.empty() ? "" : ", ") + row.name;
+  }
+  place.error(node.source(), "event takes one of " + known);
+}
+
 static Happening read_happening(const Place& place, const toml::table& entry) {
   Happening happening;
   auto seconds = entry["time"].value<double>();
@@ -174,6 +212,8 @@ static Happening read_happening(const Place& place, const toml::table& entry) {
       happening.line = Happening::HANGS_UP;
     } else if (key == "replug" && flag(place, node, "replug")) {
       happening.line = Happening::COMES_BACK;
+    } else if (key == "event") {
+      add_event(place, node, happening.changes);
     } else if (is_section(key)) {
       add_section(place, key, node, happening.changes);
     } else {

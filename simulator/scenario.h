@@ -9,6 +9,7 @@
 //   [[at]]
 //   time = 5.0          # seconds since the modem was started
 //   radio.rssi = -97
+//   event = "pdp-activated"   # or pdp-deactivated, call-originated, call-ended
 //   [[fault]]
 //   switch = "silence:request=rssi,count=1"
 #pragma once

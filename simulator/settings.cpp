@@ -66,6 +66,7 @@ static const NumberSetting NUMBERS[] = {
     {NUMBER(state, pmm), 0, 255},
     {NUMBER(state, call), -1, 127, {{"idle", 0}, {"originating", 1}, {"conversation", 5}}},
     {NUMBER(state, power_up), 0, 255},
+    {NUMBER(device, end_status), 0, 255},
     {NUMBER(clock, zone), -96, 96},
     {NUMBER(clock, daylight_saving), 0, 2},
     {NUMBER(clock, provided), 0, 1, NO_YES},

@@ -80,7 +80,7 @@ Answer AnsweringModem::answer_to(const Bytes& request) {
   if (keeps_requests) payloads.push_back(payload);
   std::optional<Bytes> answer = function_(payload);
   if (!answer) return {};
-  return {{frame(*answer)}};
+  return {{frame(*answer), delay}};
 }
 
 }  // namespace test

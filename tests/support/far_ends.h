@@ -55,6 +55,7 @@ class AnsweringModem : public Script {
   explicit AnsweringModem(Function function) : function_(std::move(function)) {}
 
   std::vector<Bytes> payloads;  // of the requests, the probe left out
+  Time delay{0};                // before each answer
 
  protected:
   Answer answer_to(const Bytes& request) override;

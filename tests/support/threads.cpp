@@ -1,5 +1,5 @@
-// The thread calls of the module and the tests, wrapped by the linker: threads made in a World
-// belong to it and are conducted, unless it runs free.
+// The thread calls (and malloc) of the module and the tests, wrapped by the linker: threads made in
+// a World belong to it and are conducted, unless it runs free.
 #include <pthread.h>
 
 #include <cerrno>
@@ -19,6 +19,15 @@ int __real_pthread_mutex_unlock(pthread_mutex_t*);
 int __real_pthread_cond_wait(pthread_cond_t*, pthread_mutex_t*);
 int __real_pthread_cond_timedwait(pthread_cond_t*, pthread_mutex_t*, const timespec*);
 int __real_pthread_cond_signal(pthread_cond_t*);
+}
+
+extern "C" void* __real_malloc(size_t);
+extern "C" void* __wrap_malloc(size_t size) {
+  World* world = World::current();
+  bool fails = world != nullptr && world->malloc_failures > 0;
+  if (!fails) return __real_malloc(size);
+  --world->malloc_failures;
+  return nullptr;
 }
 
 static World* conducted() {

@@ -94,7 +94,8 @@ class World {
   // Threads really run beside each other, and their sleeps only pass the time. For races: the order
   // differs from run to run.
   bool runs_free = false;
-  int thread_error = 0;  // of pthread_create
+  int thread_error = 0;     // of pthread_create
+  int malloc_failures = 0;  // so many calls to come
   std::atomic<int> threads_made = 0;
   Time now() const { return now_; }
   void advance(Time by);  // other threads do what is due meanwhile
