@@ -1,0 +1,230 @@
+// The host's ways to a report, with the deferred-action thread and the listener in virtual time.
+#include "report/snapshot.h"
+
+#include <fcntl.h>
+
+#include "report/field_test.h"
+#include "tests/module/module_fixture.h"
+
+using namespace std::chrono_literals;
+using namespace test;
+
+class Snapshot : public ModuleTest {
+ protected:
+  void open() {
+    ASSERT_EQ(vurn_open(), VURN_OK);
+    world.advance(10s);  // the first snapshot is over
+    world.log.clear();
+    modem.payloads.clear();
+  }
+  int reports() const { return count("zop:diag:"); }
+  int count(const std::string& part) const {
+    int lines = 0;
+    for (const LogLine& line : world.log) lines += line.text.find(part) != std::string::npos;
+    return lines;
+  }
+  std::string states() const {
+    std::string text;
+    for (const LogLine& line : world.log) {
+      std::smatch m;
+      if (!std::regex_search(line.text, m, std::regex("newState=(\\w+) event=(\\w+)"))) continue;
+      text += m[2].str() + ">" + m[1].str() + "\n";
+    }
+    return text;
+  }
+  static inline const char* const NAMES[] = {"no carrier", "dial failed", "timeout", "a",       "b",
+                                             "c",          "d",           "e",       "sim lost"};
+  static int log_message(unsigned code) {
+    return vurn_log_message(code, const_cast<const char**>(NAMES));
+  }
+};
+
+TEST_F(Snapshot, an_open_takes_one_after_five_screens) {
+  vurn_set_log_mask(VURN_LOG_INFO | VURN_LOG_GENERAL);
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  world.advance(7400ms);
+  EXPECT_EQ(reports(), 0);
+  world.advance(1s);
+  EXPECT_EQ(reports(), 1);
+  EXPECT_EQ(THREAD_STATUS, 0u);
+  EXPECT_EQ(states(),
+            "startDiagnosticSnapshot>waitForFTDSnapshotOnly\n"
+            "fieldTestData>waitForFTDSnapshotOnly\nfieldTestData>waitForFTDSnapshotOnly\n"
+            "fieldTestData>waitForFTDSnapshotOnly\nfieldTestData>waitForFTDSnapshotOnly\n"
+            "fieldTestData>idle\nturnedOffFieldTesting>idle\n");
+  EXPECT_EQ(count("turned on field testing"), 1);
+  EXPECT_EQ(count("turned off field testing"), 1);
+}
+
+TEST_F(Snapshot, an_exception_is_reported_five_times) {
+  open();
+  vurn_set_log_mask(VURN_LOG_INFO | VURN_LOG_GENERAL);
+  EXPECT_EQ(log_message(1), VURN_OK);
+  EXPECT_EQ(count("I zop:wanexc:name=dial failed:wan exception occurred"), 1);
+  world.advance(20s);
+  EXPECT_EQ(reports(), 5);
+  EXPECT_EQ(count("Exc=dial failed"), 5);
+  EXPECT_EQ(count("done outputting to syslog"), 5);
+  EXPECT_EQ(THREAD_STATUS, 0u);
+}
+
+TEST_F(Snapshot, codes_that_are_not_reported) {
+  open();
+  vurn_set_log_mask(VURN_LOG_INFO | VURN_LOG_ACTION_EVENTS);
+  for (unsigned code : {3u, 5u, 7u}) EXPECT_EQ(log_message(code), VURN_OK);
+  EXPECT_TRUE(world.log.empty());
+  EXPECT_TRUE(modem.payloads.empty());
+  EXPECT_EQ(log_message(8), VURN_OK);
+  EXPECT_EQ(count("new action event: exception"), 1);
+  vurn_close(0);
+  EXPECT_EQ(log_message(8), VURN_ERR_NOT_OPEN);
+}
+
+TEST_F(Snapshot, a_log_string_keeps_field_testing_on_for_ten_seconds) {
+  open();
+  char text[8192];
+  EXPECT_EQ(vurn_get_log_string(text, sizeof text), VURN_OK);
+  EXPECT_NE(strstr(text, "Firmware: FW-1\n"), nullptr);
+  world.advance(9s);
+  EXPECT_EQ(THREAD_STATUS, 1u);
+  EXPECT_EQ(vurn_get_log_string(text, sizeof text), VURN_OK);
+  world.advance(9s);
+  EXPECT_EQ(THREAD_STATUS, 1u);
+  world.advance(5s);
+  EXPECT_EQ(THREAD_STATUS, 0u);
+  EXPECT_EQ(vurn_get_log_string(text, 100), VURN_ERR_TRUNCATED);
+}
+
+TEST_F(Snapshot, a_log_string_of_a_closed_module) {
+  char text[128] = "#";
+  EXPECT_EQ(vurn_get_log_string(text, 84), VURN_OK);
+  EXPECT_STREQ(text, "");
+  world.advance(-world.now());
+  EXPECT_EQ(vurn_get_log_string(text, 85), VURN_OK);
+  EXPECT_STREQ(text,
+               "Sorry, WAN information is not available at this time.\nSat Jul 24 19:33:20 2010\n");
+  char guard[2] = {'#', '#'};
+  EXPECT_EQ(vurn_get_log_string(guard, 0), VURN_OK);
+  EXPECT_EQ(guard[0], '#');
+}
+
+TEST_F(Snapshot, the_sim_s_lists_are_read_again_every_ten_seconds) {
+  open();
+  world.advance(10'000h);  // long after any other test's
+  char text[8192];
+  auto lists_read = [&] {
+    bool read = asked().find("cf 6b 00 01") != std::string::npos;
+    modem.payloads.clear();
+    return read;
+  };
+  vurn_get_log_string(text, sizeof text);
+  lists_read();
+  world.advance(5s);
+  vurn_get_log_string(text, sizeof text);
+  EXPECT_FALSE(lists_read());
+  world.advance(6s);
+  vurn_get_log_string(text, sizeof text);
+  EXPECT_TRUE(lists_read());
+}
+
+TEST_F(Snapshot, logging_is_switched_on_by_a_snapshot) {
+  open();
+  vurn_set_log_mask(VURN_LOG_ACTION_EVENTS);
+  EXPECT_EQ(vurn_enable_logging(0), VURN_OK);
+  EXPECT_TRUE(world.log.empty());
+  EXPECT_EQ(vurn_enable_logging(1), VURN_OK);
+  EXPECT_EQ(count("new action event: startDiagnosticSnapshot"), 1);
+}
+
+TEST_F(Snapshot, what_is_posted_before_a_switch_off_is_seen_is_lost) {
+  vurn_set_log_mask(VURN_LOG_ACTION_EVENTS);
+  prv_deferred_action_event(DEFERRED_EXCEPTION);
+  prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
+  prv_deferred_action_event(DEFERRED_LOG_STRING);
+  EXPECT_EQ(log_lines(),
+            "D zop:new action event: exception\nD zop:new action event: turnedOffFieldTesting\n"
+            "D zop:pending turned_off_field_testing action - ignoring logString\n");
+}
+
+TEST_F(Snapshot, a_close_stops_both_threads_whatever_they_do) {
+  for (int ms = 0; ms < 3000; ms += 130) {
+    gDeferredThreadCreated = false;
+    modem.delay = 0ms;
+    ASSERT_EQ(vurn_open(), VURN_OK);
+    char text[64];
+    vurn_get_log_string(text, sizeof text);
+    modem.delay = 90ms;
+    world.advance(std::chrono::milliseconds(ms));
+    EXPECT_EQ(vurn_close(1), VURN_OK);
+    EXPECT_FALSE(world.conductor.has_others()) << ms;
+    EXPECT_EQ(THREAD_STATUS, 0u);
+    EXPECT_FALSE(world.port_is_open());
+  }
+}
+
+TEST_F(Snapshot, a_joined_thread_is_not_started_again) {
+  open();
+  vurn_set_log_mask(VURN_LOG_GENERAL);
+  vurn_close(1);
+  EXPECT_EQ(count("joined deferred action thread"), 1);
+  int threads = world.threads_made;
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  world.advance(20s);
+  EXPECT_EQ(world.threads_made, threads);
+  // A close of a closed module joins nothing.
+  vurn_close(0);
+  world.log.clear();
+  vurn_close(1);
+  EXPECT_TRUE(world.log.empty());
+}
+
+TEST_F(Snapshot, a_thread_that_can_not_be_made_fails_the_open) {
+  vurn_set_log_mask(VURN_LOG_ERROR);
+  world.thread_error = EAGAIN;
+  EXPECT_EQ(vurn_open(), VURN_ERR_FAILED);
+  EXPECT_EQ(world.log_text(), "E zop:defthr:err=11:can't create deferred action thread\n");
+  EXPECT_FALSE(world.port_is_open());
+}
+
+// A modem that goes away in the middle: the close still ends, and the next open works.
+TEST_F(Snapshot, a_yanked_modem_is_survived) {
+  open();
+  log_message(1);
+  world.advance(2s);
+  modem.unplugged = true;
+  world.advance(2s);
+  EXPECT_EQ(vurn_close(0), VURN_OK);
+  modem.unplugged = false;
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  vurn_set_log_mask(VURN_LOG_INFO);
+  log_message(1);
+  world.advance(20s);
+  EXPECT_EQ(reports(), 5);
+}
+
+// A day: exceptions, log strings, snapshots; what is written adds up, and nothing grows.
+TEST_F(Snapshot, a_day_adds_up) {
+  modem.keeps_requests = false;
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  world.advance(30s);
+  char text[8192];
+  int expected = 0, written = 0;
+  vurn_set_log_mask(VURN_LOG_INFO);
+  for (int hour = 0; hour < 24; ++hour) {
+    world.log.clear();
+    world.sleeps.clear();
+    world.select_limits.clear();
+    log_message(hour % 3);
+    world.advance(20min);
+    vurn_get_log_string(text, sizeof text);
+    world.advance(20min);
+    vurn_enable_logging(1);
+    world.advance(20min);
+    expected += 5 + 1 + 1;  // five of the exception, one beside the string, one snapshot
+    written += reports();
+    EXPECT_EQ(THREAD_STATUS, 0u);
+    EXPECT_TRUE(world.conductor.has_others());
+  }
+  EXPECT_EQ(written, expected);
+  EXPECT_EQ(world.threads_made, 1 + 1 + 3 * 24);  // the deferred one, and a listener a request
+}
