@@ -33,7 +33,7 @@ static std::string usage(const Verb& verb) {
   text += verb.name;
   for (const Argument& argument : verb.arguments) {
     std::string word = argument.name;
-    if (is_option(argument)) word += " VALUE";
+    if (is_option(argument) && !argument.flag) word += " VALUE";
     text += argument.required ? " " + word : " [" + word + "]";
   }
   return text;

@@ -3,10 +3,15 @@
 #undef _FORTIFY_SOURCE
 #include "zopctl/host_calls.h"
 
+#include <arpa/inet.h>
+#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <net/if.h>
 #include <stdarg.h>
 #include <stdio.h>
+#include <string.h>
+#include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <syslog.h>
 #include <time.h>
@@ -17,22 +22,59 @@
 namespace zopctl {
 
 static std::string device = MODULE_DEVICE;
+static std::string simulated_root;  // empty: the device's own files
+static std::string ppp0_addresses[2];
 static LogSink log_sink;
 static bool (*hurried)() = nullptr;
 static std::mutex log_mutex;
 
 void map_device(const std::string& path) { device = path; }
 const std::string& mapped_device() { return device; }
-const LogSink& current_log() { return log_sink; }
+LogSink current_log() {
+  std::lock_guard lock(log_mutex);
+  return log_sink;
+}
 void hurry_when(bool (*condition)()) { hurried = condition; }
-void catch_log(LogSink sink) { log_sink = std::move(sink); }
+void catch_log(LogSink sink) {
+  std::lock_guard lock(log_mutex);
+  log_sink = std::move(sink);
+}
+
+void map_root(const std::string& root, const std::string& local, const std::string& peer) {
+  simulated_root = root;
+  ppp0_addresses[0] = local;
+  ppp0_addresses[1] = peer;
+}
+
+static std::string mapped(const char* path) {
+  for (const char* folder : {"/proc", "/etc/resolv.conf", "/var/local/wan"}) {
+    if (!simulated_root.empty() && strncmp(path, folder, strlen(folder)) == 0) {
+      return simulated_root + path;
+    }
+  }
+  return path;
+}
 
 static int open_mapped(const char* path, int flags, mode_t mode) {
-  if (path != nullptr && std::string(path) == MODULE_DEVICE) {
-    path = device.c_str();
+  std::string real = mapped(path);
+  if (real == MODULE_DEVICE) {
+    real = device;
     flags |= O_NOCTTY | O_CLOEXEC;
   }
-  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, real.c_str(), flags, mode));
+}
+
+template <typename Function>
+static Function* next_definition(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+static int interface_address(unsigned long request, void* argument) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  inet_aton(ppp0_addresses[request == SIOCGIFDSTADDR].c_str(), &address.sin_addr);
+  memcpy(&static_cast<ifreq*>(argument)->ifr_addr, &address, sizeof address);
+  return 0;
 }
 
 static void log_line(int priority, const char* format, va_list arguments) {
@@ -67,6 +109,29 @@ DEFINE_OPEN(open)
 DEFINE_OPEN(open64)
 EXPORTED int __open_2(const char* path, int flags) { return zopctl::open_mapped(path, flags, 0); }
 EXPORTED int __open64_2(const char* path, int flags) { return zopctl::open_mapped(path, flags, 0); }
+
+EXPORTED FILE* fopen(const char* path, const char* mode) {
+  static auto real = zopctl::next_definition<FILE*(const char*, const char*)>("fopen");
+  return real(zopctl::mapped(path).c_str(), mode);
+}
+EXPORTED FILE* fopen64(const char* path, const char* mode) { return fopen(path, mode); }
+
+EXPORTED DIR* opendir(const char* path) {
+  static auto real = zopctl::next_definition<DIR*(const char*)>("opendir");
+  return real(zopctl::mapped(path).c_str());
+}
+
+EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, request);
+  void* argument = va_arg(arguments, void*);
+  va_end(arguments);
+  bool simulated = !zopctl::simulated_root.empty();
+  if (simulated && (request == SIOCGIFADDR || request == SIOCGIFDSTADDR)) {
+    return zopctl::interface_address(request, argument);
+  }
+  return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
+}
 
 // The module sleeps between its attempts to reach a modem or a card that is not ready.
 EXPORTED unsigned sleep(unsigned seconds) {

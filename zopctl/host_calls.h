@@ -19,11 +19,15 @@ const std::string& mapped_device();
 // The module's sleeps end at once while this holds: the user wants the program to end.
 void hurry_when(bool (*condition)());
 
+// The module's looks at the device it runs on (/proc, /etc/resolv.conf, /var/local/wan) go to this
+// folder from now on, and its questions for the addresses of ppp0 are answered with these.
+void map_root(const std::string& root, const std::string& local, const std::string& peer);
+
 // Log lines go here instead of to syslog from now on.
 using LogSink = std::function<void(int priority, const std::string& line)>;
 void catch_log(LogSink sink);
 
 // The log sink of now.
-const LogSink& current_log();
+LogSink current_log();
 
 }  // namespace zopctl

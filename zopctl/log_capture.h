@@ -1,6 +1,7 @@
 // The module's log lines of one call, for a verb that wants to know what the result does not say.
 #pragma once
 
+#include <mutex>
 #include <string>
 
 #include "zopctl/host_calls.h"
@@ -14,7 +15,11 @@ class LogCapture {
       : module_(module), mask_(*module.gZOPModuleLogMask), before_(current_log()) {
     module.vurn_set_log_mask(mask_ | bits);
     catch_log([this](int priority, const std::string& line) {
-      text_ += line + "\n";
+      {
+        std::lock_guard lock(mutex_);
+        text_ += line;
+        text_ += '\n';
+      }
       if (before_) before_(priority, line);
     });
   }
@@ -25,13 +30,18 @@ class LogCapture {
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
-  const std::string& text() const { return text_; }
-  bool has(const std::string& part) const { return text_.find(part) != std::string::npos; }
+  // So far; the module's threads may add to it.
+  std::string text() const {
+    std::lock_guard lock(mutex_);
+    return text_;
+  }
+  bool has(const std::string& part) const { return text().find(part) != std::string::npos; }
 
  private:
   const ModuleLibrary& module_;
   unsigned mask_;
   LogSink before_;
+  mutable std::mutex mutex_;
   std::string text_;
 };
 

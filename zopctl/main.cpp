@@ -10,7 +10,9 @@
 using namespace zopctl;
 
 static int show(const Options& options, const Findings& findings) {
-  if (options.json) {
+  if (findings.empty()) {
+    // it has printed by itself
+  } else if (options.json) {
     print_json(findings);
   } else {
     print_table(findings);

@@ -47,7 +47,10 @@ class ModuleLibrary {
   BIND(vurn_get_module_time);
   BIND(gZOPModuleLogMask);
   BIND(gDiagInfo);
+  BIND(gLogItems);
   BIND(sTestNum);
+  BIND(vurn_get_log_string);
+  BIND(vurn_log_message);
   BIND(vurn_get_bars);
   BIND(vurn_get_mcc);
   BIND(vurn_report_event);

@@ -89,6 +89,10 @@ struct Parsed {
 
 static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed) {
   Slot& slot = parsed.slots.emplace_back(Slot{argument.name, "", nullptr});
+  if (argument.flag) {
+    slot.option = app.add_flag(slot.name, argument.help);
+    return;
+  }
   slot.option = app.add_option(slot.name, slot.word, argument.help);
   if (argument.required) slot.option->required();
   if (argument.choices.empty()) return;

@@ -103,6 +103,7 @@ Session::Session(const Options& options, Verb::Need need) : need_(need) {
   if (options.simulate) {
     simulator_ = std::make_unique<SimulatorProcess>(options.scenario);
     map_device(simulator_->terminal());
+    root_ = std::make_unique<FakeRoot>();
   } else {
     map_device(options.device.empty() ? MODULE_DEVICE : options.device);
   }

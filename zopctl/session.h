@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "zopctl/fake_root.h"
 #include "zopctl/module_library.h"
 #include "zopctl/options.h"
 #include "zopctl/simulator_process.h"
@@ -24,6 +25,7 @@ class Session {
 
  private:
   std::unique_ptr<SimulatorProcess> simulator_;
+  std::unique_ptr<FakeRoot> root_;
   std::unique_ptr<ModuleLibrary> module_;
   Verb::Need need_;
 };

@@ -35,6 +35,7 @@ struct Argument {
   const char* help;
   bool required = true;
   std::vector<const char*> choices = {};
+  bool flag = false;  // an option without a value
 };
 
 struct Verb {
@@ -45,7 +46,7 @@ struct Verb {
   enum Need { MODULE, LINK, LIBRARY } need;
   const char* danger;  // what it can break; null when harmless
   std::vector<Argument> arguments;
-  Findings (*run)(const ModuleLibrary&, const Arguments&);
+  Findings (*run)(const ModuleLibrary&, const Arguments&);  // nothing: it has printed by itself
 };
 
 struct Noun {
@@ -83,6 +84,8 @@ Findings event_ring(const ModuleLibrary&, const Arguments&);
 Findings event_downloaded(const ModuleLibrary&, const Arguments&);
 Findings call_test_start(const ModuleLibrary&, const Arguments&);
 Findings call_test_stop(const ModuleLibrary&, const Arguments&);
+Findings report_show(const ModuleLibrary&, const Arguments&);
+Findings exception_report(const ModuleLibrary&, const Arguments&);
 Findings doctor(const ModuleLibrary&, const Arguments&);
 Findings signal_show(const ModuleLibrary&, const Arguments&);
 Findings cells_show(const ModuleLibrary&, const Arguments&);

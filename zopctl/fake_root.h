@@ -1,0 +1,20 @@
+// The device around a simulated modem: files of its kernel and configuration, in a folder of their
+// own that is gone with this object.
+#pragma once
+
+#include <filesystem>
+
+namespace zopctl {
+
+class FakeRoot {
+ public:
+  FakeRoot();  // points the module at it; throws Failure
+  ~FakeRoot();
+  FakeRoot(const FakeRoot&) = delete;
+  FakeRoot& operator=(const FakeRoot&) = delete;
+
+ private:
+  std::filesystem::path folder_;
+};
+
+}  // namespace zopctl
