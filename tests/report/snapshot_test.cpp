@@ -3,7 +3,12 @@
 
 #include <fcntl.h>
 
+#include <atomic>
+#include <thread>
+
+#include "link/upcalls.h"
 #include "report/field_test.h"
+#include "report/rendering.h"
 #include "tests/module/module_fixture.h"
 
 using namespace std::chrono_literals;
@@ -200,6 +205,37 @@ TEST_F(Snapshot, a_yanked_modem_is_survived) {
   log_message(1);
   world.advance(20s);
   EXPECT_EQ(reports(), 5);
+}
+
+// Screens come in while reports are rendered: none is half of one and half of another.
+TEST_F(Snapshot, no_report_shows_a_torn_screen) {
+  world.runs_free = true;
+  world.keeps_log = false;
+  prv_zop_init_logging();
+  std::atomic<bool> done = false;
+  std::jthread listener([&] {
+    world.join();
+    uint8_t screen[360] = {};
+    for (char letter = 'A'; !done; letter = letter == 'Z' ? 'A' : static_cast<char>(letter + 1)) {
+      memset(screen + 3, letter, 60);  // name, IMEI and the most of the IMSI
+      field_information_callback(screen);
+    }
+  });
+  for (int i = 0; i < 2000; ++i) {
+    char text[8192];
+    {
+      ScopedLock lock(gFtdMutex);
+      prv_zop_output_to_log_string(text, sizeof text, 1);
+    }
+    const char* name = strstr(text, "Network Name: ");
+    const char* imei = strstr(text, "IMEI: ");
+    ASSERT_TRUE(name != nullptr && imei != nullptr);
+    ASSERT_EQ(name[14], imei[6]) << i;
+    if (name[14] == '\n') continue;  // no screen yet
+    std::string letter(1, name[14]);
+    ASSERT_EQ(strspn(name + 14, letter.c_str()), 60u) << i;
+  }
+  done = true;
 }
 
 // A day: exceptions, log strings, snapshots; what is written adds up, and nothing grows.

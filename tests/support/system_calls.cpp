@@ -237,7 +237,7 @@ static void log_in_world(int priority, const char* format, va_list arguments) {
   char text[4096];
   vsnprintf(text, sizeof text, format, arguments);
   IN_WORLD(world);
-  if (world != nullptr) world->log.push_back({priority, text});
+  if (world != nullptr && world->keeps_log) world->log.push_back({priority, text});
 }
 EXPORTED void syslog(int priority, const char* format, ...) {
   va_list arguments;

@@ -74,6 +74,7 @@ class World {
   // ---- for the tests ----
   FarEnd* far_end = nullptr;
   std::vector<LogLine> log;
+  bool keeps_log = true;
   std::vector<Time> sleeps;
   std::function<void(Time)> on_sleep;  // runs inside each sleep
   std::vector<Time> select_limits;

@@ -29,6 +29,9 @@ TEST(ZopctlVerbs, show_and_do) {
       {"call-test start 1", 0, "test 1 is under way"},
       {"call-test stop", 0, "call ended, factory test mode off"},
       {"doctor", 0, "  Stuck signs   ok    no sign of a stuck modem\n"},
+      {"report", 0, "Dest IP Address: 10.112.112.112\n"},
+      {"exception 3", 2, "does not report the codes 3 to 7"},
+      {"exception 10", 2, "CODE is a number from 0 to 9"},
       {"cells", 0, "  WCDMA active     100 (-5 dB)\n"},
       {"sim status", 0, "  PIN             PIN switched off\n"},
       {"plmn list", 0, "  Operator    001-01 umts, 901-70 umts, 310-410 gsm\n"},
@@ -134,6 +137,15 @@ TEST(ZopctlVerbs, json_of_a_list) {
   EXPECT_EQ(json["plmn"]["operator"][2]["technology"], "gsm");
   json = nlohmann::json::parse(zopctl("--sim signal --json").output);
   EXPECT_EQ(json["signal"]["bars"], 5);
+}
+
+TEST(ZopctlVerbs, json_of_a_report_has_numbers_and_nulls) {
+  auto json = nlohmann::json::parse(zopctl("--sim report --json").output);
+  EXPECT_EQ(json["sim"]["IMSI"], "");  // of a screen, and none has come yet
+  EXPECT_EQ(json["state"]["Bars"], 5);
+  EXPECT_EQ(json["wan"]["Rx Bytes"], 4711815);
+  EXPECT_EQ(json["wan"]["FTD Age"], "None yet");
+  EXPECT_EQ(json["plmn"]["HPLMN"], "UMTS;001;01");
 }
 
 TEST(ZopctlVerbs, documents_know_every_verb) {
