@@ -17,6 +17,8 @@ Examples:
   zopctl --sim status                against a simulated modem
   zopctl --sim=roaming status        against a simulated modem in a scenario
   zopctl status --log error,general  with the module's own log lines
+  zopctl doctor                      what is wrong, and what to try
+  zopctl report --wait               the diagnostic report, with fresh data of the modem
   zopctl sim verify                  asks for the PIN and gives it to the card
   zopctl plmn list operator --json   one list of the SIM
 

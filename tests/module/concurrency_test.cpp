@@ -38,6 +38,7 @@ class HostThreads : public ModuleTest {
     }
     world.missing["/var/local/wan/mcc"] = EACCES;
     world.runs_free = true;
+    world.keeps_log = false;
     modem.keeps_requests = false;
   }
   // Results that a module gives that is being opened and closed, and whose port may be busy.
@@ -84,6 +85,17 @@ TEST_F(HostThreads, every_answer_belongs_to_its_question) {
         int result = vurn_get_module_time(&when, &offset);
         right = offset == 3600;
         return result;
+      },
+      [](bool& right) {
+        char report[8192];
+        int result = vurn_get_log_string(report, sizeof report);
+        right = strstr(report, "HPLMN") != nullptr || strstr(report, "Sorry") != nullptr;
+        return result;
+      },
+      [](bool& right) {
+        const char* names[] = {"no carrier"};
+        right = true;
+        return vurn_log_message(0, names);
       },
       [](bool& right) {
         NubiEvent ring{"com.orvane.hal", "wanRing", 2};

@@ -99,6 +99,28 @@ TEST_F(Scenarios, cards_that_are_not_ready) {
   EXPECT_EQ(vurn_open(), VURN_OK);
 }
 
+// While field testing is on, the listener tells what happens on the modem.
+TEST_F(Scenarios, events_reach_a_listening_host) {
+  start("data-session");
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  vurn_set_log_mask(VURN_LOG_EVENTS);
+  char text[8192];
+  for (int second = 0; second < 40; second += 4) {
+    vurn_get_log_string(text, sizeof text);
+    world.advance(4s);
+  }
+  std::string log = log_lines();
+  size_t at = 0;
+  for (const char* line :
+       {"D zop:PDP Activate callback called\n", "D zop:PDP Address=10.64.64.64\n",
+        "D zop:Call originate callback called\n", "D zop:Call end callback called\n",
+        "D zop:PDP Deactivate callback called\n"}) {
+    at = log.find(line, at);
+    ASSERT_NE(at, std::string::npos) << line << log;
+  }
+  EXPECT_EQ(log.find("callback called", log.find("Deactivate") + 20), std::string::npos);
+}
+
 TEST_F(Scenarios, a_country_change_is_reported_once) {
   start("roaming");
   vurn_set_log_mask(VURN_LOG_INFO);

@@ -78,6 +78,7 @@ TEST(SimulatorScenario, bad_ones_are_refused_with_their_line) {
       {"[[fault]]\nswitch = \"silence:request=foo\"", "x:2: no request \"foo\""},
       {"[clock]\nstart = 5", "x:2: clock.start takes a time like"},
       {"[radio\n", "x:1: Error"},
+      {"[[at]]\ntime = 1\nevent = \"ring\"", "x:3: event takes one of call-originated, "},
       {"[radio]\ncells = 5", "x:2: radio.cells takes a list in [ ]"},
       {"[radio]\ncells = [{code = 1}]", "x:2: radio.cells entries are { set, code, ecio }"},
       {"[radio]\ncells = [{set = 1, code = 512, ecio = 0}]",
