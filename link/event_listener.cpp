@@ -65,9 +65,9 @@ static int32_t listener_exchange(uint8_t subcommand) {
   thread_ft_buff[0] = ZOP_VENDOR_COMMAND;
   thread_ft_buff[1] = subcommand;
   thread_ft_buff[2] = 0;
-  PortUse port;
-  if (port.fd == 0) return PORT_ERROR;
+  if (diag_status() == 0) return PORT_ERROR;
   if (!try_claim_port()) return NOTHING_DONE;
+  PortUse port;
   int32_t written = send_claimed_frame(port, thread_ft_buff, REQUEST_SIZE, 0);
   if (written == PORT_ERROR) return written;
   int32_t received = read_answer(port, thread_fr_buff);
@@ -275,15 +275,18 @@ void zop_debug_end_callback() {
 // stops nothing. The handler may run anywhere in the host, with locks held: the listener is told to
 // end, and joined by the next start or stop.
 void callback_debug_close(int) {
-  if (zop_debug_end_callback_status.exchange(0) == 0) return;
+  if (zop_debug_end_callback_status == 0) return;
   int saved_errno = errno;
   THREAD_STATUS = LISTENER_STOPPED;
   alarm(0);
+  zop_debug_end_callback_status = 0;
   errno = saved_errno;
 }
 
+// The alarm is cancelled before the call is ended: an exchange that fails arms it for the listener.
 void callback_function(int) {
   int saved_errno = errno;
-  alarm(end_call_if_port_is_free() ? 0 : 1);
+  alarm(0);
+  if (!end_call_if_port_is_free()) alarm(1);
   errno = saved_errno;
 }

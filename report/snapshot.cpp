@@ -85,7 +85,7 @@ int vurn_log_message(unsigned code, const char** names) {
   LOG_ENTER();
   int result = VURN_OK;
   bool silent = code >= FIRST_SILENT_CODE && code <= LAST_SILENT_CODE;
-  if (!silent) result = prv_report_exception(code, names[code]);
+  if (!silent) result = prv_report_exception(code, names != nullptr ? names[code] : nullptr);
   LOG_RETURN();
   return result;
 }

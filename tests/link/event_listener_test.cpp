@@ -249,6 +249,18 @@ TEST_F(Listener, a_dead_link_stops_it_a_second_later) {
   EXPECT_EQ(asked(), "=");
 }
 
+// The end of a test call that fails leaves the shutdown of the listener armed.
+TEST_F(Listener, a_call_s_alarm_does_not_cancel_the_shutdown) {
+  start();
+  modem.unplugged = true;
+  callback_function(SIGALRM);
+  EXPECT_EQ(diag_status(), 0);
+  EXPECT_EQ(world.alarm, 1u);
+  EXPECT_EQ(zop_debug_end_callback_status, 1);
+  raise(SIGALRM);
+  EXPECT_EQ(THREAD_STATUS, 0u);
+}
+
 TEST_F(Listener, an_alarm_of_a_dead_link_leaves_a_new_listener_alone) {
   start();
   modem.unplugged = true;
