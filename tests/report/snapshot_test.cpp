@@ -250,7 +250,7 @@ TEST_F(Snapshot, a_day_adds_up) {
     world.log.clear();
     world.sleeps.clear();
     world.select_limits.clear();
-    log_message(hour % 3);
+    log_message(static_cast<unsigned>(hour % 3));
     world.advance(20min);
     vurn_get_log_string(text, sizeof text);
     world.advance(20min);
