@@ -103,7 +103,7 @@ TEST_F(HostThreads, every_answer_belongs_to_its_question) {
         return vurn_report_event(&ring);
       },
   };
-  constexpr int ROUNDS = 2000;
+  constexpr int ROUNDS = 300;  // of each thread
   constexpr int MOST_ATTEMPTS = 1'000'000;
   ASSERT_EQ(vurn_open(), VURN_OK);
   std::latch start(std::size(looks) + 1);
@@ -119,7 +119,7 @@ TEST_F(HostThreads, every_answer_belongs_to_its_question) {
         int result = looks[i](right);
         if (result == VURN_OK) ++good;
         EXPECT_TRUE(result == VURN_OK ? right : is_excused(result)) << i << ": " << result;
-        std::this_thread::yield();
+        if (attempt % 8 == 0) std::this_thread::yield();
       }
       EXPECT_EQ(good, ROUNDS) << i;
       --at_work;
@@ -129,7 +129,9 @@ TEST_F(HostThreads, every_answer_belongs_to_its_question) {
     world.join();
     start.arrive_and_wait();
     for (int round = 0; at_work > 0; ++round) {
-      if (round % 40 == 0) vurn_close(0);
+      int rssi;
+      bool lost = vurn_get_rssi(&rssi) == VURN_ERR_FAILED;  // a port that stayed busy is closed
+      if (lost || round % 40 == 0) vurn_close(0);
       if (vurn_update_prl() != VURN_OK) vurn_open();
       std::this_thread::yield();
     }

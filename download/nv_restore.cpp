@@ -1,0 +1,170 @@
+// Around a download: the version and the switch to download mode before it; the first start of the
+// new firmware and the modem's NV items after it. On the diagnostic link, with its request and
+// response buffers.
+#include <stdio.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "commands/exchange.h"
+#include "download/image_set.h"
+#include "include/modem_download.h"
+#include "include/zop.h"
+#include "link/frame_codec.h"
+
+enum DiagCode : uint8_t {
+  DIAG_MODE_CONTROL = 41,
+  DIAG_DOWNLOAD_MODE = 58,
+  DIAG_BUILD_VERSION = 124,
+  DIAG_READINESS = 207,
+  DIAG_NV_BACKUP = 214,
+  DIAG_NV_RESTORE = 215,
+  DIAG_AFTER_CONNECT = 217,  // before each readiness poll
+  DIAG_NV_REBUILD = 218,
+};
+
+enum { ATTEMPTS = 10, RETRY_PAUSE_US = 5000, READINESS_POLLS = 20 };
+enum { BOOT_S = 10, AFTER_BACKUP_S = 5, SETTLE_S = 10 };
+enum { VERSION_TEXT = 12, READY = 5, READINESS_VALUE = 6 };  // offsets in answers
+enum : unsigned { OPEN_GOOD = 0, OPEN_READ_ERROR = 2 };
+
+static constexpr char VERSION_FAMILY[] = "Q71XEB";
+enum { FAMILY_LENGTH = 6 };
+
+static constinit char gModemVersion[VERSION_TEXT_SIZE] = "";
+static constinit uint8_t gReady = 0;
+static constinit uint8_t gReadinessValue = 0;
+
+// ---- commands ----
+
+static void take_version() {
+  memset(gModemVersion, 0, sizeof gModemVersion);
+  memccpy(gModemVersion, fr_buff + VERSION_TEXT, '\0', sizeof gModemVersion - 1);
+}
+
+static void take_readiness() {
+  gReady = fr_buff[READY] == 0;
+  gReadinessValue = fr_buff[READINESS_VALUE];
+}
+
+// A request, its length, and what is taken from the answer; its first byte echoes the command.
+struct DiagCommand {
+  uint8_t request[3];
+  uint8_t length;
+  void (*take)();
+};
+static constexpr DiagCommand COMMANDS[] = {
+    {{DIAG_BUILD_VERSION}, 1, take_version}, {{DIAG_DOWNLOAD_MODE}, 1, nullptr},
+    {{DIAG_AFTER_CONNECT}, 1, nullptr},      {{DIAG_READINESS, 'L', 0}, 3, take_readiness},
+    {{DIAG_NV_BACKUP}, 1, nullptr},          {{DIAG_NV_REBUILD}, 1, nullptr},
+    {{DIAG_MODE_CONTROL, 1, 0}, 3, nullptr}, {{DIAG_NV_RESTORE}, 1, nullptr},
+};
+
+static int diag_cmd_write(uint8_t code) {
+  for (const DiagCommand& command : COMMANDS) {
+    if (command.request[0] != code) continue;
+    clear_memory();
+    put_request(0, command.request, command.length);
+    if (direct_exchange(command.length) != ZOP_SUCCESS || fr_buff[0] != code) return 0;
+    if (command.take != nullptr) command.take();
+    return 1;
+  }
+  return 0;
+}
+
+static int diag_wrapper_write(uint8_t code) {
+  for (int attempt = 1;; ++attempt) {
+    if (diag_cmd_write(code) == 1) return 1;
+    if (attempt == ATTEMPTS) return 0;
+    usleep(RETRY_PAUSE_US);
+  }
+}
+
+// ---- before the download ----
+
+int modem_diag_process() {
+  if (diag_wrapper_write(DIAG_BUILD_VERSION) == 0) return 0;
+  return diag_wrapper_write(DIAG_DOWNLOAD_MODE);
+}
+
+// ---- after it ----
+
+static bool reconnect(const char* path) {
+  for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
+    unsigned result = zop_open(path);
+    if (result == OPEN_GOOD) return true;
+    if (result == OPEN_READ_ERROR) zop_close();
+    sleep(1);
+  }
+  return false;
+}
+
+static bool wait_until_ready() {
+  gReady = gReadinessValue = 0;
+  for (int poll = 0; poll < READINESS_POLLS; ++poll) {
+    sleep(1);
+    if (diag_wrapper_write(DIAG_READINESS) == 0) return false;
+    if (gReady != 0) return true;
+  }
+  return false;
+}
+
+// Two ASCII digits.
+static int get_atoi(char tens, char units) { return 10 * tens + units - 528; }
+
+// The family is the two digits behind the prefix; versions of other makes are all of one.
+static bool same_version_family() {
+  bool known = strncmp(gVersionInfo, VERSION_FAMILY, FAMILY_LENGTH) == 0 &&
+               strncmp(gModemVersion, VERSION_FAMILY, FAMILY_LENGTH) == 0;
+  if (!known) return true;
+  const char* new_digits = gVersionInfo + FAMILY_LENGTH;
+  const char* old_digits = gModemVersion + FAMILY_LENGTH;
+  return get_atoi(new_digits[0], new_digits[1]) == get_atoi(old_digits[0], old_digits[1]);
+}
+
+static bool nv_backup() {
+  if (diag_wrapper_write(DIAG_NV_BACKUP) == 0) return false;
+  say("DLOAD: NV Backup");
+  sleep(AFTER_BACKUP_S);
+  return true;
+}
+
+// The modem restarts and does not answer.
+static bool nv_rebuild(const char* path) {
+  clear_memory();
+  ft_buff[0] = DIAG_NV_REBUILD;
+  send_without_answer(1);
+  zop_close();
+  say("DLOAD: NV Rebuild");
+  sleep(SETTLE_S);
+  if (!reconnect(path)) return false;
+  if (diag_wrapper_write(DIAG_MODE_CONTROL) == 0) return false;
+  if (diag_wrapper_write(DIAG_AFTER_CONNECT) == 0) return false;
+  return wait_until_ready();
+}
+
+static bool nv_restore() {
+  if (gReadinessValue == 0) {
+    if (diag_wrapper_write(DIAG_NV_RESTORE) == 0) return false;
+    say("DLOAD: NV Restore");
+  }
+  zop_close();
+  sleep(SETTLE_S);
+  return true;
+}
+
+// A readiness value of 0 asks for a backup; another one for nothing, while the family is the same.
+static bool renew_nv_items(const char* path) {
+  if (!reconnect(path)) return false;
+  if (diag_wrapper_write(DIAG_AFTER_CONNECT) == 0 || !wait_until_ready()) return false;
+  if (gReadinessValue != 0 && same_version_family()) return true;
+  if (gReadinessValue == 0 && !nv_backup()) return false;
+  return nv_rebuild(path) && nv_restore();
+}
+
+int modem_dload_end_process(const char* path) {
+  if (gHasVersionInfo == 0) return 1;
+  sleep(BOOT_S);
+  bool good = renew_nv_items(path);
+  zop_close();
+  return good ? 1 : 0;
+}

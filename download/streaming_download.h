@@ -1,0 +1,25 @@
+// The RAM programmer's download protocol (streaming download): partition table, boot loaders,
+// firmware.
+#pragma once
+
+#include <stdint.h>
+
+enum StreamingCode : uint8_t {
+  STREAM_HELLO = 0x01,
+  STREAM_WRITE = 0x07,
+  STREAM_RESET = 0x0B,
+  STREAM_CLOSE = 0x15,
+  STREAM_SECURITY = 0x17,
+  STREAM_PARTITION = 0x19,
+  STREAM_OPEN = 0x1B,
+};
+
+// Set once a partition table has been sent that overrides the modem's: its file system is rebuilt.
+extern uint8_t efs_rebuilding;
+
+// One attempt, and up to twenty of them in ten passes. 1 when the expected reply came, else 0.
+int hostdl_cmd_write(uint8_t code);
+int hostdl_wrapper_write(uint8_t code);
+
+// Stages 2 and 3: partition table, and all that is to be written. 1, or 0 with its message.
+int hostdl_process();

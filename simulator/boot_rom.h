@@ -1,0 +1,38 @@
+// The modem's boot ROM (DMSS download): takes a program into its RAM and starts it, and lets a host
+// read what a crash has left. Multi-byte fields are big-endian.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/frame.h"
+
+namespace sim {
+
+struct MemoryRegion {
+  int preference;
+  uint32_t base;
+  Bytes content;
+  std::string description;
+  std::string name;
+};
+
+class BootRom {
+ public:
+  // The answer to a packet; nothing when the program that was started gives none.
+  Bytes answer(View packet);
+
+  Bytes ram;             // what has been written, from RAM_ADDRESS on
+  bool started = false;  // by a go to its start
+  std::vector<MemoryRegion> regions;
+
+  static constexpr uint32_t RAM_ADDRESS = 0x00800028;
+
+ private:
+  Bytes write(View packet);
+  Bytes region_list() const;
+  Bytes read(View packet) const;
+};
+
+}  // namespace sim

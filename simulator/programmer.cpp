@@ -1,0 +1,90 @@
+// Strict: nothing is taken before a hello, and no write that does not follow the one before.
+#include "simulator/programmer.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+namespace sim {
+
+enum : uint8_t { HELLO = 0x02, WRITTEN = 0x08, ERROR = 0x0D, CLOSED = 0x16, SECURITY = 0x18 };
+enum : uint8_t { PARTITION = 0x1A, OPENED = 0x1C };
+enum : uint8_t { ACCEPTED = 0, DIFFERS = 1, REFUSED = 2 };
+constexpr size_t LARGEST_WRITE = 2048;
+
+static Bytes error(uint8_t code) { return {ERROR, code, 0, 0, 0}; }
+
+static bool is_hello(View packet) {
+  constexpr std::string_view TEXT = "QCOM fast download protocol host";
+  return packet.size() == 36 && std::equal(TEXT.begin(), TEXT.end(), packet.begin() + 1) &&
+         packet[33] == 3 && packet[34] == 3;
+}
+
+static Bytes hello_answer() {
+  constexpr std::string_view TEXT = "QCOM fast download protocol targ";
+  Bytes answer = {HELLO};
+  std::ranges::copy(TEXT, std::back_inserter(answer));
+  // Versions, largest write, flash base, identifier, window, sectors, features.
+  constexpr uint8_t REST[] = {3, 3, 0, 8, 0, 0, 0, 0, 0, 0, 4, 'Q', 'S', 'C', '6', 30, 0, 0, 0, 9};
+  std::ranges::copy(REST, std::back_inserter(answer));
+  return answer;
+}
+
+Bytes Programmer::take_partition(View packet) {
+  if (packet.size() < 2) return error(3);
+  View table = packet.subspan(2);
+  bool same = std::ranges::equal(table, partition);
+  bool overrides = packet[1] != 0;
+  if (!same && !overrides) return {PARTITION, DIFFERS};
+  if (overrides) erased = true;
+  partition.assign(table.begin(), table.end());
+  return {PARTITION, ACCEPTED};
+}
+
+Bytes Programmer::open(View packet) {
+  constexpr int TYPES[] = {5, 15, 16, 17};
+  bool known = packet.size() == 2 && std::ranges::find(TYPES, packet[1]) != std::end(TYPES);
+  if (!known) return {OPENED, REFUSED};
+  open_ = packet[1];
+  images[open_].clear();
+  return {OPENED, ACCEPTED};
+}
+
+Bytes Programmer::write(View packet) {
+  if (open_ < 0 || packet.size() <= 5 || packet.size() - 5 > LARGEST_WRITE) return error(4);
+  Bytes& image = images[open_];
+  uint32_t address = packet[1] | static_cast<uint32_t>(packet[2]) << 8 |
+                     static_cast<uint32_t>(packet[3]) << 16 |
+                     static_cast<uint32_t>(packet[4]) << 24;
+  if (address != image.size()) return error(5);
+  image.insert(image.end(), packet.begin() + 5, packet.end());
+  return {WRITTEN, packet[1], packet[2], packet[3], packet[4]};
+}
+
+Bytes Programmer::answer(View packet) {
+  if (packet.empty()) return {};
+  if (packet[0] == 0x01) greeted_ = is_hello(packet);
+  if (!greeted_) return error(6);
+  switch (packet[0]) {
+    case 0x01:
+      return hello_answer();
+    case 0x07:
+      return write(packet);
+    case 0x0B:
+      reset = true;
+      return {};
+    case 0x15:
+      open_ = -1;
+      return {CLOSED};
+    case 0x17:
+      return {SECURITY};
+    case 0x19:
+      return take_partition(packet);
+    case 0x1B:
+      return open(packet);
+    default:
+      return error(6);
+  }
+}
+
+}  // namespace sim

@@ -1,0 +1,29 @@
+// The programmer in the modem's RAM (streaming download): takes the partition table, and the images
+// one after the other. Multi-byte fields are little-endian.
+#pragma once
+
+#include <map>
+
+#include "simulator/frame.h"
+
+namespace sim {
+
+class Programmer {
+ public:
+  // The answer to a packet; empty when it gives none.
+  Bytes answer(View packet);
+
+  Bytes partition;              // of the modem; a table that differs wants the override flag
+  std::map<int, Bytes> images;  // by type, as they were written
+  bool erased = false;          // by an override
+  bool reset = false;           // the modem starts anew
+
+ private:
+  Bytes take_partition(View packet);
+  Bytes open(View packet);
+  Bytes write(View packet);
+  bool greeted_ = false;
+  int open_ = -1;  // type of the image that is open
+};
+
+}  // namespace sim
