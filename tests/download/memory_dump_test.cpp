@@ -78,7 +78,7 @@ TEST_F(MemoryDump, two_regions_in_a_directory_named_by_the_time) {
 }
 
 TEST_F(MemoryDump, sizes_around_the_chunk) {
-  for (size_t size : {0, 1, 1023, 1024, 1025, 100'000}) {
+  for (size_t size : std::initializer_list<size_t>{0, 1, 1023, 1024, 1025, 100000}) {
     modem.rom.regions.clear();
     region(0xFFFF0000u - 200'000, size, "r");
     EXPECT_NE(run().find("PERCENT=100"), std::string::npos) << size;
