@@ -66,7 +66,7 @@ void clear_error(const Context& c, Answer& a) {
 
 void error_fatal(const Context& c, Answer& a) {
   c.model.device.errors.push_back("fatal error forced by the host");
-  a.then = Answer::RESTARTS;
+  a.then = c.model.device.crash_dump != 0 ? Answer::ENTERS_BOOT_ROM : Answer::RESTARTS;
 }
 
 // The request's lengths must agree with its texts.
@@ -84,8 +84,18 @@ void send_sms(const Context& c, Answer& a) {
 void backup_step(const Context& c, Answer& a) {
   constexpr uint8_t BACKUP = 0xD6;
   constexpr uint8_t RESTORE = 0xD7;
-  if (c.request[0] == BACKUP || c.request[0] == RESTORE) c.model.device.backup_value = 0;
+  Device& device = c.model.device;
+  if (c.request[0] == BACKUP) device.nv_backup = c.model.nv;
+  if (c.request[0] == RESTORE) c.model.nv = device.nv_backup;
+  if (c.request[0] == BACKUP) device.backup_value = 0;  // and wants to have it back
+  if (c.request[0] == RESTORE) device.backup_value = 1;
   a.zeros(2).u16(1);
+}
+
+// The items are made anew; what was written is gone until it is restored.
+void rebuild_nv(const Context& c, Answer& a) {
+  c.model.nv = Model().nv;
+  a.then = Answer::RESTARTS_WITHOUT_ANSWER;
 }
 
 constexpr size_t PROFILE_SIZE = 208;

@@ -1,6 +1,8 @@
 // Parsing and drawing of faults.
 #include "simulator/faults.h"
 
+#include "simulator/download_mode.h"
+
 #include <algorithm>
 #include <charconv>
 #include <stdexcept>
@@ -60,7 +62,7 @@ static void set_option(Fault& fault, const std::string& option) {
   std::string key = option.substr(0, equals);
   std::string value = equals == std::string::npos ? "" : option.substr(equals + 1);
   if (key == "request") {
-    if (find_request_named(value) == nullptr) {
+    if (find_request_named(value) == nullptr && !is_packet_name(value)) {
       throw std::invalid_argument("no request \"" + value + "\"");
     }
     fault.request = value;

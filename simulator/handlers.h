@@ -42,6 +42,7 @@ void clear_error(const Context&, Answer&);
 void error_fatal(const Context&, Answer&);
 void send_sms(const Context&, Answer&);
 void backup_step(const Context&, Answer&);
+void rebuild_nv(const Context&, Answer&);
 void read_profile(const Context&, Answer&);
 void write_profile(const Context&, Answer&);
 void originate_call(const Context&, Answer&);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/boot_rom.h"
 #include "simulator/frame.h"
 
 namespace sim {
@@ -129,6 +130,10 @@ struct Device {
   int end_status = 0;      // of the call that ended last
   std::string called;      // number of the call under way or of the last one
   std::vector<std::string> errors = {"boot: watchdog reset"};
+  int crash_dump = 0;  // after a crash: waits for a memory dump instead of starting anew
+  std::map<int, Bytes> nv_backup;
+  std::vector<MemoryRegion> memory = {{1, 0x00800000, Bytes(300'000, 0x5A), "RAM", "ram.bin"},
+                                      {1, 0xFFFF0000, Bytes(4096, 0xA5), "boot ROM", "rom.bin"}};
   std::map<int, Bytes> profiles;  // number (odd, 1..15) -> record of 103 bytes
 };
 

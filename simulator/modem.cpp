@@ -15,6 +15,8 @@ using namespace std::chrono_literals;
 constexpr Time PIECE_GAP = 10ms;
 constexpr Time RESTART_DELAY = 200ms;
 constexpr Time BOOT_TIME = 6s;
+constexpr Time MODE_CHANGE_TIME = 2s;  // into the boot ROM, or into a programmer
+constexpr uint8_t FLAG = 0x7E;
 constexpr size_t STATUS_OFFSET = 3;
 constexpr uint8_t NOISE = 0x55;
 
@@ -24,8 +26,20 @@ Modem::Modem(Scenario scenario, unsigned seed, Trace trace)
       faults_(std::move(scenario.faults), seed),
       trace_(std::move(trace)) {}
 
+// Frames of the download protocols begin with a flag as well.
+static Bytes flagged(const Bytes& payload) {
+  Bytes wire = frame(payload);
+  wire.insert(wire.begin(), FLAG);
+  return wire;
+}
+
 void Modem::receive(View bytes, Time now) {
   advance(now);
+  bool lone_flag = bytes.size() == 1 && bytes[0] == FLAG;
+  if (lone_flag && mode_ == Mode::PROGRAMMER && !download_.last_answer().empty()) {
+    trace(trace_note(now, "a lone flag: the last answer again"));
+    return send(flagged(download_.last_answer()), now);
+  }
   for (uint8_t byte : bytes) {
     switch (deframer_.take(byte)) {
       case Deframer::PENDING:
@@ -43,7 +57,23 @@ void Modem::receive(View bytes, Time now) {
   }
 }
 
+void Modem::answer_download(View packet, Time now) {
+  std::string name = packet_name(mode_, packet);
+  trace(trace_line(now, '>', name, packet));
+  std::optional<Fault> fault = faults_.strike(name);
+  if (fault)
+    trace(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
+  bool refused = fault && fault->kind == FaultKind::ERROR;
+  Bytes payload = refused ? refusal(fault->value, packet) : download_.answer(mode_, packet);
+  if (auto next = download_.leads_to(mode_)) restart(now, *next);
+  if (payload.empty()) return;
+  if (fault && !refused) return send_damaged(*fault, std::move(payload), now);
+  trace(trace_line(now, '<', name, payload));
+  send(flagged(payload), now);
+}
+
 void Modem::answer(View request, Time now) {
+  if (mode_ != Mode::DIAGNOSTIC) return answer_download(request, now);
   std::string name = name_of(request);
   trace(trace_line(now, '>', name, request));
   std::optional<Fault> fault = faults_.strike(name);
@@ -54,7 +84,10 @@ void Modem::answer(View request, Time now) {
   }
   Answer answer = answer_to({model_, request, now});
   Bytes payload = std::move(answer.content);
-  if (answer.then != Answer::STAYS) restart(now);
+  if (answer.then != Answer::STAYS) {
+    bool boot_rom = answer.then == Answer::ENTERS_BOOT_ROM;
+    restart(now, boot_rom ? Mode::BOOT_ROM : Mode::DIAGNOSTIC);
+  }
   if (answer.then == Answer::RESTARTS_WITHOUT_ANSWER) return;
   if (fault) return send_damaged(*fault, std::move(payload), now);
   trace(trace_line(now, '<', name, payload));
@@ -62,14 +95,31 @@ void Modem::answer(View request, Time now) {
 }
 
 // The answer still goes out; then the device is away while it boots, and a PIN is wanted again.
-void Modem::restart(Time now) {
+void Modem::restart(Time now, Mode next) {
   if (model_.sim.lock == LOCK_VERIFIED) model_.sim.lock = LOCK_PIN_WANTED;
   if (model_.sim.lock == LOCK_PIN_WANTED) model_.sim.status = SIM_NOT_INITIALISED;
   model_.state.call = 0;
   model_.device.debug_mode = 0;
   model_.device.events = 0;
+  next_mode_ = next;
+  Time away = next == Mode::DIAGNOSTIC ? BOOT_TIME : MODE_CHANGE_TIME;
   put({now + RESTART_DELAY, Output::HANGS_UP, {}});
-  put({now + RESTART_DELAY + BOOT_TIME, Output::COMES_BACK, {}});
+  put({now + RESTART_DELAY + away, Output::COMES_BACK, {}});
+}
+
+// A modem that was programmed runs what it was given.
+void Modem::start_in(Mode mode) {
+  if (mode_ == Mode::PROGRAMMER && mode == Mode::DIAGNOSTIC) {
+    std::string version = version_in(download_.programmer.images[5]);
+    if (!version.empty()) model_.identity.firmware = model_.identity.build = version;
+  }
+  if (mode != Mode::PROGRAMMER) {
+    Bytes partition = std::move(download_.programmer.partition);
+    download_ = DownloadMode();
+    download_.programmer.partition = std::move(partition);
+    download_.rom.regions = model_.device.memory;
+  }
+  mode_ = mode;
 }
 
 static Bytes first_bytes(const Bytes& bytes, int count) {
@@ -163,6 +213,7 @@ std::optional<Output> Modem::take_output(Time now) {
   }
   if (output.kind == Output::COMES_BACK) {
     gone_ = false;
+    start_in(next_mode_);
     trace(trace_note(now, "the device is back"));
   }
   return output;

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 
+#include "simulator/download_mode.h"
 #include "simulator/faults.h"
 #include "simulator/frame.h"
 #include "simulator/scenario.h"
@@ -38,6 +39,8 @@ class Modem {
   std::optional<Output> take_output(Time now);
 
   Model& model() { return model_; }
+  DownloadMode& download() { return download_; }
+  Mode mode() const { return mode_; }
   Faults& faults() { return faults_; }
   bool is_gone() const { return gone_; }
 
@@ -45,7 +48,9 @@ class Modem {
   void answer(View request, Time now);
   void send(const Bytes& wire, Time at) { put({at, Output::SENDS, wire}); }
   void put(Output output);
-  void restart(Time now);
+  void answer_download(View packet, Time now);
+  void restart(Time now, Mode next);
+  void start_in(Mode mode);
   void send_damaged(const Fault& fault, Bytes payload, Time now);
   void trace(const std::string& line) const {
     if (trace_) trace_(line);
@@ -59,6 +64,9 @@ class Modem {
   Deframer deframer_;
   std::deque<Output> output_;  // in order of time
   bool gone_ = false;
+  Mode mode_ = Mode::DIAGNOSTIC;
+  Mode next_mode_ = Mode::DIAGNOSTIC;  // once the device comes back
+  DownloadMode download_;
 };
 
 }  // namespace sim

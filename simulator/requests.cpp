@@ -82,6 +82,7 @@ static const Request REQUESTS[] = {
     {0x26, ANY, "nv_read", NV_LENGTH, nv_read},
     {0x27, ANY, "nv_write", NV_LENGTH, nv_write},
     {0x7C, ANY, "build", 1, [](C c, A a) { a.zeros(11).text(c.model.identity.build, 64).u8(0); }},
+    {0x3A, ANY, "download_mode", 1, [](C, A a) { a.then = Answer::ENTERS_BOOT_ROM; }},
     {0x29, ANY, "mode_control", 3, mode_control},
     {0x2A, ANY, "error_log", 1, error_log},
     {0x2B, ANY, "clear_error", 2, clear_error},
@@ -90,7 +91,7 @@ static const Request REQUESTS[] = {
     {0xD7, ANY, "restore", 1, backup_step},
     {0xD8, ANY, "backup_start", 1, backup_step},
     {0xD9, ANY, "backup_end", 1, backup_step},
-    {0xDA, ANY, "rebuild", 1, [](C, A a) { a.then = Answer::RESTARTS_WITHOUT_ANSWER; }},
+    {0xDA, ANY, "rebuild", 1, rebuild_nv},
     // SIM
     {0xD2, 0, "sim_status", PLAIN, sim_status},
     {0xD2, 1, "pin_verify", 19, pin_verify},

@@ -37,7 +37,7 @@ class Answer {
 
   Bytes content;
   std::optional<ErrorAnswer> refusal;
-  enum { STAYS, RESTARTS, RESTARTS_WITHOUT_ANSWER } then = STAYS;
+  enum { STAYS, RESTARTS, RESTARTS_WITHOUT_ANSWER, ENTERS_BOOT_ROM } then = STAYS;
 };
 
 // What a handler works on.

@@ -67,6 +67,8 @@ static const NumberSetting NUMBERS[] = {
     {NUMBER(state, call), -1, 127, {{"idle", 0}, {"originating", 1}, {"conversation", 5}}},
     {NUMBER(state, power_up), 0, 255},
     {NUMBER(device, end_status), 0, 255},
+    {NUMBER(device, crash_dump), 0, 1, NO_YES},
+    {NUMBER(device, backup_value), 0, 255},
     {NUMBER(clock, zone), -96, 96},
     {NUMBER(clock, daylight_saving), 0, 2},
     {NUMBER(clock, provided), 0, 1, NO_YES},

@@ -1,0 +1,40 @@
+// The modem outside its diagnostic mode: in its boot ROM, or running a programmer that a host has
+// loaded.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "simulator/boot_rom.h"
+#include "simulator/programmer.h"
+
+namespace sim {
+
+enum class Mode { DIAGNOSTIC, BOOT_ROM, PROGRAMMER };
+
+class DownloadMode {
+ public:
+  // The answer to a packet of this mode; empty when there is none.
+  Bytes answer(Mode mode, View packet);
+
+  // What the modem answered last: a lone flag asks for it again.
+  const Bytes& last_answer() const { return last_answer_; }
+
+  // The mode that the last packet leads to, when that is another.
+  std::optional<Mode> leads_to(Mode mode) const;
+
+  BootRom rom;
+  Programmer programmer;
+
+ private:
+  Bytes last_answer_;
+};
+
+// Name of a packet, for traces and fault switches.
+std::string packet_name(Mode mode, View packet);
+bool is_packet_name(const std::string& name);
+
+// A version like "Q71XEB22.001" in a firmware image; empty when it holds none.
+std::string version_in(View image);
+
+}  // namespace sim
