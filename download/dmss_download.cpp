@@ -67,13 +67,15 @@ int stream_is_translating() {
   return image.sent < image.size ? 1 : 0;
 }
 
-// A chunk that fails is not counted and is sent again, until the modem is gone.
+// A chunk that fails is not counted and is sent again, until the modem is gone. An image that can't
+// be read to its end would never be sent.
 int dload_process() {
   gCurrentImage = IMAGE_RAM;
   if (dload_wrapper_write(DMSS_NOP) == 0) return 0;
   if (dload_wrapper_write(DMSS_PARAMETERS) == 0) return 0;
   while (stream_is_translating() == 1) {
-    if (dload_wrapper_write(DMSS_WRITE) == 0 && diag_status() == 0) return 0;
+    bool good = dload_wrapper_write(DMSS_WRITE) == 1;
+    if (!good && (diag_status() == 0 || gChunk == 0)) return 0;
   }
   (void)dload_cmd_write(DMSS_GO);  // the programmer may start before the reply is out
   return 1;

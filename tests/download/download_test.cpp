@@ -210,6 +210,20 @@ TEST_F(Download, image_sets_that_are_not_whole) {
   EXPECT_EQ(run(), 1);
 }
 
+// A file that has shrunk since it was opened can't be sent, and must not be tried for ever.
+TEST_F(Download, an_image_that_shrinks_ends_its_stage) {
+  for (const char* name : {"QSC6270.ram", "amss.mbn"}) {
+    new_modem();
+    world.on_sleep = [&](Time) { fs::resize_file(folder / name, 100); };
+    modem.faults = {{DownloadFault::NO_REPLY, 0x06, 0, 1}};  // a pause, in which it happens
+    EXPECT_EQ(run(), 0) << name;
+    EXPECT_NE(output.find("Err-"), std::string::npos);
+    expect_nothing_left();
+    world.on_sleep = nullptr;
+    write("QSC6270.ram", pattern(sizes[0], 0));
+  }
+}
+
 TEST_F(Download, directories) {
   folder += "/";
   EXPECT_EQ(run(), 1);

@@ -1,6 +1,8 @@
 // The memory dump: files as the modem's memory is, and nothing of a hostile list outside the
 // directory.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -150,6 +152,26 @@ TEST_F(MemoryDump, faults_of_the_line) {
     diag_close();
     EXPECT_FALSE(world.port_is_open());
   }
+}
+
+// A disk without room, played by a limit on the size of files: told once, and nothing is counted.
+TEST_F(MemoryDump, a_full_disk_ends_it) {
+  region(0x1000, 5000, "r");
+  rlimit before_test;
+  getrlimit(RLIMIT_FSIZE, &before_test);
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit small = {2048, before_test.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  testing::internal::CaptureStdout();
+  mem_dump_process();
+  fflush(stdout);
+  setrlimit(RLIMIT_FSIZE, &before_test);
+  std::string output = testing::internal::GetCapturedStdout();
+  size_t told = output.find("DUMP_MODE: can't write dump_07242010_1933/r: ");
+  EXPECT_NE(told, std::string::npos) << output;
+  EXPECT_EQ(output.find("can't write", told + 20), std::string::npos) << output;
+  EXPECT_EQ(output.find("PERCENT=100"), std::string::npos);
+  EXPECT_EQ(content(folder / DIRECTORY / "r").size(), 2048u);
 }
 
 TEST_F(MemoryDump, what_can_not_be_written) {
