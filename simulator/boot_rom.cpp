@@ -22,6 +22,14 @@ static void put32(Bytes& out, uint32_t value) {
 static uint32_t get16(View p, size_t at) { return static_cast<uint32_t>(p[at] << 8 | p[at + 1]); }
 static uint32_t get32(View p, size_t at) { return get16(p, at) << 16 | get16(p, at + 2); }
 
+Bytes memory_of_addresses(uint32_t base, size_t length) {
+  Bytes content;
+  content.reserve(length + 3);
+  for (uint32_t offset = 0; offset < length; offset += 4) put32(content, base + offset);
+  content.resize(length);
+  return content;
+}
+
 static Bytes nak(Reason reason) { return {NAK, 0, reason}; }
 
 Bytes BootRom::write(View packet) {

@@ -18,6 +18,9 @@ struct MemoryRegion {
   std::string name;
 };
 
+// Content that tells where it was read from: each word of 32 bits, big-endian, is its own address.
+Bytes memory_of_addresses(uint32_t base, size_t length);
+
 class BootRom {
  public:
   // The answer to a packet; nothing when the program that was started gives none.

@@ -11,7 +11,6 @@ namespace sim {
 constexpr size_t MOST_PLMNS = 200;
 constexpr size_t MOST_FORBIDDEN = 20;
 constexpr int LAST_NV_ITEM = 0xFFFF;
-constexpr size_t NV_BYTES = 128;
 
 static void store_cells(Model& m, const Rows& rows) {
   m.radio.cells.clear();
@@ -83,6 +82,8 @@ std::vector<std::string> describe_lists() {
     lines.push_back(std::string(setting.key) + "\t[\"MCC-MNC\" or \"MCC-MNC gsm\"], up to " +
                     std::to_string(setting.most));
   }
+  lines.push_back("device.memory\t[{ name, base, length }], and description, preference, fill");
+  lines.push_back("device.partition\tpartition table in hexadecimal, up to 2048 bytes");
   lines.push_back("nv.NUMBER\tbytes of an NV item in hexadecimal, up to 128");
   return lines;
 }
@@ -113,12 +114,13 @@ int nv_item_of_key(const std::string& key) {
   return good ? item : -1;
 }
 
-Bytes parse_hex(const std::string& text) {
+Bytes parse_hex(const std::string& text, size_t most) {
   std::string digits;
   std::ranges::copy_if(text, std::back_inserter(digits), [](char c) { return c != ' '; });
   bool good = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
-  if (!good || digits.size() % 2 != 0 || digits.size() > 2 * NV_BYTES) {
-    throw std::invalid_argument("takes up to 128 bytes as pairs of hexadecimal digits");
+  if (!good || digits.size() % 2 != 0 || digits.size() > 2 * most) {
+    throw std::invalid_argument("takes up to " + std::to_string(most) +
+                                " bytes as pairs of hexadecimal digits");
   }
   Bytes bytes;
   for (size_t i = 0; i < digits.size(); i += 2) {

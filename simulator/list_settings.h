@@ -1,9 +1,11 @@
-// The settings of a scenario that are lists: cells, PLMNs of the SIM, NV items.
+// The settings of a scenario that are lists: cells, PLMNs of the SIM, memory regions, NV items.
 //
 //   radio.cells = [{ set = "active", code = 100, ecio = -5 }, { set = "monitored", code = 101,
 //                  ecio = -11 }]
 //   sim.operators = ["001-01", "310-410 gsm"]
 //   nv.10 = "00 04"
+//   device.partition = "0a 1b"
+//   device.memory = [{ name = "ram.bin", base = 0x800000, length = 65536 }]
 #pragma once
 
 #include "simulator/settings.h"
@@ -40,10 +42,14 @@ std::vector<std::string> describe_lists();
 // An entry written "MCC-MNC", with " gsm" behind it for GSM. Throws std::invalid_argument.
 Plmn parse_plmn(const std::string& text);
 
+// Bounds of what a memory region is set to, and of the partition table.
+enum : int64_t { MOST_REGIONS = 40, LARGEST_REGION = 256 * 1024 * 1024, LARGEST_PARTITION = 2048 };
+enum : int { NV_BYTES = 128 };
+
 // The number of an NV item in a key "nv.NUMBER", or -1 for another key.
 int nv_item_of_key(const std::string& key);
 
-// Bytes written as hexadecimal digits, blanks ignored. Throws std::invalid_argument.
-Bytes parse_hex(const std::string& text);
+// Up to most bytes written as hexadecimal digits, blanks ignored. Throws std::invalid_argument.
+Bytes parse_hex(const std::string& text, size_t most);
 
 }  // namespace sim

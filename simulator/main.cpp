@@ -41,6 +41,7 @@ struct Options {
   bool trace_to_stderr = false;
   std::vector<std::string> faults;
   unsigned seed = 1;
+  double speed = 1;
   bool exit_with_parent = false;
   bool list = false;
   bool settings = false;
@@ -154,23 +155,35 @@ static void act(sim::Terminal& terminal, const sim::Output& output) {
   }
 }
 
-static void run(sim::Modem& modem, sim::Terminal& terminal, sim::StateFile& state, int end) {
-  auto start = std::chrono::steady_clock::now();
-  auto now = [&] {
-    return std::chrono::duration_cast<sim::Time>(std::chrono::steady_clock::now() - start);
-  };
+// The modem's own time: since its start, at a speed of its own.
+class Clock {
+ public:
+  explicit Clock(double speed) : speed_(speed) {}
+  sim::Time now() const {
+    auto passed = std::chrono::steady_clock::now() - start_;
+    return std::chrono::duration_cast<sim::Time>(passed * speed_);
+  }
+  timespec until(sim::Time due) const {
+    auto us = static_cast<int64_t>(static_cast<double>((due - now()).count()) / speed_);
+    us = std::max<int64_t>(0, us);
+    return {static_cast<time_t>(us / 1'000'000), static_cast<long>(us % 1'000'000 * 1000)};
+  }
+
+ private:
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  double speed_;
+};
+
+static void run(sim::Modem& modem, sim::Terminal& terminal, sim::StateFile& state, int end,
+                const Clock& clock) {
   for (;;) {
-    while (auto output = modem.take_output(now())) act(terminal, *output);
+    while (auto output = modem.take_output(clock.now())) act(terminal, *output);
     std::optional<sim::Time> due = modem.next_due();
-    timespec wait{};
-    if (due) {
-      auto us = std::max<int64_t>(0, (*due - now()).count());
-      wait = {static_cast<time_t>(us / 1'000'000), static_cast<long>(us % 1'000'000 * 1000)};
-    }
+    timespec wait = due ? clock.until(*due) : timespec{};
     pollfd inputs[] = {{end, POLLIN, 0}, {terminal.descriptor(), POLLIN, 0}};
     if (ppoll(inputs, 2, due ? &wait : nullptr, nullptr) < 0) continue;
     if (inputs[0].revents != 0) return;
-    if (inputs[1].revents != 0) modem.receive(terminal.read(), now());
+    if (inputs[1].revents != 0) modem.receive(terminal.read(), clock.now());
     state.save(modem.model());  // before the host sees the answer
   }
 }
@@ -185,8 +198,10 @@ int main(int argc, char** argv) {
   app.add_option("--trace-file", options.trace, "write them to a file instead");
   app.add_option("--fault", options.faults, "switch a fault on; may be repeated")->take_all();
   app.add_option("--state", options.state,
-                 "keep PIN state, NV items, profiles and messages in this file");
+                 "keep PIN state, NV items, profiles, messages and firmware version in this file");
   app.add_option("--seed", options.seed, "seed of faults by chance");
+  app.add_option("--speed", options.speed, "let the modem's clock run so many times faster")
+      ->check(CLI::Range(0.001, 1000.0));
   app.add_flag("--exit-with-parent", options.exit_with_parent,
                "end when the starting process ends");
   app.add_flag("--list-scenarios", options.list, "list the shipped scenarios");
@@ -209,7 +224,7 @@ int main(int argc, char** argv) {
     sim::Terminal terminal(options.link);
     fmt::print("{}\n", options.link.empty() ? terminal.path() : options.link);
     fflush(stdout);
-    run(modem, terminal, state, end);
+    run(modem, terminal, state, end, Clock(options.speed));
     return 0;
   } catch (const sim::ScenarioError& error) {
     fmt::print(stderr, "zop-modem-sim: {}\n", error.what());

@@ -24,7 +24,9 @@ Modem::Modem(Scenario scenario, unsigned seed, Trace trace)
     : model_(std::move(scenario.model)),
       timeline_(std::move(scenario.timeline)),
       faults_(std::move(scenario.faults), seed),
-      trace_(std::move(trace)) {}
+      trace_(std::move(trace)) {
+  if (model_.device.crashed != 0) start_in(Mode::BOOT_ROM);
+}
 
 // Frames of the download protocols begin with a flag as well.
 static Bytes flagged(const Bytes& payload) {
@@ -109,14 +111,14 @@ void Modem::restart(Time now, Mode next) {
 
 // A modem that was programmed runs what it was given.
 void Modem::start_in(Mode mode) {
+  if (mode_ == Mode::PROGRAMMER) model_.device.partition = download_.programmer.partition;
   if (mode_ == Mode::PROGRAMMER && mode == Mode::DIAGNOSTIC) {
     std::string version = version_in(download_.programmer.images[5]);
     if (!version.empty()) model_.identity.firmware = model_.identity.build = version;
   }
   if (mode != Mode::PROGRAMMER) {
-    Bytes partition = std::move(download_.programmer.partition);
     download_ = DownloadMode();
-    download_.programmer.partition = std::move(partition);
+    download_.programmer.partition = model_.device.partition;
     download_.rom.regions = model_.device.memory;
   }
   mode_ = mode;

@@ -116,6 +116,11 @@ static auto parsed(const Place& place, const std::string& key, const toml::node&
   }
 }
 
+static Bytes bytes_of(const Place& place, const std::string& key, const toml::node& node,
+                      size_t most) {
+  return parsed(place, key, node, [=](const std::string& text) { return parse_hex(text, most); });
+}
+
 static void add_plmns(const Place& place, const PlmnSetting& setting, const toml::node& node,
                       Changes& changes) {
   std::vector<Plmn> plmns;
@@ -123,6 +128,50 @@ static void add_plmns(const Place& place, const PlmnSetting& setting, const toml
     plmns.push_back(parsed(place, setting.key, entry, parse_plmn));
   }
   changes.push_back([&setting, plmns](Model& model) { setting.place(model) = plmns; });
+}
+
+// A number or text of a memory region, or what it is without.
+template <typename Value>
+static Value field_of(const Place& place, const toml::table& region, const char* key, Value usual) {
+  const toml::node* node = region.get(key);
+  if (node == nullptr) return usual;
+  auto value = node->value_exact<Value>();
+  if (!value) place.error(node->source(), std::string("device.memory.") + key + ": no such value");
+  return *value;
+}
+
+static int64_t number_of(const Place& place, const toml::table& region, const char* key,
+                         int64_t usual, int64_t most) {
+  int64_t value = field_of(place, region, key, usual);
+  if (value >= 0 && value <= most) return value;
+  place.error(region.source(),
+              std::string("device.memory.") + key + " takes 0 to " + std::to_string(most));
+}
+
+static MemoryRegion region_of(const Place& place, const toml::node& node) {
+  const toml::table* table = node.as_table();
+  bool named = table != nullptr && table->contains("name") && table->contains("length");
+  if (!named) place.error(node.source(), "device.memory entries have a name and a length");
+  for (auto&& [key, value] : *table) {
+    constexpr const char* KEYS[] = {"name", "base", "length", "description", "preference", "fill"};
+    if (std::ranges::find(KEYS, key.str()) == std::end(KEYS))
+      place.error(value.source(), "no device.memory." + std::string(key.str()));
+  }
+  auto base = static_cast<uint32_t>(number_of(place, *table, "base", 0, 0xFFFFFFFF));
+  auto length = static_cast<size_t>(number_of(place, *table, "length", 0, LARGEST_REGION));
+  auto fill = static_cast<uint8_t>(number_of(place, *table, "fill", 0, 0xFF));
+  return {static_cast<int>(number_of(place, *table, "preference", 1, 0xFF)), base,
+          table->contains("fill") ? Bytes(length, fill) : memory_of_addresses(base, length),
+          field_of(place, *table, "description", std::string()),
+          field_of(place, *table, "name", std::string())};
+}
+
+static void add_memory(const Place& place, const toml::node& node, Changes& changes) {
+  std::vector<MemoryRegion> regions;
+  for (const toml::node& entry : list_of(place, "device.memory", MOST_REGIONS, node)) {
+    regions.push_back(region_of(place, entry));
+  }
+  changes.push_back([regions](Model& model) { model.device.memory = regions; });
 }
 
 static void add_change(const Place& place, const std::string& key, const toml::node& node,
@@ -138,8 +187,13 @@ static void add_change(const Place& place, const std::string& key, const toml::n
   } else if (const PlmnSetting* plmns = find_plmn_setting(key)) {
     add_plmns(place, *plmns, node, changes);
   } else if (int item = nv_item_of_key(key); item >= 0) {
-    Bytes data = parsed(place, key, node, parse_hex);
+    Bytes data = bytes_of(place, key, node, NV_BYTES);
     changes.push_back([item, data](Model& model) { model.nv[item] = data; });
+  } else if (key == "device.memory") {
+    add_memory(place, node, changes);
+  } else if (key == "device.partition") {
+    Bytes data = bytes_of(place, key, node, LARGEST_PARTITION);
+    changes.push_back([data](Model& model) { model.device.partition = data; });
   } else {
     place.error(node.source(), "no setting \"" + key + "\"");
   }

@@ -68,6 +68,7 @@ static const NumberSetting NUMBERS[] = {
     {NUMBER(state, power_up), 0, 255},
     {NUMBER(device, end_status), 0, 255},
     {NUMBER(device, crash_dump), 0, 1, NO_YES},
+    {NUMBER(device, crashed), 0, 1, NO_YES},
     {NUMBER(device, backup_value), 0, 255},
     {NUMBER(clock, zone), -96, 96},
     {NUMBER(clock, daylight_saving), 0, 2},

@@ -29,6 +29,8 @@ static Json state_of(const Model& m) {
             {"key_retries", m.sim.key_retries},
             {"virtual_state", m.sim.virtual_state},
             {"user", m.sim.user}}},
+          {"firmware", {{"version", m.identity.firmware}, {"build", m.identity.build}}},
+          {"partition", m.device.partition},
           {"nv", m.nv},
           {"profiles", m.device.profiles},
           {"errors", m.device.errors},
@@ -44,6 +46,11 @@ static void apply_state(const Json& state, Model& m) {
   sim.at("key_retries").get_to(m.sim.key_retries);
   sim.at("virtual_state").get_to(m.sim.virtual_state);
   sim.at("user").get_to(m.sim.user);
+  if (state.contains("firmware")) {  // a state of an older simulator has none
+    state.at("firmware").at("version").get_to(m.identity.firmware);
+    state.at("firmware").at("build").get_to(m.identity.build);
+    state.at("partition").get_to(m.device.partition);
+  }
   state.at("nv").get_to(m.nv);
   state.at("profiles").get_to(m.device.profiles);
   state.at("errors").get_to(m.device.errors);

@@ -18,6 +18,7 @@ struct GlobalOption {
 
 static const GlobalOption GLOBAL_OPTIONS[] = {
     {"--sim", nullptr, "use a simulated modem; --sim=SCENARIO sets its scenario"},
+    {"--sim-speed", "N", "let its clock, and all waiting for it, run N times faster"},
     {"--device", "PATH", "serial device of the modem's DIAG port"},
     {"--library", "PATH", "the module to load"},
     {"--json", nullptr, "print JSON, for programs"},
@@ -32,7 +33,7 @@ static std::string usage(const Verb& verb) {
   std::string text = verb.noun == nullptr ? "" : std::string(verb.noun) + " ";
   text += verb.name;
   for (const Argument& argument : verb.arguments) {
-    std::string word = argument.name;
+    std::string word = argument.short_name != nullptr ? argument.short_name : argument.name;
     if (is_option(argument) && !argument.flag) word += " VALUE";
     text += argument.required ? " " + word : " [" + word + "]";
   }
@@ -65,7 +66,8 @@ void print_man_page() {
   }
   fmt::print(".SH VERBS\n");
   for (const Verb& verb : verbs()) man_verb(verb);
-  fmt::print(".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage.\n");
+  fmt::print(".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage; of firmware "
+      "update also 3 writing broke off, update again, 4 written, but the first start failed.\n");
 }
 
 static std::string words_after(const std::string& noun) {

@@ -13,6 +13,9 @@ class FakeRoot {
   FakeRoot(const FakeRoot&) = delete;
   FakeRoot& operator=(const FakeRoot&) = delete;
 
+  // Where the simulated modem's device node stands while it is there.
+  std::string device() const { return folder_ / "modem"; }
+
  private:
   std::filesystem::path folder_;
 };

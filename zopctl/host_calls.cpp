@@ -6,6 +6,7 @@
 #include <arpa/inet.h>
 #include <dirent.h>
 #include <dlfcn.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <net/if.h>
 #include <stdarg.h>
@@ -17,6 +18,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <mutex>
 
 namespace zopctl {
@@ -27,6 +30,10 @@ static std::string ppp0_addresses[2];
 static LogSink log_sink;
 static bool (*hurried)() = nullptr;
 static std::mutex log_mutex;
+static std::atomic<int> device_fd = -1;
+static LineWatch line_watch;  // set while the module does nothing
+static std::function<void(unsigned)> sleep_watch;
+static double sleep_speed = 1;
 
 void map_device(const std::string& path) { device = path; }
 const std::string& mapped_device() { return device; }
@@ -35,6 +42,9 @@ LogSink current_log() {
   return log_sink;
 }
 void hurry_when(bool (*condition)()) { hurried = condition; }
+void speed_up_sleeps(double factor) { sleep_speed = factor; }
+void watch_sleeps(std::function<void(unsigned)> watch) { sleep_watch = std::move(watch); }
+void watch_line(LineWatch watch) { line_watch = std::move(watch); }
 void catch_log(LogSink sink) {
   std::lock_guard lock(log_mutex);
   log_sink = std::move(sink);
@@ -57,11 +67,51 @@ static std::string mapped(const char* path) {
 
 static int open_mapped(const char* path, int flags, mode_t mode) {
   std::string real = mapped(path);
-  if (real == MODULE_DEVICE) {
+  bool is_device = real == MODULE_DEVICE;
+  if (is_device) {
     real = device;
     flags |= O_NOCTTY | O_CLOEXEC;
   }
-  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, real.c_str(), flags, mode));
+  int fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, real.c_str(), flags, mode));
+  if (is_device) device_fd = fd;
+  return fd;
+}
+
+static bool line_is_cut(int fd, Direction direction, std::span<const uint8_t> bytes) {
+  if (fd != device_fd || !line_watch || line_watch(direction, bytes)) return false;
+  errno = EIO;
+  return true;
+}
+
+static ssize_t write_watched(int fd, const void* data, size_t size) {
+  if (line_is_cut(fd, Direction::TO_MODEM, {static_cast<const uint8_t*>(data), size})) return -1;
+  return syscall(SYS_write, fd, data, size);
+}
+
+static ssize_t read_watched(int fd, void* data, size_t size) {
+  ssize_t n = syscall(SYS_read, fd, data, size);
+  size_t held = n > 0 ? static_cast<size_t>(n) : 0;
+  bool cut = line_is_cut(fd, Direction::FROM_MODEM, {static_cast<const uint8_t*>(data), held});
+  return cut ? -1 : n;
+}
+
+static timespec as_timespec(double seconds) {
+  auto whole = static_cast<time_t>(seconds);
+  return {whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e9)};
+}
+
+// In slices, so that somebody may look on. A signal does not shorten it unless it hurries.
+static void sleep_watched(unsigned seconds) {
+  constexpr double SLICE = 0.1;
+  double left = seconds / sleep_speed;
+  while (left > 0 && !(hurried != nullptr && hurried())) {
+    if (sleep_watch) sleep_watch(static_cast<unsigned>(left) + 1);
+    double slice = std::min(left, SLICE);
+    timespec time = as_timespec(slice);
+    while (nanosleep(&time, &time) != 0 && errno == EINTR && !(hurried != nullptr && hurried())) {
+    }
+    left -= slice;
+  }
 }
 
 template <typename Function>
@@ -135,10 +185,23 @@ EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept {
 
 // The module sleeps between its attempts to reach a modem or a card that is not ready.
 EXPORTED unsigned sleep(unsigned seconds) {
-  if (zopctl::hurried != nullptr && zopctl::hurried()) return 0;
-  timespec time = {static_cast<time_t>(seconds), 0};
-  nanosleep(&time, nullptr);
+  zopctl::sleep_watched(seconds);
   return 0;
+}
+
+EXPORTED ssize_t write(int fd, const void* data, size_t size) {
+  return zopctl::write_watched(fd, data, size);
+}
+EXPORTED ssize_t read(int fd, void* data, size_t size) {
+  return zopctl::read_watched(fd, data, size);
+}
+EXPORTED ssize_t __read_chk(int fd, void* data, size_t size, size_t) {
+  return zopctl::read_watched(fd, data, size);
+}
+EXPORTED int close(int fd) {
+  int device = fd;
+  zopctl::device_fd.compare_exchange_strong(device, -1);
+  return static_cast<int>(syscall(SYS_close, fd));
 }
 
 EXPORTED void syslog(int priority, const char* format, ...) {

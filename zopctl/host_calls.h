@@ -4,7 +4,9 @@
 // which the unchanged library binds: so its device can be any node, and its log can be shown.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
 
 namespace zopctl {
@@ -18,6 +20,18 @@ const std::string& mapped_device();
 
 // The module's sleeps end at once while this holds: the user wants the program to end.
 void hurry_when(bool (*condition)());
+
+// The module's sleeps take so many times less: a simulated modem's clock runs faster.
+void speed_up_sleeps(double factor);
+
+// Called ten times a second while the module sleeps, with the seconds that are left.
+void watch_sleeps(std::function<void(unsigned seconds)> watch);
+
+// Sees every piece before it goes to the device and after it has come from it. When it answers
+// false the line is cut: the module sees an I/O error.
+enum class Direction { TO_MODEM, FROM_MODEM };
+using LineWatch = std::function<bool(Direction, std::span<const uint8_t>)>;
+void watch_line(LineWatch watch);
 
 // The module's looks at the device it runs on (/proc, /etc/resolv.conf, /var/local/wan) go to this
 // folder from now on, and its questions for the addresses of ppp0 are answered with these.

@@ -1,4 +1,5 @@
 // zopctl: a host for the modem's module, on the command line.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -34,8 +35,17 @@ static int run(const Options& options) {
   return show(options, options.verb->run(session.module(), options.arguments));
 }
 
+// A stream that is closed would be taken by the modem's device, and be written to.
+static void fill_standard_streams() {
+  int fd;
+  do fd = open("/dev/null", O_RDWR);
+  while (fd >= 0 && fd <= STDERR_FILENO);
+  close(fd);
+}
+
 int main(int argc, char** argv) {
   int exit_code = 0;
+  fill_standard_streams();
   std::optional<Options> options = read_options(argc, argv, exit_code);
   if (!options) return exit_code;
   watch_signals();
@@ -46,6 +56,9 @@ int main(int argc, char** argv) {
   } catch (const UsageError& error) {
     fprintf(stderr, "zopctl: %s\n", error.what());
     return 2;
+  } catch (const Failure& error) {
+    fprintf(stderr, "zopctl: %s\n", error.what());
+    return error.exit_code;
   } catch (const std::exception& error) {
     fprintf(stderr, "zopctl: %s\n", error.what());
     return 1;

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "include/modem_download.h"
 #include "include/vurn.h"
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
@@ -12,7 +13,9 @@ namespace zopctl {
 
 // Something went wrong that the user must know; what() is a whole sentence.
 struct Failure : std::runtime_error {
-  using std::runtime_error::runtime_error;
+  explicit Failure(const std::string& what, int code = 1)
+      : std::runtime_error(what), exit_code(code) {}
+  int exit_code;
 };
 
 class ModuleLibrary {
@@ -56,6 +59,11 @@ class ModuleLibrary {
   BIND(vurn_report_event);
   BIND(vurn_originate_call_test);
   BIND(vurn_stop_call_test);
+  BIND(modem_set_config);
+  BIND(modem_diag_process);
+  BIND(modem_dload_process);
+  BIND(modem_dload_end_process);
+  BIND(mem_dump_process);
   BIND(zop_get_gmm_attach_state);
   BIND(zop_get_gmm_rau_state);
   BIND(zop_get_call_status);
@@ -75,6 +83,7 @@ class ModuleLibrary {
   BIND(zop_get_band);
   BIND(zop_open);
   BIND(zop_close);
+  BIND(zop_get_firmware_version);
   BIND(zop_simcard_verify);
   BIND(zop_simcard_enable);
   BIND(zop_simcard_disable);

@@ -21,9 +21,13 @@ Examples:
   zopctl report --wait               the diagnostic report, with fresh data of the modem
   zopctl sim verify                  asks for the PIN and gives it to the card
   zopctl plmn list operator --json   one list of the SIM
+  zopctl firmware info ./images      what is in an image set, and what is wrong with it
+  zopctl firmware update ./images    write it to the modem
+  zopctl dump -o /tmp                save the memory of a modem that has crashed
 
 --sim, --device, --library, --json and --log may stand before or after the verb.
-Exit code: 0 good, 1 the modem or the module failed, 2 bad usage.)";
+Exit code: 0 good, 1 the modem or the module failed, 2 bad usage; of firmware update also
+3 writing broke off, update again, 4 written, but the first start failed.)";
 
 struct MaskName {
   const char* name;
@@ -68,6 +72,10 @@ static void add_options(CLI::App& app, Options& options, std::string& sim, std::
   app.set_version_flag("--version", "zopctl " ZOP_VERSION);
   app.add_flag("--sim{-}", sim, "use a simulated modem; --sim=SCENARIO sets its scenario")
       ->group("Modem");
+  app.add_option("--sim-speed", options.sim_speed,
+                 "let the simulated modem's clock, and all waiting for it, run so many times faster")
+      ->check(CLI::Range(0.01, 1000.0))
+      ->group("Modem");
   app.add_option("--device", options.device,
                  std::string("serial device of the modem's DIAG port, instead of ") + MODULE_DEVICE)
       ->group("Modem");
@@ -95,7 +103,8 @@ static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed
     slot.option = app.add_flag(slot.name, argument.help);
     return;
   }
-  slot.option = app.add_option(slot.name, slot.word, argument.help);
+  std::string short_name = argument.short_name == nullptr ? "" : std::string(argument.short_name) + ",";
+  slot.option = app.add_option(short_name + slot.name, slot.word, argument.help);
   if (argument.required) slot.option->required();
   if (argument.choices.empty()) return;
   std::vector<std::string> choices(argument.choices.begin(), argument.choices.end());

@@ -14,6 +14,7 @@ struct Options {
   bool json = false;
   bool simulate = false;
   std::string scenario;  // with simulate; empty: the simulator's default
+  double sim_speed = 1;  // of its clock
   std::string device;    // empty: the module's own
   std::string library;   // empty: found beside the program or by the loader
   std::optional<unsigned> log_mask;

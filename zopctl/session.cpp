@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 
 #include "zopctl/host_calls.h"
 #include "zopctl/quiet_output.h"
@@ -22,7 +23,10 @@ static volatile sig_atomic_t caught_signal = 0;
 static int wake_up = -1;  // an eventfd: a signal just before a wait must end it too
 
 static void on_signal(int signal) {
-  if (caught_signal != 0) _exit(128 + signal);
+  if (caught_signal != 0) {
+    if (isatty(STDERR_FILENO) != 0 && write(STDERR_FILENO, "\n", 1) < 0) _exit(1);  // after a bar
+    _exit(128 + signal);
+  }
   int saved_errno = errno;
   caught_signal = signal;
   uint64_t one = 1;
@@ -30,10 +34,20 @@ static void on_signal(int signal) {
   errno = saved_errno;
 }
 
-static bool has_caught_signal() { return caught_signal != 0; }
+static volatile sig_atomic_t held_on = 0;
+static double speed = 1;  // of a simulated modem's clock
+
+bool has_caught_signal() { return caught_signal != 0; }
+static bool may_hurry() { return has_caught_signal() && held_on == 0; }
+void hold_on() { held_on = 1; }
+
+static void set_speed(double factor) {
+  speed = factor;
+  speed_up_sleeps(factor);
+}
 
 void watch_signals() {
-  hurry_when(has_caught_signal);
+  hurry_when(may_hurry);
   wake_up = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   struct sigaction action = {};
   action.sa_handler = on_signal;
@@ -41,14 +55,18 @@ void watch_signals() {
   sigaction(SIGTERM, &action, nullptr);
 }
 
-void wait_seconds(unsigned seconds) {
+void wait_seconds(unsigned seconds) { wait_ms(seconds * 1000); }
+
+void wait_ms(unsigned ms) {
+  auto us = static_cast<int64_t>(ms * 1000 / speed);
+  timespec left = {us / 1'000'000, us % 1'000'000 * 1000};
   pollfd signals = {wake_up, POLLIN, 0};
-  poll(&signals, 1, static_cast<int>(seconds * 1000));
+  ppoll(&signals, held_on != 0 ? 0 : 1, &left, nullptr);
   check_signals();
 }
 
 void check_signals() {
-  if (caught_signal != 0) throw Interrupted{caught_signal};
+  if (may_hurry()) throw Interrupted{caught_signal};
 }
 
 // Looks at the device before the module does: the module would try for five seconds, and its
@@ -101,11 +119,14 @@ static void open_modem(const ModuleLibrary& module, Verb::Need need) {
 
 Session::Session(const Options& options, Verb::Need need) : need_(need) {
   if (options.simulate) {
-    simulator_ = std::make_unique<SimulatorProcess>(options.scenario);
-    map_device(simulator_->terminal());
     root_ = std::make_unique<FakeRoot>();
+    simulator_ = std::make_unique<SimulatorProcess>(
+        SimulatorProcess::Setting{options.scenario, root_->device(), options.sim_speed});
+    map_device(root_->device());
+    set_speed(options.sim_speed);
   } else {
-    map_device(options.device.empty() ? MODULE_DEVICE : options.device);
+    std::string device = options.device.empty() ? MODULE_DEVICE : options.device;
+    map_device(std::filesystem::absolute(device));  // a verb may change the folder
   }
   if (need != Verb::LIBRARY) {
     if (auto problem = device_problem(mapped_device())) throw Failure(*problem);

@@ -24,8 +24,8 @@ class Session {
   const ModuleLibrary& module() const { return *module_; }
 
  private:
-  std::unique_ptr<SimulatorProcess> simulator_;
   std::unique_ptr<FakeRoot> root_;
+  std::unique_ptr<SimulatorProcess> simulator_;
   std::unique_ptr<ModuleLibrary> module_;
   Verb::Need need_;
 };
@@ -40,5 +40,12 @@ struct Interrupted {
 void watch_signals();
 void check_signals();                 // throws Interrupted
 void wait_seconds(unsigned seconds);  // the same, as soon as the signal comes
+void wait_ms(unsigned ms);            // both in the modem's time, which may be a simulated one
+
+bool has_caught_signal();
+
+// From now on a first signal neither throws nor cuts a wait short: what is under way must not break
+// off. A second one still ends the program.
+void hold_on();
 
 }  // namespace zopctl

@@ -4,6 +4,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <signal.h>
 #include <spawn.h>
 #include <stdio.h>
@@ -55,17 +56,18 @@ static std::string first_line(FILE* output) {
   return line;
 }
 
-SimulatorProcess::SimulatorProcess(const std::string& scenario) {
+SimulatorProcess::SimulatorProcess(const Setting& setting) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw Failure("no pipe for the simulated modem");
-  std::vector<std::string> words = {program_path(), "--exit-with-parent"};
-  if (!scenario.empty()) words.push_back(scenario);
+  std::vector<std::string> words = {program_path(), "--exit-with-parent", "--link",
+                                    setting.link,   "--speed",            fmt::to_string(setting.speed)};
+  if (!setting.scenario.empty()) words.push_back(setting.scenario);
   pid_ = start(words, ends[1]);
   close(ends[1]);
   FILE* output = fdopen(ends[0], "r");
-  terminal_ = first_line(output);
+  bool started = !first_line(output).empty();  // the device node
   fclose(output);
-  if (!terminal_.empty()) return;
+  if (started) return;
   int exit_code = end();
   check_signals();
   const char* what = "the simulated modem did not start; it said why above";

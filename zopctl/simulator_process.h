@@ -9,18 +9,22 @@ namespace zopctl {
 
 class SimulatorProcess {
  public:
-  // Starts zop-modem-sim with a scenario (empty: its default). Throws Failure with its own words.
-  explicit SimulatorProcess(const std::string& scenario);
+  // What it simulates: a scenario (empty: its default), at the device node link, with a clock that
+  // runs speed times as fast.
+  struct Setting {
+    std::string scenario;
+    std::string link;
+    double speed;
+  };
+  // Starts zop-modem-sim. Throws Failure with its own words.
+  explicit SimulatorProcess(const Setting& setting);
   ~SimulatorProcess();
   SimulatorProcess(const SimulatorProcess&) = delete;
   SimulatorProcess& operator=(const SimulatorProcess&) = delete;
 
-  const std::string& terminal() const { return terminal_; }
-
  private:
   int end();  // its exit code, -1 when a signal ended it
   pid_t pid_ = -1;
-  std::string terminal_;
 };
 
 }  // namespace zopctl

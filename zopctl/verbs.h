@@ -36,6 +36,7 @@ struct Argument {
   bool required = true;
   std::vector<const char*> choices = {};
   bool flag = false;  // an option without a value
+  const char* short_name = nullptr;
 };
 
 struct Verb {
@@ -86,6 +87,9 @@ Findings call_test_start(const ModuleLibrary&, const Arguments&);
 Findings call_test_stop(const ModuleLibrary&, const Arguments&);
 Findings report_show(const ModuleLibrary&, const Arguments&);
 Findings exception_report(const ModuleLibrary&, const Arguments&);
+Findings firmware_info(const ModuleLibrary&, const Arguments&);
+Findings firmware_update(const ModuleLibrary&, const Arguments&);
+Findings dump(const ModuleLibrary&, const Arguments&);
 Findings doctor(const ModuleLibrary&, const Arguments&);
 Findings signal_show(const ModuleLibrary&, const Arguments&);
 Findings cells_show(const ModuleLibrary&, const Arguments&);
