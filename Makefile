@@ -23,7 +23,7 @@ build: setup ## build the release into build/release
 test: build ## build, and run every test
 	@ctest --test-dir $(RELEASE) -j $(JOBS) --output-on-failure
 
-demo: build ## show a host opening a simulated modem and reading its state
+demo: build ## show a host that reads, updates and dumps simulated modems
 	@sh scripts/demo.sh $(RELEASE)
 
 format: setup ## lay out the sources

@@ -6,6 +6,8 @@ import json
 import statistics
 import sys
 
+NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6}
+
 FLOORS = [
     # name, floor
     ("encode/3", "crc_floor/3"),
@@ -15,6 +17,8 @@ FLOORS = [
     ("decode/133", "crc_floor/133"),
     ("decode/350", "crc_floor/350"),
     ("get_rssi", "raw_ping_pong"),
+    ("download", "download_floor"),
+    ("dump", "dump_floor"),
     ("log_string", "snprintf_per_item"),
     ("syslog_report", "snprintf_per_item"),
 ]
@@ -25,8 +29,8 @@ def medians(results):
     for run in results["benchmarks"]:
         if run["run_type"] != "iteration":
             continue
-        name = run["run_name"].removesuffix("/real_time")
-        times.setdefault(name, []).append(run["real_time"])
+        name = run["run_name"].removesuffix("/real_time").removesuffix("/iterations:1")
+        times.setdefault(name, []).append(run["real_time"] * NANOSECONDS[run["time_unit"]])
         allocations[name] = allocations.get(name, 0) + run.get("allocations", 0)
     return {name: statistics.median(values) for name, values in times.items()}, allocations
 
@@ -36,7 +40,7 @@ def main():
         times, allocations = medians(json.load(file))
     for name, floor in FLOORS:
         ratio = times[name] / times[floor]
-        print(f"{name:14} {times[name]:10.1f} ns   {floor:18} {times[floor]:10.1f} ns   x {ratio:.2f}")
+        print(f"{name:14} {times[name]:12.1f} ns   {floor:18} {times[floor]:12.1f} ns   x {ratio:.2f}")
     allocating = [name for name, count in allocations.items() if count > 0]
     if allocating:
         sys.exit(f"bench: these allocate: {', '.join(allocating)}")

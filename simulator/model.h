@@ -132,8 +132,8 @@ struct Device {
   std::vector<std::string> errors = {"boot: watchdog reset"};
   int crash_dump = 0;  // after a crash: waits for a memory dump instead of starting anew
   std::map<int, Bytes> nv_backup;
-  int crashed = 0;     // is started in its boot ROM, as if it had just crashed
-  Bytes partition;     // its partition table; a download of another one erases the file system
+  int crashed = 0;  // is started in its boot ROM, as if it had just crashed
+  Bytes partition;  // its partition table; a download of another one erases the file system
   std::vector<MemoryRegion> memory = {
       {1, 0x00800000, memory_of_addresses(0x00800000, 300'000), "RAM", "ram.bin"},
       {1, 0xFFFF0000, memory_of_addresses(0xFFFF0000, 4096), "boot ROM", "rom.bin"}};

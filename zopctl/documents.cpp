@@ -66,7 +66,8 @@ void print_man_page() {
   }
   fmt::print(".SH VERBS\n");
   for (const Verb& verb : verbs()) man_verb(verb);
-  fmt::print(".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage; of firmware "
+  fmt::print(
+      ".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage; of firmware "
       "update also 3 writing broke off, update again, 4 written, but the first start failed.\n");
 }
 

@@ -34,8 +34,7 @@ Findings firmware_info(const ModuleLibrary&, const Arguments& arguments) {
   uint64_t all = set.bytes_to_send(false), modem_only = set.bytes_to_send(true);
   Section sent{"sent", "Sent to the modem", {}};
   sent.items.push_back(shown("all", "By an update", all, size_text(all)));
-  sent.items.push_back(
-      shown("modem_only", "With --modem-only", modem_only, size_text(modem_only)));
+  sent.items.push_back(shown("modem_only", "With --modem-only", modem_only, size_text(modem_only)));
   return {about, files, sent};
 }
 

@@ -128,7 +128,8 @@ void Update::look_around() {
   for (const std::string& line : output_.new_lines()) take_line(line);
   if (has_caught_signal() && follower_.is_writing() && !warned_) {
     warned_ = true;
-    progress_.note("the update must not break off now: going on; Ctrl-C again ends it all the same");
+    progress_.note(
+        "the update must not break off now: going on; Ctrl-C again ends it all the same");
   }
 }
 

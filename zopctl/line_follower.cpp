@@ -20,7 +20,9 @@ enum Code : uint8_t {
 };
 constexpr uint32_t RAM_ADDRESS = 0x00800028;
 
-static uint32_t be16(sim::View p, size_t at) { return static_cast<uint32_t>(p[at] << 8 | p[at + 1]); }
+static uint32_t be16(sim::View p, size_t at) {
+  return static_cast<uint32_t>(p[at] << 8 | p[at + 1]);
+}
 static uint32_t be32(sim::View p, size_t at) { return be16(p, at) << 16 | be16(p, at + 2); }
 static uint32_t le32(sim::View p, size_t at) {
   return le16(&p[at]) | static_cast<uint32_t>(le16(&p[at + 2])) << 16;

@@ -57,9 +57,9 @@ class DumpFollower {
   sim::Deframer requests_, answers_;
   std::vector<DumpRegion> regions_;
   uint64_t total_ = 0;
-  size_t current_ = 0;    // region that is being read
-  uint64_t offset_ = 0;   // in it
-  uint64_t before_ = 0;   // bytes of the regions before it
+  size_t current_ = 0;   // region that is being read
+  uint64_t offset_ = 0;  // in it
+  uint64_t before_ = 0;  // bytes of the regions before it
 };
 
 }  // namespace zopctl

@@ -72,8 +72,9 @@ static void add_options(CLI::App& app, Options& options, std::string& sim, std::
   app.set_version_flag("--version", "zopctl " ZOP_VERSION);
   app.add_flag("--sim{-}", sim, "use a simulated modem; --sim=SCENARIO sets its scenario")
       ->group("Modem");
-  app.add_option("--sim-speed", options.sim_speed,
-                 "let the simulated modem's clock, and all waiting for it, run so many times faster")
+  app.add_option(
+         "--sim-speed", options.sim_speed,
+         "let the simulated modem's clock, and all waiting for it, run so many times faster")
       ->check(CLI::Range(0.01, 1000.0))
       ->group("Modem");
   app.add_option("--device", options.device,
@@ -103,7 +104,8 @@ static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed
     slot.option = app.add_flag(slot.name, argument.help);
     return;
   }
-  std::string short_name = argument.short_name == nullptr ? "" : std::string(argument.short_name) + ",";
+  std::string short_name =
+      argument.short_name == nullptr ? "" : std::string(argument.short_name) + ",";
   slot.option = app.add_option(short_name + slot.name, slot.word, argument.help);
   if (argument.required) slot.option->required();
   if (argument.choices.empty()) return;

@@ -95,10 +95,10 @@ void Progress::show_bar(const Amount& amount) {
   shown_ = Clock::now();
   double speed = speed_of(amount);
   size_t full = share(amount.done, amount.total, BAR_WIDTH);
-  std::string line = fmt::format("  [{}{}] {:3} %  {} {} %", std::string(full, '#'),
-                                 std::string(BAR_WIDTH - full, '.'),
-                                 share(amount.done, amount.total, 100), amount.part,
-                                 share(amount.part_done, amount.part_total, 100));
+  std::string line =
+      fmt::format("  [{}{}] {:3} %  {} {} %", std::string(full, '#'),
+                  std::string(BAR_WIDTH - full, '.'), share(amount.done, amount.total, 100),
+                  amount.part, share(amount.part_done, amount.part_total, 100));
   if (speed > 0 && amount.total >= amount.done) {
     double left = static_cast<double>(amount.total - amount.done) / speed;
     line += fmt::format("  {}/s  {} left", size_text(static_cast<uint64_t>(speed)), minutes(left));

@@ -34,7 +34,8 @@ class Progress {
   void stage(const std::string& key, const std::string& text);
   const std::string& stage_key() const { return stage_; }
 
-  // Shown ten times a second on a terminal, and each tenth (for programs: each hundredth) elsewhere.
+  // Shown ten times a second on a terminal, and each tenth (for programs: each hundredth)
+  // elsewhere.
   void amount(const Amount& amount);
 
   // The work rests for so many seconds more; seen on a terminal alone.

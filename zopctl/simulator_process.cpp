@@ -59,8 +59,9 @@ static std::string first_line(FILE* output) {
 SimulatorProcess::SimulatorProcess(const Setting& setting) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw Failure("no pipe for the simulated modem");
-  std::vector<std::string> words = {program_path(), "--exit-with-parent", "--link",
-                                    setting.link,   "--speed",            fmt::to_string(setting.speed)};
+  std::vector<std::string> words = {program_path(), "--exit-with-parent",
+                                    "--link",       setting.link,
+                                    "--speed",      fmt::to_string(setting.speed)};
   if (!setting.scenario.empty()) words.push_back(setting.scenario);
   pid_ = start(words, ends[1]);
   close(ends[1]);

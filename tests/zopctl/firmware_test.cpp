@@ -20,7 +20,8 @@ class ZopctlFirmware : public testing::Test {
   void SetUp() override {
     write("QSC6270.ram", std::string(5000, 'r'));
     write("partition.mbn", std::string(600, 'p'));
-    for (const char* name : {"dbl.mbn", "fsbl.mbn", "osbl.mbn"}) write(name, std::string(3000, 'b'));
+    for (const char* name : {"dbl.mbn", "fsbl.mbn", "osbl.mbn"})
+      write(name, std::string(3000, 'b'));
     write("amss.mbn", std::string(40'000, 'a') + "Q71XEB22.001" + std::string(500, '\0'));
     write("version_info", "Q71XEB22.001\n");
   }
@@ -61,9 +62,8 @@ TEST_F(ZopctlFirmware, info_finds_what_an_image_set_lacks) {
   fs::remove(folder / "version_info");
   Outcome bad = zopctl("firmware info " + folder.string());
   EXPECT_EQ(bad.exit_code, 1);
-  for (const char* text :
-       {"osbl.mbn       -  (empty)", "partition.mbn  -  (larger than 2048", "amss.mbn       -  (missing)",
-        "no version_info"}) {
+  for (const char* text : {"osbl.mbn       -  (empty)", "partition.mbn  -  (larger than 2048",
+                           "amss.mbn       -  (missing)", "no version_info"}) {
     EXPECT_TRUE(contains(bad.output, text)) << text << "\n" << bad.output;
   }
   Outcome refused = update("");
@@ -84,11 +84,15 @@ TEST_F(ZopctlFirmware, update_leads_to_the_new_version) {
 }
 
 TEST_F(ZopctlFirmware, update_tells_programs_by_events) {
-  Outcome run = update("[device]\npartition = \"" + [] {
-    std::string hex;
-    for (int i = 0; i < 600; ++i) hex += "70";
-    return hex;
-  }() + "\"\n", "--json --modem-only");
+  Outcome run = update(
+      "[device]\npartition = \"" +
+          [] {
+            std::string hex;
+            for (int i = 0; i < 600; ++i) hex += "70";
+            return hex;
+          }() +
+          "\"\n",
+      "--json --modem-only");
   EXPECT_EQ(run.exit_code, 0) << run.output;
   std::vector<Json> progress = events_of(run.output, "progress");
   ASSERT_FALSE(progress.empty()) << run.output;

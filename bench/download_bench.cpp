@@ -1,0 +1,249 @@
+// A firmware download and a memory dump over a pseudo-terminal, each beside its floor: the same
+// frames on the same terminal, made beforehand, with the pauses that the protocol wants and nothing
+// else. The modem's end is a thread that answers at once.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <sys/select.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "bench/answering_terminal.h"
+#include "core/bytes.h"
+#include "download/image_set.h"
+#include "download/streaming_download.h"
+#include "include/modem_download.h"
+#include "link/frame_codec.h"
+#include "link/serial_port.h"
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<uint8_t>;
+
+// 16 MiB, or a little when it only has to be seen to work.
+static size_t image_size() {
+  return std::getenv("BENCH_SMOKE") != nullptr ? size_t{256} << 10 : size_t{16} << 20;
+}
+
+static Bytes image() {
+  Bytes bytes(image_size());
+  uint32_t seed = 1;
+  for (uint8_t& byte : bytes)
+    byte = static_cast<uint8_t>((seed = seed * 1664525 + 1013904223) >> 24);
+  return bytes;
+}
+
+static Bytes framed(const Bytes& payload) {
+  Bytes frame(2 * (payload.size() + 2) + 2);
+  frame.resize(
+      encode_frame(frame.data(), payload.data(), static_cast<uint32_t>(payload.size()), true));
+  return frame;
+}
+
+class Folder {
+ public:
+  Folder() {
+    fs::current_path(path_);
+    write("amss.mbn", image());
+    for (const char* name : {"QSC6270.ram", "partition.mbn", "dbl.mbn", "fsbl.mbn", "osbl.mbn"}) {
+      write(name, Bytes(100, 'x'));
+    }
+  }
+  ~Folder() {
+    fs::current_path("/");
+    fs::remove_all(path_);
+  }
+  const char* name() const { return path_.c_str(); }
+
+ private:
+  void write(const char* name, const Bytes& content) {
+    std::ofstream(path_ / name, std::ios::binary)
+        .write(static_cast<const char*>(static_cast<const void*>(content.data())),
+               static_cast<std::streamsize>(content.size()));
+  }
+  fs::path path_ = [] {
+    std::string path = fs::temp_directory_path() / "zop-bench-XXXXXX";
+    return fs::path(mkdtemp(path.data()));
+  }();
+};
+
+// The modules' own progress lines go nowhere.
+class Silence {
+ public:
+  Silence() : saved_(dup(STDOUT_FILENO)) {
+    fflush(stdout);
+    int null = open("/dev/null", O_WRONLY);
+    dup2(null, STDOUT_FILENO);
+    close(null);
+  }
+  ~Silence() {
+    fflush(stdout);
+    dup2(saved_, STDOUT_FILENO);
+    close(saved_);
+  }
+
+ private:
+  int saved_;
+};
+
+static Bytes unstuffed_start(std::span<const uint8_t> frame, size_t size) {
+  Bytes start;
+  for (size_t i = 1; i < frame.size() && start.size() < size; ++i) {
+    bool escape = frame[i] == 0x7D;
+    start.push_back(escape ? frame[++i] ^ 0x20 : frame[i]);
+  }
+  return start;
+}
+
+// The programmer: good replies to everything.
+static AnsweringTerminal::Answer programmer() {
+  return [reply = Bytes()](std::span<const uint8_t> frame) mutable -> std::span<const uint8_t> {
+    Bytes packet = unstuffed_start(frame, 5);
+    if (packet[0] == STREAM_WRITE) {
+      reply = framed({0x08, packet[1], packet[2], packet[3], packet[4]});
+    } else {
+      reply = framed({static_cast<uint8_t>(packet[0] + 1), 0});
+    }
+    return reply;
+  };
+}
+
+// Sends a frame and takes what comes back. False when nothing does.
+static bool exchanged(int fd, const Bytes& frame) {
+  for (size_t sent = 0; sent < frame.size();) {
+    ssize_t n = write(fd, frame.data() + sent, frame.size() - sent);
+    if (n <= 0) return false;
+    sent += static_cast<size_t>(n);
+  }
+  uint8_t reply[2068];
+  for (size_t held = 0; held < 2 || reply[held - 1] != 0x7E;) {
+    fd_set input;
+    FD_ZERO(&input);
+    FD_SET(fd, &input);
+    timeval limit = {5, 0};
+    if (select(fd + 1, &input, nullptr, nullptr, &limit) != 1) return false;
+    ssize_t n = read(fd, reply + held, sizeof reply - held);
+    if (n <= 0) return false;
+    held += static_cast<size_t>(n);
+  }
+  return true;
+}
+
+static void download(benchmark::State& state) {
+  Folder folder;
+  Silence silence;
+  AnsweringTerminal terminal(programmer());
+  for (auto _ : state) {
+    modem_set_config(folder.name(), "", 1, 0);
+    if (load_config() != 1) state.SkipWithError("no images");
+    diag_open(terminal.path.c_str());
+    if (hostdl_process() != 1) state.SkipWithError("no download");
+    diag_close();
+    free(dload_rbuf);  // a download leaves it to the host
+    free_config();
+  }
+}
+
+static void download_floor(benchmark::State& state) {
+  constexpr useconds_t AFTER_REPLY_US = 500, AROUND_IMAGE_US = 2000;
+  constexpr size_t CHUNK = 2048;
+  std::vector<Bytes> frames;
+  Bytes bytes = image();
+  for (size_t at = 0; at < bytes.size(); at += CHUNK) {
+    Bytes packet(5 + std::min(CHUNK, bytes.size() - at));
+    packet[0] = STREAM_WRITE;
+    put_le32(packet.data() + 1, static_cast<uint32_t>(at));
+    memcpy(packet.data() + 5, bytes.data() + at, packet.size() - 5);
+    frames.push_back(framed(packet));
+  }
+  const Bytes others[] = {framed({STREAM_HELLO}),    framed({STREAM_HELLO}),
+                          framed({STREAM_SECURITY}), framed({STREAM_PARTITION}),
+                          framed({STREAM_OPEN}),     framed({STREAM_CLOSE})};
+  AnsweringTerminal terminal(programmer());
+  for (auto _ : state) {
+    diag_open(terminal.path.c_str());
+    for (const Bytes& frame : others) {
+      if (!exchanged(SER_SIG, frame)) state.SkipWithError("no reply");
+      usleep(AFTER_REPLY_US);
+    }
+    usleep(2 * AROUND_IMAGE_US);
+    for (const Bytes& frame : frames) {
+      if (!exchanged(SER_SIG, frame)) state.SkipWithError("no reply");
+      usleep(AFTER_REPLY_US);
+    }
+    diag_close();
+  }
+}
+
+// ---- dump ----
+
+enum : uint32_t { BASE = 0x00800000, MOST_READ = 1024 };
+
+static Bytes memory_read(uint32_t offset) {
+  Bytes packet(7);
+  packet[0] = 0x12;
+  put_be32(packet.data() + 1, BASE + offset);
+  put_be16(packet.data() + 5, MOST_READ);
+  return packet;
+}
+
+static Bytes region_list() {
+  Bytes packet = {0x11, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 'R', 'A', 'M', 0, 'r', 'a', 'm', 0};
+  put_be16(packet.data() + 1, static_cast<uint32_t>(packet.size() - 3));
+  put_be32(packet.data() + 4, BASE);
+  put_be32(packet.data() + 8, static_cast<uint32_t>(image_size()));
+  return packet;
+}
+
+// The boot ROM of a crashed modem. Its replies are made beforehand.
+static AnsweringTerminal::Answer crashed_modem() {
+  std::vector<Bytes> replies;
+  Bytes bytes = image();
+  for (size_t at = 0; at < bytes.size(); at += MOST_READ) {
+    Bytes packet = memory_read(static_cast<uint32_t>(at));
+    packet[0] = 0x13;
+    packet.insert(packet.end(), bytes.begin() + static_cast<ptrdiff_t>(at),
+                  bytes.begin() + static_cast<ptrdiff_t>(at + MOST_READ));
+    replies.push_back(framed(packet));
+  }
+  return [replies = std::move(replies), list = framed(region_list())](
+             std::span<const uint8_t> frame) -> std::span<const uint8_t> {
+    Bytes packet = unstuffed_start(frame, 5);
+    if (packet[0] != 0x12) return list;
+    return replies[(get_be32(packet.data() + 1) - BASE) / MOST_READ];
+  };
+}
+
+static void dump(benchmark::State& state) {
+  Folder folder;
+  Silence silence;
+  AnsweringTerminal terminal(crashed_modem());
+  for (auto _ : state) {
+    diag_open(terminal.path.c_str());
+    mem_dump_process();
+    if (FW_DL_STATUS != 100) state.SkipWithError("no dump");
+    diag_close();
+  }
+}
+
+// Without the disk: that is the host's affair.
+static void dump_floor(benchmark::State& state) {
+  std::vector<Bytes> frames = {framed({0x10})};
+  for (uint32_t at = 0; at < image_size(); at += MOST_READ)
+    frames.push_back(framed(memory_read(at)));
+  AnsweringTerminal terminal(crashed_modem());
+  for (auto _ : state) {
+    diag_open(terminal.path.c_str());
+    for (const Bytes& frame : frames) {
+      if (!exchanged(SER_SIG, frame)) state.SkipWithError("no reply");
+    }
+    diag_close();
+  }
+}
+
+BENCHMARK(download)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(download_floor)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(dump)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(dump_floor)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
