@@ -1,5 +1,5 @@
-// The download against a modem in its download modes: contents byte for byte, every fault at every
-// step, and a clean run behind each.
+// The download against a modem in its download modes: contents byte for byte, options, lost
+// replies. Faults at every step of the road are in road_test.cpp.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -130,48 +130,6 @@ TEST_F(Download, options) {
   expect_whole();
   EXPECT_TRUE(modem.programmer.erased);
   EXPECT_EQ(packets(0x19), 1);
-}
-
-// Fewer faults than attempts cost only time; more of them, or a modem that is gone, fail the stage.
-TEST_F(Download, every_fault_at_every_step) {
-  struct {
-    uint8_t code;
-    DownloadFault::Kind kind;
-    int count;
-    int result;
-    const char* message;
-  } rows[] = {
-      {0x06, DownloadFault::NO_REPLY, 9, 1, ""},
-      {0x06, DownloadFault::BAD_CHECK, 10, 0, "STAGE1: Err-Load RAM\n"},
-      {0x06, DownloadFault::UNPLUG, 1, 0, "STAGE1: Err-Load RAM\n"},
-      {0x07, DownloadFault::WRONG_CODE, 10, 0, "STAGE1: Err-Load RAM\n"},
-      {0x0F, DownloadFault::NO_REPLY, 25, 1, ""},  // chunks are sent again without end
-      {0x0F, DownloadFault::BAD_CHECK, 3, 1, ""},
-      {0x0F, DownloadFault::UNPLUG, 1, 0, "STAGE1: Err-Load RAM\n"},
-      {0x05, DownloadFault::NO_REPLY, 1, 1, ""},
-      {0x01, DownloadFault::NO_REPLY, 20, 1, ""},  // the first hello may fail
-      {0x01, DownloadFault::NO_REPLY, 40, 0, "STAGE1: Err-RAM Entry\n"},
-      {0x17, DownloadFault::WRONG_CODE, 20, 0, "STAGE1: Err-RAM Entry\n"},
-      {0x19, DownloadFault::NO_REPLY, 20, 0, "STAGE2: Err-Erasing\n"},
-      {0x19, DownloadFault::UNPLUG, 1, 0, "STAGE2: Err-Erasing\n"},
-      {0x1B, DownloadFault::REFUSED, 19, 1, ""},
-      {0x1B, DownloadFault::REFUSED, 20, 0, "STAGE3: Err-Writing\n"},
-      {0x15, DownloadFault::NO_REPLY, 20, 1, ""},
-      {0x0B, DownloadFault::NO_REPLY, 1, 1, ""},
-  };
-  for (auto& row : rows) {
-    SCOPED_TRACE(std::to_string(row.code) + " " + std::to_string(row.kind));
-    new_modem();
-    modem.faults = {{row.kind, row.code, 0, row.count}};
-    EXPECT_EQ(run(), row.result);
-    expect_nothing_left();
-    bool said = output.find(row.message) != std::string::npos;
-    EXPECT_TRUE(said) << output;
-    if (row.result == 1) expect_whole();
-    new_modem();
-    EXPECT_EQ(run(), 1);
-    expect_whole();
-  }
 }
 
 // A write that went out is not sent twice: its lost reply is asked for with a lone flag.

@@ -9,8 +9,9 @@ namespace test {
 class SimulatedFarEnd : public FarEnd {
  public:
   // The modem is started at a moment of the World.
-  explicit SimulatedFarEnd(sim::Scenario scenario = {}, Time start = Time{0})
-      : modem(std::move(scenario)), start_(start) {}
+  explicit SimulatedFarEnd(sim::Scenario scenario = {}, Time start = Time{0},
+                           sim::Modem::Trace trace = {})
+      : modem(std::move(scenario), 1, std::move(trace)), start_(start) {}
 
   sim::Modem modem;
 
