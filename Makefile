@@ -1,7 +1,7 @@
 # Every target does its whole set-up and is safe to repeat. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo format check-format tidy asan tsan fuzz bench clean
+.PHONY: all help setup build test demo arm size format check-format tidy asan tsan fuzz bench clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -25,6 +25,13 @@ test: build ## build, and run every test
 
 demo: build ## show a host that reads, updates and dumps simulated modems
 	@sh scripts/demo.sh $(RELEASE)
+
+arm: ## cross build for 32-bit ARM, and its tests under qemu
+	@sh scripts/setup.sh arm
+	@sh scripts/arm.sh
+
+size: build arm ## sizes of the stripped module beside their limits
+	@sh scripts/size.sh
 
 format: setup ## lay out the sources
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i

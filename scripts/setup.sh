@@ -1,8 +1,12 @@
 #!/bin/sh
-# Installs the packages of packages.txt that are missing. Needs no network when none is. Says one
-# line when something can't be had.
+# Installs the packages of packages.txt that are missing: those that everything needs, and those of
+# the sections named. Needs no network when none is missing. Says one line when something can't be
+# had. Usage: setup.sh [SECTION...]
 here=$(dirname "$0")
-packages=$(sed -e 's/#.*//' "$here/packages.txt")
+packages=$(awk -v wanted=" $* " '
+  /^#/ { next }
+  /^\[/ { gsub(/[][]/, ""); skipped = !index(wanted, " " $0 " "); next }
+  !skipped' "$here/packages.txt")
 missing=
 for package in $packages; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' ||
@@ -25,6 +29,13 @@ install() {
   $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing \
     > "$log" 2>&1
 }
+refresh() { $as_root apt-get update > "$log" 2>&1; }
+# Libraries of another architecture, for a cross build: its packages must be known first.
+for architecture in $(echo "$missing" | tr ' ' '\n' | sed -n 's/.*://p' | sort -u); do
+  dpkg --print-foreign-architectures | grep -qx "$architecture" && continue
+  { $as_root dpkg --add-architecture "$architecture" && refresh; } ||
+    fail "could not get the packages of $architecture"
+done
 # The package lists may be absent or old: refresh them and try once more.
-install || { $as_root apt-get update > "$log" 2>&1 && install; } ||
+install || { refresh && install; } ||
   fail "could not install$missing: $(grep -E '^(E|Err)' "$log" | head -1)"

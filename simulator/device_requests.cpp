@@ -170,7 +170,7 @@ void set_time(const Context& c, Answer& a) {
   t.tm_min = word(4);
   t.tm_sec = word(5);
   if (t.tm_mon < 0 || t.tm_mon > 11 || t.tm_mday < 1 || t.tm_mday > 31) return a.status(1);
-  auto up = std::chrono::duration_cast<std::chrono::seconds>(c.now).count();
+  auto up = static_cast<std::time_t>(c.now / std::chrono::seconds(1));
   c.model.clock.start = timegm(&t) - up - std::time_t{900} * c.model.clock.zone;
   c.model.clock.provided = 1;
 }

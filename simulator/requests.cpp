@@ -54,7 +54,7 @@ static std::string location_area(const Network& network) {
 static void network_time(C c, A a) {
   const Clock& clock = c.model.clock;
   if (clock.provided == 0) return a.status(1);
-  auto seconds = std::chrono::duration_cast<std::chrono::seconds>(c.now).count();
+  auto seconds = static_cast<std::time_t>(c.now / std::chrono::seconds(1));
   std::time_t local = clock.start + seconds + std::time_t{900} * clock.zone;
   std::tm t{};
   gmtime_r(&local, &t);

@@ -1,6 +1,7 @@
 // Definitions that the module binds to. The modem must not become zopctl's controlling terminal: a
 // hang-up of the device would end the program.
 #undef _FORTIFY_SOURCE
+#undef _FILE_OFFSET_BITS  // or open is another name for open64
 #include "zopctl/host_calls.h"
 
 #include <arpa/inet.h>

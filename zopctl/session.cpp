@@ -58,7 +58,7 @@ void watch_signals() {
 void wait_seconds(unsigned seconds) { wait_ms(seconds * 1000); }
 
 void wait_ms(unsigned ms) {
-  auto us = static_cast<int64_t>(ms * 1000 / speed);
+  auto us = static_cast<long>(ms / speed * 1000);
   timespec left = {us / 1'000'000, us % 1'000'000 * 1000};
   pollfd signals = {wake_up, POLLIN, 0};
   ppoll(&signals, held_on != 0 ? 0 : 1, &left, nullptr);

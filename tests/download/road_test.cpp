@@ -211,7 +211,8 @@ TEST_F(Road, a_crash_leaves_its_memory_to_a_dump) {
   EXPECT_NE(said.find("DUMP_MODE: PERCENT=100\n"), std::string::npos) << said;
   std::map<std::string, size_t> sizes;
   for (auto& entry : fs::recursive_directory_iterator(folder)) {
-    if (entry.is_regular_file()) sizes[entry.path().filename()] = entry.file_size();
+    if (!entry.is_regular_file()) continue;
+    sizes[entry.path().filename()] = static_cast<size_t>(entry.file_size());
   }
   EXPECT_EQ(sizes["ram.bin"], 300'000u);
   EXPECT_EQ(sizes["rom.bin"], 4096u);

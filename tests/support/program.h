@@ -15,6 +15,9 @@
 class Program {
  public:
   explicit Program(std::vector<std::string> words) {
+#ifdef EMULATOR
+    words.insert(words.begin(), EMULATOR);
+#endif
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) abort();
     std::vector<char*> arguments;
@@ -24,7 +27,7 @@ class Program {
     if (pid_ == 0) {
       dup2(ends[1], STDOUT_FILENO);
       dup2(ends[1], STDERR_FILENO);
-      execv(arguments[0], arguments.data());
+      execvp(arguments[0], arguments.data());
       _exit(127);
     }
     close(ends[1]);

@@ -2,6 +2,7 @@
 // while there is one, and the system otherwise. The real calls go by system call number, so that
 // they work before any library is initialised.
 #undef _FORTIFY_SOURCE
+#undef _FILE_OFFSET_BITS  // or open is another name for open64
 #include <arpa/inet.h>
 #include <dirent.h>
 #include <dlfcn.h>
