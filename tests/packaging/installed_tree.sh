@@ -1,0 +1,43 @@
+#!/bin/sh
+# Installs into a scratch prefix, builds the example host against it with pkg-config alone and with
+# find_package alone, and runs both. Usage: installed_tree.sh BUILD_DIR SOURCE_DIR
+build=$1
+source=$2
+fail() { echo "installed_tree: $*" >&2; exit 1; }
+work=$(mktemp -d) || exit 1
+trap 'rm -rf "$work"' EXIT
+prefix=$work/usr
+cmake --install "$build" --prefix "$prefix" > /dev/null || fail "no installation"
+libraries=$(dirname "$(find "$prefix" -name libzop_module.so)")
+
+export PKG_CONFIG_PATH="$libraries/pkgconfig"
+cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$source/examples/host.c" \
+  $(pkg-config --cflags --libs zop_module) -o "$work/by_pkg_config" || fail "pkg-config"
+
+mkdir "$work/project"
+cp "$source/examples/host.c" "$work/project"
+cat > "$work/project/CMakeLists.txt" <<'PROJECT'
+cmake_minimum_required(VERSION 3.25)
+project(host C)
+find_package(zop_module 0.1 REQUIRED)
+add_executable(host host.c)
+target_link_libraries(host PRIVATE zop_module::zop_module)
+PROJECT
+{ cmake -S "$work/project" -B "$work/project/build" -DCMAKE_PREFIX_PATH="$prefix" &&
+  cmake --build "$work/project/build"; } > "$work/log" 2>&1 || { cat "$work/log"; fail find_package; }
+
+for file in bin/zopctl bin/zop-modem-sim share/man/man1/zopctl.1 share/man/man1/zop-modem-sim.1 \
+    share/bash-completion/completions/zopctl share/zsh/vendor-completions/_zopctl \
+    share/zop-module/scenarios/roaming.toml include/zop_module/zop.h; do
+  [ -s "$prefix/$file" ] || fail "no $file"
+done
+"$prefix/bin/zopctl" --sim=roaming status | grep -q Elsewhere ||
+  fail "the installed zopctl does not find its module, simulator or scenarios"
+
+sh "$source/tests/packaging/with_modem.sh" "$prefix/bin/zop-modem-sim" sh -c "
+  export LD_LIBRARY_PATH=$libraries
+  $work/by_pkg_config > $work/one && $work/project/build/host > $work/two"
+result=$?
+[ "$result" -eq 0 ] || exit "$result"
+cmp "$work/one" "$work/two" || fail "the two hosts differ"
+grep -qx 'IMEI       004999010640000' "$work/one" || fail "the host says: $(cat "$work/one")"
