@@ -1,7 +1,7 @@
 # Every target does its whole set-up and is safe to repeat. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo arm size abi-baseline format check-format tidy asan tsan fuzz bench clean
+.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan fuzz bench clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -32,6 +32,10 @@ arm: ## cross build for 32-bit ARM, and its tests under qemu
 
 size: build arm ## sizes of the stripped module beside their limits
 	@sh scripts/size.sh
+
+deb: ## Debian packages of what is committed, tried in a scratch root
+	@sh scripts/setup.sh deb
+	@sh scripts/deb.sh
 
 abi-baseline: build ## record the library's interface anew, after a change that is meant
 	@sh scripts/abi.sh record $(RELEASE)/libzop_module.so.0

@@ -1,0 +1,34 @@
+#!/bin/sh
+# Installs the packages into a scratch root, builds the example host by what they brought and lets it
+# read their simulated modem, removes them, and finds nothing left. Usage: packages.sh DEB_FOLDER
+debs=$(ls "$1"/*.deb | grep -v dbgsym)
+fail() { echo "packages: $*" >&2; exit 1; }
+work=$(mktemp -d) || exit 1
+trap 'rm -rf "$work"' EXIT
+root=$work/root
+mkdir -p "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/triggers"
+: > "$root/var/lib/dpkg/status"
+in_root() {
+  fakeroot dpkg --root="$root" --force-depends --force-script-chrootless "$@" > "$work/log" 2>&1 ||
+    { cat "$work/log"; fail "dpkg $1"; }
+}
+what_is_there() { find "$root" -path "$root/var" -prune -o ! -type d -print; }
+
+in_root --install $debs
+libraries=$(dirname "$(find "$root/usr/lib" -name libzop_module.so)")
+cc -std=c99 -Wall -Werror "$root"/usr/share/doc/libzop-module-dev/examples/host.c \
+  $(PKG_CONFIG_LIBDIR="$libraries/pkgconfig" pkg-config --cflags --libs zop_module) \
+  -o "$work/host" || fail "the example host"
+export LD_LIBRARY_PATH="$libraries"
+sh "$(dirname "$0")/with_modem.sh" "$root/usr/bin/zop-modem-sim" "$work/host" > "$work/host.txt"
+case $? in
+  0) grep -qx 'IMEI       004999010640000' "$work/host.txt" || fail "the host: $(cat "$work/host.txt")" ;;
+  77) echo "packages: the host was not run: $(cat "$work/host.txt")" ;;
+  *) fail "the host ends with an error: $(cat "$work/host.txt")" ;;
+esac
+"$root/usr/bin/zopctl" --sim=roaming status > /dev/null || fail "zopctl"
+
+in_root --purge zop-tools libzop-module-dev libzop-module0
+left=$(what_is_there)
+[ -z "$left" ] || fail "left behind: $left"
+echo "packages: installed, used and removed without a trace"
