@@ -19,6 +19,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "zopctl/device_sharing.h"
 #include <algorithm>
 #include <atomic>
 #include <mutex>
@@ -74,8 +75,13 @@ static int open_mapped(const char* path, int flags, mode_t mode) {
     flags |= O_NOCTTY | O_CLOEXEC;
   }
   int fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, real.c_str(), flags, mode));
-  if (is_device) device_fd = fd;
-  return fd;
+  if (!is_device || fd < 0) return fd;
+  if (!lock_device(fd)) {
+    syscall(SYS_close, fd);
+    errno = EBUSY;
+    return -1;
+  }
+  return device_fd = fd;
 }
 
 static bool line_is_cut(int fd, Direction direction, std::span<const uint8_t> bytes) {

@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "zopctl/device_sharing.h"
 #include "zopctl/host_calls.h"
 #include "zopctl/quiet_output.h"
 #include "zopctl/words.h"
@@ -76,7 +77,12 @@ std::optional<std::string> device_problem(const std::string& path) {
   int error = errno;
   bool terminal = fd >= 0 && isatty(fd) != 0;
   if (fd >= 0) close(fd);
-  if (terminal) return std::nullopt;
+  if (terminal) {
+    auto holder = holder_of(path);
+    if (!holder) return std::nullopt;
+    return path + " is in use by " + *holder + "; end that first: two programs on one port take " +
+           "each other's answers";
+  }
   if (fd >= 0) return path + " is no serial device; give the modem's DIAG port by --device";
   switch (error) {
     case ENOENT:

@@ -100,6 +100,21 @@ TEST(Zopctl, works_on_a_device) {
   EXPECT_EQ(modem.exit_code(), 0);
 }
 
+TEST(Zopctl, refuses_a_device_that_another_process_holds) {
+  Program modem({SIMULATOR});
+  std::string path = modem.line();
+  int held = open(path.c_str(), O_RDWR | O_NOCTTY);
+  Outcome run = zopctl("status --device " + path);
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_TRUE(contains(run.output, path + " is in use by zopctl_tests (process " +
+                                       std::to_string(getpid()) + "); end that first"))
+      << run.output;
+  close(held);
+  EXPECT_EQ(zopctl("status --device " + path).exit_code, 0);
+  modem.end(SIGTERM);
+  modem.exit_code();
+}
+
 // The modem is closed and its simulator ended however the program is told to end.
 TEST(Zopctl, a_signal_ends_it_while_the_module_waits_for_a_card) {
   std::string path = scenario("not-ready", "[sim]\nstatus = \"not-ready\"\n");

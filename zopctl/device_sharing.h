@@ -1,0 +1,17 @@
+// Who else holds the modem's device. Two programs on one port take each other's answers.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace zopctl {
+
+// Another process that has the device open, as "NAME (process 814)". A process whose files may not
+// be looked at is not found; the far end of a pseudo-terminal is none.
+std::optional<std::string> holder_of(const std::string& device);
+
+// Locks an open device against other programs that ask (flock), until it is closed. False with
+// EBUSY when another has locked it.
+bool lock_device(int fd);
+
+}  // namespace zopctl
