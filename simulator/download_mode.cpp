@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <string_view>
 
 namespace sim {
@@ -27,6 +28,17 @@ std::string packet_name(Mode mode, View packet) {
     if (row.mode == mode && !packet.empty() && row.code == packet[0]) return row.name;
   }
   return "unknown";
+}
+
+std::vector<std::string> describe_packets() {
+  std::vector<std::string> lines;
+  for (const PacketRow& row : PACKETS) {
+    char text[64];
+    snprintf(text, sizeof text, "%s %02x -- %s",
+             row.mode == Mode::BOOT_ROM ? "boot-rom" : "programmer", row.code, row.name);
+    lines.emplace_back(text);
+  }
+  return lines;
 }
 
 bool is_packet_name(const std::string& name) {

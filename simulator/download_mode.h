@@ -32,6 +32,9 @@ class DownloadMode {
 
 // Name of a packet, for traces and fault switches.
 std::string packet_name(Mode mode, View packet);
+
+// Every packet as "boot-rom 0f -- NAME", or "programmer ...".
+std::vector<std::string> describe_packets();
 bool is_packet_name(const std::string& name);
 
 // A version like "Q71XEB22.001" in a firmware image; empty when it holds none.

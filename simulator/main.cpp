@@ -13,6 +13,7 @@
 
 #include "simulator/list_settings.h"
 #include "simulator/modem.h"
+#include "simulator/replay.h"
 #include "simulator/state_file.h"
 #include "simulator/terminal.h"
 #include "simulator/troff.h"
@@ -28,6 +29,7 @@ Examples:
   zop-modem-sim ./my.toml --link /tmp/modem     a scenario of your own, at a fixed name
   zop-modem-sim --fault silence:request=rssi,count=1
   zop-modem-sim --fault bad-crc:chance=0.05 --seed 7
+  zop-modem-sim --replay field.pcapng           the modem of a capture, fault and all
 
 Faults: silence, delay=MS, bad-crc, cut=BYTES, pieces=BYTES, wrong-echo=OFFSET, extra=BYTES,
 hang-up=BYTES, duplicate, error=CODE, status=CODE, flip=BIT; each may be followed by
@@ -38,6 +40,7 @@ struct Options {
   std::string link;
   std::string trace;
   std::string state;
+  std::string replay;
   bool trace_to_stderr = false;
   std::vector<std::string> faults;
   unsigned seed = 1;
@@ -45,6 +48,7 @@ struct Options {
   bool exit_with_parent = false;
   bool list = false;
   bool settings = false;
+  bool requests = false;
   bool man = false;
 };
 
@@ -73,6 +77,11 @@ static void list_scenarios() {
     for (auto& [name, title] : titles) fmt::print("{:22} {}\n", name, title);
     return;
   }
+}
+
+static void list_requests() {
+  for (const std::string& line : sim::describe_requests()) fmt::print("{}\n", line);
+  for (const std::string& line : sim::describe_packets()) fmt::print("{}\n", line);
 }
 
 static std::vector<std::string> all_settings() {
@@ -174,8 +183,10 @@ class Clock {
   double speed_;
 };
 
-static void run(sim::Modem& modem, sim::Terminal& terminal, sim::StateFile& state, int end,
-                const Clock& clock) {
+// afterwards is called when something has come from the host, before it sees the answer.
+template <typename Modem>
+static void run(Modem& modem, sim::Terminal& terminal, int end, const Clock& clock,
+                const std::function<void()>& afterwards) {
   for (;;) {
     while (auto output = modem.take_output(clock.now())) act(terminal, *output);
     std::optional<sim::Time> due = modem.next_due();
@@ -184,19 +195,45 @@ static void run(sim::Modem& modem, sim::Terminal& terminal, sim::StateFile& stat
     if (ppoll(inputs, 2, due ? &wait : nullptr, nullptr) < 0) continue;
     if (inputs[0].revents != 0) return;
     if (inputs[1].revents != 0) modem.receive(terminal.read(), clock.now());
-    state.save(modem.model());  // before the host sees the answer
+    afterwards();
   }
+}
+
+template <typename Modem>
+static void serve(
+    Modem& modem, const Options& options, const std::function<void()>& afterwards = [] {}) {
+  int end = end_signals(options);
+  sim::Terminal terminal(options.link);
+  fmt::print("{}\n", options.link.empty() ? terminal.path() : options.link);
+  fflush(stdout);
+  run(modem, terminal, end, Clock(options.speed), afterwards);
+}
+
+static void serve_simulated(const Options& options) {
+  sim::Modem modem(scenario_of(options), options.seed, trace_of(options));
+  sim::StateFile state(options.state);
+  state.load(modem.model());
+  serve(modem, options, [&] { state.save(modem.model()); });
+}
+
+static void serve_captured(const Options& options) {
+  sim::Replay modem(sim::load_capture(options.replay), trace_of(options));
+  serve(modem, options);
 }
 
 int main(int argc, char** argv) {
   Options options;
   CLI::App app{"A simulated 3G modem on a pseudo-terminal."};
   app.footer(EXAMPLES);
-  app.add_option("SCENARIO", options.scenario, "name of a shipped scenario, or a path to a .toml");
+  auto* scenario = app.add_option("SCENARIO", options.scenario,
+                                  "name of a shipped scenario, or a path to a .toml");
   app.add_option("--link", options.link, "make a symbolic link to the terminal at this path");
   app.add_flag("--trace", options.trace_to_stderr, "show every request and answer");
   app.add_option("--trace-file", options.trace, "write them to a file instead");
   app.add_option("--fault", options.faults, "switch a fault on; may be repeated")->take_all();
+  app.add_option("--replay", options.replay,
+                 "answer as the modem of this capture did (zopctl --capture)")
+      ->excludes(scenario);
   app.add_option("--state", options.state,
                  "keep PIN state, NV items, profiles, messages and firmware version in this file");
   app.add_option("--seed", options.seed, "seed of faults by chance");
@@ -206,6 +243,7 @@ int main(int argc, char** argv) {
                "end when the starting process ends");
   app.add_flag("--list-scenarios", options.list, "list the shipped scenarios");
   app.add_flag("--list-settings", options.settings, "list what a scenario can set");
+  app.add_flag("--list-requests", options.requests, "list the requests and packets by name");
   app.add_flag("--man", options.man, "print the manual page");
   app.set_version_flag("--version", "zop-modem-sim " ZOP_VERSION);
   try {
@@ -216,17 +254,18 @@ int main(int argc, char** argv) {
   try {
     if (options.list) return list_scenarios(), 0;
     if (options.settings) return list_settings(), 0;
+    if (options.requests) return list_requests(), 0;
     if (options.man) return print_man_page(app), 0;
-    sim::Modem modem(scenario_of(options), options.seed, trace_of(options));
-    sim::StateFile state(options.state);
-    state.load(modem.model());
-    int end = end_signals(options);
-    sim::Terminal terminal(options.link);
-    fmt::print("{}\n", options.link.empty() ? terminal.path() : options.link);
-    fflush(stdout);
-    run(modem, terminal, state, end, Clock(options.speed));
+    if (options.replay.empty()) {
+      serve_simulated(options);
+    } else {
+      serve_captured(options);
+    }
     return 0;
   } catch (const sim::ScenarioError& error) {
+    fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
+    return 2;
+  } catch (const sim::CaptureError& error) {
     fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
     return 2;
   } catch (const std::invalid_argument& error) {

@@ -205,6 +205,19 @@ const Request* find_request(View request) {
   return row == std::end(REQUESTS) ? nullptr : row;
 }
 
+std::vector<std::string> describe_requests() {
+  std::vector<std::string> lines;
+  for (const Request& row : REQUESTS) {
+    char text[64];
+    char subcommand[3] = "--";
+    if (row.subcommand != ANY)
+      snprintf(subcommand, sizeof subcommand, "%02x", row.subcommand & 0xFF);
+    snprintf(text, sizeof text, "diag %02x %s %s", row.command & 0xFF, subcommand, row.name);
+    lines.emplace_back(text);
+  }
+  return lines;
+}
+
 const Request* find_request_named(const std::string& name) {
   auto row = std::ranges::find_if(REQUESTS, [&](const Request& r) { return name == r.name; });
   return row == std::end(REQUESTS) ? nullptr : row;

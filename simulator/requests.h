@@ -59,6 +59,9 @@ constexpr int ANY = -1;
 // The row of a request, or null for one that the modem does not know.
 const Request* find_request(View request);
 
+// Every request as "diag CF 20 NAME": command and subcommand (-- without one) in hexadecimal.
+std::vector<std::string> describe_requests();
+
 // The row of that name, or null.
 const Request* find_request_named(const std::string& name);
 

@@ -10,6 +10,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <net/if.h>
+#include <poll.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
@@ -34,6 +35,7 @@ static bool (*hurried)() = nullptr;
 static std::mutex log_mutex;
 static std::atomic<int> device_fd = -1;
 static LineWatch line_watch;  // set while the module does nothing
+static LineSink line_sink;    // the same
 static std::function<void(unsigned)> sleep_watch;
 static double sleep_speed = 1;
 
@@ -47,6 +49,7 @@ void hurry_when(bool (*condition)()) { hurried = condition; }
 void speed_up_sleeps(double factor) { sleep_speed = factor; }
 void watch_sleeps(std::function<void(unsigned)> watch) { sleep_watch = std::move(watch); }
 void watch_line(LineWatch watch) { line_watch = std::move(watch); }
+void capture_line(LineSink sink) { line_sink = std::move(sink); }
 void catch_log(LogSink sink) {
   std::lock_guard lock(log_mutex);
   log_sink = std::move(sink);
@@ -90,13 +93,31 @@ static bool line_is_cut(int fd, Direction direction, std::span<const uint8_t> by
   return true;
 }
 
+static bool is_hung_up(int fd) {
+  pollfd line = {fd, 0, 0};
+  return poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
+}
+
+// What a read or write that gave n has carried. Leaves errno as it is.
+static void capture(int fd, Direction direction, const void* data, ssize_t n) {
+  if (fd != device_fd || !line_sink) return;
+  int error = errno;
+  bool gone = (n < 0 && error == EIO) || (n == 0 && is_hung_up(fd));
+  if (n > 0) line_sink(direction, {static_cast<const uint8_t*>(data), static_cast<size_t>(n)});
+  if (gone) line_sink(direction, {});
+  errno = error;
+}
+
 static ssize_t write_watched(int fd, const void* data, size_t size) {
   if (line_is_cut(fd, Direction::TO_MODEM, {static_cast<const uint8_t*>(data), size})) return -1;
-  return syscall(SYS_write, fd, data, size);
+  ssize_t n = syscall(SYS_write, fd, data, size);
+  capture(fd, Direction::TO_MODEM, data, n);
+  return n;
 }
 
 static ssize_t read_watched(int fd, void* data, size_t size) {
   ssize_t n = syscall(SYS_read, fd, data, size);
+  capture(fd, Direction::FROM_MODEM, data, n);
   size_t held = n > 0 ? static_cast<size_t>(n) : 0;
   bool cut = line_is_cut(fd, Direction::FROM_MODEM, {static_cast<const uint8_t*>(data), held});
   return cut ? -1 : n;

@@ -33,6 +33,10 @@ enum class Direction { TO_MODEM, FROM_MODEM };
 using LineWatch = std::function<bool(Direction, std::span<const uint8_t>)>;
 void watch_line(LineWatch watch);
 
+// Gets every piece that went over the line; an empty one when the device is gone. From any thread.
+using LineSink = std::function<void(Direction, std::span<const uint8_t>)>;
+void capture_line(LineSink sink);
+
 // The module's looks at the device it runs on (/proc, /etc/resolv.conf, /var/local/wan) go to this
 // folder from now on, and its questions for the addresses of ppp0 are answered with these.
 void map_root(const std::string& root, const std::string& local, const std::string& peer);

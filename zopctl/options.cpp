@@ -25,7 +25,9 @@ Examples:
   zopctl firmware update ./images    write it to the modem
   zopctl dump -o /tmp                save the memory of a modem that has crashed
 
---sim, --device, --library, --json and --log may stand before or after the verb.
+  zopctl --capture - status | wireshark -k -i -   watch the line
+
+--sim, --device, --library, --json, --log and --capture may stand before or after the verb.
 Exit code: 0 good, 1 the modem or the module failed, 2 bad usage; of firmware update also
 3 writing broke off, update again, 4 written, but the first start failed.)";
 
@@ -81,6 +83,12 @@ static void add_options(CLI::App& app, Options& options, std::string& sim, std::
                  std::string("serial device of the modem's DIAG port, instead of ") + MODULE_DEVICE)
       ->group("Modem");
   app.add_option("--library", options.library, "the module to load")->group("Modem");
+  app.add_option("--capture", options.capture,
+                 "record every frame on the line into this pcapng file; - is standard output")
+      ->group("Output");
+  app.add_flag("--redact", options.redact,
+               "blank PINs, identities, numbers, messages and memory in it")
+      ->group("Output");
   app.add_flag("--json", options.json, "print JSON, for programs")->group("Output");
   app.add_option("--log", log, "show the module's log lines: a mask, or names with commas")
       ->group("Output");
@@ -173,7 +181,7 @@ std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
   } catch (const CLI::ExtrasError& error) {
     exit_code = 2;
     std::string word = app.remaining(true).front();
-    if (sim == "-") {  // --sim without a name
+    if (sim == "-" && !word.starts_with("-")) {  // --sim without a name
       fprintf(stderr, "zopctl: no verb \"%s\"; is it a scenario? Write --sim=%s\n", word.c_str(),
               word.c_str());
       return std::nullopt;

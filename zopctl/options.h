@@ -16,6 +16,8 @@ struct Options {
   std::string scenario;  // with simulate; empty: the simulator's default
   double sim_speed = 1;  // of its clock
   std::string device;    // empty: the module's own
+  std::string capture;   // file for all that goes over the line; "-" is standard output
+  bool redact = false;   // blank secrets in it
   std::string library;   // empty: found beside the program or by the loader
   std::optional<unsigned> log_mask;
 };

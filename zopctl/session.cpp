@@ -124,6 +124,9 @@ static void open_modem(const ModuleLibrary& module, Verb::Need need) {
 }
 
 Session::Session(const Options& options, Verb::Need need) : need_(need) {
+  if (!options.capture.empty()) {
+    capture_ = std::make_unique<Capture>(options.capture, options.redact);
+  }
   if (options.simulate) {
     root_ = std::make_unique<FakeRoot>();
     simulator_ = std::make_unique<SimulatorProcess>(

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "zopctl/capture.h"
 #include "zopctl/fake_root.h"
 #include "zopctl/module_library.h"
 #include "zopctl/options.h"
@@ -24,6 +25,7 @@ class Session {
   const ModuleLibrary& module() const { return *module_; }
 
  private:
+  std::unique_ptr<Capture> capture_;
   std::unique_ptr<FakeRoot> root_;
   std::unique_ptr<SimulatorProcess> simulator_;
   std::unique_ptr<ModuleLibrary> module_;

@@ -1,0 +1,108 @@
+// Finding requests in a capture.
+#include "simulator/replay.h"
+
+#include <algorithm>
+
+#include "simulator/trace.h"
+
+namespace sim {
+
+constexpr uint8_t FLAG = 0x7E;
+constexpr Time AWAY_AFTER_HANG_UP = std::chrono::seconds(2);
+
+Replay::Replay(std::vector<CapturedPacket> packets, Modem::Trace trace) : trace_(std::move(trace)) {
+  std::chrono::microseconds asked_at{0};
+  for (CapturedPacket& packet : packets) {
+    if (packet.direction == CapturedPacket::TO_MODEM && !packet.bytes.empty()) {
+      asked_at = packet.at;
+      exchanges_.push_back({std::move(packet.bytes), {}});
+    } else if (!exchanges_.empty()) {
+      Time after = std::max(Time{0}, Time(packet.at - asked_at));
+      exchanges_.back().answers.push_back({after, std::move(packet.bytes)});
+    }
+  }
+  if (exchanges_.empty()) throw CaptureError("the capture holds no request");
+}
+
+// The payload of a frame, with or without an opening flag.
+static Bytes payload_of(View wire) {
+  Deframer deframer;
+  for (uint8_t byte : wire) {
+    if (deframer.take(byte) == Deframer::GOOD) return deframer.payload();
+  }
+  return {};
+}
+
+// Command and subcommand: what tells requests with other arguments, or blanked ones, apart.
+static bool same_command(View one, View other) {
+  constexpr size_t COMMAND = 2;
+  Bytes a = payload_of(one), b = payload_of(other);
+  a.resize(std::min(a.size(), COMMAND));
+  b.resize(std::min(b.size(), COMMAND));
+  return !a.empty() && a == b;
+}
+
+const Replay::Exchange* Replay::find(View request) {
+  auto search = [&](auto matches) -> const Exchange* {
+    for (size_t i = 0; i < exchanges_.size(); ++i) {
+      size_t at = (next_ + i) % exchanges_.size();
+      if (!matches(exchanges_[at])) continue;
+      next_ = at + 1;
+      return &exchanges_[at];
+    }
+    return nullptr;
+  };
+  auto same = [&](const Exchange& e) { return std::ranges::equal(e.request, request); };
+  auto alike = [&](const Exchange& e) { return same_command(e.request, request); };
+  const Exchange* found = search(same);
+  return found != nullptr ? found : search(alike);
+}
+
+void Replay::answer(View request, Time now) {
+  Bytes payload = payload_of(request);
+  const Exchange* found = find(request);
+  if (trace_) {
+    trace_(trace_line(now, '>', name_of(payload), payload));
+    if (found == nullptr) trace_(trace_note(now, "the capture holds no such request"));
+  }
+  if (found == nullptr) return;
+  for (const Exchange::Answer& answer : found->answers) {
+    bool hangs_up = answer.bytes.empty();
+    output_.push_back(
+        {now + answer.after, hangs_up ? Output::HANGS_UP : Output::SENDS, answer.bytes});
+    if (hangs_up)
+      output_.push_back({now + answer.after + AWAY_AFTER_HANG_UP, Output::COMES_BACK, {}});
+  }
+  std::ranges::stable_sort(output_, {}, &Output::at);
+}
+
+// A frame ends in a flag behind other bytes; a lone flag is a request by itself.
+void Replay::receive(View bytes, Time now) {
+  bool lone_flag = pending_.empty() && bytes.size() == 1 && bytes[0] == FLAG;
+  if (lone_flag) return answer(bytes, now);
+  for (uint8_t byte : bytes) {
+    pending_.push_back(byte);
+    if (byte != FLAG || pending_.size() == 1) continue;
+    answer(pending_, now);
+    pending_.clear();
+  }
+}
+
+std::optional<Time> Replay::next_due() const {
+  return output_.empty() ? std::nullopt : std::optional<Time>(output_.front().at);
+}
+
+std::optional<Output> Replay::take_output(Time now) {
+  if (output_.empty() || output_.front().at > now) return std::nullopt;
+  Output output = std::move(output_.front());
+  output_.pop_front();
+  if (output.kind == Output::HANGS_UP) pending_.clear();
+  if (trace_ && output.kind == Output::SENDS) {
+    Bytes payload = payload_of(output.bytes);
+    trace_(payload.empty() ? trace_note(now, "no good frame, as captured")
+                           : trace_line(now, '<', name_of(payload), payload));
+  }
+  return output;
+}
+
+}  // namespace sim

@@ -1,0 +1,76 @@
+// Captures as files: what is written is read again, and files that are none, or cut, are told.
+#include "simulator/capture.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "simulator/replay.h"
+
+using namespace sim;
+using namespace std::chrono_literals;
+
+static Bytes written(const std::vector<CapturedPacket>& packets) {
+  std::string path = testing::TempDir() + "capture-" + std::to_string(getpid());
+  FILE* file = fopen(path.c_str(), "wb");
+  write_capture_header(file);
+  for (const CapturedPacket& packet : packets) write_captured(file, packet);
+  fclose(file);
+  std::ifstream in(path, std::ios::binary);
+  Bytes bytes{std::istreambuf_iterator<char>(in), {}};
+  unlink(path.c_str());
+  return bytes;
+}
+
+static const std::vector<CapturedPacket> PACKETS = {
+    {5'000'000'000'123us, CapturedPacket::TO_MODEM, frame(Bytes{0xCF, 0x20, 0})},
+    {5'000'000'250'123us, CapturedPacket::FROM_MODEM,
+     frame(Bytes{0xCF, 0x20, 0, 0, 0, 0xB5, 0xFF})},
+    {5'000'000'300'123us, CapturedPacket::TO_MODEM, {0x7E}},
+    {5'000'000'400'123us, CapturedPacket::FROM_MODEM, {}}};
+
+TEST(Capture, is_read_as_it_was_written) {
+  std::vector<CapturedPacket> read = parse_capture(written(PACKETS), "x");
+  ASSERT_EQ(read.size(), PACKETS.size());
+  for (size_t i = 0; i < read.size(); ++i) {
+    EXPECT_EQ(read[i].at, PACKETS[i].at);
+    EXPECT_EQ(read[i].direction, PACKETS[i].direction);
+    EXPECT_EQ(read[i].bytes, PACKETS[i].bytes);
+  }
+}
+
+TEST(Capture, damage_is_told_and_a_cut_costs_the_rest) {
+  Bytes good = written(PACKETS);
+  for (size_t size = 0; size < good.size(); ++size) {
+    try {
+      EXPECT_LT(parse_capture({good.data(), size}, "x").size(), PACKETS.size());
+    } catch (const CaptureError&) {
+      EXPECT_LT(size, 12u);  // shorter than any block
+    }
+  }
+  for (size_t at = 0; at < good.size(); ++at) {  // no byte leads it out of the file
+    Bytes bad = good;
+    bad[at] ^= 0x81;
+    try {
+      parse_capture(bad, "x");
+    } catch (const CaptureError& error) {
+      EXPECT_TRUE(std::string(error.what()).starts_with("x: "));
+    }
+  }
+}
+
+TEST(Capture, replay_answers_by_bytes_then_by_command_then_not) {
+  Replay modem(PACKETS, {});
+  modem.receive(frame(Bytes{0xCF, 0x20, 0}), 1s);
+  EXPECT_EQ(modem.next_due(), 1s + 250ms);
+  EXPECT_FALSE(modem.take_output(1s));
+  EXPECT_EQ(modem.take_output(2s)->bytes, PACKETS[1].bytes);
+  modem.receive(frame(Bytes{0xCF, 0x20, 9}), 2s);
+  EXPECT_EQ(modem.take_output(3s)->bytes, PACKETS[1].bytes);
+  modem.receive(frame(Bytes{0xCF, 0x21, 0}), 3s);
+  EXPECT_FALSE(modem.next_due());
+  modem.receive(Bytes{0x7E}, 4s);
+  EXPECT_EQ(modem.take_output(5s)->kind, Output::HANGS_UP);
+  EXPECT_EQ(modem.take_output(9s)->kind, Output::COMES_BACK);
+  EXPECT_THROW(Replay({}, {}), CaptureError);
+}
