@@ -2,6 +2,7 @@
 // four bytes. Written little-endian, read in either order.
 #include "simulator/capture.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -16,6 +17,8 @@ constexpr uint32_t ORDER_MARK = 0x1A2B3C4D;
 constexpr uint16_t LINK_TYPE = 147;  // USER0
 constexpr uint32_t DIRECTION_BITS = 3;
 constexpr uint32_t MICROSECONDS = 6;  // 10^-6 s, also when a file does not say
+constexpr uint64_t LATEST =
+    1'000'000'000'000'000'000;  // microseconds; later times are not computed with
 constexpr char GONE[] = "the device is gone";
 
 // ---- writing ----
@@ -171,7 +174,8 @@ std::optional<CapturedPacket> Reader::take_packet() const {
   uint64_t time = uint64_t{number(body_, 4, 4)} << 32 | number(body_, 8, 4);
   uint32_t resolution = resolutions_[interface] - 1;
   for (; resolution > MICROSECONDS; --resolution) time /= 10;
-  for (; resolution < MICROSECONDS; ++resolution) time *= 10;
+  for (; resolution < MICROSECONDS; ++resolution) time = std::min(time, LATEST / 10) * 10;
+  time = std::min(time, LATEST);
   uint32_t length = number(body_, 12, 4);
   if (length > body_.size() - 20) fail("a packet is longer than its block");
   View bytes = body_.subspan(20, length);

@@ -1,0 +1,18 @@
+// Arbitrary files as captures, and what a replayed modem makes of them.
+#include "simulator/replay.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  try {
+    std::vector<sim::CapturedPacket> packets = sim::parse_capture({data, size}, "fuzz");
+    std::vector<sim::Bytes> requests;
+    for (const auto& packet : packets) {
+      if (packet.direction == sim::CapturedPacket::TO_MODEM) requests.push_back(packet.bytes);
+    }
+    sim::Replay modem(std::move(packets), [](const std::string&) {});
+    for (const sim::Bytes& request : requests) modem.receive(request, sim::Time{0});
+    for (int i = 0; i < 1000 && modem.take_output(sim::Time::max()); ++i) {
+    }
+  } catch (const sim::CaptureError&) {
+  }
+  return 0;
+}
