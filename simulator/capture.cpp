@@ -26,7 +26,8 @@ constexpr char GONE[] = "the device is gone";
 static void put(Bytes& out, uint64_t value, size_t width) {
   for (size_t i = 0; i < width; ++i) out.push_back(static_cast<uint8_t>(value >> 8 * i));
 }
-static void pad(Bytes& out) { out.resize((out.size() + 3) / 4 * 4); }
+static size_t padded(size_t length) { return (length + 3) / 4 * 4; }
+static void pad(Bytes& out) { out.resize(padded(out.size())); }
 
 static void put_option(Bytes& out, Option code, View value) {
   put(out, code, 2);
@@ -124,7 +125,7 @@ class Reader {
       at += 4;
       if (code == END || length > body_.size() - at) break;
       if (code == wanted) return body_.subspan(at, length);
-      at += (length + 3) / 4 * 4;
+      at += padded(length);
     }
     return std::nullopt;
   }
@@ -179,7 +180,7 @@ std::optional<CapturedPacket> Reader::take_packet() const {
   uint32_t length = number(body_, 12, 4);
   if (length > body_.size() - 20) fail("a packet is longer than its block");
   View bytes = body_.subspan(20, length);
-  auto flags = option(20 + (length + 3) / 4 * 4, FLAGS);
+  auto flags = option(20 + padded(length), FLAGS);
   uint32_t direction = flags && flags->size() == 4 ? number(*flags, 0, 4) & DIRECTION_BITS : 0;
   if (direction == 0) return std::nullopt;
   return CapturedPacket{std::chrono::microseconds(time),
