@@ -38,6 +38,7 @@ static std::string usage(const Verb& verb) {
   for (const Argument& argument : verb.arguments) {
     std::string word = argument.short_name != nullptr ? argument.short_name : argument.name;
     if (is_option(argument) && !argument.flag) word += " VALUE";
+    if (argument.list) word += "...";
     text += argument.required ? " " + word : " [" + word + "]";
   }
   return text;

@@ -24,6 +24,7 @@ Examples:
   zopctl firmware info ./images      what is in an image set, and what is wrong with it
   zopctl firmware update ./images    write it to the modem
   zopctl dump -o /tmp                save the memory of a modem that has crashed
+  zopctl parse-log *.log             the reports in logs of many devices
 
   zopctl --capture - status | wireshark -k -i -   watch the line
 
@@ -98,6 +99,7 @@ static void add_options(CLI::App& app, Options& options, std::string& sim, std::
 struct Slot {
   std::string name;
   std::string word;
+  std::vector<std::string> words;
   CLI::Option* option;
 };
 struct Parsed {
@@ -107,9 +109,13 @@ struct Parsed {
 };
 
 static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed) {
-  Slot& slot = parsed.slots.emplace_back(Slot{argument.name, "", nullptr});
+  Slot& slot = parsed.slots.emplace_back(Slot{argument.name, "", {}, nullptr});
   if (argument.flag) {
     slot.option = app.add_flag(slot.name, argument.help);
+    return;
+  }
+  if (argument.list) {
+    slot.option = app.add_option(slot.name, slot.words, argument.help);
     return;
   }
   std::string short_name =
@@ -150,7 +156,9 @@ static void take_verb(const std::list<Parsed>& all, Options& options) {
     if (!parsed.app->parsed()) continue;
     options.verb = parsed.verb;
     for (const Slot& slot : parsed.slots) {
-      if (slot.option->count() > 0) options.arguments.texts[slot.name] = slot.word;
+      if (slot.option->count() == 0) continue;
+      options.arguments.texts[slot.name] = slot.word;
+      options.arguments.lists[slot.name] = slot.words;
     }
   }
 }

@@ -16,6 +16,7 @@ namespace zopctl {
 class Arguments {
  public:
   std::map<std::string, std::string> texts;
+  std::map<std::string, std::vector<std::string>> lists;
   bool yes = false;   // --yes: what can break a device is meant
   bool json = false;  // for verbs that print as they go
 
@@ -37,6 +38,7 @@ struct Argument {
   std::vector<const char*> choices = {};
   bool flag = false;  // an option without a value
   const char* short_name = nullptr;
+  bool list = false;  // several words
 };
 
 struct Verb {
@@ -90,6 +92,7 @@ Findings exception_report(const ModuleLibrary&, const Arguments&);
 Findings firmware_info(const ModuleLibrary&, const Arguments&);
 Findings firmware_update(const ModuleLibrary&, const Arguments&);
 Findings dump(const ModuleLibrary&, const Arguments&);
+Findings parse_log(const ModuleLibrary&, const Arguments&);
 Findings doctor(const ModuleLibrary&, const Arguments&);
 Findings signal_show(const ModuleLibrary&, const Arguments&);
 Findings cells_show(const ModuleLibrary&, const Arguments&);

@@ -1,0 +1,183 @@
+// Finding the lines, and joining them. A report waits for its lines for a while; a device has few
+// that wait, since it writes one after the other.
+#include "zopctl/log_reports.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace zopctl {
+
+constexpr std::string_view MARK = "I zop:diag: t=";
+constexpr std::string_view COUNT = ",n=";
+constexpr uint64_t WINDOW = 50'000;     // lines of the log that a report waits for its own
+constexpr uint64_t SWEEP = 10'000;      // lines between two looks at what waits
+constexpr uint64_t MEMORY = 1'000'000;  // lines that a device is remembered for
+constexpr size_t MOST_PENDING = 4;      // of a device
+constexpr size_t MOST_DONE = 8;         // that a device is remembered by
+constexpr size_t MOST_LINES = 64;       // of a report
+
+static bool is_hex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }
+
+static uint64_t hash_of(std::string_view text) { return std::hash<std::string_view>()(text); }
+
+// ---- headers ----
+
+static std::string_view take_word(std::string_view& text) {
+  size_t start = std::min(text.find_first_not_of(' '), text.size());
+  text.remove_prefix(start);
+  size_t end = std::min(text.find(' '), text.size());
+  std::string_view word = text.substr(0, end);
+  text.remove_prefix(end);
+  return word;
+}
+
+static bool is_month(std::string_view word) {
+  constexpr std::string_view MONTHS = "JanFebMarAprMayJunJulAugSepOctNovDec";
+  return word.size() == 3 && MONTHS.find(word) % 3 == 0;
+}
+
+// "Jul 24 13:02:59 HOST ..." (RFC 3164), "1 2010-07-24T13:02:59Z HOST ..." (RFC 5424), and
+// "2010-07-24T13:02:59+00:00 HOST ..."; a priority "<189>" may stand in front.
+std::string_view host_of_header(std::string_view header) {
+  if (header.starts_with('<')) header.remove_prefix(std::min(header.find('>') + 1, header.size()));
+  std::string_view word = take_word(header);
+  if (is_month(word)) {
+    take_word(header);  // day
+    take_word(header);  // time
+    return take_word(header);
+  }
+  if (word == "1") word = take_word(header);
+  bool date_and_time = word.size() >= 19 && word[4] == '-' && word[10] == 'T';
+  return date_and_time ? take_word(header) : std::string_view();
+}
+
+// ---- lines ----
+
+LogReports::LogReports(Take whole, Take broken, std::function<void(uint64_t)> stray)
+    : whole_(std::move(whole)), broken_(std::move(broken)), stray_(std::move(stray)) {}
+
+void LogReports::line(std::string_view text) {
+  ++line_;
+  if (line_ % SWEEP == 0) forget_old();
+  size_t mark = text.find(MARK);
+  if (mark == std::string_view::npos) return;
+  if (text.ends_with('\r')) text.remove_suffix(1);
+  std::string_view body = text.substr(mark + MARK.size());
+  size_t length = 0;
+  while (length < body.size() && is_hex(body[length])) ++length;
+  bool cut = !body.ends_with(':');
+  std::string_view pairs = body.substr(length, body.size() - length - (cut ? 0 : 1));
+  if (length == 0 || !pairs.starts_with(',')) return stray_(line_);
+  take(host_of_header(text.substr(0, mark)), body.substr(0, length), pairs.substr(1), cut);
+}
+
+bool LogReports::was_done(const Device& device, std::string_view stamp) const {
+  return std::ranges::find(device.done, stamp, &Done::stamp) != device.done.end();
+}
+
+bool LogReports::was_done(const Device& device, std::string_view stamp, uint64_t hash) const {
+  return std::ranges::any_of(device.done, [&](const Done& done) {
+    return done.stamp == stamp && std::ranges::find(done.hashes, hash) != done.hashes.end();
+  });
+}
+
+LogReports::Pending& LogReports::pending_of(const std::string& host, Device& device,
+                                            std::string_view stamp) {
+  auto found = std::ranges::find(device.pending, stamp, &Pending::stamp);
+  if (found != device.pending.end()) return *found;
+  if (device.pending.size() == MOST_PENDING) {
+    give_up(host, device.pending.front());
+    device.pending.erase(device.pending.begin());
+  }
+  Pending& fresh = device.pending.emplace_back();
+  fresh.stamp = stamp;
+  fresh.report.first_line = line_;
+  return fresh;
+}
+
+// The number behind the last ",n=", which ends the pairs; 0 when there is none.
+static size_t lines_wanted(std::string_view pairs) {
+  size_t at = pairs.rfind(COUNT);
+  if (at == std::string_view::npos) return 0;
+  size_t wanted = 0;
+  const char* end = pairs.data() + pairs.size();
+  auto [stop, error] = std::from_chars(pairs.data() + at + COUNT.size(), end, wanted);
+  return error == std::errc{} && stop == end ? wanted : 0;
+}
+
+void LogReports::take(std::string_view host, std::string_view stamp, std::string_view pairs,
+                      bool cut) {
+  auto at = devices_.find(host);
+  if (at == devices_.end()) at = devices_.emplace(host, Device()).first;
+  Device& device = at->second;
+  device.last_line = line_;
+  uint64_t hash = hash_of(pairs);
+  if (cut ? was_done(device, stamp) : was_done(device, stamp, hash)) {
+    ++doubled_;
+    return;
+  }
+  Pending& pending = pending_of(at->first, device, stamp);
+  pending.last_line = line_;
+  if (cut) {
+    ++pending.report.cut;
+    return;
+  }
+  if (std::ranges::find(pending.hashes, hash) != pending.hashes.end()) {
+    ++doubled_;
+    return;
+  }
+  size_t wanted = lines_wanted(pairs);
+  auto& lines = pending.report.lines;
+  if (lines.size() < MOST_LINES) {
+    // The last line may come before another.
+    bool last_has_come = pending.report.wanted != 0;
+    lines.emplace(lines.end() - (last_has_come ? 1 : 0), pairs);
+    pending.hashes.push_back(hash);
+  }
+  if (wanted != 0) pending.report.wanted = wanted;
+  if (lines.size() == pending.report.wanted) finish(at->first, device, pending);
+}
+
+// ---- ends ----
+
+void LogReports::finish(const std::string& host, Device& device, Pending& pending) {
+  pending.report.host = host;
+  pending.report.stamp = pending.stamp;
+  whole_(pending.report);
+  Done done = {std::move(pending.stamp), std::move(pending.hashes)};
+  if (device.done.size() < MOST_DONE) {
+    device.done.push_back(std::move(done));
+  } else {
+    device.done[device.next_done++ % MOST_DONE] = std::move(done);
+  }
+  device.pending.erase(device.pending.begin() + (&pending - device.pending.data()));
+}
+
+void LogReports::give_up(const std::string& host, const Pending& pending) {
+  LogReport report = pending.report;
+  report.host = host;
+  report.stamp = pending.stamp;
+  broken_(report);
+}
+
+void LogReports::forget_old() {
+  for (auto at = devices_.begin(); at != devices_.end();) {
+    auto& pending = at->second.pending;
+    std::erase_if(pending, [&](const Pending& report) {
+      bool old = line_ - report.last_line > WINDOW;
+      if (old) give_up(at->first, report);
+      return old;
+    });
+    bool silent = pending.empty() && line_ - at->second.last_line > MEMORY;
+    at = silent ? devices_.erase(at) : std::next(at);
+  }
+}
+
+void LogReports::end() {
+  for (auto& [host, device] : devices_) {
+    for (const Pending& pending : device.pending) give_up(host, pending);
+  }
+  devices_.clear();
+}
+
+}  // namespace zopctl

@@ -1,0 +1,213 @@
+// zopctl parse-log: the diagnostic reports in device logs, one JSON object each. Works as a filter:
+// what it holds in memory does not grow with the log.
+#include <fcntl.h>
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstring>
+#include <unordered_set>
+
+#include "zopctl/json_text.h"
+#include "zopctl/log_reports.h"
+#include "zopctl/session.h"
+#include "zopctl/verbs.h"
+
+namespace zopctl {
+
+constexpr size_t CHUNK = 1 << 20;
+constexpr size_t LONGEST_LINE = 1 << 16;  // what is longer is no line of a log
+
+class LogParser {
+ public:
+  explicit LogParser(const ModuleLibrary& module)
+      : reports_([this](const LogReport& report) { print(report); },
+                 [this](const LogReport& report) { tell(report); },
+                 [this](uint64_t line) { tell_stray(line); }) {
+    for (const zop_log_item* item = *module.gLogItems; item->type != ZOP_ITEM_END; ++item) {
+      bool number = item->type == ZOP_ITEM_UNSIGNED || item->type == ZOP_ITEM_SIGNED;
+      if (number && item->label != nullptr) numbers_.insert(item->label);
+    }
+  }
+
+  void read(const std::string& name);
+  void end();
+
+ private:
+  void read(int fd);
+  void take_lines(std::string_view text);
+  void print(const LogReport& report);
+  void print_pairs(std::string_view pairs, const char*& comma);
+  void print_value(std::string_view name, std::string_view value);
+  void tell(const LogReport& report);
+  void tell_stray(uint64_t line);
+  std::string place(uint64_t line) const;
+  void write_out();
+
+  LogReports reports_;
+  std::unordered_set<std::string_view> numbers_;  // names of items that are numbers
+  std::string out_;
+  std::string rest_;  // the begin of a line
+  struct File {
+    std::string name;
+    uint64_t lines_before;
+  };
+  std::vector<File> files_;
+  uint64_t lines_ = 0;
+  uint64_t whole_ = 0, broken_ = 0, strays_ = 0;
+};
+
+// ---- reading ----
+
+void LogParser::take_lines(std::string_view text) {
+  while (!text.empty()) {
+    const void* newline = memchr(text.data(), '\n', text.size());
+    if (newline == nullptr) {
+      if (rest_.size() < LONGEST_LINE) rest_ += text;
+      return;
+    }
+    auto length = static_cast<size_t>(static_cast<const char*>(newline) - text.data());
+    ++lines_;
+    if (rest_.empty()) {
+      reports_.line(text.substr(0, length));
+    } else {
+      rest_ += text.substr(0, length);
+      reports_.line(rest_);
+      rest_.clear();
+    }
+    text.remove_prefix(length + 1);
+  }
+}
+
+void LogParser::read(int fd) {
+  std::vector<char> chunk(CHUNK);
+  for (;;) {
+    ssize_t size = ::read(fd, chunk.data(), chunk.size());
+    check_signals();
+    if (size < 0 && errno == EINTR) continue;
+    if (size < 0) throw Failure(files_.back().name + ": " + strerror(errno));
+    if (size == 0) break;
+    take_lines({chunk.data(), static_cast<size_t>(size)});
+    write_out();
+  }
+  if (!rest_.empty()) take_lines("\n");  // a last line without its end
+}
+
+void LogParser::read(const std::string& name) {
+  bool standard_input = name == "-";
+  files_.push_back({standard_input ? "standard input" : name, lines_});
+  int fd = standard_input ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) throw Failure(name + ": " + strerror(errno));
+  read(fd);
+  if (!standard_input) close(fd);
+}
+
+// ---- whole reports ----
+
+void LogParser::write_out() {
+  fwrite(out_.data(), 1, out_.size(), stdout);
+  if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
+  out_.clear();
+}
+
+void LogParser::print_value(std::string_view name, std::string_view value) {
+  if (value == "---" || value == "----") {
+    out_ += "null";
+    return;
+  }
+  int64_t number = 0;
+  const char* end = value.data() + value.size();
+  bool numeric = numbers_.contains(name);
+  if (numeric) {
+    auto [stop, error] = std::from_chars(value.data(), end, number);
+    numeric = error == std::errc{} && stop == end;
+  }
+  if (numeric) {
+    out_ += std::to_string(number);
+  } else {
+    append_json(out_, value);
+  }
+}
+
+void LogParser::print_pairs(std::string_view pairs, const char*& comma) {
+  while (!pairs.empty()) {
+    std::string_view pair = pairs.substr(0, pairs.find(','));
+    pairs.remove_prefix(std::min(pair.size() + 1, pairs.size()));
+    size_t equals = std::min(pair.find('='), pair.size());
+    std::string_view name = pair.substr(0, equals);
+    out_ += comma;
+    comma = ",";
+    append_json(out_, name);
+    out_ += ':';
+    print_value(name, pair.substr(std::min(equals + 1, pair.size())));
+  }
+}
+
+static std::string time_of(std::string_view stamp) {
+  uint32_t seconds = 0;
+  std::from_chars(stamp.data(), stamp.data() + stamp.size(), seconds, 16);
+  return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(seconds)));
+}
+
+void LogParser::print(const LogReport& report) {
+  ++whole_;
+  out_ += "{\"host\":";
+  append_json(out_, report.host);
+  fmt::format_to(std::back_inserter(out_), R"(,"stamp":"{}","time":"{}","lines":{},"items":{{)",
+                 report.stamp, time_of(report.stamp), report.wanted);
+  const char* comma = "";
+  for (const std::string& line : report.lines) {
+    std::string_view pairs = line;
+    if (&line == &report.lines.back()) pairs = pairs.substr(0, pairs.rfind(",n="));
+    print_pairs(pairs, comma);
+  }
+  out_ += "}}\n";
+}
+
+// ---- broken ones ----
+
+std::string LogParser::place(uint64_t line) const {
+  const File* file = &files_.front();
+  for (const File& candidate : files_) {
+    if (candidate.lines_before < line) file = &candidate;
+  }
+  return fmt::format("{}:{}", file->name, line - file->lines_before);
+}
+
+void LogParser::tell(const LogReport& report) {
+  ++broken_;
+  std::string host = report.host.empty() ? "a device" : std::string(report.host);
+  std::string lines = report.wanted == 0
+                          ? fmt::format("{} lines, and not the last one", report.lines.size())
+                          : fmt::format("{} of {} lines", report.lines.size(), report.wanted);
+  std::string cut = report.cut == 0 ? "" : fmt::format(", {} cut", report.cut);
+  fmt::print(stderr, "zopctl: {}: report {} of {} is broken: {}{}\n", place(report.first_line),
+             report.stamp, host, lines, cut);
+}
+
+void LogParser::tell_stray(uint64_t line) {
+  ++strays_;
+  fmt::print(stderr, "zopctl: {}: a line of a report without its stamp\n", place(line));
+}
+
+void LogParser::end() {
+  reports_.end();
+  write_out();
+  fmt::print(stderr, "zopctl: {} reports, {} broken; {} lines, {} doubled, {} without a stamp\n",
+             whole_, broken_, lines_, reports_.doubled(), strays_);
+}
+
+Findings parse_log(const ModuleLibrary& module, const Arguments& arguments) {
+  LogParser parser(module);
+  auto files = arguments.lists.find("FILE");
+  if (files == arguments.lists.end()) {
+    parser.read("-");
+  } else {
+    for (const std::string& file : files->second) parser.read(file);
+  }
+  parser.end();
+  return {};
+}
+
+}  // namespace zopctl
