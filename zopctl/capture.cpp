@@ -2,6 +2,7 @@
 #include "zopctl/capture.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,6 +23,7 @@ static FILE* open_capture(const std::string& path) {
 
 Capture::Capture(const std::string& path, bool redacted)
     : file_(open_capture(path)), redacted_(redacted) {
+  signal(SIGPIPE, SIG_IGN);  // a capture that nobody reads any more ends alone
   if (file_ == nullptr)
     throw Failure("can't write the capture to " + path + ": " + strerror(errno));
   try {

@@ -2,6 +2,7 @@
 #include "zopctl/module_output.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include "zopctl/module_library.h"
@@ -9,6 +10,7 @@
 namespace zopctl {
 
 ModuleOutput::ModuleOutput() {
+  signal(SIGPIPE, SIG_IGN);  // what is under way goes on when nobody reads of it any more
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw Failure("no pipe for what the module says");
   fcntl(ends[0], F_SETFL, O_NONBLOCK);

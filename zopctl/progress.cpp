@@ -1,4 +1,6 @@
 // The three faces of progress. Texts of a modem that come in here are made printable by the caller.
+// An output that fails, a closed pipe or a terminal that is gone, must not end the work: what is
+// written here is not looked after.
 #include "zopctl/progress.h"
 
 #include <fmt/format.h>
@@ -39,14 +41,14 @@ Progress::Progress(FILE* out, Face face) : out_(out), face_(face) {}
 Progress::~Progress() { clear_bar(); }
 
 void Progress::clear_bar() {
-  if (bar_is_shown_) fmt::print(out_, "\r\033[K");
+  if (bar_is_shown_) fputs("\r\033[K", out_);
   fflush(out_);
   bar_is_shown_ = false;
 }
 
 void Progress::print_line(const std::string& text) {
   clear_bar();
-  fmt::print(out_, "{}\n", text);
+  fputs((text + "\n").c_str(), out_);
   fflush(out_);
 }
 
@@ -85,7 +87,7 @@ static size_t columns(FILE* out) {
 }
 
 void Progress::show_moving(const std::string& text) {
-  fmt::print(out_, "\r{}\033[K", text.substr(0, columns(out_)));
+  fputs(fmt::format("\r{}\033[K", text.substr(0, columns(out_))).c_str(), out_);
   fflush(out_);
   bar_is_shown_ = true;
 }

@@ -1,5 +1,5 @@
-// Sessions. The first SIGINT or SIGTERM lets the query under way end, cuts the module's waiting
-// short and closes the modem; a second one ends the program at once.
+// Sessions. The first SIGINT, SIGTERM or SIGHUP lets the query under way end, cuts the module's
+// waiting short and closes the modem; a second one ends the program at once.
 #include "zopctl/session.h"
 
 #include <errno.h>
@@ -21,9 +21,11 @@
 namespace zopctl {
 
 static volatile sig_atomic_t caught_signal = 0;
+static volatile sig_atomic_t held_on = 0;  // what is under way must not break off
 static int wake_up = -1;  // an eventfd: a signal just before a wait must end it too
 
 static void on_signal(int signal) {
+  if (signal == SIGHUP && held_on != 0) return;  // the terminal is gone, the work goes on
   if (caught_signal != 0) {
     if (isatty(STDERR_FILENO) != 0 && write(STDERR_FILENO, "\n", 1) < 0) _exit(1);  // after a bar
     _exit(128 + signal);
@@ -35,7 +37,6 @@ static void on_signal(int signal) {
   errno = saved_errno;
 }
 
-static volatile sig_atomic_t held_on = 0;
 static double speed = 1;  // of a simulated modem's clock
 
 bool has_caught_signal() { return caught_signal != 0; }
@@ -52,8 +53,11 @@ void watch_signals() {
   wake_up = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   struct sigaction action = {};
   action.sa_handler = on_signal;
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before = {};
+    sigaction(signal, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);  // as under nohup
+  }
 }
 
 void wait_seconds(unsigned seconds) { wait_ms(seconds * 1000); }

@@ -46,8 +46,8 @@ void wait_ms(unsigned ms);            // both in the modem's time, which may be 
 
 bool has_caught_signal();
 
-// From now on a first signal neither throws nor cuts a wait short: what is under way must not break
-// off. A second one still ends the program.
+// From now on a first signal neither throws nor cuts a wait short, and a lost terminal is nothing:
+// what is under way must not break off. A second SIGINT or SIGTERM still ends the program.
 void hold_on();
 
 }  // namespace zopctl

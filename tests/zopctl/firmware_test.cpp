@@ -132,16 +132,23 @@ TEST_F(ZopctlFirmware, a_modem_left_in_its_boot_rom_is_updated) {
   EXPECT_TRUE(contains(run.output, "in its download mode already")) << run.output;
 }
 
-// Ctrl-C cuts the line while nothing is written yet, and is put off from then on.
+// A signal cuts the line while nothing is written yet, and is put off from then on; a terminal that
+// is gone is nothing then.
 TEST_F(ZopctlFirmware, interrupted) {
   struct {
     const char* slow;
     const char* until;
+    int signal;
     int exit_code;
     const char* text;
   } rows[] = {
-      {"delay=4000:request=dmss_write", "loading the programmer", 130, "nothing was written"},
-      {"delay=4000:request=stream_write", "writing the images", 0, "must not break off now"},
+      {"delay=4000:request=dmss_write", "loading the programmer", SIGINT, 130,
+       "nothing was written"},
+      {"delay=4000:request=dmss_write", "loading the programmer", SIGHUP, 129,
+       "nothing was written"},
+      {"delay=4000:request=stream_write", "writing the images", SIGINT, 0,
+       "must not break off now"},
+      {"delay=4000:request=stream_write", "writing the images", SIGHUP, 0, "done: "},
   };
   for (auto& row : rows) {
     Program program({ZOPCTL, "--sim=" + scenario("firmware", fault(row.slow)), "--sim-speed", "200",
@@ -149,11 +156,22 @@ TEST_F(ZopctlFirmware, interrupted) {
     std::string output, line;
     do output += (line = program.line()) + "\n";
     while (!line.empty() && !contains(line, row.until));
-    program.end(SIGINT);
+    program.end(row.signal);
     while (!(line = program.line()).empty()) output += line + "\n";
     EXPECT_EQ(program.exit_code(), row.exit_code) << output;
     EXPECT_TRUE(contains(output, row.text)) << output;
   }
+}
+
+TEST_F(ZopctlFirmware, update_goes_on_when_nobody_reads_of_it) {
+  std::string code = folder / "code";
+  std::string command = "(" ZOPCTL " --sim --sim-speed 200 firmware update " + folder.string() +
+                        " < /dev/null; echo $? > " + code + ") | head -n 1 > /dev/null";
+  ASSERT_EQ(system(command.c_str()), 0);
+  std::ifstream file(code);
+  int exit_code = -1;
+  file >> exit_code;
+  EXPECT_EQ(exit_code, 0);
 }
 
 TEST_F(ZopctlFirmware, dump_saves_every_region) {
