@@ -27,44 +27,54 @@
 
 namespace zopctl {
 
-static std::string device = MODULE_DEVICE;
-static std::string simulated_root;  // empty: the device's own files
-static std::string ppp0_addresses[2];
-static LogSink log_sink;
+struct Settings {
+  std::string device = MODULE_DEVICE;
+  std::string simulated_root;  // empty: the device's own files
+  std::string ppp0_addresses[2];
+  LogSink log_sink;
+  LineWatch line_watch;  // set while the module does nothing
+  LineSink line_sink;    // the same
+  std::function<void(unsigned)> sleep_watch;
+};
+// There from the first call on, and never destroyed: a library may open a file before this program
+// begins and after it has ended.
+static Settings& settings() {
+  static Settings& made = *new Settings;
+  return made;
+}
 static bool (*hurried)() = nullptr;
 static std::mutex log_mutex;
 static std::atomic<int> device_fd = -1;
-static LineWatch line_watch;  // set while the module does nothing
-static LineSink line_sink;    // the same
-static std::function<void(unsigned)> sleep_watch;
 static double sleep_speed = 1;
 
-void map_device(const std::string& path) { device = path; }
-const std::string& mapped_device() { return device; }
+void map_device(const std::string& path) { settings().device = path; }
+const std::string& mapped_device() { return settings().device; }
 LogSink current_log() {
   std::lock_guard lock(log_mutex);
-  return log_sink;
+  return settings().log_sink;
 }
 void hurry_when(bool (*condition)()) { hurried = condition; }
 void speed_up_sleeps(double factor) { sleep_speed = factor; }
-void watch_sleeps(std::function<void(unsigned)> watch) { sleep_watch = std::move(watch); }
-void watch_line(LineWatch watch) { line_watch = std::move(watch); }
-void capture_line(LineSink sink) { line_sink = std::move(sink); }
+void watch_sleeps(std::function<void(unsigned)> watch) {
+  settings().sleep_watch = std::move(watch);
+}
+void watch_line(LineWatch watch) { settings().line_watch = std::move(watch); }
+void capture_line(LineSink sink) { settings().line_sink = std::move(sink); }
 void catch_log(LogSink sink) {
   std::lock_guard lock(log_mutex);
-  log_sink = std::move(sink);
+  settings().log_sink = std::move(sink);
 }
 
 void map_root(const std::string& root, const std::string& local, const std::string& peer) {
-  simulated_root = root;
-  ppp0_addresses[0] = local;
-  ppp0_addresses[1] = peer;
+  settings().simulated_root = root;
+  settings().ppp0_addresses[0] = local;
+  settings().ppp0_addresses[1] = peer;
 }
 
 static std::string mapped(const char* path) {
   for (const char* folder : {"/proc", "/etc/resolv.conf", "/var/local/wan"}) {
-    if (!simulated_root.empty() && strncmp(path, folder, strlen(folder)) == 0) {
-      return simulated_root + path;
+    if (!settings().simulated_root.empty() && strncmp(path, folder, strlen(folder)) == 0) {
+      return settings().simulated_root + path;
     }
   }
   return path;
@@ -74,7 +84,7 @@ static int open_mapped(const char* path, int flags, mode_t mode) {
   std::string real = mapped(path);
   bool is_device = real == MODULE_DEVICE;
   if (is_device) {
-    real = device;
+    real = settings().device;
     flags |= O_NOCTTY | O_CLOEXEC;
   }
   int fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, real.c_str(), flags, mode));
@@ -88,7 +98,8 @@ static int open_mapped(const char* path, int flags, mode_t mode) {
 }
 
 static bool line_is_cut(int fd, Direction direction, std::span<const uint8_t> bytes) {
-  if (fd != device_fd || !line_watch || line_watch(direction, bytes)) return false;
+  if (fd != device_fd || !settings().line_watch || settings().line_watch(direction, bytes))
+    return false;
   errno = EIO;
   return true;
 }
@@ -100,11 +111,12 @@ static bool is_hung_up(int fd) {
 
 // What a read or write that gave n has carried. Leaves errno as it is.
 static void capture(int fd, Direction direction, const void* data, ssize_t n) {
-  if (fd != device_fd || !line_sink) return;
+  if (fd != device_fd || !settings().line_sink) return;
   int error = errno;
   bool gone = (n < 0 && error == EIO) || (n == 0 && is_hung_up(fd));
-  if (n > 0) line_sink(direction, {static_cast<const uint8_t*>(data), static_cast<size_t>(n)});
-  if (gone) line_sink(direction, {});
+  if (n > 0)
+    settings().line_sink(direction, {static_cast<const uint8_t*>(data), static_cast<size_t>(n)});
+  if (gone) settings().line_sink(direction, {});
   errno = error;
 }
 
@@ -133,7 +145,7 @@ static void sleep_watched(unsigned seconds) {
   constexpr double SLICE = 0.1;
   double left = seconds / sleep_speed;
   while (left > 0 && !(hurried != nullptr && hurried())) {
-    if (sleep_watch) sleep_watch(static_cast<unsigned>(left) + 1);
+    if (settings().sleep_watch) settings().sleep_watch(static_cast<unsigned>(left) + 1);
     double slice = std::min(left, SLICE);
     timespec time = as_timespec(slice);
     while (nanosleep(&time, &time) != 0 && errno == EINTR && !(hurried != nullptr && hurried())) {
@@ -150,7 +162,7 @@ static Function* next_definition(const char* name) {
 static int interface_address(unsigned long request, void* argument) {
   sockaddr_in address = {};
   address.sin_family = AF_INET;
-  inet_aton(ppp0_addresses[request == SIOCGIFDSTADDR].c_str(), &address.sin_addr);
+  inet_aton(settings().ppp0_addresses[request == SIOCGIFDSTADDR].c_str(), &address.sin_addr);
   memcpy(&static_cast<ifreq*>(argument)->ifr_addr, &address, sizeof address);
   return 0;
 }
@@ -162,7 +174,7 @@ static void log_line(int priority, const char* format, va_list arguments) {
     if (static_cast<unsigned char>(*c) < 0x20 || *c == 0x7F) *c = '?';
   }
   std::lock_guard lock(log_mutex);
-  if (log_sink) return log_sink(priority, line);
+  if (settings().log_sink) return settings().log_sink(priority, line);
   using Syslog = void (*)(int, const char*, ...);
   static auto real = reinterpret_cast<Syslog>(dlsym(RTLD_NEXT, "syslog"));
   real(priority, "%s", line);
@@ -204,7 +216,7 @@ EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept {
   va_start(arguments, request);
   void* argument = va_arg(arguments, void*);
   va_end(arguments);
-  bool simulated = !zopctl::simulated_root.empty();
+  bool simulated = !zopctl::settings().simulated_root.empty();
   if (simulated && (request == SIOCGIFADDR || request == SIOCGIFDSTADDR)) {
     return zopctl::interface_address(request, argument);
   }
