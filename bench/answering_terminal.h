@@ -45,7 +45,7 @@ class AnsweringTerminal {
 
  private:
   void run() {
-    std::vector<uint8_t> frame(8192);
+    std::vector<uint8_t>& frame = frame_;
     size_t held = 0;
     while (!stop_) {
       pollfd input = {master_, POLLIN, 0};
@@ -60,6 +60,7 @@ class AnsweringTerminal {
     }
   }
   Answer answer_;
+  std::vector<uint8_t> frame_ = std::vector<uint8_t>(8192);  // made before anything is measured
   int master_;
   int held_open_;
   std::atomic<bool> stop_ = false;
