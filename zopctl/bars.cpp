@@ -1,5 +1,7 @@
 // zopctl bars: what the host shows, and why there are none. The module's result does not tell the
 // reason; its log lines do.
+#include "zopctl/bars.h"
+
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
@@ -34,13 +36,7 @@ static const Reason REASONS[] = {
     {"error=2:", LINK_LOST},
 };
 
-struct Bars {
-  int result;
-  int bars;
-  std::string reason;  // empty when there are some
-};
-
-static Bars read_bars(const ModuleLibrary& m) {
+Bars read_bars(const ModuleLibrary& m) {
   Bars found{0, -1, ""};
   LogCapture log(m, VURN_LOG_STUCK | VURN_LOG_EVENTS | VURN_LOG_ERROR);
   {
@@ -79,10 +75,13 @@ static void print_sample(const Bars& found, bool json) {
   if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
 }
 
+bool is_lost(const Bars& found) {
+  return found.result == VURN_ERR_NOT_OPEN || found.reason == LINK_LOST;
+}
+
 // A modem that was unplugged is opened again as soon as it is back.
 static void reopen_lost(const ModuleLibrary& m, const Bars& found) {
-  bool lost = found.result == VURN_ERR_NOT_OPEN || found.reason == LINK_LOST;
-  if (!lost) return;
+  if (!is_lost(found)) return;
   QuietOutput quiet;
   m.vurn_close(0);
   m.vurn_open();  // the next look tells

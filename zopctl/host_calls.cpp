@@ -31,6 +31,7 @@ struct Settings {
   std::string device = MODULE_DEVICE;
   std::string simulated_root;  // empty: the device's own files
   std::string ppp0_addresses[2];
+  std::function<void()> root_refresh;
   LogSink log_sink;
   LineWatch line_watch;  // set while the module does nothing
   LineSink line_sink;    // the same
@@ -71,9 +72,14 @@ void map_root(const std::string& root, const std::string& local, const std::stri
   settings().ppp0_addresses[1] = peer;
 }
 
+bool is_simulated() { return !settings().simulated_root.empty(); }
+
+void refresh_root(std::function<void()> refresh) { settings().root_refresh = std::move(refresh); }
+
 static std::string mapped(const char* path) {
   for (const char* folder : {"/proc", "/etc/resolv.conf", "/var/local/wan"}) {
     if (!settings().simulated_root.empty() && strncmp(path, folder, strlen(folder)) == 0) {
+      if (settings().root_refresh) settings().root_refresh();
       return settings().simulated_root + path;
     }
   }
@@ -216,8 +222,7 @@ EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept {
   va_start(arguments, request);
   void* argument = va_arg(arguments, void*);
   va_end(arguments);
-  bool simulated = !zopctl::settings().simulated_root.empty();
-  if (simulated && (request == SIOCGIFADDR || request == SIOCGIFDSTADDR)) {
+  if (zopctl::is_simulated() && (request == SIOCGIFADDR || request == SIOCGIFDSTADDR)) {
     return zopctl::interface_address(request, argument);
   }
   return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));

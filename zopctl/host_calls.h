@@ -41,6 +41,11 @@ void capture_line(LineSink sink);
 // folder from now on, and its questions for the addresses of ppp0 are answered with these.
 void map_root(const std::string& root, const std::string& local, const std::string& peer);
 
+bool is_simulated();  // the device around the modem is such a folder
+
+// Called before a file of that folder is opened: what moves in it is brought up to date.
+void refresh_root(std::function<void()> refresh);
+
 // Log lines go here instead of to syslog from now on.
 using LogSink = std::function<void(int priority, const std::string& line)>;
 void catch_log(LogSink sink);

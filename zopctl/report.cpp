@@ -2,12 +2,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <sstream>
 
 #include "zopctl/log_capture.h"
 #include "zopctl/quiet_output.h"
+#include "zopctl/report_text.h"
 #include "zopctl/session.h"
 #include "zopctl/verbs.h"
 #include "zopctl/words.h"
@@ -19,17 +19,6 @@ using Json = nlohmann::ordered_json;
 constexpr int FRESH_DATA_S = 15;
 constexpr int REPORTS_OF_AN_EXCEPTION = 5;
 constexpr int EXCEPTION_S = 30;
-
-static std::string log_string(const ModuleLibrary& m) {
-  QuietOutput quiet;
-  for (unsigned size = 8192;; size *= 2) {
-    std::string text(size, '\0');
-    int result = m.vurn_get_log_string(text.data(), size);
-    if (result == VURN_OK) return text.c_str();
-    bool too_small = result == VURN_ERR_TRUNCATED && size < 1'000'000;
-    if (!too_small) throw Failure("the report: " + vurn_result(result));
-  }
-}
 
 static uint32_t screen_time(const ModuleLibrary& m) {
   return __atomic_load_n(&m.gDiagInfo->screen_time, __ATOMIC_RELAXED);
@@ -48,52 +37,6 @@ static void wait_for_fresh_data(const ModuleLibrary& m) {
       fmt::format("no field-test data within {} s; zopctl doctor looks at the link", FRESH_DATA_S));
 }
 
-// "      ********* MODEM *********" as "modem"; empty for another line.
-static std::string section_of(const std::string& line) {
-  if (!line.starts_with("      *********")) return "";
-  std::string name;
-  for (char c : line) {
-    if (c >= 'A' && c <= 'Z') name += static_cast<char>(c - 'A' + 'a');
-  }
-  return name;
-}
-
-static const zop_log_item* item_of(const ModuleLibrary& m, const std::string& label) {
-  for (const zop_log_item* item = *m.gLogItems; item->type != ZOP_ITEM_END; ++item) {
-    if (item->label != nullptr && label == item->label) return item;
-  }
-  return nullptr;
-}
-
-// A number where the item is one, null where it is not known.
-static Json typed(const zop_log_item* item, const std::string& text) {
-  if (text == "---" || text == "----") return nullptr;
-  int64_t number = 0;
-  const char* end = text.data() + text.size();
-  auto [stop, error] = std::from_chars(text.data(), end, number);
-  bool numeric =
-      item != nullptr && (item->type == ZOP_ITEM_UNSIGNED || item->type == ZOP_ITEM_SIGNED);
-  if (numeric && error == std::errc{} && stop == end) return number;
-  return text;
-}
-
-static Json as_object(const ModuleLibrary& m, const std::string& report) {
-  Json object;
-  std::string section = "report";
-  std::istringstream lines(report);
-  for (std::string line; std::getline(lines, line);) {
-    std::string header = section_of(line);
-    size_t colon = line.find(": ");
-    if (!header.empty()) {
-      section = header;
-    } else if (colon != std::string::npos) {
-      std::string label = line.substr(0, colon);
-      object[section][label] = typed(item_of(m, label), line.substr(colon + 2));
-    }
-  }
-  return object;
-}
-
 static void print_object(const Json& object) {
   fmt::print("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace));
 }
@@ -110,7 +53,7 @@ Findings report_show(const ModuleLibrary& m, const Arguments& arguments) {
   if (arguments.has("--wait")) wait_for_fresh_data(m);
   std::string report = log_string(m);
   if (arguments.json) {
-    print_object(as_object(m, report));
+    print_object(report_as_json(m, report));
   } else {
     print_text(report);
   }

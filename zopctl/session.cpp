@@ -22,25 +22,42 @@ namespace zopctl {
 
 static volatile sig_atomic_t caught_signal = 0;
 static volatile sig_atomic_t held_on = 0;  // what is under way must not break off
+static volatile sig_atomic_t end_is_asked = 0;
 static int wake_up = -1;  // an eventfd: a signal just before a wait must end it too
+static void (*hard_exit_call)() = nullptr;
+
+static void wake() {
+  uint64_t one = 1;
+  if (write(wake_up, &one, sizeof one) < 0) return;  // full: it is awake already
+}
 
 static void on_signal(int signal) {
   if (signal == SIGHUP && held_on != 0) return;  // the terminal is gone, the work goes on
   if (caught_signal != 0) {
+    if (hard_exit_call != nullptr) hard_exit_call();
     if (isatty(STDERR_FILENO) != 0 && write(STDERR_FILENO, "\n", 1) < 0) _exit(1);  // after a bar
     _exit(128 + signal);
   }
   int saved_errno = errno;
   caught_signal = signal;
-  uint64_t one = 1;
-  if (write(wake_up, &one, sizeof one) < 0) caught_signal = signal;  // full: it is awake already
+  wake();
   errno = saved_errno;
 }
+
+void ask_to_end() {
+  end_is_asked = 1;
+  wake();
+}
+
+int end_descriptor() { return wake_up; }
+void before_hard_exit(void (*call)()) { hard_exit_call = call; }
 
 static double speed = 1;  // of a simulated modem's clock
 
 bool has_caught_signal() { return caught_signal != 0; }
-static bool may_hurry() { return has_caught_signal() && held_on == 0; }
+static bool may_hurry() {
+  return (has_caught_signal() || end_is_asked != 0) && held_on == 0;
+}
 void hold_on() { held_on = 1; }
 
 static void set_speed(double factor) {
@@ -58,6 +75,13 @@ void watch_signals() {
     sigaction(signal, nullptr, &before);
     if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);  // as under nohup
   }
+}
+
+std::chrono::system_clock::time_point modem_now() {
+  using Clock = std::chrono::system_clock;
+  static const Clock::time_point start = Clock::now();
+  auto passed = std::chrono::duration<double>(Clock::now() - start) * speed;
+  return start + std::chrono::duration_cast<Clock::duration>(passed);
 }
 
 void wait_seconds(unsigned seconds) { wait_ms(seconds * 1000); }

@@ -2,6 +2,7 @@
 // end. A SIM that is locked can be reached by the link only: vurn_open wants a ready one.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -37,14 +38,25 @@ std::optional<std::string> device_problem(const std::string& path);
 
 // Ends the program with the signal's exit code if the user has asked for it; call between steps.
 struct Interrupted {
-  int signal;
+  int signal;  // 0: by a key
 };
 void watch_signals();
 void check_signals();                 // throws Interrupted
 void wait_seconds(unsigned seconds);  // the same, as soon as the signal comes
 void wait_ms(unsigned ms);            // both in the modem's time, which may be a simulated one
 
+std::chrono::system_clock::time_point modem_now();
+
 bool has_caught_signal();
+
+// The user has asked by a key: from now on it is as after a first signal.
+void ask_to_end();
+
+// Readable when the user wants the program to end.
+int end_descriptor();
+
+// Called before a second signal ends the program; from a signal handler.
+void before_hard_exit(void (*call)());
 
 // From now on a first signal neither throws nor cuts a wait short, and a lost terminal is nothing:
 // what is under way must not break off. A second SIGINT or SIGTERM still ends the program.

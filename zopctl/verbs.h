@@ -81,6 +81,7 @@ Findings config_reset(const ModuleLibrary&, const Arguments&);
 Findings config_error_fatal(const ModuleLibrary&, const Arguments&);
 Findings profile_list(const ModuleLibrary&, const Arguments&);
 Findings profile_write(const ModuleLibrary&, const Arguments&);
+Findings monitor(const ModuleLibrary&, const Arguments&);
 Findings bars_show(const ModuleLibrary&, const Arguments&);
 Findings mcc_show(const ModuleLibrary&, const Arguments&);
 Findings event_ring(const ModuleLibrary&, const Arguments&);

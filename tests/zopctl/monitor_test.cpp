@@ -1,0 +1,210 @@
+// The live view in a real terminal (tmux), and what it leaves behind: the terminal as it was, and a
+// recording that can be read.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <thread>
+
+#include "tests/zopctl/run_zopctl.h"
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+static std::string text_of(const std::string& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+static std::string output_of(const std::string& command) {
+  FILE* pipe = popen(command.c_str(), "r");
+  std::string output;
+  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) output += static_cast<char>(c);
+  pclose(pipe);
+  return output;
+}
+
+// Looks again until it holds; the other side is another process.
+static bool comes(const std::function<bool()>& condition) {
+  for (int look = 0; look < 1500; ++look) {
+    if (condition()) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  return false;
+}
+
+// zopctl in a terminal of its own, with the terminal's settings before and after.
+class Terminal {
+ public:
+  explicit Terminal(const std::string& arguments, const std::string& environment = "") {
+    folder_ = testing::TempDir() + "terminal-XXXXXX";
+    if (mkdtemp(folder_.data()) == nullptr) throw std::runtime_error("no folder");
+    std::ofstream(folder_ + "/run")
+        << "ulimit -c 0; echo shell-is-here; stty -a > before\n"
+        << environment << " sh -c 'echo $$ > pid; exec " << ZOPCTL << " " << arguments << "'\n"
+        << "echo exit=$? > exit; stty -a > after; touch done; exec cat\n";
+    tmux("-f /dev/null new-session -d -x 80 -y 24 'cd " + folder_ + " && LC_ALL=C.UTF-8 sh run'");
+  }
+  ~Terminal() {
+    tmux("kill-server");
+    fs::remove_all(folder_);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  std::string screen() { return tmux("capture-pane -p"); }
+  bool shows(const std::string& text) {
+    return comes([&] { return contains(screen(), text); });
+  }
+  long line_of(const std::string& text) {
+    std::string before = screen();
+    size_t at = before.find(text);
+    if (at == std::string::npos) return -1;
+    return std::count_if(before.begin(), before.begin() + static_cast<long>(at),
+                         [](char c) { return c == '\n'; });
+  }
+  void type(const std::string& keys) { tmux("send-keys " + keys); }
+  void resize(int width, int height) {
+    tmux("resize-window -x " + std::to_string(width) + " -y " + std::to_string(height));
+  }
+  void signal(int number) { kill(std::stoi(text_of(folder_ + "/pid")), number); }
+  std::string file(const std::string& name) const { return folder_ + "/" + name; }
+
+  // Its exit, once it has ended and left the terminal as it was.
+  std::string ends() {
+    if (!comes([&] { return fs::exists(file("done")); })) return "never:\n" + screen();
+    EXPECT_EQ(settings("after"), settings("before"));
+    EXPECT_TRUE(shows("shell-is-here")) << "the full screen was not left";
+    return text_of(file("exit"));
+  }
+
+ private:
+  std::string settings(const std::string& name) const {  // the first line is the size
+    std::string text = text_of(file(name));
+    return text.substr(text.find('\n') + 1);
+  }
+  std::string tmux(const std::string& command) {
+    return output_of("tmux -S " + folder_ + "/socket " + command + " 2>&1");
+  }
+  std::string folder_;
+};
+
+// A modem that can be pulled out and plugged in.
+class Modem {
+ public:
+  explicit Modem(const std::string& link) : link_(link) {}
+  ~Modem() { pull_out(); }
+  Modem(const Modem&) = delete;
+  Modem& operator=(const Modem&) = delete;
+
+  void plug_in(const std::string& scenario) {
+    pid_ = std::stoi(output_of(std::string(SIMULATOR) + " --link " + link_ + " " + scenario +
+                               " >/dev/null 2>&1 & echo $!"));
+    EXPECT_TRUE(comes([this] { return fs::exists(link_); }));
+  }
+  void pull_out() {
+    if (pid_ > 0) kill(pid_, SIGTERM);
+    pid_ = 0;
+    EXPECT_TRUE(comes([this] { return !fs::exists(fs::symlink_status(link_)); }));
+  }
+
+ private:
+  std::string link_;
+  pid_t pid_ = 0;
+};
+
+TEST(Monitor, shows_the_modem_in_a_window_of_any_size_until_a_key_ends_it) {
+  Terminal terminal("--sim monitor");
+  for (const char* text : {"Registration Success", "WCDMA V 850", "active     code  100",
+                           "Cell 3430008", "rx 4.", "Deferred action waitFor", "RSSI -75 dBm"}) {
+    EXPECT_TRUE(terminal.shows(text)) << text << "\n" << terminal.screen();
+  }
+  terminal.type("+");
+  EXPECT_TRUE(terminal.shows("every 2 s"));
+  terminal.type("p");
+  EXPECT_TRUE(terminal.shows("PAUSED"));
+  terminal.resize(40, 12);
+  EXPECT_TRUE(comes([&] { return terminal.line_of("q quit") == 11; })) << terminal.screen();
+  terminal.resize(20, 4);
+  EXPECT_TRUE(terminal.shows("30x8 at least"));
+  terminal.resize(150, 50);
+  EXPECT_TRUE(terminal.shows("active     code  100"));
+  terminal.type("q");
+  EXPECT_EQ(terminal.ends(), "exit=0\n");
+}
+
+TEST(Monitor, gives_the_terminal_back_whatever_ends_it) {
+  struct Row {
+    const char* name;
+    std::vector<int> signals;
+    const char* exit;
+  } rows[] = {{"asked to end", {SIGTERM}, "exit=143\n"},
+              {"interrupted twice", {SIGINT, SIGINT}, "exit=130\n"},
+              {"a crash", {SIGABRT}, "exit=134\n"},
+              {"quit for a core", {SIGQUIT}, "exit=131\n"}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    Terminal terminal("--sim monitor");
+    ASSERT_TRUE(terminal.shows("q quit"));
+    for (int signal : row.signals) terminal.signal(signal);
+    EXPECT_EQ(terminal.ends(), row.exit);
+  }
+}
+
+TEST(Monitor, outlives_a_modem_that_is_pulled_out_and_records_it) {
+  std::string link = testing::TempDir() + "monitor-modem-" + std::to_string(getpid());
+  Modem modem(link);
+  modem.plug_in("healthy-wcdma");
+  Terminal terminal("--device " + link + " monitor --record samples");
+  EXPECT_TRUE(terminal.shows("WCDMA V 850"));
+  modem.pull_out();
+  EXPECT_TRUE(terminal.shows("LINK LOST")) << terminal.screen();
+  modem.plug_in("healthy-gsm");
+  EXPECT_TRUE(terminal.shows("neighbour ARFCN  661")) << terminal.screen();
+  EXPECT_TRUE(terminal.shows("the link is back")) << terminal.screen();
+  terminal.type("q");
+  EXPECT_EQ(terminal.ends(), "exit=0\n");
+
+  std::ifstream samples(terminal.file("samples"));
+  std::vector<std::string> links, bands;
+  for (std::string line; std::getline(samples, line);) {
+    Json sample = Json::parse(line);
+    links.push_back(sample["link"]);
+    if (sample["report"].is_null()) continue;
+    bands.push_back(sample["report"]["network"]["Band"]);
+  }
+  ASSERT_FALSE(bands.empty());
+  EXPECT_EQ(bands.front(), "WCDMA V 850");
+  EXPECT_EQ(bands.back(), "GSM PCS 1900");
+  EXPECT_EQ(links.front() + links.back(), "openopen");
+  EXPECT_NE(std::ranges::find(links, "lost"), links.end());
+}
+
+TEST(Monitor, prints_a_line_a_sample_without_a_terminal_that_it_knows) {
+  Terminal unknown("--sim monitor --count 2", "TERM=nobody-makes-this");
+  EXPECT_TRUE(unknown.shows("no live view on a terminal of this kind"));
+  EXPECT_EQ(unknown.ends(), "exit=0\n");
+  EXPECT_TRUE(contains(zopctl("--sim --sim-speed 20 monitor --count 2").output, "5 [#####]"));
+
+  Outcome run = zopctl("--sim --sim-speed 20 --json monitor --count 3");
+  std::istringstream objects(run.output);
+  int count = 0;
+  for (std::string line; std::getline(objects, line); ++count) {
+    EXPECT_EQ(Json::parse(line)["bars"], 5);
+  }
+  EXPECT_EQ(count, 3);
+}
+
+TEST(Monitor, says_when_the_recording_can_not_be_kept) {
+  Outcome full = zopctl("--sim monitor --count 2 --record /dev/full");
+  EXPECT_EQ(full.exit_code, 1);
+  EXPECT_TRUE(contains(full.output, "the recording /dev/full: No space left on device"));
+  Outcome nowhere = zopctl("--sim monitor --count 2 --record /nowhere/samples");
+  EXPECT_TRUE(contains(nowhere.output, "the recording /nowhere/samples: No such file"));
+}

@@ -1,0 +1,17 @@
+// The diagnostic report as the module renders it for a host, and the same as JSON.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "zopctl/module_library.h"
+
+namespace zopctl {
+
+// Keeps the modem's field testing on for ten seconds. Throws Failure.
+std::string log_string(const ModuleLibrary& module);
+
+// {"section": {"label": value}}: a number where the item is one, null where it is not known.
+nlohmann::ordered_json report_as_json(const ModuleLibrary& module, const std::string& report);
+
+}  // namespace zopctl
