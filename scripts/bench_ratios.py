@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Shows benchmark results as ratios to their floors, and fails on an allocation.
+"""Shows benchmark results as ratios to their floors, and fails on an allocation or on memory that
+grows with a log.
 
 Takes the median of the repetitions. A ratio is time over the floor's time."""
 import json
@@ -21,29 +22,42 @@ FLOORS = [
     ("dump", "dump_floor"),
     ("log_string", "snprintf_per_item"),
     ("syslog_report", "snprintf_per_item"),
+    ("parse_log/20", "count_lines/20"),
+    ("parse_log/100", "count_lines/100"),
+    ("parse_log/100", "grep/100"),
 ]
 
 
+# Five times the log may take this much more memory.
+GROWTH_KB = 2000
+
+
 def medians(results):
-    times, allocations = {}, {}
+    times, allocations, memory = {}, {}, {}
     for run in results["benchmarks"]:
         if run["run_type"] != "iteration":
             continue
         name = run["run_name"].removesuffix("/real_time").removesuffix("/iterations:1")
         times.setdefault(name, []).append(run["real_time"] * NANOSECONDS[run["time_unit"]])
         allocations[name] = allocations.get(name, 0) + run.get("allocations", 0)
-    return {name: statistics.median(values) for name, values in times.items()}, allocations
+        if "memory_kb" in run:
+            memory[name] = max(memory.get(name, 0), run["memory_kb"])
+    return {name: statistics.median(values) for name, values in times.items()}, allocations, memory
 
 
 def main():
     with open(sys.argv[1], encoding="utf-8") as file:
-        times, allocations = medians(json.load(file))
+        times, allocations, memory = medians(json.load(file))
     for name, floor in FLOORS:
         ratio = times[name] / times[floor]
-        print(f"{name:14} {times[name]:12.1f} ns   {floor:18} {times[floor]:12.1f} ns   x {ratio:.2f}")
+        print(f"{name:15} {times[name]:12.1f} ns   {floor:18} {times[floor]:12.1f} ns   x {ratio:.2f}")
+    for name, kilobytes in memory.items():
+        print(f"{name:15} {kilobytes:11.0f} kB at most")
     allocating = [name for name, count in allocations.items() if count > 0]
     if allocating:
         sys.exit(f"bench: these allocate: {', '.join(allocating)}")
+    if memory["parse_log/100"] > memory["parse_log/20"] + GROWTH_KB:
+        sys.exit("bench: the memory of parse_log grows with the log")
 
 
 main()

@@ -15,7 +15,7 @@ namespace zopctl {
 
 namespace fs = std::filesystem;
 
-static constexpr long UPTIME = 86'400, ASLEEP = 3600;   // seconds, at the start
+static constexpr long UPTIME = 86'400, ASLEEP = 3600;  // seconds, at the start
 static constexpr long RX_BYTES = 4'711'815, TX_BYTES = 912'204;
 static constexpr long RX_RATE = 18'350, TX_RATE = 2'410;  // bytes a second
 

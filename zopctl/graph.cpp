@@ -6,7 +6,7 @@
 namespace zopctl {
 
 constexpr int EIGHTHS = 8;
-static const char* const BLOCKS[] = {" ", "\u2581", "\u2582", "\u2583", "\u2584",
+static const char* const BLOCKS[] = {" ",      "\u2581", "\u2582", "\u2583", "\u2584",
                                      "\u2585", "\u2586", "\u2587", "\u2588"};
 
 // Height of a column in eighths of a line, at least one.

@@ -14,9 +14,9 @@
 namespace zopctl {
 
 constexpr int SMALLEST_WIDTH = 30, SMALLEST_HEIGHT = 8;
-constexpr int SCALE_WIDTH = 5;                // "-113 " before a graph
-constexpr Scale RSSI_SCALE = {-113, -51};     // dBm, the range that a modem can report
-constexpr Scale ECIO_SCALE = {-24, 0};        // dB
+constexpr int SCALE_WIDTH = 5;             // "-113 " before a graph
+constexpr Scale RSSI_SCALE = {-113, -51};  // dBm, the range that a modem can report
+constexpr Scale ECIO_SCALE = {-24, 0};     // dB
 constexpr int CELL_LABEL_WIDTH = 32;
 
 struct Thresholds {

@@ -1,5 +1,5 @@
-// zopctl monitor: the modem as it lives. On a terminal a screen that moves, elsewhere a line a look.
-// The looks have a thread of their own: a silent modem must not hold up the keys.
+// zopctl monitor: the modem as it lives. On a terminal a screen that moves, elsewhere a line a
+// look. The looks have a thread of their own: a silent modem must not hold up the keys.
 #include <errno.h>
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -36,8 +36,7 @@ static std::string json_line(const Sample& sample) {
 class Recording {
  public:
   explicit Recording(const std::string& file)
-      : file_(file),
-        fd_(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666)) {
+      : file_(file), fd_(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666)) {
     if (fd_ < 0) fail();
   }
   ~Recording() { close(fd_); }
@@ -49,8 +48,8 @@ class Recording {
 
  private:
   [[noreturn]] void fail() const {
-    throw Failure(fmt::format("the recording {}: {}; {} samples are in it", file_, strerror(errno),
-                              count_));
+    throw Failure(
+        fmt::format("the recording {}: {}; {} samples are in it", file_, strerror(errno), count_));
   }
 
   std::string file_;
@@ -246,7 +245,8 @@ Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
   if (screen) {
     LiveMonitor(looks, *screen).run();
   } else {
-    if (wants_screen) fmt::print(stderr, "zopctl: no live view on a terminal of this kind ($TERM)\n");
+    if (wants_screen)
+      fmt::print(stderr, "zopctl: no live view on a terminal of this kind ($TERM)\n");
     print_lines(looks, arguments.json);
   }
   return {};

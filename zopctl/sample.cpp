@@ -37,7 +37,8 @@ std::optional<int> Sample::number(const char* section, const char* label) const 
 
 std::string plain(const std::string& text) {
   std::string shown = text;
-  std::ranges::replace_if(shown, [](char c) { return c < 0x20 || c > 0x7E; }, '?');
+  std::ranges::replace_if(
+      shown, [](char c) { return c < 0x20 || c > 0x7E; }, '?');
   return shown;
 }
 

@@ -126,12 +126,18 @@ struct Followed {
   const char* label;
 };
 static const Followed FOLLOWED[] = {
-    {"network", "Network Name"},     {"network", "MCC MNC"},
-    {"network", "Band"},             {"network", "C1"},
-    {"state", "Roaming"},            {"state", "System Mode"},
-    {"state", "Data Service Mode"},  {"status", "Service Status"},
-    {"status", "Reg Status"},        {"status", "Call Status"},
-    {"status", "GMM Attach State"},  {"status", "PDP State"},
+    {"network", "Network Name"},
+    {"network", "MCC MNC"},
+    {"network", "Band"},
+    {"network", "C1"},
+    {"state", "Roaming"},
+    {"state", "System Mode"},
+    {"state", "Data Service Mode"},
+    {"status", "Service Status"},
+    {"status", "Reg Status"},
+    {"status", "Call Status"},
+    {"status", "GMM Attach State"},
+    {"status", "PDP State"},
     {"status", "SIM Status"},
 };
 

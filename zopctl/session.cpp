@@ -55,9 +55,7 @@ void before_hard_exit(void (*call)()) { hard_exit_call = call; }
 static double speed = 1;  // of a simulated modem's clock
 
 bool has_caught_signal() { return caught_signal != 0; }
-static bool may_hurry() {
-  return (has_caught_signal() || end_is_asked != 0) && held_on == 0;
-}
+static bool may_hurry() { return (has_caught_signal() || end_is_asked != 0) && held_on == 0; }
 void hold_on() { held_on = 1; }
 
 static void set_speed(double factor) {

@@ -9,10 +9,8 @@ TEST(Graph, fills_columns_in_eighths_from_the_right) {
     bool utf8;
     std::vector<std::string> lines;
   } rows[] = {
-      {{}, false, {"   ", "   "}},
-      {{0, std::nullopt, 16}, false, {"  #", ". #"}},
-      {{4, 12}, false, {"  .", " .#"}},
-      {{-50, 3, 11}, true, {"  ▃", "▁▃█"}},
+      {{}, false, {"   ", "   "}},           {{0, std::nullopt, 16}, false, {"  #", ". #"}},
+      {{4, 12}, false, {"  .", " .#"}},      {{-50, 3, 11}, true, {"  ▃", "▁▃█"}},
       {{1, 2, 3, 99}, true, {"  █", "▂▃█"}},
   };
   for (const Row& row : rows) {
