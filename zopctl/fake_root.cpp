@@ -8,6 +8,7 @@
 
 #include "zopctl/host_calls.h"
 #include "zopctl/module_library.h"
+#include "zopctl/session.h"
 
 namespace zopctl {
 
@@ -38,6 +39,7 @@ FakeRoot::FakeRoot() {
   std::string name = fs::temp_directory_path() / "zopctl-XXXXXX";
   if (mkdtemp(name.data()) == nullptr) throw Failure("no folder for the simulated device in /tmp");
   folder_ = name;
+  leave_nothing_of(folder_.c_str());
   write(folder_ / "proc/net/dev", PPP0);
   write(folder_ / "proc/uptime", "86400.25 80123.00 0 3600\n");  // awake, idle, -, asleep
   write(folder_ / "proc/814/stat", stat_of_pppd());
@@ -49,6 +51,7 @@ FakeRoot::FakeRoot() {
 FakeRoot::~FakeRoot() {
   std::error_code ignored;
   fs::remove_all(folder_, ignored);
+  leave_nothing_of(nullptr);
 }
 
 }  // namespace zopctl
