@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "simulator/requests.h"
 #include "simulator/trace.h"
 
 namespace sim {
@@ -42,38 +43,49 @@ static bool same_command(View one, View other) {
   return !a.empty() && a == b;
 }
 
+// Each request has its own turn: two threads of the host may ask in another order than they did.
 const Replay::Exchange* Replay::find(View request) {
-  auto search = [&](auto matches) -> const Exchange* {
-    for (size_t i = 0; i < exchanges_.size(); ++i) {
-      size_t at = (next_ + i) % exchanges_.size();
-      if (!matches(exchanges_[at])) continue;
-      next_ = at + 1;
-      return &exchanges_[at];
+  auto least_played = [&](auto matches) {
+    Exchange* found = nullptr;
+    for (Exchange& exchange : exchanges_) {
+      bool earlier = found == nullptr || exchange.played < found->played;
+      if (earlier && matches(exchange)) found = &exchange;
     }
-    return nullptr;
+    return found;
   };
-  auto same = [&](const Exchange& e) { return std::ranges::equal(e.request, request); };
-  auto alike = [&](const Exchange& e) { return same_command(e.request, request); };
-  const Exchange* found = search(same);
-  return found != nullptr ? found : search(alike);
+  Exchange* found =
+      least_played([&](const Exchange& e) { return std::ranges::equal(e.request, request); });
+  if (found == nullptr)
+    found = least_played([&](const Exchange& e) { return same_command(e.request, request); });
+  if (found != nullptr) ++found->played;
+  return found;
 }
 
 void Replay::answer(View request, Time now) {
   Bytes payload = payload_of(request);
+  if (trace_) trace_(trace_line(now, '>', name_of(payload), payload));
   const Exchange* found = find(request);
-  if (trace_) {
-    trace_(trace_line(now, '>', name_of(payload), payload));
-    if (found == nullptr) trace_(trace_note(now, "the capture holds no such request"));
-  }
-  if (found == nullptr) return;
+  if (found == nullptr) return refuse(request, now);
   for (const Exchange::Answer& answer : found->answers) {
     bool hangs_up = answer.bytes.empty();
-    output_.push_back(
-        {now + answer.after, hangs_up ? Output::HANGS_UP : Output::SENDS, answer.bytes});
-    if (hangs_up)
-      output_.push_back({now + answer.after + AWAY_AFTER_HANG_UP, Output::COMES_BACK, {}});
+    put({now + answer.after, hangs_up ? Output::HANGS_UP : Output::SENDS, answer.bytes});
+    if (hangs_up) put({now + answer.after + AWAY_AFTER_HANG_UP, Output::COMES_BACK, {}});
   }
-  std::ranges::stable_sort(output_, {}, &Output::at);
+}
+
+// The module polls for events whenever half a second has passed; silence would make it close the
+// link for a fault that the captured modem did not have. Frames of the download protocols, which
+// begin with a flag, have no such refusal.
+void Replay::refuse(View request, Time now) {
+  if (trace_) trace_(trace_note(now, "the capture holds no such request"));
+  Bytes payload = payload_of(request);
+  if (payload.empty() || request.front() == FLAG) return;
+  put({now, Output::SENDS, frame(refusal(BAD_COMMAND, payload))});
+}
+
+void Replay::put(Output output) {
+  auto later = std::ranges::upper_bound(output_, output.at, {}, &Output::at);
+  output_.insert(later, std::move(output));
 }
 
 // A frame ends in a flag behind other bytes; a lone flag is a request by itself.

@@ -1,9 +1,9 @@
 // A modem that answers as a captured one did.
 //
-// Each request is looked for in the capture, from where the last one was found: the same bytes, or
-// else the same command. What the captured modem sent then, the replayed one sends, after the same
-// time: late answers, damaged ones, none at all, a hang-up. A request that the capture does not
-// hold is not answered.
+// Each request is looked for in the capture: the same bytes, or else the same command; asked again,
+// it finds the next such request, and after the last one the first. What the captured modem sent
+// then, the replayed one sends, after the same time: late answers, damaged ones, none at all, a
+// hang-up. A request that the capture does not hold is refused.
 #pragma once
 
 #include <deque>
@@ -35,12 +35,14 @@ class Replay {
       Bytes bytes;  // none: the device goes away
     };
     std::vector<Answer> answers;
+    unsigned played = 0;
   };
   const Exchange* find(View request);
   void answer(View request, Time now);
+  void refuse(View request, Time now);
+  void put(Output output);
 
   std::vector<Exchange> exchanges_;
-  size_t next_ = 0;  // behind the exchange that was found last
   Modem::Trace trace_;
   Bytes pending_;  // of a request
   std::deque<Output> output_;

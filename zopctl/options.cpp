@@ -19,6 +19,7 @@ Examples:
   zopctl status --log error,general  with the module's own log lines
   zopctl doctor                      what is wrong, and what to try
   zopctl report --wait               the diagnostic report, with fresh data of the modem
+  zopctl monitor                     the modem as it lives, until q is pressed
   zopctl sim verify                  asks for the PIN and gives it to the card
   zopctl plmn list operator --json   one list of the SIM
   zopctl firmware info ./images      what is in an image set, and what is wrong with it

@@ -20,17 +20,12 @@ constexpr int FRESH_DATA_S = 15;
 constexpr int REPORTS_OF_AN_EXCEPTION = 5;
 constexpr int EXCEPTION_S = 30;
 
-static uint32_t screen_time(const ModuleLibrary& m) {
-  return __atomic_load_n(&m.gDiagInfo->screen_time, __ATOMIC_RELAXED);
-}
-
 // The first report switches field testing on; then a screen comes within two seconds.
-static void wait_for_fresh_data(const ModuleLibrary& m) {
+static std::string fresh_log_string(const ModuleLibrary& m) {
   if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for the modem's field-test data ...\n");
-  uint32_t before = screen_time(m);
-  log_string(m);
   for (int second = 0; second < FRESH_DATA_S; ++second) {
-    if (screen_time(m) != before) return;
+    std::string report = log_string(m);
+    if (has_screen(report)) return report;
     wait_seconds(1);
   }
   throw Failure(
@@ -50,8 +45,7 @@ static void print_text(std::string text) {
 }
 
 Findings report_show(const ModuleLibrary& m, const Arguments& arguments) {
-  if (arguments.has("--wait")) wait_for_fresh_data(m);
-  std::string report = log_string(m);
+  std::string report = arguments.has("--wait") ? fresh_log_string(m) : log_string(m);
   if (arguments.json) {
     print_object(report_as_json(m, report));
   } else {

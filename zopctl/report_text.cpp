@@ -22,6 +22,12 @@ std::string log_string(const ModuleLibrary& m) {
   }
 }
 
+bool has_screen(const std::string& report) {
+  constexpr std::string_view AGE = "\nFTD Age: ";
+  size_t at = report.find(AGE);
+  return at != std::string::npos && report.compare(at + AGE.size(), 8, "None yet") != 0;
+}
+
 // "      ********* MODEM *********" as "modem"; empty for another line.
 static std::string section_of(const std::string& line) {
   if (!line.starts_with("      *********")) return "";

@@ -4,7 +4,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <cstring>
+#include <utility>
 
 #include "zopctl/quiet_output.h"
 #include "zopctl/report_text.h"
@@ -87,10 +88,8 @@ std::string ModuleWatch::deferred() const {
 
 // Null until the modem's first screen is there: what stands in the report before is no news.
 static nlohmann::ordered_json read_report(const ModuleLibrary& m) {
-  auto report = report_as_json(m, log_string(m));
-  bool is_closed = !report.contains("state");
-  bool has_screen = !is_closed && report["wan"].value("FTD Age", "None yet") != "None yet";
-  return has_screen ? report : nullptr;
+  std::string report = log_string(m);
+  return has_screen(report) ? report_as_json(m, report) : nullptr;
 }
 
 // vurn_open would wait for a device that is not there.
@@ -151,7 +150,8 @@ void Sampler::add_changes(Sample& sample) {
     std::string before = last_.text(row.section, row.label);
     std::string now = sample.text(row.section, row.label);
     if (last_.report.is_null() || now == before) continue;
-    sample.events.push_back(fmt::format("{}: {} -> {}", row.label, before, now));
+    const char* name = strcmp(row.label, "C1") == 0 ? "Cell" : row.label;
+    sample.events.push_back(fmt::format("{}: {} -> {}", name, before, now));
   }
   last_ = sample;
 }

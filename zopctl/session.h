@@ -62,4 +62,8 @@ void before_hard_exit(void (*call)());
 // what is under way must not break off. A second SIGINT or SIGTERM still ends the program.
 void hold_on();
 
+// A folder that a second signal removes before it ends the program; the caller's text, which must
+// live until nullptr takes its place.
+void leave_nothing_of(const char* folder);
+
 }  // namespace zopctl

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "simulator/replay.h"
+#include "simulator/requests.h"
 
 using namespace sim;
 using namespace std::chrono_literals;
@@ -59,7 +60,7 @@ TEST(Capture, damage_is_told_and_a_cut_costs_the_rest) {
   }
 }
 
-TEST(Capture, replay_answers_by_bytes_then_by_command_then_not) {
+TEST(Capture, replay_answers_by_bytes_then_by_command_and_refuses_the_rest) {
   Replay modem(PACKETS, {});
   modem.receive(frame(Bytes{0xCF, 0x20, 0}), 1s);
   EXPECT_EQ(modem.next_due(), 1s + 250ms);
@@ -68,9 +69,34 @@ TEST(Capture, replay_answers_by_bytes_then_by_command_then_not) {
   modem.receive(frame(Bytes{0xCF, 0x20, 9}), 2s);
   EXPECT_EQ(modem.take_output(3s)->bytes, PACKETS[1].bytes);
   modem.receive(frame(Bytes{0xCF, 0x21, 0}), 3s);
+  EXPECT_EQ(modem.take_output(3s)->bytes, frame(Bytes{BAD_COMMAND, 0xCF, 0x21, 0}));
+  Bytes download = frame(Bytes{0x07});
+  download.insert(download.begin(), 0x7E);
+  modem.receive(download, 3s);
   EXPECT_FALSE(modem.next_due());
   modem.receive(Bytes{0x7E}, 4s);
   EXPECT_EQ(modem.take_output(5s)->kind, Output::HANGS_UP);
   EXPECT_EQ(modem.take_output(9s)->kind, Output::COMES_BACK);
   EXPECT_THROW(Replay({}, {}), CaptureError);
+}
+
+// The module's threads ask in an order that differs from run to run.
+TEST(Capture, replay_answers_each_request_in_its_own_order) {
+  Bytes poll = frame(Bytes{0xCF, '=', 0}), query = frame(Bytes{0xCF, 0x20, 0});
+  std::vector<CapturedPacket> packets;
+  auto exchange = [&](const Bytes& request, uint8_t answer) {
+    packets.push_back({0us, CapturedPacket::TO_MODEM, request});
+    packets.push_back({0us, CapturedPacket::FROM_MODEM, {answer}});
+  };
+  exchange(query, 1);
+  exchange(query, 2);
+  exchange(query, 3);
+  exchange(poll, 4);
+  Replay modem(packets, {});
+  std::string answers;
+  for (const Bytes& request : {query, poll, query, poll, query, query}) {
+    modem.receive(request, 1s);
+    answers += std::to_string(modem.take_output(1s)->bytes[0]);
+  }
+  EXPECT_EQ(answers, "142431");
 }

@@ -77,7 +77,8 @@ TEST_F(ZopctlCapture, shows_both_download_protocols) {
 TEST_F(ZopctlCapture, replays_what_the_modem_did) {
   std::string odd = scenario("odd",
                              "[radio]\nrssi = -91\n[network]\nname = \"Fieldnet\"\n"
-                             "[[fault]]\nswitch = \"error=66:request=band\"\n");
+                             "[[fault]]\nswitch = \"error=66:request=band\"\n"
+                             "[[fault]]\nswitch = \"bad-crc:request=iccid\"\n");
   Outcome first = captured("--sim=" + odd + " status");
   EXPECT_TRUE(contains(first.output, "Fieldnet")) << first.output;
   Program modem({SIMULATOR, "--replay", capture});

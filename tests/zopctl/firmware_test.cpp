@@ -163,6 +163,23 @@ TEST_F(ZopctlFirmware, interrupted) {
   }
 }
 
+TEST_F(ZopctlFirmware, second_signal_ends_it_at_once_and_nothing_stays) {
+  fs::path scratch = folder / "scratch";
+  fs::create_directory(scratch);
+  std::string slow = scenario("firmware", fault("delay=20000:request=stream_write"));
+  Program program({"env", "TMPDIR=" + scratch.string(), ZOPCTL, "--sim=" + slow, "--sim-speed",
+                   "20", "firmware", "update", "--yes", folder.string()});
+  std::string line;
+  do line = program.line();
+  while (!line.empty() && !contains(line, "writing the images"));
+  EXPECT_FALSE(fs::is_empty(scratch));
+  program.end(SIGINT);
+  while (!line.empty() && !contains(line, "must not break off now")) line = program.line();
+  program.end(SIGINT);
+  EXPECT_EQ(program.exit_code(), 130);
+  EXPECT_TRUE(fs::is_empty(scratch));
+}
+
 TEST_F(ZopctlFirmware, update_goes_on_when_nobody_reads_of_it) {
   std::string code = folder / "code";
   std::string command = "(" ZOPCTL " --sim --sim-speed 200 firmware update " + folder.string() +

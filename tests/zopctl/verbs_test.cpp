@@ -148,6 +148,16 @@ TEST(ZopctlVerbs, json_of_a_report_has_numbers_and_nulls) {
   EXPECT_EQ(json["plmn"]["HPLMN"], "UMTS;001;01");
 }
 
+TEST(ZopctlVerbs, report_waits_for_a_screen) {
+  auto json = nlohmann::json::parse(zopctl("--sim report --wait --json").output);
+  EXPECT_EQ(json["sim"]["IMSI"], "001010123456789");
+  EXPECT_NE(json["wan"]["FTD Age"], "None yet");
+  std::string none = scenario("none", "[[fault]]\nswitch = \"bad-crc:request=screen\"\n");
+  Outcome run = zopctl("--sim=" + none + " --sim-speed 5 report --wait");
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_TRUE(contains(run.output, "no field-test data within 15 s")) << run.output;
+}
+
 TEST(ZopctlVerbs, documents_know_every_verb) {
   std::string man = zopctl("--man").output;
   EXPECT_TRUE(contains(man, ".B zopctl plmn set\\-user PLMNS\n"));
