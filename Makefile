@@ -1,7 +1,7 @@
 # Every target does its whole set-up and is safe to repeat. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan fuzz bench clean
+.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan fuzz bench figures clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -60,6 +60,10 @@ fuzz: setup ## fuzz every target; FUZZ_SECONDS for each, 600 by default
 
 bench: setup ## benchmarks beside their floors
 	@sh scripts/bench.sh
+
+figures: bench ## the benchmarks as a page with plots, docs/figures.md
+	@sh scripts/setup.sh figures
+	@python3 scripts/figures.py build/bench/results.json
 
 clean: ## remove everything that was built
 	rm -rf build

@@ -109,7 +109,12 @@ static void decode(benchmark::State& state) {
   count_bytes(state);
 }
 
-BENCHMARK(crc_floor)->Arg(3)->Arg(133)->Arg(350);
-BENCHMARK(memcpy_floor)->Arg(3)->Arg(133)->Arg(350);
-BENCHMARK(encode)->Arg(3)->Arg(133)->Arg(350);
-BENCHMARK(decode)->Arg(3)->Arg(133)->Arg(350);
+// A plain request, a small answer, typical ones, a field-test screen.
+static void sizes(benchmark::internal::Benchmark* benchmark) {
+  for (int64_t size : {3, 16, 48, 133, 240, 350}) benchmark->Arg(size);
+}
+
+BENCHMARK(crc_floor)->Apply(sizes);
+BENCHMARK(memcpy_floor)->Apply(sizes);
+BENCHMARK(encode)->Apply(sizes);
+BENCHMARK(decode)->Apply(sizes);

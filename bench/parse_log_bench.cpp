@@ -1,10 +1,7 @@
 // zopctl parse-log beside `wc -l` and `grep` over the same log: programs from start to end, with
 // the memory each took. The log is that of many devices whose reports come mixed.
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -12,6 +9,8 @@
 #include <map>
 #include <string>
 #include <vector>
+
+#include "bench/run_program.h"
 
 constexpr int DEVICES = 1000;
 constexpr size_t MEGABYTE = 1'000'000;
@@ -56,31 +55,11 @@ static const std::string& log_of(int64_t megabytes) {
   return files.try_emplace(megabytes, static_cast<size_t>(megabytes)).first->second.path;
 }
 
-// Peak of the memory in kB; -1 when it failed.
-static long run(const std::vector<std::string>& words) {
-  std::vector<char*> arguments;
-  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-  arguments.push_back(nullptr);
-  posix_spawn_file_actions_t files;
-  posix_spawn_file_actions_init(&files);
-  for (int fd : {STDOUT_FILENO, STDERR_FILENO}) {
-    posix_spawn_file_actions_addopen(&files, fd, "/dev/zero", O_WRONLY,
-                                     0);  // not null: grep would stop
-  }
-  pid_t pid = -1;
-  int error = posix_spawnp(&pid, arguments[0], &files, nullptr, arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&files);
-  int status = 0;
-  rusage used = {};
-  bool ended = error == 0 && wait4(pid, &status, 0, &used) == pid;
-  return ended && WIFEXITED(status) && WEXITSTATUS(status) == 0 ? used.ru_maxrss : -1;
-}
-
 static void measure(benchmark::State& state, std::vector<std::string> words) {
   words.push_back(log_of(state.range(0)));
   long memory = 0;
   for (auto _ : state) {
-    long taken = run(words);
+    long taken = run_program(words);
     if (taken < 0) state.SkipWithError("the program failed");
     memory = std::max(memory, taken);
   }

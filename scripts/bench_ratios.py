@@ -18,10 +18,13 @@ FLOORS = [
     ("decode/133", "crc_floor/133"),
     ("decode/350", "crc_floor/350"),
     ("get_rssi", "raw_ping_pong"),
+    ("vurn_open_close", "open_floor"),
+    ("bars", "bars_floor"),
     ("download", "download_floor"),
     ("dump", "dump_floor"),
     ("log_string", "snprintf_per_item"),
     ("syslog_report", "snprintf_per_item"),
+    ("zopctl_help", "empty_program"),
     ("parse_log/20", "count_lines/20"),
     ("parse_log/100", "count_lines/100"),
     ("parse_log/100", "grep/100"),
@@ -60,4 +63,5 @@ def main():
         sys.exit("bench: the memory of parse_log grows with the log")
 
 
-main()
+if __name__ == "__main__":
+    main()

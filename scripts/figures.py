@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""Writes docs/figures.md and its plots from the results of the benchmarks.
+
+Usage: figures.py RESULTS.json. Plots are SVG, by gnuplot."""
+import datetime
+import json
+import os
+import platform
+import subprocess
+import sys
+
+from bench_ratios import FLOORS, medians
+
+FOLDER = "docs/figures"
+SIZES = [3, 16, 48, 133, 240, 350]
+MEGABYTES = [20, 100]
+
+# name: what it is, and the floor in words
+WORDS = {
+    "encode": ("frame of {} bytes encoded", "plain CRC loop over them"),
+    "decode": ("frame of {} bytes decoded", "plain CRC loop over them"),
+    "get_rssi": ("one `zop_get_rssi`", "raw ping-pong of the same bytes"),
+    "vurn_open_close": ("`vurn_open` and `vurn_close`", "their exchanges, raw"),
+    "bars": ("one `vurn_get_bars`", "its exchanges, raw"),
+    "download": ("download of 16 MiB", "its frames and pauses, raw"),
+    "dump": ("dump of 16 MiB", "its frames, raw, and a copy to a file"),
+    "log_string": ("log string, full lists", "a snprintf for each item"),
+    "syslog_report": ("report to syslog, full lists", "a snprintf for each item"),
+    "zopctl_help": ("`zopctl --help`", "`true`, a program that does nothing"),
+    "parse_log": ("`zopctl parse-log`, {} MB", ""),
+}
+FLOOR_WORDS = {"count_lines": "`wc -l`", "grep": "`grep -c`"}
+
+# What is to be reached: a ratio at most, or a time in ns.
+RATIO_AT_MOST = {"encode/133": 1.05, "decode/133": 1.05, "encode/240": 1.05, "decode/240": 1.05,
+                 "encode/350": 1.05, "decode/350": 1.05, "get_rssi": 1.05, "download": 1.05,
+                 "dump": 1.05}
+TIME_AT_MOST = {"log_string": 60e3, "parse_log/100": 1e9}
+
+
+def time_text(ns):
+    for unit, size in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
+        if ns >= size:
+            return f"{ns / size:.3g} {unit}"
+    return f"{ns:.3g} ns"
+
+
+def reach(name, time, ratio):
+    if name in RATIO_AT_MOST:
+        good = ratio <= RATIO_AT_MOST[name]
+        return f"× {RATIO_AT_MOST[name]} at most: {'yes' if good else '**no**'}"
+    if name in TIME_AT_MOST:
+        good = time <= TIME_AT_MOST[name]
+        return f"{time_text(TIME_AT_MOST[name])} at most: {'yes' if good else '**no**'}"
+    return ""
+
+
+def row(name, floor, times):
+    base, _, size = name.partition("/")
+    what, floor_text = WORDS[base]
+    floor_text = floor_text or FLOOR_WORDS[floor.partition("/")[0]]
+    ratio = times[name] / times[floor]
+    return (f"| {what.format(size)} | {time_text(times[name])} | {floor_text} "
+            f"| {time_text(times[floor])} | × {ratio:.2f} | {reach(name, times[name], ratio)} |")
+
+
+def plot(name, title, xlabel, ylabel, series, extra=""):
+    """series: {label: [(x, y)]}"""
+    data = "".join(
+        f"$d{i} << END\n" + "".join(f"{x} {y}\n" for x, y in points) + "END\n"
+        for i, points in enumerate(series.values()))
+    lines = ", ".join(f"$d{i} with linespoints lw 2 pt 7 ps 0.5 title '{label}'"
+                      for i, label in enumerate(series))
+    script = (f"set terminal svg size 640,360 font 'sans,12' background 'white'\n"
+              f"set output '{FOLDER}/{name}.svg'\nset title '{title}'\nset xlabel '{xlabel}'\n"
+              f"set ylabel '{ylabel}'\nset yrange [0:*]\nset grid lc '#dddddd'\n"
+              f"set key top right\n{extra}\n{data}plot {lines}\n")
+    subprocess.run(["gnuplot"], input=script, text=True, check=True)
+
+
+def plots(times):
+    per_byte = {label: [(size, times[f"{name}/{size}"] / size) for size in SIZES]
+                for name, label in (("encode", "encode"), ("decode", "decode"),
+                                    ("crc_floor", "plain CRC loop"), ("memcpy_floor", "memcpy"))}
+    plot("codec", "Frame codec: the cost of a byte", "payload, bytes", "ns a byte", per_byte)
+    logs = {label: [(0, 0)] + [(mb, times[f"{name}/{mb}"] / 1e6) for mb in MEGABYTES]
+            for name, label in (("parse_log", "zopctl parse-log"), ("count_lines", "wc -l"),
+                                ("grep", "grep -c"))}
+    plot("parse_log", "A log of many devices", "log, MB", "ms", logs, "set key top left")
+    ratios = [(name, times[name] / times[floor]) for name, floor in FLOORS
+              if not name.startswith(("parse_log", "zopctl"))]
+    labels = ", ".join(f"'{name}' {i}".replace("_", " ") for i, (name, _) in enumerate(ratios))
+    data = "".join(f"{i} {ratio}\n" for i, (_, ratio) in enumerate(ratios))
+    script = (f"set terminal svg size 640,400 font 'sans,12' background 'white'\n"
+              f"set output '{FOLDER}/ratios.svg'\nset title 'Time as a multiple of the floor'\n"
+              f"set boxwidth 0.6\nset style fill solid 0.7\nset grid y lc '#dddddd'\n"
+              f"set yrange [0:*]\nset xtics ({labels}) rotate by -40\nunset key\n"
+              f"set arrow 1 from graph 0, first 1 to graph 1, first 1 nohead lc 'red'\n"
+              f"$d << END\n{data}END\nplot $d with boxes lc '#2b6cb0'\n")
+    subprocess.run(["gnuplot"], input=script, text=True, check=True)
+
+
+def processor():
+    with open("/proc/cpuinfo", encoding="utf-8") as file:
+        for line in file:
+            if line.startswith("model name"):
+                return line.partition(":")[2].strip()
+    return platform.machine()
+
+
+def page(times, allocations, memory):
+    table = "\n".join(row(name, floor, times) for name, floor in FLOORS)
+    counted = sum(1 for name in allocations if name.partition("/")[0] in
+                  ("encode", "decode", "get_rssi", "log_string", "syslog_report"))
+    allocated = sum(allocations.values())
+    peaks = ", ".join(f"{name.partition('/')[2]} MB: {kb / 1000:.1f} MB"
+                      for name, kb in memory.items() if name.startswith("parse_log/"))
+    return f"""# Figures
+
+Made by `make figures` on {datetime.date.today()}: {processor()}, {os.cpu_count()} cores,
+{platform.system()} {platform.release()}. Medians of five runs. Each figure stands beside a floor that
+was measured in the same run, and what counts is the ratio: the times are this machine's.
+
+| what | time | its floor | time | ratio | to be reached |
+| --- | --- | --- | --- | --- | --- |
+{table}
+
+![times as multiples of their floors](figures/ratios.svg)
+
+Heap allocations on the measured paths of the module ({counted} benchmarks count them): {allocated:.0f}.
+A short frame costs its fixed part, the flags and the check; from about a hundred bytes on the codec
+costs what its CRC costs:
+
+![cost of a byte by size](figures/codec.svg)
+
+`zopctl parse-log` reads {100e6 / (times['parse_log/100'] / 1e9) / 1e6:.0f} MB a second; its memory does
+not grow with the log ({peaks}):
+
+![time by size of the log](figures/parse_log.svg)
+
+`zopctl --sim status` takes {time_text(times['zopctl_status'])} from start to end, with the simulated
+modem that it starts.
+"""
+
+
+def main():
+    with open(sys.argv[1], encoding="utf-8") as file:
+        times, allocations, memory = medians(json.load(file))
+    os.makedirs(FOLDER, exist_ok=True)
+    plots(times)
+    with open("docs/figures.md", "w", encoding="utf-8") as file:
+        file.write(page(times, allocations, memory))
+    print("figures: docs/figures.md")
+
+
+main()
