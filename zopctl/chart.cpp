@@ -9,6 +9,7 @@
 namespace zopctl {
 
 constexpr int WIDTH = 10000, HEIGHT = 1000;  // of the stretched drawing
+constexpr size_t MANY_POINTS = 1500;         // of a line; more make an area of it
 constexpr size_t PROBES = 160;               // places of a graph that tell their values
 
 std::string value_text(SeriesId series, float value) {
@@ -76,18 +77,25 @@ void TimeLine::lines_of_values(double least, double most, int step) {
 
 // ---- lines ----
 
+// A point without neighbours would be no line: it is a dot.
 void TimeLine::line(SeriesId series, double least, double most) {
-  std::string path;
+  std::string path, dots;
   std::vector<Point> points = points_of(recording_, axis_, series);
   for (size_t i = 0; i < points.size(); ++i) {
     const Point& point = points[i];
-    fmt::format_to(std::back_inserter(path), "{}{:.0f} {:.0f}", point.starts ? "M" : "L",
-                   axis_.share(point.time) * WIDTH,
-                   (most - static_cast<double>(point.value)) / (most - least) * HEIGHT);
     bool alone = point.starts && (i + 1 == points.size() || points[i + 1].starts);
-    if (alone) path += "h0";
+    fmt::format_to(std::back_inserter(alone ? dots : path), "{}{:.0f} {:.0f}{}",
+                   point.starts ? "M" : "L", axis_.share(point.time) * WIDTH,
+                   (most - static_cast<double>(point.value)) / (most - least) * HEIGHT,
+                   alone ? "h0" : "");
   }
-  html_.empty("path", {{"class", fmt::format("line {}", QUANTITIES[series].style)}, {"d", path}});
+  const char* style = QUANTITIES[series].style;
+  bool dense = points.size() > MANY_POINTS;
+  html_.empty("path",
+              {{"class", fmt::format("line {}{}", style, dense ? " dense" : "")}, {"d", path}});
+  if (!dots.empty()) {
+    html_.empty("path", {{"class", fmt::format("line dot {}", style)}, {"d", dots}});
+  }
 }
 
 // Under the pointer a graph tells time and values: strips without ink, each with a title.

@@ -1,8 +1,11 @@
 // Control characters are shown by their pictures: a browser would drop them or see other ones.
+// Those that turn the direction of writing are not shown: they would make a text read as another
+// one.
 #include "zopctl/html_writer.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "zopctl/json_text.h"
@@ -43,28 +46,40 @@ static std::string control_picture(char c) {
   return picture;
 }
 
+// U+0080 to U+009F, U+202A to U+202E, U+2066 to U+2069.
+static bool misleads(std::string_view character) {
+  if (character.size() == 2) return character[0] == '\xC2' && (character[1] & 0xE0) == 0x80;
+  if (character.size() != 3) return false;
+  return (character >= "\u202A" && character <= "\u202E") ||
+         (character >= "\u2066" && character <= "\u2069");
+}
+
+// What stands for a character in the page; empty for most: they stand for themselves.
+static std::string replaced(std::string_view character) {
+  if (character.empty() || misleads(character)) return UNREADABLE;
+  if (character.size() > 1) return "";
+  switch (char c = character[0]) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    case '\'':
+      return "&#39;";
+    default:
+      return (c < 0x20 && c != '\n') || c == 0x7F ? control_picture(c) : "";
+  }
+}
+
 void HtmlWriter::append(std::string_view text) {
   while (!text.empty()) {
-    size_t length = utf8_length(text);
-    char c = text[0];
-    if (c == '&') {
-      out_ += "&amp;";
-    } else if (c == '<') {
-      out_ += "&lt;";
-    } else if (c == '>') {
-      out_ += "&gt;";
-    } else if (c == '"') {
-      out_ += "&quot;";
-    } else if (c == '\'') {
-      out_ += "&#39;";
-    } else if (c == '\n') {
-      out_ += c;
-    } else if (length == 1 && (c < 0x20 || c == 0x7F)) {
-      out_ += control_picture(c);
-    } else {
-      out_ += length == 0 ? std::string_view(UNREADABLE) : text.substr(0, length);
-    }
-    text.remove_prefix(length == 0 ? 1 : length);
+    std::string_view character = text.substr(0, utf8_length(text));
+    std::string instead = replaced(character);
+    out_ += instead.empty() ? character : instead;
+    text.remove_prefix(std::max<size_t>(1, character.size()));
   }
 }
 

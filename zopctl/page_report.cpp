@@ -172,7 +172,7 @@ static void write_section(HtmlWriter& html, const std::string& section, const Js
     }
   }
   html.close().close();
-  if (!unknown.empty()) html.element("p", {{"class", "unknown"}}, "Not known: " + unknown);
+  if (!unknown.empty()) html.element("p", {{"class", "unknown"}}, "Empty or not known: " + unknown);
   html.close();
 }
 

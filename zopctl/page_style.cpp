@@ -68,6 +68,8 @@ svg .name text { fill: var(--on); font-size: 11.5px; }
 .grid { stroke: var(--rule); stroke-width: 1; }
 .line { fill: none; stroke-width: 1.8; stroke-linejoin: round; stroke-linecap: round;
   vector-effect: non-scaling-stroke; }
+.dense { stroke-width: 1; opacity: .75; }
+.dot { stroke-width: 5; }
 path.rssi { stroke: var(--rssi); } path.rscp { stroke: var(--rscp); }
 path.ecio { stroke: var(--ecio); } path.power { stroke: var(--power); }
 .lost { fill: var(--lost); opacity: .18; }

@@ -204,6 +204,8 @@ void Recording::add_sample(const Json& line) {
   if (!lost) {
     take_report(sample, report);
     sample.values[BARS] = bars_of(member(line, "bars"));
+    bool unexplained = std::isnan(sample.values[BARS]) && sample.states[NO_BARS] == 0;
+    if (unexplained) sample.states[NO_BARS] = words[NO_BARS].number("no reason given");
   }
   add_events(*time, member(line, "events"));
   samples.push_back(std::move(sample));

@@ -130,15 +130,14 @@ void RecordingReader::take(const Json& object) {
   }
 }
 
-// The parser's reason without its number and place in the text.
+// The parser's reason, without its name and the place in the text.
 static std::string reason_of(const Json::exception& error) {
-  std::string reason = error.what();
-  size_t dash = reason.find(" - ");
-  size_t colon = reason.rfind(": ", dash);
-  return shortened(as_utf8(reason.substr(dash != std::string::npos    ? dash + 3
-                                         : colon != std::string::npos ? colon + 2
-                                                                      : 0)),
-                   160);
+  std::string_view reason = error.what();
+  for (std::string_view mark : {"] ", " - "}) {
+    size_t at = reason.find(mark);
+    if (at != std::string_view::npos) reason.remove_prefix(at + mark.size());
+  }
+  return shortened(as_utf8(reason), 160);
 }
 
 void RecordingReader::take_line() {
