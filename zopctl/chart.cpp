@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace zopctl {
+namespace zopctl::page {
 
 constexpr int WIDTH = 10000, HEIGHT = 1000;  // of the stretched drawing
 constexpr size_t MANY_POINTS = 1500;         // of a line; more make an area of it
@@ -20,9 +20,9 @@ std::string value_text(SeriesId series, float value) {
 
 TimeLine::TimeLine(HtmlWriter& html, const Recording& recording)
     : html_(html), recording_(recording), axis_(recording) {
-  const Words& words = recording.words[LINK];
+  const Words& words = recording.words[LINK_STATE];
   lost_ = spans_of(recording, axis_, [&](const Sample& sample) {
-    return words.word(sample.states[LINK]) == "lost" ? 1U : 0U;
+    return words.word(sample.states[LINK_STATE]) == "lost" ? 1U : 0U;
   });
 }
 
@@ -228,4 +228,4 @@ void TimeLine::draw() {
   html_.close();
 }
 
-}  // namespace zopctl
+}  // namespace zopctl::page

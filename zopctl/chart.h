@@ -7,7 +7,7 @@
 #include "zopctl/html_writer.h"
 #include "zopctl/time_axis.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 class TimeLine {
  public:
@@ -54,4 +54,4 @@ std::string cell_name(const Cell& cell);
 // "-75 dBm"; a dash when it is missing.
 std::string value_text(SeriesId series, float value);
 
-}  // namespace zopctl
+}  // namespace zopctl::page

@@ -66,19 +66,19 @@ class NewFile {
 };
 
 // A device or a pipe can't be replaced: it gets the page itself, as a link's target does.
-static void write_page(const std::string& name, const std::string& page) {
-  if (name == "-") return write_all(STDOUT_FILENO, page, "standard output");
+static void write_page(const std::string& name, const std::string& text) {
+  if (name == "-") return write_all(STDOUT_FILENO, text, "standard output");
   std::error_code error;
   bool exists = fs::exists(name, error);
   if (exists && !fs::is_regular_file(name, error)) {
     int fd = open(name.c_str(), O_WRONLY | O_CLOEXEC);
     if (fd < 0) fail(name);
-    write_all(fd, page, name);
+    write_all(fd, text, name);
     if (close(fd) != 0) fail(name);
     return;
   }
   NewFile file(exists ? fs::canonical(name).string() : name);
-  write_all(file.fd(), page, name);
+  write_all(file.fd(), text, name);
   file.keep();
 }
 
@@ -105,12 +105,12 @@ Findings html(const ModuleLibrary& module, const Arguments& arguments) {
     throw UsageError("standard input can be read once only");
   }
   std::string output = output_of(arguments, inputs);
-  std::vector<Recording> recordings;
+  std::vector<page::Recording> recordings;
   for (const std::string& input : inputs) {
-    std::vector<Recording> read = read_recordings(input, module);
+    std::vector<page::Recording> read = page::read_recordings(input, module);
     std::move(read.begin(), read.end(), std::back_inserter(recordings));
   }
-  write_page(output, page_of(recordings));
+  write_page(output, page::page_of(recordings));
   return {};
 }
 

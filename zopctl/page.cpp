@@ -5,7 +5,7 @@
 
 #include "zopctl/chart.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 static void write_head(HtmlWriter& html, const std::string& title) {
   html.reset("<!DOCTYPE html>\n");
@@ -106,4 +106,4 @@ std::string page_of(const std::vector<Recording>& recordings) {
   return html.written();
 }
 
-}  // namespace zopctl
+}  // namespace zopctl::page

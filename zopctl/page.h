@@ -7,7 +7,7 @@
 #include "zopctl/html_writer.h"
 #include "zopctl/recording.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 std::string page_of(const std::vector<Recording>& recordings);
 
@@ -27,4 +27,4 @@ void write_report(HtmlWriter& html, const Recording& recording);
 // The page's style sheet.
 extern const char PAGE_STYLE[];
 
-}  // namespace zopctl
+}  // namespace zopctl::page

@@ -2,7 +2,7 @@
 // readable in both.
 #include "zopctl/page.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 const char PAGE_STYLE[] = R"(
 :root { color-scheme: light dark; --back: #f3f5f8; --card: #fff; --ink: #18202c; --soft: #5a6676;
@@ -146,4 +146,4 @@ footer { margin-top: 2rem; color: var(--soft); font-size: .84rem; }
 }
 )";
 
-}  // namespace zopctl
+}  // namespace zopctl::page

@@ -7,7 +7,7 @@
 #include "zopctl/chart.h"
 #include "zopctl/page.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 static std::string or_dash(const std::string& text) { return text.empty() ? "\u2014" : text; }
 
@@ -114,9 +114,9 @@ static std::string how_long(const Times& times, const TimeAxis& axis) {
 static void note_states(HtmlWriter& html, const Recording& recording, const TimeAxis& axis,
                         TrackId track, const std::string& state, const std::string& what) {
   const Words& words = recording.words[track];
-  const Words& link = recording.words[LINK];
+  const Words& link = recording.words[LINK_STATE];
   auto of = [&](const Sample& sample) {  // a lost link has a note of its own
-    bool lost = track != LINK && link.word(sample.states[LINK]) == "lost";
+    bool lost = track != LINK_STATE && link.word(sample.states[LINK_STATE]) == "lost";
     return lost ? 0 : sample.states[track];
   };
   std::vector<Span> spans = spans_of(recording, axis, of);
@@ -157,7 +157,7 @@ static void note_changes(HtmlWriter& html, const Recording& recording, TrackId t
 static void write_notes(HtmlWriter& html, const Recording& recording) {
   TimeAxis axis(recording);
   html.open("ul", {{"class", "notes"}});
-  note_states(html, recording, axis, LINK, "lost", "Link lost");
+  note_states(html, recording, axis, LINK_STATE, "lost", "Link lost");
   note_states(html, recording, axis, NO_BARS, "", "No bars");
   note_changes(html, recording, MODE, "Changes of system mode");
   note_changes(html, recording, CELL, "Changes of the serving cell");
@@ -171,4 +171,4 @@ void write_summary(HtmlWriter& html, const Recording& recording) {
   if (recording.samples.size() > 1) write_notes(html, recording);
 }
 
-}  // namespace zopctl
+}  // namespace zopctl::page

@@ -11,9 +11,11 @@
 
 #include "zopctl/html_writer.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
-constexpr size_t MOST_WORDS = 4096;  // of one track
+constexpr int64_t SILENCE_MS = 5'000;     // so long a sample waits for a modem that is silent
+constexpr int64_t REOPENING_MS = 30'000;  // and for one that comes back
+constexpr size_t MOST_WORDS = 4096;       // of one track
 constexpr size_t LONGEST_WORD = 120;
 constexpr size_t MOST_CELLS = 4096;
 constexpr size_t MOST_CELLS_AT_ONCE = 32;  // the modem's lists are no longer
@@ -168,7 +170,8 @@ void Recording::take_report(Sample& sample, const Json& report) {
   take_cells(sample, report);
   for (const CellReading& reading : sample.cells) {
     bool active = !cells[reading.cell].gsm && reading.set == 0;
-    if (active && std::isnan(sample.values[ECIO])) sample.values[ECIO] = reading.level;
+    float& best = sample.values[ECIO];
+    if (active) best = std::isnan(best) ? reading.level : std::max(best, reading.level);
   }
 }
 
@@ -198,7 +201,7 @@ void Recording::add_sample(const Json& line) {
   }
   Sample sample;
   sample.time = *time;
-  for (TrackId track : {LINK, NO_BARS, DEFERRED}) {
+  for (TrackId track : {LINK_STATE, NO_BARS, DEFERRED}) {
     sample.states[track] = words[track].number(state_word(member(line, TRACKS[track].label)));
   }
   if (!lost) {
@@ -246,7 +249,8 @@ int64_t Recording::end_of(size_t sample) const {
   int64_t start = samples[sample].time;
   if (sample + 1 == samples.size()) return start + interval;
   int64_t next = samples[sample + 1].time;
-  bool gap = next - start > 3 * interval + 2000;
+  bool lost = words[LINK_STATE].word(samples[sample].states[LINK_STATE]) == "lost";
+  bool gap = next - start > 3 * interval + (lost ? REOPENING_MS : SILENCE_MS);
   return gap ? start + interval : next;
 }
 
@@ -262,4 +266,4 @@ const Sample& Recording::latest_level() const {
   return found == samples.rend() ? at_rest_ : *found;
 }
 
-}  // namespace zopctl
+}  // namespace zopctl::page

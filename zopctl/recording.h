@@ -12,7 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace zopctl {
+namespace zopctl::page {
 
 using Json = nlohmann::ordered_json;
 
@@ -27,7 +27,7 @@ extern const std::array<Quantity, SERIES_COUNT> QUANTITIES;
 
 // States over time.
 enum TrackId : size_t {
-  LINK,
+  LINK_STATE,
   NO_BARS,
   NETWORK,
   MODE,
@@ -129,4 +129,4 @@ const Json& item_of(const Json& report, const char* section, const char* label);
 // An item as text, empty when the modem did not give it.
 std::string text_of(const Json& value);
 
-}  // namespace zopctl
+}  // namespace zopctl::page

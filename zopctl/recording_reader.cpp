@@ -13,7 +13,7 @@
 #include "zopctl/html_writer.h"
 #include "zopctl/session.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 constexpr char LOG_SECTION[] = "other";  // of items that the module does not know
 
@@ -192,4 +192,4 @@ std::vector<Recording> read_recordings(const std::string& name, const ModuleLibr
   return RecordingReader(name, module).read();
 }
 
-}  // namespace zopctl
+}  // namespace zopctl::page

@@ -7,10 +7,10 @@
 #include "zopctl/module_library.h"
 #include "zopctl/recording.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 // One recording a file, of a log one a device. "-" is standard input. Throws Failure with file and
 // line for what is none of these; a last line that its recorder could not end is told and left out.
 std::vector<Recording> read_recordings(const std::string& name, const ModuleLibrary& module);
 
-}  // namespace zopctl
+}  // namespace zopctl::page

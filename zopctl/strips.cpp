@@ -6,7 +6,7 @@
 
 #include "zopctl/chart.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 constexpr int PLAIN_COLOURS = 8;
 constexpr int LEVELS = 6;
@@ -94,6 +94,7 @@ void TimeLine::shares(const std::vector<Span>& spans, const Words& words, TrackI
     whole += span.to - span.from;
   }
   std::vector<std::pair<int64_t, uint32_t>> order;
+  order.reserve(length.size());
   for (auto [state, time] : length) order.emplace_back(-time, state);
   std::sort(order.begin(), order.end());
   html_.open("p", {{"class", "shares"}});
@@ -221,4 +222,4 @@ void TimeLine::events() {
   close_row();
 }
 
-}  // namespace zopctl
+}  // namespace zopctl::page

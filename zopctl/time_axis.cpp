@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace zopctl {
+namespace zopctl::page {
 
 constexpr int64_t SECOND = 1000, MINUTE = 60 * SECOND, HOUR = 60 * MINUTE, DAY = 24 * HOUR;
 constexpr int64_t MOST_TICKS = 8;
@@ -150,4 +150,4 @@ std::vector<Point> points_of(const Recording& recording, const TimeAxis& axis, S
   return kept;
 }
 
-}  // namespace zopctl
+}  // namespace zopctl::page

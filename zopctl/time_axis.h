@@ -8,7 +8,7 @@
 
 #include "zopctl/recording.h"
 
-namespace zopctl {
+namespace zopctl::page {
 
 class TimeAxis {
  public:
@@ -55,4 +55,4 @@ struct Point {
 // A series as points. Of too many, least and most of each column stay.
 std::vector<Point> points_of(const Recording& recording, const TimeAxis& axis, SeriesId series);
 
-}  // namespace zopctl
+}  // namespace zopctl::page

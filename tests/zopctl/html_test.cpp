@@ -1,12 +1,11 @@
 // zopctl html: the page as a browser shows it, and what becomes of inputs and outputs that are not
 // as they should be.
 #include <arpa/inet.h>
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "tests/zopctl/run_zopctl.h"
 
@@ -58,7 +57,7 @@ class ZopctlHtml : public testing::Test {
   // What Chromium writes; empty when it does not run here.
   std::string chromium(const std::string& arguments) const {
     std::string command =
-        "timeout 40 chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
+        "timeout 20 chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
         "--disable-background-networking --disable-component-update --disable-sync "
         "--user-data-dir=" +
         file("profile") + " " + arguments + " 2>/dev/null";
@@ -69,16 +68,18 @@ class ZopctlHtml : public testing::Test {
     return output;
   }
 
+  bool no_browser() const { return chromium("--dump-dom about:blank").empty(); }
+
   fs::path folder = [] {
     std::string name = testing::TempDir() + "page-XXXXXX";
     return fs::path(mkdtemp(name.data()));
   }();
 };
 
-// A socket that a page which fetches something would reach.
-class Listener {
+// A proxy that answers nothing and knows what it was asked for.
+class Proxy {
  public:
-  Listener() : fd_(socket(AF_INET, SOCK_STREAM, 0)) {
+  Proxy() : fd_(socket(AF_INET, SOCK_STREAM, 0)) {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -87,27 +88,34 @@ class Listener {
     listen(fd_, 8);
     getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &size);
     port = ntohs(address.sin_port);
+    thread_ = std::thread([this] { serve(); });
   }
-  ~Listener() { close(fd_); }
-  Listener(const Listener&) = delete;
-  Listener& operator=(const Listener&) = delete;
-  // What all callers ask for; the browser itself may be among them.
-  std::string requests() const {
-    std::string all;
-    pollfd waiting = {fd_, POLLIN, 0};
-    while (poll(&waiting, 1, 0) == 1) {
-      char text[512];
-      int caller = accept(fd_, nullptr, nullptr);
-      ssize_t length = recv(caller, text, sizeof text, MSG_DONTWAIT);
-      if (length > 0) all.append(text, static_cast<size_t>(length));
-      close(caller);
-    }
-    return all;
+  ~Proxy() { requests(); }
+  Proxy(const Proxy&) = delete;
+  Proxy& operator=(const Proxy&) = delete;
+  // Ends it. The browser's own questions may be among them.
+  const std::string& requests() {
+    shutdown(fd_, SHUT_RDWR);
+    if (thread_.joinable()) thread_.join();
+    return requests_;
   }
   int port;
 
  private:
+  void serve() {
+    for (int caller = accept(fd_, nullptr, nullptr); caller >= 0;
+         caller = accept(fd_, nullptr, nullptr)) {
+      char text[512];
+      ssize_t length = recv(caller, text, sizeof text, 0);
+      if (length > 0) requests_.append(text, static_cast<size_t>(length));
+      close(caller);
+    }
+    close(fd_);
+  }
+
   int fd_;
+  std::string requests_;
+  std::thread thread_;
 };
 
 TEST_F(ZopctlHtml, a_browser_shows_what_was_recorded_and_fetches_nothing) {
@@ -115,10 +123,10 @@ TEST_F(ZopctlHtml, a_browser_shows_what_was_recorded_and_fetches_nothing) {
       write("report.json", Json({{"modem", {{"IMEI", "004999010640000"}}}}).dump());
   Outcome run = zopctl("html " + drive(120, HOSTILE) + " " + report + " -o " + file("page.html"));
   ASSERT_EQ(run.exit_code, 0) << run.output;
-  Listener proxy;
+  Proxy proxy;
   std::string dom = chromium("--proxy-server=http://127.0.0.1:" + std::to_string(proxy.port) +
                              " --dump-dom file://" + file("page.html"));
-  if (dom.empty()) GTEST_SKIP() << "chromium does not run here";
+  if (dom.empty() && no_browser()) GTEST_SKIP() << "chromium does not run here";
   for (const char* part : {
            "<title>Modem: drive.jsonl and 1 more</title>",
            "&lt;script&gt;document.title='pwned'&lt;/script&gt;</span>",
@@ -145,10 +153,10 @@ TEST_F(ZopctlHtml, a_browser_draws_it) {
   chromium("--screenshot=" + file("page.png") + " --window-size=800,1600 file://" +
            file("page.html"));
   std::string picture = content(file("page.png"));
-  if (picture.empty()) GTEST_SKIP() << "chromium does not run here";
-  EXPECT_EQ(picture.substr(1, 3), "PNG");
+  if (picture.empty() && no_browser()) GTEST_SKIP() << "chromium does not run here";
+  ASSERT_EQ(picture.substr(1, 3), "PNG");
   EXPECT_EQ(picture.substr(16, 8), std::string("\0\0\x03\x20\0\0\x06\x40", 8));
-  EXPECT_GT(picture.size(), 40'000u);  // a blank page has 10,000
+  EXPECT_GT(picture.size(), 40'000u);  // a blank page has 7,000
 }
 
 TEST_F(ZopctlHtml, inputs_that_are_not_as_they_should_be) {
