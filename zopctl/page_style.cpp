@@ -125,7 +125,7 @@ svg.meter { display: block; width: 100%; height: 12px; }
 .unknown { margin-top: .35rem; overflow-wrap: anywhere; }
 summary { cursor: pointer; }
 footer { margin-top: 2rem; color: var(--soft); font-size: .84rem; }
-@media (max-width: 46rem) {
+@media screen and (max-width: 46rem) {
   body { padding: 1rem .7rem 2rem; }
   .block { padding: .8rem .7rem; }
   .row { grid-template-columns: minmax(0, 1fr); }
