@@ -11,10 +11,9 @@ static uint8_t byte_at(std::string_view text, size_t at) {
   return at < text.size() ? static_cast<uint8_t>(text[at]) : uint8_t{0};
 }
 
-// Length of the UTF-8 sequence that text begins with (RFC 3629), 0 when it begins with none.
-static size_t sequence_length(std::string_view text) {
+size_t utf8_length(std::string_view text) {
   uint8_t first = byte_at(text, 0), second = byte_at(text, 1);
-  size_t length = 0;
+  size_t length = first < 0x80 && !text.empty() ? 1 : 0;
   if (first >= 0xC2 && first <= 0xDF) length = 2;
   if (first >= 0xE0 && first <= 0xEF) length = 3;
   if (first >= 0xF0 && first <= 0xF4) length = 4;
@@ -42,7 +41,7 @@ static size_t append_special(std::string& out, std::string_view text) {
     out += HEX[c & 15];
     return 1;
   }
-  size_t length = sequence_length(text);
+  size_t length = utf8_length(text);
   out += length == 0 ? "\uFFFD" : text.substr(0, length);
   return length == 0 ? 1 : length;
 }

@@ -9,4 +9,7 @@ namespace zopctl {
 
 void append_json(std::string& out, std::string_view text);
 
+// Length of the UTF-8 character that a text begins with, 0 when it begins with none.
+size_t utf8_length(std::string_view text);
+
 }  // namespace zopctl

@@ -26,6 +26,7 @@ Examples:
   zopctl firmware update ./images    write it to the modem
   zopctl dump -o /tmp                save the memory of a modem that has crashed
   zopctl parse-log *.log             the reports in logs of many devices
+  zopctl html drive.jsonl -o p.html  a page to read of reports and recordings
 
   zopctl --capture - status | wireshark -k -i -   watch the line
 
@@ -116,7 +117,7 @@ static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed
     return;
   }
   if (argument.list) {
-    slot.option = app.add_option(slot.name, slot.words, argument.help);
+    slot.option = app.add_option(slot.name, slot.words, argument.help)->required(argument.required);
     return;
   }
   std::string short_name =

@@ -94,6 +94,7 @@ Findings firmware_info(const ModuleLibrary&, const Arguments&);
 Findings firmware_update(const ModuleLibrary&, const Arguments&);
 Findings dump(const ModuleLibrary&, const Arguments&);
 Findings parse_log(const ModuleLibrary&, const Arguments&);
+Findings html(const ModuleLibrary&, const Arguments&);
 Findings doctor(const ModuleLibrary&, const Arguments&);
 Findings signal_show(const ModuleLibrary&, const Arguments&);
 Findings cells_show(const ModuleLibrary&, const Arguments&);

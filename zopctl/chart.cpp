@@ -1,0 +1,231 @@
+// Graphs of numbers. Places along the time are shares of the width; only the lines themselves are
+// stretched, with strokes that are not.
+#include "zopctl/chart.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace zopctl::page {
+
+constexpr int WIDTH = 10000, HEIGHT = 1000;  // of the stretched drawing
+constexpr size_t MANY_POINTS = 1500;         // of a line; more make an area of it
+constexpr size_t PROBES = 160;               // places of a graph that tell their values
+
+std::string value_text(SeriesId series, float value) {
+  if (std::isnan(value)) return "\u2014";
+  const char* unit = QUANTITIES[series].unit;
+  return fmt::format("{:g}{}{}", value, *unit == '\0' ? "" : "\u00A0", unit);
+}
+
+TimeLine::TimeLine(HtmlWriter& html, const Recording& recording)
+    : html_(html), recording_(recording), axis_(recording) {
+  const Words& words = recording.words[LINK_STATE];
+  lost_ = spans_of(recording, axis_, [&](const Sample& sample) {
+    return words.word(sample.states[LINK_STATE]) == "lost" ? 1U : 0U;
+  });
+}
+
+std::string TimeLine::when(const Span& span) const {
+  return fmt::format("{} to {}, {}", clock_text(span.from), clock_text(span.to),
+                     duration_text(span.to - span.from));
+}
+
+void TimeLine::open_row(const char* title, const char* unit, const std::vector<SeriesId>& series) {
+  html_.open("div", {{"class", "row"}}).open("div", {{"class", "label"}});
+  html_.element("span", {{"class", "name"}}, title);
+  if (*unit != '\0') html_.element("span", {{"class", "unit"}}, unit);
+  for (SeriesId id : series) {
+    html_.element("span", {{"class", fmt::format("key {}", QUANTITIES[id].style)}},
+                  QUANTITIES[id].name);
+  }
+  html_.close().open("div", {{"class", "plot"}});
+}
+
+void TimeLine::open_drawing(const char* style, const std::string& title,
+                            const std::string& description) {
+  html_.open("svg", {{"class", style}, {"role", "img"}});
+  html_.element("title", {}, title).element("desc", {}, description);
+}
+
+void TimeLine::close_row() { html_.close().close().close(); }
+
+void TimeLine::mark(const Span& span, const std::string& style, const std::string& title) {
+  double from = axis_.share(span.from);
+  html_.open("rect", {{"class", style},
+                      {"x", percent(from)},
+                      {"width", percent(std::max(0.0015, axis_.share(span.to) - from))},
+                      {"height", "100%"}});
+  html_.element("title", {}, title).close();
+}
+
+void TimeLine::lines_of_time() {
+  for (const TimeAxis::Tick& tick : axis_.ticks()) {
+    std::string x = percent(tick.share);
+    html_.empty("line", {{"class", "grid"}, {"x1", x}, {"x2", x}, {"y2", "100%"}});
+  }
+}
+
+void TimeLine::lines_of_values(double least, double most, int step) {
+  for (int value = static_cast<int>(least); value <= static_cast<int>(most); value += step) {
+    std::string y = percent((most - value) / (most - least));
+    html_.empty("line", {{"class", "grid"}, {"x2", "100%"}, {"y1", y}, {"y2", y}});
+    html_.element("text", {{"class", "scale-text"}, {"x", "-6"}, {"y", y}, {"dy", "4"}},
+                  fmt::format("{}", value));
+  }
+}
+
+// ---- lines ----
+
+// A point without neighbours would be no line: it is a dot.
+void TimeLine::line(SeriesId series, double least, double most) {
+  std::string path, dots;
+  std::vector<Point> points = points_of(recording_, axis_, series);
+  for (size_t i = 0; i < points.size(); ++i) {
+    const Point& point = points[i];
+    bool alone = point.starts && (i + 1 == points.size() || points[i + 1].starts);
+    fmt::format_to(std::back_inserter(alone ? dots : path), "{}{:.0f} {:.0f}{}",
+                   point.starts ? "M" : "L", axis_.share(point.time) * WIDTH,
+                   (most - static_cast<double>(point.value)) / (most - least) * HEIGHT,
+                   alone ? "h0" : "");
+  }
+  const char* style = QUANTITIES[series].style;
+  bool dense = points.size() > MANY_POINTS;
+  html_.empty("path",
+              {{"class", fmt::format("line {}{}", style, dense ? " dense" : "")}, {"d", path}});
+  if (!dots.empty()) {
+    html_.empty("path", {{"class", fmt::format("line dot {}", style)}, {"d", dots}});
+  }
+}
+
+// Under the pointer a graph tells time and values: strips without ink, each with a title.
+void TimeLine::probes() {
+  size_t next = 0;
+  const auto& samples = recording_.samples;
+  for (size_t i = 0; i < PROBES; ++i) {
+    double end = static_cast<double>(i + 1) / PROBES;
+    if (next == samples.size() || axis_.share(samples[next].time) >= end) continue;
+    const Sample& sample = samples[next];
+    std::string text = time_text(sample.time) + " UTC";
+    for (size_t id = 0; id < SERIES_COUNT; ++id) {
+      if (std::isnan(sample.values[id])) continue;
+      text += fmt::format("\n{} {}", QUANTITIES[id].name,
+                          value_text(static_cast<SeriesId>(id), sample.values[id]));
+    }
+    double start = axis_.share(sample.time);
+    html_.open("rect", {{"class", "probe"},
+                        {"x", percent(start)},
+                        {"width", percent(std::max(end - start, 0.5 / PROBES))},
+                        {"height", "100%"}});
+    html_.element("title", {}, text).close();
+    while (next < samples.size() && axis_.share(samples[next].time) < end) ++next;
+  }
+}
+
+struct Range {
+  float least = 0, most = 0;
+  bool any = false;
+};
+
+static Range range_of(const Recording& recording, const std::vector<SeriesId>& series) {
+  Range range;
+  for (const Sample& sample : recording.samples) {
+    for (SeriesId id : series) {
+      float value = sample.values[id];
+      if (std::isnan(value)) continue;
+      range.least = range.any ? std::min(range.least, value) : value;
+      range.most = range.any ? std::max(range.most, value) : value;
+      range.any = true;
+    }
+  }
+  return range;
+}
+
+void TimeLine::graph(const char* title, const std::vector<SeriesId>& series, int step) {
+  Range range = range_of(recording_, series);
+  if (!range.any) return;
+  double least = std::floor((static_cast<double>(range.least) - 1) / step) * step;
+  double most = std::ceil((static_cast<double>(range.most) + 1) / step) * step;
+  if (most - least > 6 * step) step *= 2;
+  std::string description;
+  for (SeriesId id : series) {
+    Range own = range_of(recording_, {id});
+    if (own.any) {
+      description += fmt::format("{} from {} to {}. ", QUANTITIES[id].name,
+                                 value_text(id, own.least), value_text(id, own.most));
+    }
+  }
+  open_row(title, QUANTITIES[series[0]].unit, series);
+  open_drawing("graph", fmt::format("{} over time", title), description);
+  for (const Span& span : lost_) mark(span, "lost", "link lost, " + when(span));
+  lines_of_time();
+  lines_of_values(least, most, step);
+  html_.open("svg", {{"viewBox", fmt::format("0 0 {} {}", WIDTH, HEIGHT)},
+                     {"preserveAspectRatio", "none"},
+                     {"width", "100%"},
+                     {"height", "100%"}});
+  for (SeriesId id : series) line(id, least, most);
+  html_.close();
+  probes();
+  close_row();
+}
+
+void TimeLine::bars() {
+  auto state = [](const Sample& sample) {
+    float bars = sample.values[BARS];
+    return std::isnan(bars) ? 0U : static_cast<uint32_t>(bars) + 1;
+  };
+  std::vector<Span> spans = spans_of(recording_, axis_, state);
+  if (spans.empty()) return;
+  open_row("Bars", "0 to 5");
+  open_drawing("graph low", "Bars over time", "Bars that a host shows, 0 to 5.");
+  for (const Span& span : lost_) mark(span, "lost", "link lost, " + when(span));
+  lines_of_time();
+  lines_of_values(0, 5, 5);
+  for (const Span& span : spans) {
+    uint32_t count = span.state - 1;
+    double from = axis_.share(span.from), height = std::max(0.03, count / 5.0);
+    html_.open("rect", {{"class", fmt::format("b{}", count)},
+                        {"x", percent(from)},
+                        {"width", percent(std::max(0.0015, axis_.share(span.to) - from))},
+                        {"y", percent(1 - height)},
+                        {"height", percent(height)}});
+    html_.element("title", {}, fmt::format("{} bars, {}", count, when(span))).close();
+  }
+  close_row();
+}
+
+void TimeLine::clock() {
+  open_row("Time, UTC", "");
+  html_.open("svg", {{"class", "clock"}, {"aria-hidden", "true"}});
+  bool second = false;
+  for (const TimeAxis::Tick& tick : axis_.ticks()) {
+    const char* anchor = tick.share < 0.04 ? "start" : tick.share > 0.96 ? "end" : "middle";
+    html_.element("text",
+                  {{"class", second ? "tick minor" : "tick"},
+                   {"x", percent(tick.share)},
+                   {"y", "12"},
+                   {"text-anchor", anchor}},
+                  tick.text);
+    second = !second;
+  }
+  close_row();
+}
+
+void TimeLine::draw() {
+  html_.open("div", {{"class", "timeline"}});
+  events();
+  graph("Level", {RSSI, RSCP}, 10);
+  graph("Quality", {ECIO}, 5);
+  bars();
+  graph("Transmit", {TX_POWER}, 10);
+  clock();
+  for (size_t track_id = 0; track_id < TRACK_COUNT; ++track_id) {
+    track(static_cast<TrackId>(track_id));
+  }
+  cells();
+  clock();
+  html_.close();
+}
+
+}  // namespace zopctl::page

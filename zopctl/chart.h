@@ -1,0 +1,57 @@
+// Drawings of a recording over time, as inline SVG. All of them are as wide as the page lets them
+// be and share one time axis, so that what stands above each other is of one time.
+#pragma once
+
+#include <vector>
+
+#include "zopctl/html_writer.h"
+#include "zopctl/time_axis.h"
+
+namespace zopctl::page {
+
+class TimeLine {
+ public:
+  TimeLine(HtmlWriter& html, const Recording& recording);
+
+  // Every drawing that has something to show.
+  void draw();
+
+ private:
+  void graph(const char* title, const std::vector<SeriesId>& series, int step);
+  void bars();
+  void track(TrackId track);
+  void cell(uint32_t cell);
+  void cells();
+  void events();
+  void clock();
+
+  void open_row(const char* title, const char* unit, const std::vector<SeriesId>& series = {});
+  void open_drawing(const char* style, const std::string& title, const std::string& description);
+  void close_row();
+  void lines_of_time();
+  void lines_of_values(double least, double most, int step);
+  void line(SeriesId series, double least, double most);
+  void probes();
+  void mark(const Span& span, const std::string& style, const std::string& title);
+  void label(const Span& span, const std::string& text);
+  void shares(const std::vector<Span>& spans, const Words& words, TrackId track);
+  std::string when(const Span& span) const;
+
+  HtmlWriter& html_;
+  const Recording& recording_;
+  TimeAxis axis_;
+  std::vector<Span> lost_;
+};
+
+// Class of a state's colour: good, warn, bad, none, or one of the plain ones.
+std::string state_style(TrackId track, const Words& words, uint32_t state);
+
+// Class of a cell's level, q0 (hardly heard) to q5.
+std::string level_style(const Cell& cell, float level);
+
+std::string cell_name(const Cell& cell);
+
+// "-75 dBm"; a dash when it is missing.
+std::string value_text(SeriesId series, float value);
+
+}  // namespace zopctl::page

@@ -1,0 +1,134 @@
+// Control characters are shown by their pictures: a browser would drop them or see other ones.
+// Those that turn the direction of writing are not shown: they would make a text read as another
+// one.
+#include "zopctl/html_writer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "zopctl/json_text.h"
+
+namespace zopctl {
+
+constexpr char UNREADABLE[] = "\uFFFD";
+
+std::string as_utf8(std::string_view text) {
+  std::string clean;
+  clean.reserve(text.size());
+  while (!text.empty()) {
+    size_t length = utf8_length(text);
+    clean += length == 0 ? std::string_view(UNREADABLE) : text.substr(0, length);
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
+  return clean;
+}
+
+std::string shortened(std::string_view text, size_t most) {
+  if (text.size() <= most) return std::string(text);
+  while (most > 0 && (text[most] & 0xC0) == 0x80) --most;
+  return std::string(text.substr(0, most)) + "\u2026";
+}
+
+std::string percent(double share) {
+  if (!std::isfinite(share)) share = 0;
+  std::string digits = fmt::format("{:.3f}", share * 100);
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.back() == '.') digits.pop_back();
+  return digits + "%";
+}
+
+static std::string control_picture(char c) {
+  if (c == 0x7F) return "\u2421";
+  std::string picture = "\u2400";
+  picture.back() = static_cast<char>(picture.back() + c);
+  return picture;
+}
+
+// U+0080 to U+009F, U+202A to U+202E, U+2066 to U+2069.
+static bool misleads(std::string_view character) {
+  if (character.size() == 2) return character[0] == '\xC2' && (character[1] & 0xE0) == 0x80;
+  if (character.size() != 3) return false;
+  return (character >= "\u202A" && character <= "\u202E") ||
+         (character >= "\u2066" && character <= "\u2069");
+}
+
+// What stands for a character in the page; empty for most: they stand for themselves.
+static std::string replaced(std::string_view character) {
+  if (character.empty() || misleads(character)) return UNREADABLE;
+  if (character.size() > 1) return "";
+  switch (char c = character[0]) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    case '\'':
+      return "&#39;";
+    default:
+      return (c < 0x20 && c != '\n') || c == 0x7F ? control_picture(c) : "";
+  }
+}
+
+void HtmlWriter::append(std::string_view text) {
+  while (!text.empty()) {
+    std::string_view character = text.substr(0, utf8_length(text));
+    std::string instead = replaced(character);
+    out_ += instead.empty() ? character : instead;
+    text.remove_prefix(std::max<size_t>(1, character.size()));
+  }
+}
+
+void HtmlWriter::start(const char* tag, Attributes attributes) {
+  out_ += '<';
+  out_ += tag;
+  for (const Attribute& attribute : attributes) {
+    out_ += ' ';
+    out_ += attribute.name;
+    out_ += "=\"";
+    append(attribute.value);
+    out_ += '"';
+  }
+}
+
+HtmlWriter& HtmlWriter::open(const char* tag, Attributes attributes) {
+  start(tag, attributes);
+  out_ += '>';
+  open_.push_back(tag);
+  return *this;
+}
+
+HtmlWriter& HtmlWriter::close() {
+  out_ += "</";
+  out_ += open_.back();
+  out_ += ">\n";
+  open_.pop_back();
+  return *this;
+}
+
+HtmlWriter& HtmlWriter::text(std::string_view text) {
+  append(text);
+  return *this;
+}
+
+HtmlWriter& HtmlWriter::style(const char* sheet) {
+  open("style");
+  out_ += sheet;
+  return close();
+}
+
+HtmlWriter& HtmlWriter::element(const char* tag, Attributes attributes, std::string_view text) {
+  return open(tag, attributes).text(text).close();
+}
+
+HtmlWriter& HtmlWriter::empty(const char* tag, Attributes attributes) {
+  start(tag, attributes);
+  out_ += "/>";
+  return *this;
+}
+
+}  // namespace zopctl

@@ -1,0 +1,51 @@
+// HTML and inline SVG as text. Whatever is written, content or attribute, is escaped here and
+// nowhere else: no text of a modem or of a file can become markup.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zopctl {
+
+// Bytes that are no UTF-8 become U+FFFD.
+std::string as_utf8(std::string_view text);
+
+// At most so many bytes of a text, cut between characters, with an ellipsis when it was longer.
+std::string shortened(std::string_view text, size_t most);
+
+// A share of a whole as SVG and CSS take it: 0.25 is "25%". What is no number is 0.
+std::string percent(double share);
+
+struct Attribute {
+  const char* name;
+  std::string value;
+};
+using Attributes = std::initializer_list<Attribute>;
+
+class HtmlWriter {
+ public:
+  HtmlWriter& open(const char* tag, Attributes attributes = {});
+  HtmlWriter& close();
+  HtmlWriter& text(std::string_view text);
+  // An element that holds text alone.
+  HtmlWriter& element(const char* tag, Attributes attributes, std::string_view text);
+  // An element without content.
+  HtmlWriter& empty(const char* tag, Attributes attributes);
+
+  // The program's own style sheet, as it is.
+  HtmlWriter& style(const char* sheet);
+
+  void reset(const char* first_line) { out_ = first_line; }
+  const std::string& written() const { return out_; }
+
+ private:
+  void start(const char* tag, Attributes attributes);
+  void append(std::string_view text);
+
+  std::string out_;
+  std::vector<const char*> open_;
+};
+
+}  // namespace zopctl

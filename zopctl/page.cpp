@@ -1,0 +1,109 @@
+// Head, contents and the parts, one a recording.
+#include "zopctl/page.h"
+
+#include <fmt/format.h>
+
+#include "zopctl/chart.h"
+
+namespace zopctl::page {
+
+static void write_head(HtmlWriter& html, const std::string& title) {
+  html.reset("<!DOCTYPE html>\n");
+  html.open("html", {{"lang", "en"}}).open("head");
+  html.empty("meta", {{"charset", "utf-8"}});
+  html.empty("meta", {{"http-equiv", "Content-Security-Policy"},
+                      {"content", "default-src 'none'; style-src 'unsafe-inline'"}});
+  html.empty("meta", {{"name", "viewport"}, {"content", "width=device-width, initial-scale=1"}});
+  html.empty("meta", {{"name", "color-scheme"}, {"content", "light dark"}});
+  html.element("title", {}, title);
+  html.style(PAGE_STYLE).close();
+}
+
+static std::string part_id(size_t part, const char* what = "") {
+  return fmt::format("part{}{}", part + 1, what);
+}
+
+static void write_link(HtmlWriter& html, const std::string& id, std::string_view text) {
+  html.open("li").element("a", {{"href", fmt::format("#{}", id)}}, text).close();
+}
+
+static void write_contents_of(HtmlWriter& html, const Recording& recording, size_t part) {
+  if (!recording.samples.empty()) write_link(html, part_id(part, "-time"), "Over time");
+  if (!recording.latest_cells().cells.empty()) write_link(html, part_id(part, "-cells"), "Cells");
+  if (!recording.events.empty()) write_link(html, part_id(part, "-events"), "Events");
+  write_link(html, part_id(part, "-report"), "Report");
+}
+
+static void write_contents(HtmlWriter& html, const std::vector<Recording>& recordings) {
+  html.open("nav", {{"aria-label", "Contents"}}).open("ul");
+  for (size_t part = 0; part < recordings.size(); ++part) {
+    html.open("li");
+    html.element("a", {{"href", fmt::format("#{}", part_id(part))}}, recordings[part].title);
+    if (recordings.size() <= 12) {
+      html.open("ul");
+      write_contents_of(html, recordings[part], part);
+      html.close();
+    }
+    html.close();
+  }
+  html.close().close();
+}
+
+static std::string extent_of(const Recording& recording) {
+  std::string text = "from " + recording.source;
+  if (recording.samples.empty()) return text;
+  int64_t first = recording.samples.front().time;
+  int64_t last = recording.samples.back().time;
+  text += fmt::format(", {} samples in {}, {} to {} UTC", recording.samples.size(),
+                      duration_text(last - first), time_text(first),
+                      first / 86'400'000 == last / 86'400'000 ? clock_text(last) : time_text(last));
+  if (recording.without_time != 0) {
+    text += fmt::format("; {} without a time are left out", recording.without_time);
+  }
+  return text;
+}
+
+static void open_block(HtmlWriter& html, const std::string& id, const char* title) {
+  html.open("section", {{"class", "block"}, {"id", id}}).element("h3", {}, title);
+}
+
+static void write_part(HtmlWriter& html, const Recording& recording, size_t part) {
+  html.open("article", {{"id", part_id(part)}}).element("h2", {}, recording.title);
+  html.element("p", {{"class", "extent"}}, extent_of(recording));
+  write_summary(html, recording);
+  if (!recording.samples.empty()) {
+    open_block(html, part_id(part, "-time"), "Over time");
+    TimeLine(html, recording).draw();
+    html.close();
+  }
+  if (!recording.latest_cells().cells.empty()) {
+    open_block(html, part_id(part, "-cells"), "Cells heard last");
+    write_cells(html, recording);
+    html.close();
+  }
+  if (!recording.events.empty()) {
+    open_block(html, part_id(part, "-events"), "Events");
+    write_events(html, recording);
+    html.close();
+  }
+  open_block(html, part_id(part, "-report"), "Latest report");
+  write_report(html, recording);
+  html.close().close();
+}
+
+std::string page_of(const std::vector<Recording>& recordings) {
+  HtmlWriter html;
+  std::string title = "Modem: " + recordings[0].title;
+  if (recordings.size() > 1) title += fmt::format(" and {} more", recordings.size() - 1);
+  write_head(html, title);
+  html.open("body").open("header").element("h1", {}, "Modem report");
+  write_contents(html, recordings);
+  html.close().open("main");
+  for (size_t part = 0; part < recordings.size(); ++part) write_part(html, recordings[part], part);
+  html.close();
+  html.element("footer", {}, "Made by zopctl " ZOP_VERSION ". Times are UTC.");
+  html.close().close();
+  return html.written();
+}
+
+}  // namespace zopctl::page

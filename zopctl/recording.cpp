@@ -1,0 +1,269 @@
+// Takes samples apart. Types that do not fit count as missing, numbers are held to what a modem can
+// measure: the files come from anywhere.
+#include "zopctl/recording.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <sstream>
+
+#include "zopctl/html_writer.h"
+
+namespace zopctl::page {
+
+constexpr int64_t SILENCE_MS = 5'000;     // so long a sample waits for a modem that is silent
+constexpr int64_t REOPENING_MS = 30'000;  // and for one that comes back
+constexpr size_t MOST_WORDS = 4096;       // of one track
+constexpr size_t LONGEST_WORD = 120;
+constexpr size_t MOST_CELLS = 4096;
+constexpr size_t MOST_CELLS_AT_ONCE = 32;  // the modem's lists are no longer
+constexpr size_t MOST_EVENTS = 100'000;
+
+const std::array<Quantity, SERIES_COUNT> QUANTITIES = {{
+    {"RSSI", "dBm", "rssi"},
+    {"RSCP", "dBm", "rscp"},
+    {"Ec/Io", "dB", "ecio"},
+    {"Tx power", "dBm", "power"},
+    {"Bars", "", "bars"},
+}};
+
+const std::array<Track, TRACK_COUNT> TRACKS = {{
+    {"Link", nullptr, "link"},
+    {"No bars", nullptr, "reason"},
+    {"Network", "network", "Network Name"},
+    {"System mode", "state", "System Mode"},
+    {"Data service", "state", "Data Service Mode"},
+    {"Band", "network", "Band"},
+    {"Serving cell", "network", "C1"},
+    {"Service", "status", "Service Status"},
+    {"Registration", "status", "Reg Status"},
+    {"PDP", "status", "PDP State"},
+    {"Call", "status", "Call Status"},
+    {"Deferred action", nullptr, "deferred"},
+}};
+
+// ---- JSON ----
+
+static const Json NOTHING;
+
+static const Json& member(const Json& object, const char* name) {
+  if (!object.is_object()) return NOTHING;
+  auto found = object.find(name);
+  return found == object.end() ? NOTHING : *found;
+}
+
+const Json& item_of(const Json& report, const char* section, const char* label) {
+  return member(member(report, section), label);
+}
+
+std::string text_of(const Json& value) {
+  if (value.is_null()) return "";
+  if (!value.is_string()) return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+  const auto& text = value.get_ref<const std::string&>();
+  return text == "---" || text == "----" ? "" : text;
+}
+
+static float number_of(const Json& value, float least, float most) {
+  double number = 0;
+  if (value.is_number()) {
+    number = value.get<double>();
+  } else if (value.is_string()) {
+    const auto& text = value.get_ref<const std::string&>();
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size()) return MISSING;
+  } else {
+    return MISSING;
+  }
+  if (!std::isfinite(number)) return MISSING;
+  return static_cast<float>(std::clamp<double>(number, least, most));
+}
+
+// A level received by air. 0 is what the modem says when it has none.
+static float level_of(const Json& value) {
+  float level = number_of(value, -140, 0);
+  return level < 0 ? level : MISSING;
+}
+
+static float bars_of(const Json& value) {
+  float bars = number_of(value, -1, 5);
+  return bars < 0 ? MISSING : bars;
+}
+
+std::optional<int64_t> time_of(const Json& value) {
+  if (!value.is_string()) return std::nullopt;
+  int year = 0, month = 0, day = 0, hour = 0, minute = 0, used = 0;
+  double second = 0;
+  const auto& text = value.get_ref<const std::string&>();
+  if (sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%6lfZ%n", &year, &month, &day, &hour, &minute,
+             &second, &used) != 6 ||
+      static_cast<size_t>(used) != text.size()) {
+    return std::nullopt;
+  }
+  using namespace std::chrono;
+  year_month_day date(std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
+                      std::chrono::day(static_cast<unsigned>(day)));
+  bool right = date.ok() && year >= 1970 && year < 2200 && hour >= 0 && hour < 24 && minute >= 0 &&
+               minute < 60 && second >= 0 && second < 61;
+  if (!right) return std::nullopt;
+  auto whole = sys_days(date).time_since_epoch() + hours(hour) + minutes(minute);
+  return duration_cast<milliseconds>(whole).count() + std::llround(second * 1000);
+}
+
+// ---- samples ----
+
+uint32_t Words::number(const std::string& word) {
+  if (word.empty()) return 0;
+  auto found = numbers_.find(word);
+  if (found != numbers_.end()) return found->second;
+  if (words_.size() >= MOST_WORDS) return static_cast<uint32_t>(MOST_WORDS - 1);
+  words_.push_back(words_.size() + 1 == MOST_WORDS ? "others" : word);
+  auto number = static_cast<uint32_t>(words_.size() - 1);
+  numbers_[word] = number;
+  return number;
+}
+
+static std::string state_word(const Json& value) { return shortened(text_of(value), LONGEST_WORD); }
+
+void Recording::add_cell(Sample& sample, Cell cell, int set, int level) {
+  auto found = std::find(cells.begin(), cells.end(), cell);
+  auto index = static_cast<uint32_t>(found - cells.begin());
+  if (found == cells.end()) {
+    if (cells.size() >= MOST_CELLS) return;
+    cells.push_back(cell);
+  }
+  auto least = cell.gsm ? -140 : -32;
+  sample.cells.push_back(
+      {index, std::clamp(set, 0, 2), static_cast<float>(std::clamp(level, least, 0))});
+}
+
+// "0;100;-5 1;101;-11": set, scrambling code and Ec/Io; of GSM RSSI, ARFCN and BSIC.
+void Recording::take_cells(Sample& sample, const Json& report) {
+  for (bool gsm : {false, true}) {
+    const Json& list =
+        gsm ? item_of(report, "gsm", "N1") : item_of(report, "wcdma", "Active/Monitored Sets");
+    if (!list.is_string()) continue;
+    std::istringstream text(list.get_ref<const std::string&>());
+    for (std::string word; sample.cells.size() < MOST_CELLS_AT_ONCE && text >> word;) {
+      int a = 0, b = 0, c = 0, used = 0;
+      if (sscanf(word.c_str(), "%6d;%6d;%6d%n", &a, &b, &c, &used) != 3) continue;
+      if (static_cast<size_t>(used) != word.size()) continue;
+      if (gsm) {
+        add_cell(sample, {true, b, c}, 1, a);
+      } else {
+        add_cell(sample, {false, b, 0}, a, c);
+      }
+    }
+  }
+}
+
+void Recording::take_report(Sample& sample, const Json& report) {
+  sample.values[RSSI] = level_of(item_of(report, "state", "RSSI"));
+  sample.values[RSCP] = level_of(item_of(report, "wcdma", "RSCP"));
+  sample.values[TX_POWER] = number_of(item_of(report, "state", "Tx Power"), -80, 40);
+  for (size_t track = 0; track < TRACK_COUNT; ++track) {
+    if (TRACKS[track].section == nullptr) continue;
+    const Json& value = item_of(report, TRACKS[track].section, TRACKS[track].label);
+    sample.states[track] = words[track].number(state_word(value));
+  }
+  take_cells(sample, report);
+  for (const CellReading& reading : sample.cells) {
+    bool active = !cells[reading.cell].gsm && reading.set == 0;
+    float& best = sample.values[ECIO];
+    if (active) best = std::isnan(best) ? reading.level : std::max(best, reading.level);
+  }
+}
+
+void Recording::add_events(int64_t time, const Json& list) {
+  if (!list.is_array()) return;
+  for (const Json& event : list) {
+    if (events.size() < MOST_EVENTS) events.push_back({time, state_word(event)});
+  }
+}
+
+void Recording::set_report(const Json& report) {
+  latest = report;
+  at_rest_ = {};
+  take_report(at_rest_, report);
+  at_rest_.values[BARS] = bars_of(item_of(report, "state", "Bars"));
+}
+
+// What a report says while the link is lost is of before.
+void Recording::add_sample(const Json& line) {
+  const Json& report = member(line, "report");
+  bool lost = text_of(member(line, "link")) == "lost";
+  if (report.is_object() && (!lost || latest.empty())) latest = report;
+  auto time = time_of(member(line, "time"));
+  if (!time) {
+    ++without_time;
+    return;
+  }
+  Sample sample;
+  sample.time = *time;
+  for (TrackId track : {LINK_STATE, NO_BARS, DEFERRED}) {
+    sample.states[track] = words[track].number(state_word(member(line, TRACKS[track].label)));
+  }
+  if (!lost) {
+    take_report(sample, report);
+    sample.values[BARS] = bars_of(member(line, "bars"));
+    bool unexplained = std::isnan(sample.values[BARS]) && sample.states[NO_BARS] == 0;
+    if (unexplained) sample.states[NO_BARS] = words[NO_BARS].number("no reason given");
+  }
+  add_events(*time, member(line, "events"));
+  samples.push_back(std::move(sample));
+}
+
+void Recording::add_log_report(const Json& time, const Json& report) {
+  latest = report;
+  auto when = time_of(time);
+  if (!when) {
+    ++without_time;
+    return;
+  }
+  Sample sample;
+  sample.time = *when;
+  take_report(sample, report);
+  sample.values[BARS] = bars_of(item_of(report, "state", "Bars"));
+  std::string exception = state_word(item_of(report, "error", "Exc"));
+  if (!exception.empty()) add_events(*when, Json::array({"exception: " + exception}));
+  samples.push_back(std::move(sample));
+}
+
+void Recording::finish() {
+  auto earlier = [](const auto& a, const auto& b) { return a.time < b.time; };
+  std::stable_sort(samples.begin(), samples.end(), earlier);
+  std::stable_sort(events.begin(), events.end(), earlier);
+  std::vector<int64_t> steps;
+  for (size_t i = 1; i < samples.size(); ++i) {
+    int64_t step = samples[i].time - samples[i - 1].time;
+    if (step > 0) steps.push_back(step);
+  }
+  if (steps.empty()) return;
+  auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
+  std::nth_element(steps.begin(), middle, steps.end());
+  interval = *middle;
+}
+
+int64_t Recording::end_of(size_t sample) const {
+  int64_t start = samples[sample].time;
+  if (sample + 1 == samples.size()) return start + interval;
+  int64_t next = samples[sample + 1].time;
+  bool lost = words[LINK_STATE].word(samples[sample].states[LINK_STATE]) == "lost";
+  bool gap = next - start > 3 * interval + (lost ? REOPENING_MS : SILENCE_MS);
+  return gap ? start + interval : next;
+}
+
+const Sample& Recording::latest_cells() const {
+  auto heard = [](const Sample& sample) { return !sample.cells.empty(); };
+  auto found = std::find_if(samples.rbegin(), samples.rend(), heard);
+  return found == samples.rend() ? at_rest_ : *found;
+}
+
+const Sample& Recording::latest_level() const {
+  auto heard = [](const Sample& sample) { return !std::isnan(sample.values[RSSI]); };
+  auto found = std::find_if(samples.rbegin(), samples.rend(), heard);
+  return found == samples.rend() ? at_rest_ : *found;
+}
+
+}  // namespace zopctl::page

@@ -1,0 +1,132 @@
+// What a page shows of one device: samples over time, events, cells and the latest report. Only
+// what is drawn is kept of each sample, so that a recording of days fits into memory.
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace zopctl::page {
+
+using Json = nlohmann::ordered_json;
+
+// Numbers over time. Those that the modem did not give, or that can't be, are not a number.
+enum SeriesId : size_t { RSSI, RSCP, ECIO, TX_POWER, BARS, SERIES_COUNT };
+struct Quantity {
+  const char* name;
+  const char* unit;
+  const char* style;  // class of its line
+};
+extern const std::array<Quantity, SERIES_COUNT> QUANTITIES;
+
+// States over time.
+enum TrackId : size_t {
+  LINK_STATE,
+  NO_BARS,
+  NETWORK,
+  MODE,
+  DATA_MODE,
+  BAND,
+  CELL,
+  SERVICE,
+  REGISTRATION,
+  PDP,
+  CALL,
+  DEFERRED,
+  TRACK_COUNT
+};
+struct Track {
+  const char* title;
+  const char* section;  // of the report; null: a field of the sample
+  const char* label;
+};
+extern const std::array<Track, TRACK_COUNT> TRACKS;
+
+// Words of a track by number; 0 is no word: not known.
+class Words {
+ public:
+  uint32_t number(const std::string& word);
+  const std::string& word(uint32_t number) const { return words_[number]; }
+  size_t count() const { return words_.size(); }
+
+ private:
+  std::vector<std::string> words_{""};
+  std::unordered_map<std::string, uint32_t> numbers_;
+};
+
+struct Cell {
+  bool gsm;
+  int code;  // scrambling code, of GSM the ARFCN
+  int bsic;  // of GSM
+  bool operator==(const Cell&) const = default;
+};
+struct CellReading {
+  uint32_t cell;  // in Recording::cells
+  int set;        // 0 active, 1 monitored, 2 detected; of GSM always 1
+  float level;    // Ec/Io in dB, of GSM RSSI in dBm
+};
+
+constexpr float MISSING = std::numeric_limits<float>::quiet_NaN();
+
+struct Sample {
+  int64_t time = 0;  // ms since 1970, UTC
+  std::array<float, SERIES_COUNT> values = {MISSING, MISSING, MISSING, MISSING, MISSING};
+  std::array<uint32_t, TRACK_COUNT> states{};
+  std::vector<CellReading> cells;
+};
+
+struct Event {
+  int64_t time;
+  std::string text;
+};
+
+class Recording {
+ public:
+  std::string title;   // of its part of the page
+  std::string source;  // the file
+  std::vector<Sample> samples;
+  std::vector<Event> events;
+  std::array<Words, TRACK_COUNT> words;
+  std::vector<Cell> cells;
+  Json latest = Json::object();  // by section
+  size_t without_time = 0;       // samples that could not be placed
+  int64_t interval = 1000;       // ms from sample to sample, usually
+
+  void add_sample(const Json& line);
+  void add_log_report(const Json& time, const Json& report);
+  // The report as it was when nothing was recorded over time.
+  void set_report(const Json& report);
+  // All has been added.
+  void finish();
+
+  // When what a sample says ends: at the next one, but not across a gap.
+  int64_t end_of(size_t sample) const;
+  // The last sample with cells, and the last one with a level; without one an empty sample.
+  const Sample& latest_cells() const;
+  const Sample& latest_level() const;
+
+ private:
+  void take_report(Sample& sample, const Json& report);
+  void take_cells(Sample& sample, const Json& report);
+  void add_cell(Sample& sample, Cell cell, int set, int level);
+  void add_events(int64_t time, const Json& list);
+
+  Sample at_rest_;  // what a report without a time says
+};
+
+// "2026-11-21T14:20:05.120Z" in ms since 1970.
+std::optional<int64_t> time_of(const Json& text);
+
+// An item of a report; null when there is none.
+const Json& item_of(const Json& report, const char* section, const char* label);
+
+// An item as text, empty when the modem did not give it.
+std::string text_of(const Json& value);
+
+}  // namespace zopctl::page

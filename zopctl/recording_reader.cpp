@@ -1,0 +1,195 @@
+// Lines are read one by one: a recording of a day is larger than one wants to hold. Only a report
+// over several lines is read as a whole.
+#include "zopctl/recording_reader.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <memory>
+
+#include "zopctl/html_writer.h"
+#include "zopctl/session.h"
+
+namespace zopctl::page {
+
+constexpr char LOG_SECTION[] = "other";  // of items that the module does not know
+
+class RecordingReader {
+ public:
+  RecordingReader(const std::string& name, const ModuleLibrary& module)
+      : name_(name == "-" ? "standard input" : name) {
+    learn_sections(module);
+    file_.reset(name == "-" ? fdopen(dup(STDIN_FILENO), "r") : fopen(name.c_str(), "re"));
+    if (file_ == nullptr) throw Failure(name_ + ": " + strerror(errno));
+  }
+  ~RecordingReader() { free(line_); }
+  RecordingReader(const RecordingReader&) = delete;
+  RecordingReader& operator=(const RecordingReader&) = delete;
+
+  std::vector<Recording> read();
+
+ private:
+  void learn_sections(const ModuleLibrary& module);
+  bool next_line();
+  void take_line();
+  void take(const Json& object);
+  void take_log_report(const Json& report);
+  Recording& recording(const std::string& host);
+  void read_whole();
+  [[noreturn]] void fail(const std::string& why) const;
+
+  struct Closer {
+    void operator()(FILE* file) const { fclose(file); }
+  };
+  std::string name_;
+  std::unique_ptr<FILE, Closer> file_;
+  char* line_ = nullptr;  // of getline
+  size_t room_ = 0;
+  std::string_view text_;  // in line_
+  bool ended_ = false;     // the line by its newline
+  uint64_t number_ = 0;
+  std::unordered_map<std::string, std::string> sections_;  // by label
+  std::vector<Recording> recordings_;
+  std::unordered_map<std::string, size_t> by_host_;
+};
+
+void RecordingReader::fail(const std::string& why) const {
+  throw Failure(fmt::format("{}:{}: {}", name_, number_, why));
+}
+
+// "      ********* MODEM *********" heads the section "modem".
+void RecordingReader::learn_sections(const ModuleLibrary& module) {
+  std::string section = LOG_SECTION;
+  for (const zop_log_item* item = *module.gLogItems; item->type != ZOP_ITEM_END; ++item) {
+    if (item->label == nullptr) continue;
+    if (item->type == ZOP_ITEM_HEADER) {
+      section.clear();
+      for (const char* c = item->label; *c != '\0'; ++c) {
+        if (*c >= 'A' && *c <= 'Z') section += static_cast<char>(*c - 'A' + 'a');
+      }
+    } else {
+      sections_[item->label] = item->type == ZOP_ITEM_EXCEPTION ? "error" : section;
+    }
+  }
+}
+
+bool RecordingReader::next_line() {
+  check_signals();
+  errno = 0;
+  ssize_t length = getline(&line_, &room_, file_.get());
+  if (length < 0) {
+    if (ferror(file_.get()) != 0) throw Failure(name_ + ": " + strerror(errno));
+    return false;
+  }
+  text_ = {line_, static_cast<size_t>(length)};
+  ended_ = text_.ends_with('\n');
+  if (ended_) text_.remove_suffix(1);
+  ++number_;
+  return true;
+}
+
+Recording& RecordingReader::recording(const std::string& host) {
+  auto [place, is_new] = by_host_.try_emplace(host, recordings_.size());
+  if (is_new) {
+    Recording& made = recordings_.emplace_back();
+    made.source = name_;
+    made.title = host.empty() ? std::filesystem::path(name_).filename().string() : host;
+  }
+  return recordings_[place->second];
+}
+
+void RecordingReader::take_log_report(const Json& report) {
+  Json by_section = Json::object();
+  for (const auto& [label, value] : report["items"].items()) {
+    auto section = sections_.find(label);
+    by_section[section == sections_.end() ? LOG_SECTION : section->second][label] = value;
+  }
+  std::string host = report.contains("host") ? text_of(report["host"]) : "";
+  recording(host).add_log_report(report.contains("time") ? report["time"] : Json(), by_section);
+}
+
+static bool has_a_section(const Json& object) {
+  for (const Json& value : object) {
+    if (value.is_object()) return true;
+  }
+  return false;
+}
+
+void RecordingReader::take(const Json& object) {
+  if (object.is_object() && object.contains("items") && object["items"].is_object()) {
+    take_log_report(object);
+  } else if (object.is_object() && (object.contains("link") || object.contains("report"))) {
+    recording("").add_sample(object);
+  } else if (object.is_object() && has_a_section(object)) {
+    recording("").set_report(object);
+  } else {
+    fail("neither a report nor a sample nor a report of a log");
+  }
+}
+
+// The parser's reason, without its name and the place in the text.
+static std::string reason_of(const Json::exception& error) {
+  std::string_view reason = error.what();
+  for (std::string_view mark : {"] ", " - "}) {
+    size_t at = reason.find(mark);
+    if (at != std::string_view::npos) reason.remove_prefix(at + mark.size());
+  }
+  return shortened(as_utf8(reason), 160);
+}
+
+void RecordingReader::take_line() {
+  if (text_.find_first_not_of(" \t\r") == std::string_view::npos) return;
+  Json object;
+  try {
+    object = Json::parse(as_utf8(text_));
+  } catch (const Json::exception& error) {
+    if (ended_) fail("no JSON: " + reason_of(error));
+    fmt::print(stderr, "zopctl: {}:{}: the last line is cut, and left out\n", name_, number_);
+    return;
+  }
+  take(object);
+}
+
+// A report over several lines; its first line is in text_.
+void RecordingReader::read_whole() {
+  std::string text;
+  uint64_t lines = 0;
+  do {
+    text += text_;
+    text += '\n';
+    ++lines;
+  } while (next_line());
+  text = as_utf8(text);
+  try {
+    take(Json::parse(text));
+  } catch (const Json::parse_error& error) {
+    auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
+    number_ = 1 + static_cast<uint64_t>(std::count(text.begin(), end, '\n'));
+    number_ = std::min(number_, lines);
+    fail("no JSON: " + reason_of(error));
+  } catch (const Json::exception& error) {
+    fail("no JSON: " + reason_of(error));
+  }
+}
+
+std::vector<Recording> RecordingReader::read() {
+  bool more = next_line();
+  std::string_view first = text_.substr(0, text_.find_last_not_of(" \t\r") + 1);
+  if (more && first == "{") {
+    read_whole();
+  } else {
+    for (; more; more = next_line()) take_line();
+  }
+  if (recordings_.empty()) throw Failure(name_ + ": there is nothing in it to show");
+  for (Recording& made : recordings_) made.finish();
+  return std::move(recordings_);
+}
+
+std::vector<Recording> read_recordings(const std::string& name, const ModuleLibrary& module) {
+  return RecordingReader(name, module).read();
+}
+
+}  // namespace zopctl::page

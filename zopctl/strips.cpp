@@ -1,0 +1,225 @@
+// States, cells and events over time: strips of colour with their names in them.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+#include "zopctl/chart.h"
+
+namespace zopctl::page {
+
+constexpr int PLAIN_COLOURS = 8;
+constexpr int LEVELS = 6;
+constexpr size_t MOST_CELL_STRIPS = 14;
+constexpr size_t EVENT_COLUMNS = 200;
+constexpr size_t MOST_EVENTS_OF_A_MARK = 8;
+constexpr size_t MOST_SHARES = 6;
+
+// ---- colours ----
+
+struct StateColour {
+  const char* word;  // in lower case
+  const char* style;
+};
+
+// Words that say by themselves how things stand.
+static const StateColour STATE_COLOURS[] = {
+    {"open", "good"},
+    {"service", "good"},
+    {"success", "good"},
+    {"active", "good"},
+    {"conversation", "good"},
+    {"limited service", "warn"},
+    {"limited regional", "warn"},
+    {"power save", "warn"},
+    {"originating", "warn"},
+    {"incoming", "warn"},
+    {"active pending", "warn"},
+    {"modify pending", "warn"},
+    {"inactive pending", "warn"},
+    {"lost", "bad"},
+    {"no service", "bad"},
+    {"no network", "bad"},
+    {"fail", "bad"},
+    {"none", "none"},
+    {"idle", "none"},
+    {"inactive", "none"},
+    {"unknown", "none"},
+};
+
+std::string state_style(TrackId track, const Words& words, uint32_t state) {
+  if (track == NO_BARS) return "bad";
+  std::string word = words.word(state);
+  for (char& c : word) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  for (const StateColour& row : STATE_COLOURS) {
+    if (word == row.word) return row.style;
+  }
+  return fmt::format("s{}", (state - 1) % PLAIN_COLOURS);
+}
+
+// Ec/Io from -21 dB up by 3 dB, RSSI from -105 dBm up by 9 dB.
+static uint32_t level_step(const Cell& cell, float level) {
+  float step = cell.gsm ? (level + 105) / 9 : (level + 21) / 3;
+  return static_cast<uint32_t>(std::clamp(step + 1, 0.0F, static_cast<float>(LEVELS - 1)));
+}
+
+std::string level_style(const Cell& cell, float level) {
+  return fmt::format("q{}", level_step(cell, level));
+}
+
+std::string cell_name(const Cell& cell) {
+  return cell.gsm ? fmt::format("ARFCN {} / {}", cell.code, cell.bsic)
+                  : fmt::format("SC {}", cell.code);
+}
+
+// ---- states ----
+
+// Within its span, and no further.
+void TimeLine::label(const Span& span, const std::string& text) {
+  double width = axis_.share(span.to) - axis_.share(span.from);
+  if (width < 0.035) return;
+  html_.open("svg", {{"x", percent(axis_.share(span.from))},
+                     {"width", percent(width)},
+                     {"height", "100%"},
+                     {"class", "name"}});
+  html_.element("text", {{"x", "5"}, {"y", "14"}}, text).close();
+}
+
+// What part of the time each state took, the longest first.
+void TimeLine::shares(const std::vector<Span>& spans, const Words& words, TrackId track) {
+  std::map<uint32_t, int64_t> length;
+  int64_t whole = 0;
+  for (const Span& span : spans) {
+    length[span.state] += span.to - span.from;
+    whole += span.to - span.from;
+  }
+  std::vector<std::pair<int64_t, uint32_t>> order;
+  order.reserve(length.size());
+  for (auto [state, time] : length) order.emplace_back(-time, state);
+  std::sort(order.begin(), order.end());
+  html_.open("p", {{"class", "shares"}});
+  for (size_t i = 0; i < std::min(order.size(), MOST_SHARES); ++i) {
+    auto [time, state] = order[i];
+    double share = static_cast<double>(-time) / static_cast<double>(std::max<int64_t>(whole, 1));
+    html_.element("span", {{"class", "key " + state_style(track, words, state)}},
+                  fmt::format("{} {:.0f}\u00A0%", words.word(state), share * 100));
+  }
+  if (order.size() > MOST_SHARES) {
+    html_.element("span", {}, fmt::format("and {} more", order.size() - MOST_SHARES));
+  }
+  html_.close();
+}
+
+void TimeLine::track(TrackId track) {
+  const Words& words = recording_.words[track];
+  auto state = [track](const Sample& sample) { return sample.states[track]; };
+  std::vector<Span> spans = spans_of(recording_, axis_, state);
+  if (spans.empty()) return;
+  std::string description;
+  for (size_t i = 0; i < std::min<size_t>(spans.size(), 20); ++i) {
+    description += fmt::format("{}: {}. ", words.word(spans[i].state), when(spans[i]));
+  }
+  open_row(TRACKS[track].title, "");
+  open_drawing("strip", fmt::format("{} over time", TRACKS[track].title), description);
+  for (const Span& span : spans) {
+    std::string word = words.word(span.state);
+    mark(span, state_style(track, words, span.state), word + "\n" + when(span));
+    label(span, word);
+  }
+  html_.close();
+  if (words.count() > 2) shares(spans, words, track);
+  html_.close().close();
+}
+
+// ---- cells ----
+
+static const CellReading* reading_of(const Sample& sample, uint32_t cell) {
+  for (const CellReading& reading : sample.cells) {
+    if (reading.cell == cell) return &reading;
+  }
+  return nullptr;
+}
+
+// The cells by how often they were heard.
+static std::vector<uint32_t> most_heard(const Recording& recording) {
+  std::vector<std::pair<int64_t, uint32_t>> heard(recording.cells.size());
+  for (uint32_t cell = 0; cell < heard.size(); ++cell) heard[cell].second = cell;
+  for (const Sample& sample : recording.samples) {
+    for (const CellReading& reading : sample.cells) --heard[reading.cell].first;
+  }
+  std::sort(heard.begin(), heard.end());
+  std::vector<uint32_t> cells;
+  for (auto [count, cell] : heard) {
+    if (count < 0 && cells.size() < MOST_CELL_STRIPS) cells.push_back(cell);
+  }
+  std::sort(cells.begin(), cells.end());  // in order of their appearance
+  return cells;
+}
+
+// How strong the cell was, and below it when it was in the active set.
+void TimeLine::cell(uint32_t cell) {
+  std::string name = cell_name(recording_.cells[cell]);
+  auto level = [&](const Sample& sample) {
+    const CellReading* reading = reading_of(sample, cell);
+    return reading == nullptr ? 0 : 1 + level_step(recording_.cells[cell], reading->level);
+  };
+  auto active = [&](const Sample& sample) {
+    const CellReading* reading = reading_of(sample, cell);
+    return reading != nullptr && reading->set == 0 ? 1U : 0U;
+  };
+  open_row(name.c_str(), "");
+  open_drawing("strip", name + " over time", "How strong the cell was heard.");
+  for (const Span& span : spans_of(recording_, axis_, level)) {
+    mark(span, fmt::format("q{}", span.state - 1), name + "\n" + when(span));
+  }
+  for (const Span& span : spans_of(recording_, axis_, active)) {
+    mark(span, "active-cell", name + ", active set\n" + when(span));
+  }
+  close_row();
+}
+
+void TimeLine::cells() {
+  std::vector<uint32_t> cells = most_heard(recording_);
+  if (cells.empty()) return;
+  html_.open("div", {{"class", "row"}}).element("div", {{"class", "label"}}, "");
+  html_.open("p", {{"class", "shares"}});
+  html_.element("span", {{"class", "name"}}, "Cells, weak to strong");
+  for (int level = 0; level < LEVELS; ++level) {
+    html_.element("span", {{"class", fmt::format("key q{}", level)}}, "");
+  }
+  html_.element("span", {{"class", "key active-key"}}, "in the active set").close().close();
+  for (uint32_t heard : cells) cell(heard);
+  if (cells.size() < recording_.cells.size()) {
+    html_.element(
+        "p", {{"class", "shares"}},
+        fmt::format("{} more cells were heard less often", recording_.cells.size() - cells.size()));
+  }
+}
+
+// ---- events ----
+
+void TimeLine::events() {
+  if (recording_.events.empty()) return;
+  std::map<size_t, std::vector<const Event*>> marks;
+  for (const Event& event : recording_.events) {
+    marks[static_cast<size_t>(axis_.share(event.time) * EVENT_COLUMNS)].push_back(&event);
+  }
+  open_row("Events", "");
+  open_drawing("strip events", "Events over time",
+               fmt::format("{} events; the table below has them.", recording_.events.size()));
+  for (const auto& [column, events] : marks) {
+    std::string text;
+    for (size_t i = 0; i < std::min(events.size(), MOST_EVENTS_OF_A_MARK); ++i) {
+      text += clock_text(events[i]->time) + " " + events[i]->text + "\n";
+    }
+    if (events.size() > MOST_EVENTS_OF_A_MARK) text += fmt::format("{} in all", events.size());
+    std::string x = percent(axis_.share(events[0]->time));
+    html_.open("g", {{"class", "event"}}).element("title", {}, text);
+    html_.empty("line", {{"x1", x}, {"x2", x}, {"y2", "100%"}});
+    html_.empty("circle", {{"cx", x}, {"cy", "50%"}, {"r", events.size() > 1 ? "6" : "4.5"}});
+    html_.close();
+  }
+  close_row();
+}
+
+}  // namespace zopctl::page

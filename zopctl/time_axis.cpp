@@ -1,0 +1,153 @@
+// Columns are narrower than the pixels of a wide screen.
+#include "zopctl/time_axis.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace zopctl::page {
+
+constexpr int64_t SECOND = 1000, MINUTE = 60 * SECOND, HOUR = 60 * MINUTE, DAY = 24 * HOUR;
+constexpr int64_t MOST_TICKS = 8;
+constexpr size_t POINT_COLUMNS = 1500;
+constexpr size_t SPAN_COLUMNS = 600;
+
+// ---- the axis ----
+
+TimeAxis::TimeAxis(const Recording& recording) : from_(0), to_(SECOND) {
+  if (!recording.samples.empty()) {
+    from_ = recording.samples.front().time;
+    to_ = std::max(from_ + SECOND, recording.end_of(recording.samples.size() - 1));
+  }
+  set_ticks();
+}
+
+double TimeAxis::share(int64_t time) const {
+  double share = static_cast<double>(time - from_) / static_cast<double>(to_ - from_);
+  return std::clamp(share, 0.0, 1.0);
+}
+
+static int64_t tick_step(int64_t range) {
+  static constexpr int64_t STEPS[] = {
+      SECOND,     2 * SECOND, 5 * SECOND,  10 * SECOND, 15 * SECOND, 30 * SECOND, MINUTE,
+      2 * MINUTE, 5 * MINUTE, 10 * MINUTE, 15 * MINUTE, 30 * MINUTE, HOUR,        2 * HOUR,
+      3 * HOUR,   6 * HOUR,   12 * HOUR,   DAY,         2 * DAY,     7 * DAY,     14 * DAY,
+      30 * DAY,   90 * DAY,   365 * DAY,   3650 * DAY};
+  for (int64_t step : STEPS) {
+    if (range / step <= MOST_TICKS) return step;
+  }
+  return range / MOST_TICKS;
+}
+
+static std::string formatted(const char* format, int64_t time) {
+  return fmt::format(fmt::runtime(format), fmt::gmtime(static_cast<std::time_t>(time / SECOND)));
+}
+
+std::string time_text(int64_t time) { return formatted("{:%Y-%m-%d %H:%M:%S}", time); }
+std::string clock_text(int64_t time) { return formatted("{:%H:%M:%S}", time); }
+
+std::string duration_text(int64_t time) {
+  if (time < MINUTE) return fmt::format("{:.3g} s", static_cast<double>(time) / SECOND);
+  int64_t seconds = time / SECOND;
+  if (time < HOUR) return fmt::format("{} min {:02} s", seconds / 60, seconds % 60);
+  int64_t minutes = seconds / 60;
+  if (time < 2 * DAY) return fmt::format("{} h {:02} min", minutes / 60, minutes % 60);
+  return fmt::format("{} days {} h", minutes / 1440, minutes / 60 % 24);
+}
+
+void TimeAxis::set_ticks() {
+  int64_t step = tick_step(to_ - from_);
+  const char* format = step < MINUTE ? "{:%H:%M:%S}" : step < DAY ? "{:%H:%M}" : "{:%Y-%m-%d}";
+  for (int64_t time = (from_ + step - 1) / step * step; time <= to_; time += step) {
+    bool midnight = step < DAY && time % DAY == 0;
+    ticks_.push_back({share(time), formatted(midnight ? "{:%b %d}" : format, time)});
+  }
+}
+
+// ---- spans ----
+
+static void append(std::vector<Span>& spans, const Span& span) {
+  bool goes_on = !spans.empty() && spans.back().state == span.state && spans.back().to == span.from;
+  if (goes_on) {
+    spans.back().to = span.to;
+  } else if (span.state != 0) {
+    spans.push_back(span);
+  }
+}
+
+static int64_t column_start(const TimeAxis& axis, size_t column) {
+  int64_t range = axis.to() - axis.from();
+  return axis.from() + range * static_cast<int64_t>(column) / static_cast<int64_t>(SPAN_COLUMNS);
+}
+
+static size_t column_of(const TimeAxis& axis, int64_t time, size_t columns) {
+  return std::min(columns - 1,
+                  static_cast<size_t>(axis.share(time) * static_cast<double>(columns)));
+}
+
+static std::vector<Span> thinned(const std::vector<Span>& spans, const TimeAxis& axis) {
+  std::unordered_map<uint32_t, int64_t> length;
+  for (const Span& span : spans) length[span.state] += span.to - span.from;
+  std::vector<uint32_t> winners(SPAN_COLUMNS, 0);
+  for (const Span& span : spans) {
+    size_t last = column_of(axis, std::max(span.from, span.to - 1), SPAN_COLUMNS);
+    for (size_t column = column_of(axis, span.from, SPAN_COLUMNS); column <= last; ++column) {
+      uint32_t& winner = winners[column];
+      if (winner == 0 || length[span.state] < length[winner]) winner = span.state;
+    }
+  }
+  std::vector<Span> columns;
+  for (size_t column = 0; column < SPAN_COLUMNS; ++column) {
+    append(columns, {column_start(axis, column), column_start(axis, column + 1), winners[column]});
+  }
+  return columns;
+}
+
+std::vector<Span> spans_of(const Recording& recording, const TimeAxis& axis, const StateOf& state) {
+  std::vector<Span> spans;
+  for (size_t i = 0; i < recording.samples.size(); ++i) {
+    const Sample& sample = recording.samples[i];
+    append(spans, {sample.time, recording.end_of(i), state(sample)});
+  }
+  return spans.size() <= SPAN_COLUMNS ? spans : thinned(spans, axis);
+}
+
+// ---- points ----
+
+static std::vector<Point> all_points(const Recording& recording, SeriesId series) {
+  std::vector<Point> points;
+  bool broken = true;
+  for (size_t i = 0; i < recording.samples.size(); ++i) {
+    const Sample& sample = recording.samples[i];
+    bool present = !std::isnan(sample.values[series]);
+    if (present) points.push_back({sample.time, sample.values[series], broken});
+    bool last = i + 1 == recording.samples.size();
+    bool gap = !last && recording.end_of(i) != recording.samples[i + 1].time;
+    broken = !present || gap;
+  }
+  return points;
+}
+
+std::vector<Point> points_of(const Recording& recording, const TimeAxis& axis, SeriesId series) {
+  std::vector<Point> points = all_points(recording, series);
+  if (points.size() <= 2 * POINT_COLUMNS) return points;
+  std::vector<Point> kept;
+  auto lower = [](const Point& a, const Point& b) { return a.value < b.value; };
+  for (auto first = points.begin(); first != points.end();) {
+    size_t column = column_of(axis, first->time, POINT_COLUMNS);
+    auto end = std::find_if(first, points.end(), [&](const Point& point) {
+      return column_of(axis, point.time, POINT_COLUMNS) != column;
+    });
+    auto [least, most] = std::minmax_element(first, end, lower);
+    Point a = *std::min(least, most), b = *std::max(least, most);
+    a.starts = first->starts;
+    b.starts = false;
+    kept.push_back(a);
+    if (least != most) kept.push_back(b);
+    first = end;
+  }
+  return kept;
+}
+
+}  // namespace zopctl::page

@@ -1,0 +1,58 @@
+// Time as a place on a drawing, and what is drawn along it, thinned to what an eye can tell apart:
+// a recording of a day makes no larger picture than one of an hour.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "zopctl/recording.h"
+
+namespace zopctl::page {
+
+class TimeAxis {
+ public:
+  explicit TimeAxis(const Recording& recording);
+
+  double share(int64_t time) const;  // 0 to 1
+  struct Tick {
+    double share;
+    std::string text;
+  };
+  const std::vector<Tick>& ticks() const { return ticks_; }
+  int64_t from() const { return from_; }
+  int64_t to() const { return to_; }
+
+ private:
+  void set_ticks();
+
+  int64_t from_, to_;  // ms
+  std::vector<Tick> ticks_;
+};
+
+// "2026-11-21 14:20:05" of ms since 1970, UTC.
+std::string time_text(int64_t time);
+std::string clock_text(int64_t time);     // "14:20:05"
+std::string duration_text(int64_t time);  // "1 h 02 min", "2 min 05 s", "3.2 s"
+
+// A time in which something stays the same.
+struct Span {
+  int64_t from, to;
+  uint32_t state;
+};
+
+// Neighbours that are the same as one span; 0 is no state and makes none. Of too many, the rarest
+// state of a column wins it: a short fault stays in sight.
+using StateOf = std::function<uint32_t(const Sample&)>;
+std::vector<Span> spans_of(const Recording& recording, const TimeAxis& axis, const StateOf& state);
+
+struct Point {
+  int64_t time;
+  float value;
+  bool starts;  // a line: there is a gap before it
+};
+
+// A series as points. Of too many, least and most of each column stay.
+std::vector<Point> points_of(const Recording& recording, const TimeAxis& axis, SeriesId series);
+
+}  // namespace zopctl::page
