@@ -60,7 +60,8 @@ static bool exchange(int fd, const std::vector<uint8_t>& request) {
   FD_ZERO(&input);
   FD_SET(fd, &input);
   timeval limit = {5, 0};
-  return select(fd + 1, &input, nullptr, nullptr, &limit) == 1 && read(fd, buffer, sizeof buffer) > 0;
+  return select(fd + 1, &input, nullptr, nullptr, &limit) == 1 &&
+         read(fd, buffer, sizeof buffer) > 0;
 }
 
 static void run_raw(benchmark::State& state, const std::vector<std::vector<uint8_t>>& requests) {
