@@ -6,7 +6,7 @@ seconds=$1
 build=build/fuzz
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang \
   -DCMAKE_CXX_COMPILER=clang++ -DZOP_SANITIZE="fuzzer-no-link,address,undefined" -DZOP_FUZZ=ON \
-  -DZOP_TESTS=OFF --log-level=WARNING > /dev/null
+  -DCMAKE_CXX_FLAGS_DEBUG=-g1 -DZOP_TESTS=OFF --log-level=WARNING > /dev/null
 cmake --build "$build" -j "$(nproc)" --target fuzzers
 for program in "$build"/fuzz_*; do
   target=$(basename "$program")

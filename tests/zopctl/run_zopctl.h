@@ -15,7 +15,10 @@ struct Outcome {
 };
 
 inline Outcome zopctl(const std::string& arguments) {
-  FILE* pipe = popen((std::string(ZOPCTL) + " " + arguments + " 2>&1").c_str(), "r");
+  std::string command = ZOPCTL " ";
+  command += arguments;
+  command += " 2>&1";
+  FILE* pipe = popen(command.c_str(), "r");
   Outcome run;
   for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) run.output += static_cast<char>(c);
   int status = pclose(pipe);

@@ -1,0 +1,1 @@
+// Compiles the headers of tests/CMakeLists.txt; the tests reuse what comes of it.
