@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <fmt/chrono.h>
 #include <langinfo.h>
+#include <term.h>
 #include <unistd.h>
 
 #include <clocale>
@@ -48,7 +49,16 @@ static void use_colours() {
   init_pair(PLOT, COLOR_CYAN, -1);
 }
 
+// newterm does not give back what it has taken when it fails.
+static bool terminal_is_known() {
+  int error = 0;
+  if (setupterm(nullptr, STDOUT_FILENO, &error) != OK) return false;
+  del_curterm(set_curterm(nullptr));
+  return true;
+}
+
 std::unique_ptr<LiveScreen> LiveScreen::open() {
+  if (!terminal_is_known()) return nullptr;
   setlocale(LC_CTYPE, "");
   FILE* output = fdopen(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1), "w");
   if (output == nullptr) return nullptr;
