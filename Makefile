@@ -1,7 +1,7 @@
 # Every target does its whole set-up and is safe to repeat. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan fuzz bench figures clean
+.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan coverage fuzz bench figures clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -46,7 +46,8 @@ format: setup ## lay out the sources
 check-format: setup ## fail when a source is not laid out
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run -Werror
 
-tidy: setup ## static checks by clang-tidy, and a clang build without warnings
+tidy: setup ## static checks by cppcheck and clang-tidy, and a clang build without warnings
+	@sh scripts/cppcheck.sh
 	@sh scripts/tidy.sh
 
 asan: setup ## tests under the address and undefined-behaviour sanitizers
@@ -54,6 +55,9 @@ asan: setup ## tests under the address and undefined-behaviour sanitizers
 
 tsan: setup ## tests under the thread sanitizer
 	@sh scripts/sanitized_tests.sh thread
+
+coverage: setup ## how much of the module the tests run: build/coverage/report.html
+	@sh scripts/coverage.sh
 
 fuzz: setup ## fuzz every target; FUZZ_SECONDS for each, 600 by default
 	@sh scripts/fuzz.sh $${FUZZ_SECONDS:-600}

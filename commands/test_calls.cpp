@@ -77,9 +77,10 @@ bool end_call_if_port_is_free() {
     SIO_USED_LOCK = 0;
     return true;
   }
-  uint8_t answer[RESPONSE_SIZE];
-  int32_t written = send_claimed_frame(port, END_CALL, sizeof END_CALL, 0);
-  if (written > 0) (void)read_answer(port, answer);
+  if (send_claimed_frame(port, END_CALL, sizeof END_CALL, 0) > 0) {
+    uint8_t answer[RESPONSE_SIZE];
+    (void)read_answer(port, answer);
+  }
   return true;
 }
 

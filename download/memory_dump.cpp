@@ -110,6 +110,7 @@ static bool is_whole_entry(const uint8_t* at, const uint8_t* end) {
   return take_text(&texts, end) != nullptr && take_text(&texts, end) != nullptr;
 }
 
+// An entry that is whole: both of its texts are there.
 static bool take_entry(const uint8_t** at, const uint8_t* end) {
   Region& region = gRegions[gRegionCount];
   region = {};

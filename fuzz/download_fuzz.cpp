@@ -110,6 +110,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (data[0] % 3 == 2) nv_items();
   diag_close();
   fs::current_path(home);
-  require(SIO_USED_LOCK == 0 && !world.port_is_open() && dload_tbuf == nullptr);
+  require(SIO_USED_LOCK == 0);
+  require(!world.port_is_open());
+  require(dload_tbuf == nullptr);
   return 0;
 }

@@ -27,13 +27,15 @@ static void prv_refresh_diagnostic_data() {
   int number;
   int offset;
   time_t when;
-  char text[64];
   prv_get_wan_data();
   prv_get_uptime();
   vurn_get_bars(&number);
   vurn_get_module_time(&when, &offset);
   vurn_get_roaming_status(&number);
-  if (gDiagInfo.phone_number[0] == '\0') vurn_get_radio_phone_number(text, sizeof text);
+  if (gDiagInfo.phone_number[0] == '\0') {
+    char text[64];
+    vurn_get_radio_phone_number(text, sizeof text);
+  }
 }
 
 // The SIM's lists are read again at most once every ten seconds of log strings.

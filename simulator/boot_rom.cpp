@@ -23,10 +23,11 @@ static uint32_t get16(View p, size_t at) { return static_cast<uint32_t>(p[at] <<
 static uint32_t get32(View p, size_t at) { return get16(p, at) << 16 | get16(p, at + 2); }
 
 Bytes memory_of_addresses(uint32_t base, size_t length) {
-  Bytes content;
-  content.reserve(length + 3);
-  for (uint32_t offset = 0; offset < length; offset += 4) put32(content, base + offset);
-  content.resize(length);
+  Bytes content(length);
+  for (size_t offset = 0; offset < length; ++offset) {
+    uint32_t address = base + static_cast<uint32_t>(offset & ~size_t{3});
+    content[offset] = static_cast<uint8_t>(address >> 8 * (3 - (offset & 3)));
+  }
   return content;
 }
 

@@ -42,8 +42,8 @@ std::vector<std::string> describe_lists();
 // An entry written "MCC-MNC", with " gsm" behind it for GSM. Throws std::invalid_argument.
 Plmn parse_plmn(const std::string& text);
 
-// Bounds of what a memory region is set to, and of the partition table.
-enum : int64_t { MOST_REGIONS = 40, LARGEST_REGION = 0x1000'0000, LARGEST_PARTITION = 2048 };
+// Bounds of the memory that is set, all its regions together, and of the partition table.
+enum : int64_t { MOST_REGIONS = 40, LARGEST_MEMORY = 0x1000'0000, LARGEST_PARTITION = 2048 };
 enum : int { NV_BYTES = 128 };
 
 // The number of an NV item in a key "nv.NUMBER", or -1 for another key.

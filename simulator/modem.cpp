@@ -20,6 +20,7 @@ constexpr uint8_t FLAG = 0x7E;
 constexpr size_t STATUS_OFFSET = 3;
 constexpr uint8_t NOISE = 0x55;
 
+// cppcheck-suppress passedByValue ; it is moved from, part by part
 Modem::Modem(Scenario scenario, unsigned seed, Trace trace)
     : model_(std::move(scenario.model)),
       timeline_(std::move(scenario.timeline)),

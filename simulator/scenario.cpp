@@ -143,12 +143,14 @@ static Value field_of(const Place& place, const toml::table& region, const char*
 static int64_t number_of(const Place& place, const toml::table& region, const char* key,
                          int64_t usual, int64_t most) {
   int64_t value = field_of(place, region, key, usual);
-  if (value >= 0 && value <= most) return value;
-  place.error(region.source(),
-              std::string("device.memory.") + key + " takes 0 to " + std::to_string(most));
+  if (value < 0 || value > most) {
+    place.error(region.source(),
+                std::string("device.memory.") + key + " takes 0 to " + std::to_string(most));
+  }
+  return value;
 }
 
-static MemoryRegion region_of(const Place& place, const toml::node& node) {
+static MemoryRegion region_of(const Place& place, const toml::node& node, size_t most) {
   const toml::table* table = node.as_table();
   bool named = table != nullptr && table->contains("name") && table->contains("length");
   if (!named) place.error(node.source(), "device.memory entries have a name and a length");
@@ -158,7 +160,8 @@ static MemoryRegion region_of(const Place& place, const toml::node& node) {
       place.error(value.source(), "no device.memory." + std::string(key.str()));
   }
   auto base = static_cast<uint32_t>(number_of(place, *table, "base", 0, 0xFFFFFFFF));
-  auto length = static_cast<size_t>(number_of(place, *table, "length", 0, LARGEST_REGION));
+  auto length =
+      static_cast<size_t>(number_of(place, *table, "length", 0, static_cast<int64_t>(most)));
   auto fill = static_cast<uint8_t>(number_of(place, *table, "fill", 0, 0xFF));
   return {static_cast<int>(number_of(place, *table, "preference", 1, 0xFF)), base,
           table->contains("fill") ? Bytes(length, fill) : memory_of_addresses(base, length),
@@ -168,8 +171,10 @@ static MemoryRegion region_of(const Place& place, const toml::node& node) {
 
 static void add_memory(const Place& place, const toml::node& node, Changes& changes) {
   std::vector<MemoryRegion> regions;
+  size_t left = LARGEST_MEMORY;
   for (const toml::node& entry : list_of(place, "device.memory", MOST_REGIONS, node)) {
-    regions.push_back(region_of(place, entry));
+    regions.push_back(region_of(place, entry, left));
+    left -= regions.back().content.size();
   }
   changes.push_back([regions](Model& model) { model.device.memory = regions; });
 }

@@ -33,7 +33,8 @@ static std::string_view take_word(std::string_view& text) {
 
 static bool is_month(std::string_view word) {
   constexpr std::string_view MONTHS = "JanFebMarAprMayJunJulAugSepOctNovDec";
-  return word.size() == 3 && MONTHS.find(word) % 3 == 0;
+  size_t at = MONTHS.find(word);
+  return word.size() == 3 && at != std::string_view::npos && at % 3 == 0;
 }
 
 // "Jul 24 13:02:59 HOST ..." (RFC 3164), "1 2010-07-24T13:02:59Z HOST ..." (RFC 5424), and
@@ -128,14 +129,16 @@ void LogReports::take(std::string_view host, std::string_view stamp, std::string
   }
   size_t wanted = lines_wanted(pairs);
   auto& lines = pending.report.lines;
+  bool last_has_come = pending.report.wanted != 0;
   if (lines.size() < MOST_LINES) {
     // The last line may come before another.
-    bool last_has_come = pending.report.wanted != 0;
     lines.emplace(lines.end() - (last_has_come ? 1 : 0), pairs);
     pending.hashes.push_back(hash);
   }
+  if (wanted != 0 && last_has_come) pending.report.mixed = true;
   if (wanted != 0) pending.report.wanted = wanted;
-  if (lines.size() == pending.report.wanted) finish(at->first, device, pending);
+  if (!pending.report.mixed && lines.size() == pending.report.wanted)
+    finish(at->first, device, pending);
 }
 
 // ---- ends ----

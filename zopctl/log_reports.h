@@ -22,6 +22,7 @@ struct LogReport {
   uint64_t first_line = 0;         // its number in the log, from 1
   size_t wanted = 0;               // lines that it has; 0 when its last one has not come
   size_t cut = 0;                  // lines that were cut
+  bool mixed = false;              // has two last lines: two devices can't be told apart
 };
 
 class LogReports {

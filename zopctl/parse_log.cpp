@@ -182,8 +182,9 @@ void LogParser::tell(const LogReport& report) {
                           ? fmt::format("{} lines, and not the last one", report.lines.size())
                           : fmt::format("{} of {} lines", report.lines.size(), report.wanted);
   std::string cut = report.cut == 0 ? "" : fmt::format(", {} cut", report.cut);
-  fmt::print(stderr, "zopctl: {}: report {} of {} is broken: {}{}\n", place(report.first_line),
-             report.stamp, host, lines, cut);
+  const char* mixed = report.mixed ? ", of two devices" : "";
+  fmt::print(stderr, "zopctl: {}: report {} of {} is broken: {}{}{}\n", place(report.first_line),
+             report.stamp, host, lines, cut, mixed);
 }
 
 void LogParser::tell_stray(uint64_t line) {

@@ -16,7 +16,7 @@ std::string log_string(const ModuleLibrary& m) {
   for (unsigned size = 8192;; size *= 2) {
     std::string text(size, '\0');
     int result = m.vurn_get_log_string(text.data(), size);
-    if (result == VURN_OK) return text.c_str();
+    if (result == VURN_OK) return text.substr(0, text.find('\0'));
     bool too_small = result == VURN_ERR_TRUNCATED && size < 1'000'000;
     if (!too_small) throw Failure("the report: " + vurn_result(result));
   }

@@ -163,9 +163,23 @@ TEST_F(Download, image_sets_that_are_not_whole) {
     EXPECT_NE(output.find("STAGE1: Err-Load Config\n"), std::string::npos);
     EXPECT_TRUE(world.written.empty());
     expect_nothing_left();
+    fs::create_directory(folder / name);  // what is no file counts as missing
+    EXPECT_EQ(run(), 0) << name;
+    expect_nothing_left();
+    fs::remove(folder / name);
     fs::rename(folder / "away", folder / name);
   }
   EXPECT_EQ(run(), 1);
+}
+
+TEST_F(Download, no_memory_fails_before_anything_is_sent) {
+  for (int failures : {1, 2}) {
+    world.malloc_failures = failures;
+    EXPECT_EQ(run(), 0);
+    EXPECT_NE(output.find("STAGE1: Err-Load Config\n"), std::string::npos);
+    EXPECT_TRUE(world.written.empty());
+    expect_nothing_left();
+  }
 }
 
 // A file that has shrunk since it was opened can't be sent, and must not be tried for ever.

@@ -183,6 +183,11 @@ TEST_F(MemoryDump, what_can_not_be_written) {
   std::ofstream(folder / DIRECTORY) << "in the way";
   EXPECT_NE(run().find("DUMP_MODE: can't open dump_07242010_1933/r: "), std::string::npos);
   fs::remove(folder / DIRECTORY);
+  world.malloc_failures = 1;
+  EXPECT_EQ(run(), "DUMP_MODE: PERCENT=0\n");
+  world.malloc_failures = 0;
+  fs::remove(folder);  // nothing can be made in a directory that is gone
+  EXPECT_NE(run().find("DUMP_MODE: can't create direcory\n"), std::string::npos);
   world.missing["/dev/tts/USB1"] = ENOENT;
   diag_close();
   EXPECT_NE(run().find("DUMP_MODE: can't open the port\n"), std::string::npos);

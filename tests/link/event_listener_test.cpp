@@ -164,6 +164,29 @@ TEST_F(Listener, leaves_a_busy_port_alone) {
   EXPECT_EQ(asked(), "4");
 }
 
+struct DamagingModem : AnsweringModem {
+  using AnsweringModem::AnsweringModem;
+  Answer answer_to(const Bytes& request) override {
+    Answer answer = AnsweringModem::answer_to(request);
+    for (Piece& piece : answer) piece.bytes[0] ^= 1;
+    return answer;
+  }
+};
+
+// Neither its flags nor its screen are taken, and the listener goes on.
+TEST_F(Listener, a_damaged_answer_tells_nothing) {
+  DamagingModem damaging{[](const Bytes&) { return Bytes(350, 0xFF); }};
+  start();
+  world.far_end = &damaging;
+  world.advance(1600ms);
+  std::string asked_for;
+  for (const Bytes& payload : damaging.payloads) asked_for += static_cast<char>(payload.at(1));
+  EXPECT_EQ(asked_for, "==4");
+  EXPECT_EQ(gDiagInfo.screen_time, 0u);
+  EXPECT_EQ(THREAD_STATUS, LISTENER_RUNNING);
+  world.far_end = &modem;
+}
+
 TEST_F(Listener, ends_a_timed_call_on_the_21st_tick_of_ten_seconds) {
   start();
   ASSERT_EQ(zop_originate_call_test(10, "0"), ZOP_SUCCESS);

@@ -3,6 +3,9 @@
 #include "link/serial_port.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/select.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -67,6 +70,22 @@ TEST_F(SerialPort, a_failed_open_reads_as_open_until_the_first_write) {
   EXPECT_EQ(diag_status(), 1);
   EXPECT_EQ(exchange(), PORT_ERROR);
   expect_closed_and_free();
+}
+
+// A host with that many files open would otherwise have memory behind a set of descriptors written.
+TEST_F(SerialPort, a_descriptor_that_select_can_not_watch_is_no_port) {
+  rlimit before;
+  getrlimit(RLIMIT_NOFILE, &before);
+  rlimit enough = {FD_SETSIZE + 8, before.rlim_max};
+  if (setrlimit(RLIMIT_NOFILE, &enough) != 0) GTEST_SKIP() << "not so many descriptors here";
+  std::vector<int> held;
+  do held.push_back(dup(STDERR_FILENO));
+  while (held.back() >= 0 && held.back() < FD_SETSIZE - 1);
+  EXPECT_EQ(diag_open(DEVICE), PORT_ERROR);
+  EXPECT_FALSE(world.port_is_open());
+  diag_close();
+  for (int fd : held) close(fd);
+  setrlimit(RLIMIT_NOFILE, &before);
 }
 
 TEST_F(SerialPort, a_second_open_leaks_no_descriptor) {

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Checks the built library: it exports what the public headers declare and nothing else, needs libc
-# alone, and is hardened. Usage: check_library.sh LIBRARY SOURCE_DIR
+# Checks the built library: it exports what the public headers declare and nothing else, and needs
+# libc alone. Usage: check_library.sh LIBRARY SOURCE_DIR
 library=$1
 source=$2
 failures=0
@@ -33,10 +33,6 @@ case " ${SANITIZED:-} " in
     ;;
 esac
 [ "$(dynamic | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')" = libzop_module.so.0 ] || fail "wrong SONAME"
-dynamic | grep -q TEXTREL && fail "has text relocations"
-dynamic | grep -qE 'BIND_NOW|FLAGS.*NOW' || fail "binds lazily"
-readelf -lW "$library" | grep -q GNU_RELRO || fail "no RELRO"
-readelf -lW "$library" | grep GNU_STACK | grep -q RWE && fail "executable stack"
 
 [ "$failures" -eq 0 ] && echo "check_library: $(wc -l < "$work/exported") exported names, all as declared"
 exit "$failures"

@@ -16,6 +16,8 @@ what_is_there() { find "$root" -path "$root/var" -prune -o ! -type d -print; }
 
 in_root --install $debs
 libraries=$(dirname "$(find "$root/usr/lib" -name libzop_module.so)")
+sh "$(dirname "$0")/check_hardening.sh" "$libraries/libzop_module.so" "$root/usr/bin/zopctl" \
+  "$root/usr/bin/zop-modem-sim" || fail "hardening"
 cc -std=c99 -Wall -Werror "$root"/usr/share/doc/libzop-module-dev/examples/host.c \
   $(PKG_CONFIG_LIBDIR="$libraries/pkgconfig" pkg-config --cflags --libs zop_module) \
   -o "$work/host" || fail "the example host"

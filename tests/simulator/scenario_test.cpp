@@ -86,6 +86,8 @@ TEST(SimulatorScenario, bad_ones_are_refused_with_their_line) {
       {"[sim]\nhome = [\"31-410\"]", "x:2: sim.home: \"31-410\" is no PLMN"},
       {"[sim]\nhome = [\"310-410 lte\"]", "x:2: sim.home: \"310-410 lte\" is no PLMN"},
       {"[nv]\n10 = \"0\"", "x:2: nv.10: takes up to 128 bytes"},
+      {"[device]\nmemory = [{name = \"a\", length = 268435456}, {name = \"b\", length = 1}]",
+       "x:2: device.memory.length takes 0 to 0"},
       {"[nv]\nten = \"00\"", "x:2: no setting \"nv.ten\""},
   };
   for (auto& row : rows) {

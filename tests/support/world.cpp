@@ -34,8 +34,10 @@ int World::open_port() {
   if (far_end != nullptr && far_end->gone(now_)) return errno = ENOENT, -1;
   hang_ups_at_open_ = far_end != nullptr ? far_end->hang_ups() : 0;
   input_.clear();
-  return *ports_.insert(static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", O_RDWR, 0)))
-              .first;
+  int fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", O_RDWR, 0));
+  if (fd < 0) throw std::runtime_error("no descriptor for a port: the machine's fault");
+  ports_.insert(fd);
+  return fd;
 }
 
 void World::close_port(int fd) {

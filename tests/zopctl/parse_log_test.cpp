@@ -170,6 +170,39 @@ TEST_F(ZopctlParseLog, values_and_places) {
   }
 }
 
+// Without hosts, two devices that report in the same second can't be told apart.
+TEST_F(ZopctlParseLog, two_last_lines_are_no_report) {
+  parse(
+      "I zop:diag: t=4c4ae400,Bars=4,n=3:\n"
+      "I zop:diag: t=4c4ae400,Bars=5,n=2:\n");
+  EXPECT_EQ(content("out"), "");
+  EXPECT_TRUE(
+      contains(content("errors"),
+               "log:1: report 4c4ae400 of a device is broken: 2 of 2 lines, of two devices"))
+      << content("errors");
+}
+
+TEST_F(ZopctlParseLog, the_host_of_a_header) {
+  struct {
+    const char* header;
+    const char* host;
+  } rows[] = {
+      {"Jul  4 13:02:59 lone hostd: ", "lone"},
+      {"<189>1 2010-07-24T13:02:59Z lone hostd 814 - - ", "lone"},
+      {"2010-07-24T13:02:59+00:00 lone hostd: ", "lone"},
+      {"", ""},
+      {"the quick brown fox ", ""},  // "the" is no month, and "anF" none either
+      {"anF quick brown fox ", ""},
+      {"2010-07-24 13:02:59 lone hostd: ", ""},
+      {"<189", ""},
+  };
+  for (const auto& row : rows) {
+    parse(std::string(row.header) + "I zop:diag: t=4c4ae400,RSSI=-75,n=1:\n");
+    EXPECT_TRUE(content("out").starts_with("{\"host\":\"" + std::string(row.host) + "\","))
+        << row.header << content("out");
+  }
+}
+
 // What the module writes is read back, by way of a pipe.
 TEST_F(ZopctlParseLog, a_report_of_the_module) {
   Outcome run = zopctl("--sim report --log info 2>&1 > /dev/null | " ZOPCTL " parse-log");

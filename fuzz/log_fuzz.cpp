@@ -1,0 +1,67 @@
+// Arbitrary bytes as a log: what comes out as a whole report has all its lines, no line is told
+// twice, and each text is written as JSON that a reader takes.
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "zopctl/json_text.h"
+#include "zopctl/log_reports.h"
+
+static void require(bool holds) {
+  if (!holds) abort();
+}
+
+// ",n=" and a number end the last line of a report.
+static bool says_how_many(const std::string& line) {
+  size_t at = line.rfind(",n=");
+  if (at == std::string::npos || at + 3 == line.size() || line.size() - at > 20) return false;
+  size_t digits = line.find_first_not_of("0123456789", at + 3);
+  return digits == std::string::npos && line.find_first_not_of('0', at + 3) != std::string::npos;
+}
+
+// Counts the lines that reports are made of; they may be no more than there were.
+class Count {
+ public:
+  void whole(const zopctl::LogReport& report) {
+    require(report.lines.size() == report.wanted);
+    for (const std::string& line : report.lines) {
+      require(says_how_many(line) == (&line == &report.lines.back()));
+    }
+    add(report);
+  }
+  void broken(const zopctl::LogReport& report) {
+    require(report.lines.size() != report.wanted || report.wanted == 0 || report.mixed);
+    add(report);
+  }
+  void stray(uint64_t) { ++lines; }
+  size_t lines = 0;
+
+ private:
+  void add(const zopctl::LogReport& report) {
+    require(!report.stamp.empty() && report.first_line > 0);
+    lines += report.lines.size() + report.cut;
+  }
+};
+
+static void check_json(std::string_view text) {
+  std::string out;
+  zopctl::append_json(out, text);
+  require(nlohmann::json::accept(out));
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  std::string text(data, data + size);
+  Count count;
+  zopctl::LogReports reports([&](const auto& report) { count.whole(report); },
+                             [&](const auto& report) { count.broken(report); },
+                             [&](uint64_t line) { count.stray(line); });
+  size_t lines = 0;
+  for (size_t at = 0; at < text.size(); ++lines) {
+    size_t end = std::min(text.find('\n', at), text.size());
+    reports.line(std::string_view(text).substr(at, end - at));
+    at = end + 1;
+  }
+  reports.end();
+  require(count.lines + reports.doubled() <= lines);
+  check_json(text);
+  return 0;
+}

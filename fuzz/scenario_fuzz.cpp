@@ -1,0 +1,28 @@
+// Arbitrary files as scenarios: each is refused with its place, or gives a modem that answers under
+// the faults it asks for, and whose time line runs to its end.
+#include <cstdlib>
+
+#include "simulator/modem.h"
+
+static const sim::Bytes REQUESTS[] = {{0xCF, 0x20, 0}, {0xCF, 0x34, 0}, {0x00}, {0x7C}};
+
+static void require(bool holds) {
+  if (!holds) abort();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  std::string text(data, data + size);
+  try {
+    sim::Modem modem(sim::parse_scenario(text, "fuzz"));
+    for (const sim::Bytes& request : REQUESTS) modem.receive(sim::frame(request), sim::Time{0});
+    sim::Time now{0};
+    while (auto due = modem.next_due()) {
+      require(*due >= now);
+      now = *due;
+      modem.take_output(now);
+    }
+  } catch (const sim::ScenarioError& error) {
+    require(std::string(error.what()).starts_with("fuzz:"));
+  }
+  return 0;
+}

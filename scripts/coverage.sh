@@ -1,0 +1,30 @@
+#!/bin/sh
+# Runs all tests, the replay of the fuzz corpora among them, in a build that counts what runs, and
+# reports how much of each room did: as text here, line by line in build/coverage/report.html.
+# Fails when a room is below the limits.
+set -e
+least_lines=95
+least_branches=85
+build=build/coverage
+trace=$build/trace.json
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZOP_COVERAGE=ON --log-level=WARNING \
+  > /dev/null
+find "$build" -name '*.gcda' -delete
+cmake --build "$build" -j "$(nproc)"
+# What is checked of built files tells nothing about a build like this one.
+ctest --test-dir "$build" -j "$(nproc)" --output-on-failure -E '^(library|install|packaging)\.'
+
+rooms='link commands report download'
+filters=$(printf -- '--filter %s/ ' $rooms)
+gcovr $filters --exclude-throw-branches --exclude-unreachable-branches --json "$trace" "$build"
+gcovr -a "$trace" --txt "$build/lines.txt" --html-details "$build/report.html"
+gcovr -a "$trace" --branches --txt "$build/branches.txt"
+result=0
+for room in $rooms; do
+  summary=$(gcovr -a "$trace" --filter "$room/" --print-summary --output "$build/summary.txt" \
+    --fail-under-line "$least_lines" --fail-under-branch "$least_branches") || result=1
+  echo "coverage: $room: $(echo "$summary" | grep -E '^(lines|branches)' | paste -sd ' ')"
+done
+[ "$result" -eq 0 ] || echo "coverage: $least_lines % of lines and $least_branches % of branches" \
+  "are wanted of each room; see $build/report.html" >&2
+exit "$result"

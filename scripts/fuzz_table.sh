@@ -1,0 +1,23 @@
+#!/bin/sh
+# What the last run of each fuzz target came to, from its log. Usage: fuzz_table.sh BUILD TARGET...
+build=$1
+shift
+cat <<HEAD
+# Fuzzing
+
+\`make fuzz\` runs every target of \`fuzz/\` under the address and undefined-behaviour sanitizers and
+writes this page. An input that found a fault stays in the corpus as \`fault-*\`; the tests replay
+every corpus. Edges are those of target and code together, when the run ended.
+
+| target | what it does | seconds | executions | edges | corpus files | faults found so far |
+|---|---|---:|---:|---:|---:|---:|
+HEAD
+for target; do
+  log=$build/log_fuzz_$target
+  corpus=fuzz/corpus/$target
+  does=$(sed -n '/^\/\/ /!q; s|^// ||p' "fuzz/${target}_fuzz.cpp" | tr '\n' ' ' | sed 's/[.:;] .*//')
+  set -- $(LC_ALL=C sed -n 's/^Done \([0-9]*\) runs in \([0-9]*\) second.*/\2 \1/p' "$log")
+  edges=$(sed -n 's/.* cov: \([0-9]*\) .*/\1/p' "$log" | tail -1)
+  echo "| $target | $does | $1 | $2 | $edges | $(ls "$corpus" | wc -l) |" \
+    "$(ls "$corpus" | grep -c '^fault-') |"
+done

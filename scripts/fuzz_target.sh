@@ -1,0 +1,17 @@
+#!/bin/sh
+# Runs one fuzz target. What it finds goes to BUILD/corpus, so that the next run goes on from there.
+# Usage: fuzz_target.sh BUILD TARGET SECONDS
+build=$1
+target=$2
+corpus=fuzz/corpus/$target
+found=$build/corpus/$target
+log=$build/log_fuzz_$target
+export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
+mkdir -p "$found"
+"$build/fuzz_$target" "$found" "$corpus" -max_total_time="$3" -max_len=5100 -print_final_stats=1 \
+  -artifact_prefix="$build/$target-" > "$log" 2>&1 || {
+  tail -40 "$log"
+  echo "fuzz: $target found a fault; its input is $build/$target-*" >&2
+  exit 255  # stops xargs
+}
+echo "fuzz: $target: $(grep -aE '^Done' "$log")"
