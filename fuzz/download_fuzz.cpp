@@ -84,7 +84,7 @@ static void nv_items() {
 }
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  freopen("/dev/null", "w", stdout);  // the progress
+  if (freopen("/dev/null", "w", stdout) == nullptr) return 1;  // the progress
   std::string name = fs::temp_directory_path() / "download-fuzz-XXXXXX";
   folder = mkdtemp(name.data());
   home = fs::current_path();
