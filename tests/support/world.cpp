@@ -38,6 +38,13 @@ int World::open_port() {
               .first;
 }
 
+// What has come by now is lost, as in a terminal; what is still on its way comes.
+void World::flush_port() {
+  ++flushes;
+  do input_.clear();
+  while (fetch());
+}
+
 void World::close_port(int fd) {
   ports_.erase(fd);
   syscall(SYS_close, fd);

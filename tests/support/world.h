@@ -108,6 +108,7 @@ class World {
   bool is_port(int fd) const { return ports_.count(fd) != 0; }
   int open_port();
   void close_port(int fd);
+  void flush_port();
   ssize_t write_port(const uint8_t* bytes, size_t size);
   ssize_t read_port(uint8_t* bytes, size_t size);
   int wait_for_input(Time limit);
