@@ -1,7 +1,7 @@
 # Every target does its whole set-up and is safe to repeat. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan fuzz bench clean
+.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan fuzz faults bench clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -57,6 +57,9 @@ tsan: setup ## tests under the thread sanitizer
 
 fuzz: setup ## fuzz every target; FUZZ_SECONDS for each, 600 by default
 	@sh scripts/fuzz.sh $${FUZZ_SECONDS:-600}
+
+faults: setup ## every function against every fault of the line; writes docs/faults.md
+	@sh scripts/faults.sh
 
 bench: setup ## benchmarks beside their floors
 	@sh scripts/bench.sh

@@ -17,6 +17,7 @@
 #include <sstream>
 
 #include "tests/faults/table.h"
+#include "tests/support/holdings.h"
 
 using namespace test;
 

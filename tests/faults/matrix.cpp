@@ -3,11 +3,9 @@
 #include "tests/faults/matrix.h"
 
 #include <signal.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 #include <sstream>
 
 #include "core/module_state.h"
@@ -241,17 +239,6 @@ void count(const Row& row, FunctionRow& function) {
   cell.partial = cell.partial || row.output == Row::PARTIAL;
   cell.next_wrong = cell.next_wrong || row.next == Row::NEXT_WRONG;
   cell.recovered = cell.recovered && row.recovered;
-}
-
-static size_t entries(const char* path) {
-  auto found = std::filesystem::directory_iterator(path);
-  return static_cast<size_t>(std::distance(begin(found), end(found)));
-}
-
-// A thread that was joined leaves the list a moment later.
-Holdings holdings() {
-  usleep(200);
-  return {entries("/proc/self/fd"), entries("/proc/self/task")};
 }
 
 }  // namespace test

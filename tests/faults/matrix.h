@@ -48,11 +48,4 @@ struct FunctionRow {
 };
 void count(const Row& row, FunctionRow& function);
 
-// Descriptors and threads of this process.
-struct Holdings {
-  size_t descriptors, threads;
-  bool operator==(const Holdings&) const = default;
-};
-Holdings holdings();
-
 }  // namespace test

@@ -26,13 +26,13 @@ static const char LEGEND[] = R"(
 A cell shows the results that were seen, and the longest time that the call took when that is worth
 telling. `zop_` results are those of `zop.h` (0 success, 1 not open, 2 no response, 7 bad response,
 10 and 11 the modem refuses), `vurn_` results those of `vurn.h` (0 success, 2 failed, 13 no time
-yet). Column 0 is the result on a good line.
+yet).
 
 | mark | meaning |
 |---|---|
 | `!` | a good result with a wrong output |
 | `~` | a good result; what could not be read is missing, or older |
-| `>` | the call itself ends well or not, and the next one on the same link gets a wrong answer |
+| `>` | whatever the call ends with, the next one on the same link gets a wrong answer |
 | `x` | after closing and opening, the first answer is still wrong |
 
 | fault | what happens |
@@ -53,7 +53,10 @@ yet). Column 0 is the result on a good line.
 
 Every fault closes the link or leaves it usable; no row needs more than closing and opening. The
 longest wait is the 5 s of one answer: a time-out closes the link, and what a call still wanted to
-ask then fails at once. Opening waits 5 times 1 s for a modem that does not answer its probe.
+ask then fails at once. Opening waits 5 times 1 s for a modem that does not answer its probe. The
+limit begins anew with each piece of an answer: a modem that trickles, a byte every few seconds, is
+waited for until it has sent a flag or 360 bytes. `zop_debug_start` is watched with its listener at
+work for four seconds.
 
 ## What hosts should make of it
 
@@ -69,6 +72,9 @@ ask then fails at once. Opening waits 5 times 1 s for a modem that does not answ
   that is known (`vurn_get_imsi`) after it; closing and opening once more puts it right.
 - **The report shows what it could get** (`~`): `vurn_get_log_string`, `vurn_log_message`,
   `vurn_enable_logging` and `vurn_open` do not fail for a value that is missing.
+- **The versions of the report and of the first log line are read once a process**, by the first
+  `vurn_open` that gets a hardware version: if that one was wrong by another's answer, it stays.
+  `vurn_get_firmware_version` asks anew each time.
 - **`zop_end_call_test` does not look at its answer**, and `zop_set_backup` step 3 has none.
 )";
 
@@ -84,7 +90,7 @@ static std::string text_of(const Cell& cell) {
 }
 
 void write_markdown(std::ostream& out, const std::vector<FunctionRow>& functions) {
-  out << TITLE << "| function | 0 |";
+  out << TITLE << "| function | good line |";
   for (int kind = 0; kind < FAULT_KINDS; ++kind) {
     out << ' ' << name_of(static_cast<FaultKind>(kind)) << " |";
   }

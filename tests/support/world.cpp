@@ -64,7 +64,7 @@ ssize_t World::write_port(const uint8_t* bytes, size_t size) {
     if (call->error != 0) return errno = call->error, -1;
     size = std::min(size, *call->at_most);
   }
-  written.insert(written.end(), bytes, bytes + size);
+  if (keeps_history) written.insert(written.end(), bytes, bytes + size);
   if (far_end != nullptr) far_end->receive({bytes, size}, now_);
   if (!runs_free) conductor.wake(&ports_, true);
   return static_cast<ssize_t>(size);
@@ -96,7 +96,7 @@ bool World::fetch() {
 }
 
 int World::wait_for_input(Time limit) {
-  select_limits.push_back(limit);
+  if (keeps_history) select_limits.push_back(limit);
   if (auto call = next(selects)) {
     if (call->error != 0) return errno = call->error, -1;
     return static_cast<int>(*call->at_most);
@@ -127,7 +127,7 @@ void World::let_pass(Time by) {
 void World::advance(Time by) { let_pass(by); }
 
 void World::pass(Time time) {
-  sleeps.push_back(time);
+  if (keeps_history) sleeps.push_back(time);
   let_pass(time);
   if (on_sleep) on_sleep(time);
 }

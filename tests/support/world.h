@@ -75,6 +75,7 @@ class World {
   FarEnd* far_end = nullptr;
   std::vector<LogLine> log;
   bool keeps_log = true;
+  bool keeps_history = true;  // sleeps, select limits, what was written
   std::vector<Time> sleeps;
   std::function<void(Time)> on_sleep;  // runs inside each sleep
   std::vector<Time> select_limits;
