@@ -196,17 +196,22 @@ static std::string complaint_about(const Call& call, const Healthy& healthy, con
     return "a damaged answer was believed";
   }
   if (row.next == Row::NEXT_WRONG && !leaves_bytes_behind(kind)) return "the next answer is wrong";
-  if (!row.recovered && kind != FaultKind::LATE_AT_ONCE) return "did not recover";
   return "";
 }
 
-// What is still on its way when the port is opened comes as the answer to a later question.
-static bool recovers(Scene& scene, const Call& call, const Healthy& healthy, FaultKind kind) {
+// Empty when the host has recovered. What is still on its way when the port is opened comes as the
+// answer to a later question.
+static std::string recover(Scene& scene, const Call& call, const Healthy& healthy, FaultKind kind) {
   scene.close();
-  if (scene.port_is_open()) return false;
+  if (scene.port_is_open()) return "the port stays open";
   auto late = scene.line.last_due();
   if (late && kind != FaultKind::LATE_AT_ONCE) scene.wait_until(*late);
-  return scene.open() && call.make() == healthy.brought;
+  if (!scene.open()) return "can't be opened again";
+  Brought brought = call.make();
+  if (brought.result != healthy.brought.result) {
+    return "afterwards the result is " + std::to_string(brought.result);
+  }
+  return brought == healthy.brought ? "" : "afterwards the output is wrong";
 }
 
 Row make_row(const Call& call, const Healthy& healthy, const Fault& fault) {
@@ -225,8 +230,10 @@ Row make_row(const Call& call, const Healthy& healthy, const Fault& fault) {
   row.output = judge(call, healthy, brought);
   scene.line.mend();
   if (scene.is_open()) row.next = ask_another(call);
-  row.recovered = recovers(scene, call, healthy, fault.kind);
+  std::string hindrance = recover(scene, call, healthy, fault.kind);
+  row.recovered = hindrance.empty();
   row.complaint = complaint_about(call, healthy, row, scene);
+  if (row.complaint.empty() && fault.kind != FaultKind::LATE_AT_ONCE) row.complaint = hindrance;
   return row;
 }
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <stdexcept>
 
 namespace test {
@@ -34,8 +35,10 @@ int World::open_port() {
   if (far_end != nullptr && far_end->gone(now_)) return errno = ENOENT, -1;
   hang_ups_at_open_ = far_end != nullptr ? far_end->hang_ups() : 0;
   input_.clear();
-  return *ports_.insert(static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", O_RDWR, 0)))
-              .first;
+  int fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", O_RDWR, 0));
+  if (fd < 0) perror("world: /dev/null");
+  if (fd >= 0) ports_.insert(fd);
+  return fd;
 }
 
 // What has come by now is lost, as in a terminal; what is still on its way comes.
