@@ -126,7 +126,7 @@ TEST_F(HostThreads, every_answer_belongs_to_its_question) {
   constexpr int ROUNDS = 300;  // of each thread
   constexpr int MOST_ATTEMPTS = 1'000'000;
   ASSERT_EQ(vurn_open(), VURN_OK);
-  std::latch start(looks.size() + 1);
+  std::latch start(static_cast<ptrdiff_t>(looks.size()) + 1);
   std::atomic<size_t> at_work = looks.size();
   std::vector<std::jthread> threads;
   for (size_t i = 0; i < looks.size(); ++i) {
