@@ -1,7 +1,7 @@
 # Every target does its whole set-up and is safe to repeat. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan coverage fuzz bench figures clean
+.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench figures clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -61,6 +61,9 @@ coverage: setup ## how much of the module the tests run: build/coverage/report.h
 
 fuzz: setup ## fuzz every target; FUZZ_SECONDS for each, 600 by default
 	@sh scripts/fuzz.sh $${FUZZ_SECONDS:-600}
+
+faults: setup ## every function against every fault of the line; writes docs/faults.md
+	@sh scripts/faults.sh
 
 bench: setup ## benchmarks beside their floors
 	@sh scripts/bench.sh

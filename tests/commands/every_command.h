@@ -15,7 +15,7 @@ struct Outputs {
 };
 
 struct Command {
-  const char* name;
+  const char* name;  // of the function, and what tells its calls apart
   unsigned (*run)(Outputs& out);
   const char* request;  // payload of its first frame, hex; the rest of a longer one is zeros
   size_t request_size;

@@ -31,7 +31,8 @@ class AgainstTheSimulator : public testing::Test {
 
 TEST_F(AgainstTheSimulator, every_command_is_understood) {
   for (const Command& command : every_command()) {
-    if (std::string(command.name) == "sim file") continue;  // asks for a file that no card has
+    if (std::string(command.name) == "zop_get_uim_data")
+      continue;  // asks for a file that no card has
     SimulatedFarEnd fresh;
     world.far_end = &fresh;
     diag_open(DEVICE);

@@ -78,14 +78,16 @@ class ModuleTest : public testing::Test {
     return all;
   }
 
-  World world;
-  AnsweringModem modem{[this](const Bytes& request) -> std::optional<Bytes> {
+  std::optional<Bytes> answer_to(const Bytes& request) const {
     auto it = answers.find(to_hex(request));
     if (it != answers.end()) return hex(it->second);
     Bytes zeros(350);  // a good status and nothing else
     std::copy_n(request.begin(), std::min<size_t>(3, request.size()), zeros.begin());
     return zeros;
-  }};
+  }
+
+  World world;
+  AnsweringModem modem{[this](const Bytes& request) { return answer_to(request); }};
 };
 
 }  // namespace test

@@ -188,7 +188,7 @@ EXPORTED int tcflush(int fd, int queue) noexcept {
   if (world == nullptr || !world->is_port(fd)) {
     return next_definition<int(int, int)>("tcflush")(fd, queue);
   }
-  ++world->flushes;
+  world->flush_port();
   return 0;
 }
 

@@ -75,6 +75,7 @@ class World {
   FarEnd* far_end = nullptr;
   std::vector<LogLine> log;
   bool keeps_log = true;
+  bool keeps_history = true;  // sleeps, select limits, what was written
   std::vector<Time> sleeps;
   std::function<void(Time)> on_sleep;  // runs inside each sleep
   std::vector<Time> select_limits;
@@ -108,6 +109,7 @@ class World {
   bool is_port(int fd) const { return ports_.count(fd) != 0; }
   int open_port();
   void close_port(int fd);
+  void flush_port();
   ssize_t write_port(const uint8_t* bytes, size_t size);
   ssize_t read_port(uint8_t* bytes, size_t size);
   int wait_for_input(Time limit);

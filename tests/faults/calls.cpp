@@ -1,0 +1,188 @@
+// The list: the command library through the tests' list of all commands, then what that leaves out,
+// then the host's calls.
+#include "tests/faults/calls.h"
+
+#include <cstring>
+#include <sstream>
+
+#include "core/module_state.h"
+#include "include/vurn.h"
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
+#include "link/event_listener.h"
+#include "tests/commands/every_command.h"
+
+namespace test {
+
+static const char DEVICE[] = "/dev/tts/USB1";
+
+template <typename Record>
+static std::string bytes_of(const Record& record) {
+  std::string bytes(sizeof record, '\0');
+  memcpy(bytes.data(), &record, sizeof record);
+  return bytes;
+}
+
+static Brought brought(int result, std::string output) {
+  return {result, result == 0 ? std::move(output) : std::string()};
+}
+static Brought brought(unsigned result, std::string output) {
+  return brought(static_cast<int>(result), std::move(output));
+}
+
+// ---- the command library ----
+
+static Call command_call(const Command& command) {
+  auto make = [&command] {
+    Outputs out;
+    memset(static_cast<void*>(&out), 0xEE, sizeof out);
+    out.size = sizeof out.bytes;
+    unsigned result = command.run(out);
+    return brought(result, bytes_of(out));
+  };
+  bool blind = command.kind == Command::BLIND;
+  return {command.name, Call::LINK, make, blind ? Call::IGNORES : Call::TELLS};
+}
+
+// The listener for four seconds, with an event flagged: two polls of events, and a screen.
+static Brought listen_for_a_while() {
+  gDiagInfo.screen = {};
+  unsigned result = zop_debug_start(1);
+  World::current()->advance(std::chrono::seconds(4));
+  zop_debug_stop();
+  return brought(result, bytes_of(gDiagInfo.screen));
+}
+
+static std::vector<Call> other_commands() {
+  return {
+      {"zop_open", Call::CLOSED_LINK, [] { return brought(zop_open(DEVICE), ""); }, Call::IGNORES},
+      {"zop_send_sms", Call::LINK, [] { return brought(zop_send_sms("+15550100", "hello"), ""); }},
+      {"zop_set_backup step 3", Call::LINK, [] { return brought(zop_set_backup(3), ""); },
+       Call::IGNORES},
+      {"zop_debug_start", Call::LINK, listen_for_a_while, Call::GATHERS},
+  };
+}
+
+// ---- the host's calls ----
+
+static Call module_call(const char* name, std::function<Brought()> make,
+                        Call::Trust trust = Call::TELLS) {
+  return {name, Call::MODULE, std::move(make), trust};
+}
+
+static Call text(const char* name, int (*get)(char*, unsigned)) {
+  return module_call(name, [get] {
+    char buffer[64] = "";
+    int result = get(buffer, sizeof buffer);
+    return brought(result, bytes_of(buffer));
+  });
+}
+
+static Call number(const char* name, int (*get)(int*)) {
+  return module_call(name, [get] {
+    int value = 4711;
+    int result = get(&value);
+    return brought(result, bytes_of(value));
+  });
+}
+
+static Brought module_time() {
+  time_t when = 0;
+  int offset = 0;
+  int result = vurn_get_module_time(&when, &offset);
+  return brought(result, bytes_of(when) + bytes_of(offset));
+}
+
+// The report without the lines that show the time of day.
+static Brought log_string() {
+  char report[8192] = "";
+  int result = vurn_get_log_string(report, sizeof report);
+  std::istringstream lines(report);
+  std::string output;
+  for (std::string line; std::getline(lines, line);) {
+    bool shows_time = line.starts_with("Awake:") || line.starts_with("FTD Age:");
+    if (!shows_time) output.append(line).append("\n");
+  }
+  return brought(result, output);
+}
+
+static Brought log_message() {
+  static const char* names[] = {"no carrier"};
+  return brought(vurn_log_message(0, names), "");
+}
+
+// The versions that an open has once read stay for the life of the process, right or not.
+static Brought open_module() {
+  int result = vurn_open();
+  return brought(result, bytes_of(gDiagInfo.lock_status) + bytes_of(gDiagInfo.pin_retries));
+}
+
+// A stop asks the modem for something only while a test is under way.
+static Brought stop_call_test() {
+  sTestNum = 1;
+  return brought(vurn_stop_call_test(), "");
+}
+
+static std::vector<Call> host_calls() {
+  return {
+      {"vurn_open", Call::CLOSED_MODULE, open_module, Call::GATHERS},
+      number("vurn_get_rssi", vurn_get_rssi),
+      number("vurn_get_roaming_status", vurn_get_roaming_status),
+      text("vurn_get_realm", vurn_get_realm),
+      text("vurn_get_radio_serial_number", vurn_get_radio_serial_number),
+      text("vurn_get_radio_cert_param1", vurn_get_radio_cert_param1),
+      text("vurn_get_radio_cert_param2", vurn_get_radio_cert_param2),
+      text("vurn_get_radio_phone_number", vurn_get_radio_phone_number),
+      text("vurn_get_imsi", vurn_get_imsi),
+      text("vurn_get_firmware_version", vurn_get_firmware_version),
+      number("vurn_get_data_service_mode", vurn_get_data_service_mode),
+      module_call("vurn_get_module_time", module_time),
+      number("vurn_get_bars", vurn_get_bars),
+      number("vurn_get_mcc", vurn_get_mcc),
+      module_call("vurn_originate_call_test",
+                  [] { return brought(vurn_originate_call_test(1), ""); }),
+      module_call("vurn_stop_call_test", stop_call_test),
+      module_call("vurn_get_log_string", log_string, Call::GATHERS),
+      module_call("vurn_log_message", log_message, Call::GATHERS),
+      module_call(
+          "vurn_enable_logging", [] { return brought(vurn_enable_logging(1), ""); }, Call::GATHERS),
+  };
+}
+
+const std::vector<Call>& every_call() {
+  static const std::vector<Call> list = [] {
+    std::vector<Call> calls;
+    for (const Command& command : every_command()) calls.push_back(command_call(command));
+    for (Call& call : other_commands()) calls.push_back(std::move(call));
+    for (Call& call : host_calls()) calls.push_back(std::move(call));
+    return calls;
+  }();
+  return list;
+}
+
+const std::vector<Silent>& silent_functions() {
+  static const std::vector<Silent> list = {
+      {"vurn_close", "sends nothing; an exchange of the listener under way ends first"},
+      {"vurn_get_module_flags", "a constant"},
+      {"vurn_set_log_mask", "sets a word"},
+      {"vurn_try_to_use_home_network", "does nothing"},
+      {"vurn_update_prl", "tells whether the module is open"},
+      {"vurn_report_event", "counts and logs"},
+      {"zop_close", "closes the port"},
+      {"zop_debug_stop", "sends nothing; an exchange of the listener under way ends first"},
+      {"zop_check_buffer_size", "compares two numbers"},
+      {"zop_get_tq2_version", "a constant"},
+      {"zop_download_firmware", "a constant"},
+      {"zop_download_firmware_status", "a constant"},
+      {"zop_download_firmware_end", "a constant"},
+      {"zop_send", "the exchange of every zop_ row"},
+      {"modem_set_config", "reads image files"},
+      {"modem_diag_process", "the download has tests of its own"},
+      {"modem_dload_process", "the download has tests of its own"},
+      {"modem_dload_end_process", "the download has tests of its own"},
+      {"mem_dump_process", "the dump has tests of its own"},
+  };
+  return list;
+}
+
+}  // namespace test

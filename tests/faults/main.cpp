@@ -1,0 +1,174 @@
+// zop_faults: every function against every fault of the line. Prints what is not as it must be, and
+// then ends with 1; writes the whole matrix where it is asked to.
+//
+// A crash or a call that never ends is told with its row: the row under way stands in a buffer that
+// the signal handlers print.
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <signal.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <regex>
+#include <sstream>
+
+#include "tests/faults/table.h"
+#include "tests/support/holdings.h"
+
+using namespace test;
+
+enum { HANG_AFTER_S = 20, SHOWN_COMPLAINTS = 100, FEW_BITS_ABOVE_BYTES = 250 };
+
+static char row_under_way[256] = "start";
+static volatile sig_atomic_t rows_begun = 0;
+
+static void end_at_row(const char* what) {
+  (void)!write(STDERR_FILENO, what, strlen(what));
+  (void)!write(STDERR_FILENO, row_under_way, strlen(row_under_way));
+  (void)!write(STDERR_FILENO, "\n", 1);
+  _exit(1);
+}
+
+// Processor time: a deadlock is seen by the conductor, which aborts.
+static void look_for_hang(int) {
+  static int seen_before = -1;
+  if (rows_begun == seen_before) end_at_row("zop_faults: never ends: ");
+  seen_before = rows_begun;
+}
+
+static void catch_crashes() {
+  signal(SIGABRT, [](int) { end_at_row("zop_faults: aborted: "); });
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  for (int crash : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+    signal(crash, [](int) { end_at_row("zop_faults: crashed: "); });
+  }
+#endif
+  signal(SIGPROF, look_for_hang);
+  itimerval often = {{HANG_AFTER_S, 0}, {HANG_AFTER_S, 0}};
+  setitimer(ITIMER_PROF, &often, nullptr);
+}
+
+static void begin_row(const Call& call, const Fault& fault) {
+  snprintf(row_under_way, sizeof row_under_way, "%s, %s, answer %zu, byte %zu, way %u",
+           call.name.c_str(), name_of(fault.kind), fault.answer, fault.at, fault.way);
+  rows_begun = rows_begun + 1;
+}
+
+// ---- the run ----
+
+struct Run {
+  size_t every = 1;  // takes one row of so many
+  std::string only;
+  JsonRows* json = nullptr;
+  size_t rows = 0, complaints = 0;
+
+  void complain(const std::string& where, const std::string& what) {
+    if (++complaints <= SHOWN_COMPLAINTS) std::cerr << where << ": " << what << '\n';
+  }
+};
+
+static size_t bytes_in(const std::vector<Bytes>& frames) {
+  size_t bytes = 0;
+  for (const Bytes& frame : frames) bytes += frame.size();
+  return bytes;
+}
+
+static FunctionRow try_function(const Call& call, Run& run) {
+  Holdings before = holdings();
+  Healthy healthy = make_healthy(call);
+  FunctionRow function{call.name, healthy.brought.result, {}};
+  bool few_bits = bytes_in(healthy.frames) > FEW_BITS_ABOVE_BYTES;
+  for (const Fault& fault : all_faults(healthy.frames, few_bits)) {
+    if (run.rows++ % run.every != 0) continue;
+    begin_row(call, fault);
+    Row row = make_row(call, healthy, fault);
+    count(row, function);
+    if (run.json != nullptr) run.json->add(call.name, row);
+    if (!row.complaint.empty()) run.complain(row_under_way, row.complaint);
+  }
+  Holdings after = holdings();
+  if (after != before) {
+    run.complain(call.name,
+                 fmt::format("descriptors {} -> {}, threads {} -> {}", before.descriptors,
+                             after.descriptors, before.threads, after.threads));
+  }
+  return function;
+}
+
+static std::vector<FunctionRow> try_all(Run& run) {
+  std::vector<FunctionRow> functions;
+  for (const Call& call : every_call()) {
+    if (!run.only.empty() && call.name.find(run.only) == std::string::npos) continue;
+    functions.push_back(try_function(call, run));
+  }
+  return functions;
+}
+
+// Every exported function has a row, or a reason to have none.
+static void look_for_missing(Run& run) {
+  std::ifstream file(INTERFACE);
+  std::stringstream text;
+  text << file.rdbuf();
+  std::string all = text.str();
+  static const std::regex function("<elf-symbol name='(\\w+)' type='func-type'");
+  auto is_named = [](const std::string& name) {
+    auto has_row = [&](const Call& call) {
+      return call.name.substr(0, call.name.find(' ')) == name;
+    };
+    auto has_reason = [&](const Silent& silent) { return silent.name == name; };
+    return std::ranges::any_of(every_call(), has_row) ||
+           std::ranges::any_of(silent_functions(), has_reason);
+  };
+  size_t functions = 0;
+  for (std::sregex_iterator it(all.begin(), all.end(), function), end; it != end; ++it) {
+    ++functions;
+    if (!is_named((*it)[1])) run.complain((*it)[1], "has no row and no reason");
+  }
+  if (functions == 0) run.complain(INTERFACE, "names no function");
+}
+
+// The commands that print do so on standard output, where a summary is wanted.
+static int take_standard_output() {
+  int kept = dup(STDOUT_FILENO);
+  int nothing = open("/dev/null", O_WRONLY);
+  dup2(nothing, STDOUT_FILENO);
+  close(nothing);
+  return kept;
+}
+
+int main(int argc, char** argv) {
+  CLI::App app("Every function of the module against every fault of the line.");
+  Run run;
+  std::string markdown;
+  std::string json;
+  app.add_option("--every", run.every, "take one row of so many")->check(CLI::PositiveNumber);
+  app.add_option("--only", run.only, "functions with this in their name");
+  app.add_option("--markdown", markdown, "write the table to this file");
+  app.add_option("--json", json, "write every row to this file");
+  CLI11_PARSE(app, argc, argv);
+  setenv("TZ", "UTC", 1);
+  catch_crashes();
+  int output = take_standard_output();
+
+  std::ofstream json_file(json.empty() ? "/dev/null" : json);
+  std::vector<FunctionRow> functions;
+  {
+    JsonRows rows(json_file);
+    run.json = &rows;
+    look_for_missing(run);
+    functions = try_all(run);
+  }
+  if (!markdown.empty()) {
+    std::ofstream file(markdown);
+    write_markdown(file, functions);
+  }
+  fflush(stdout);
+  dup2(output, STDOUT_FILENO);
+  fmt::print("{} calls, {} rows, {} not as they must be\n", functions.size(),
+             (run.rows + run.every - 1) / run.every, run.complaints);
+  return run.complaints == 0 ? 0 : 1;
+}
