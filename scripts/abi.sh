@@ -10,7 +10,7 @@ name_of_baseline() { sha256sum "$baseline" | cut -c1-12; }
 case $1 in
   record)
     abidw --no-corpus-path --no-comp-dir-path --no-show-locs --exported-interfaces-only \
-      --headers-dir "$here/include" "$library" > "$baseline"
+      --headers-dir "$here/include" "$library" | sed "s|path='$(cd "$here" && pwd)/|path='|" > "$baseline"
     echo "abi: recorded in $baseline. Say in CHANGELOG.md what changes for hosts, with these words:"
     echo "  interface $(name_of_baseline)"
     ;;
