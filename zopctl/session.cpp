@@ -22,9 +22,10 @@
 
 namespace zopctl {
 
-static volatile sig_atomic_t caught_signal = 0;
-static volatile sig_atomic_t held_on = 0;  // what is under way must not break off
-static volatile sig_atomic_t end_is_asked = 0;
+// Written by the signal handler and by keys, read by any thread. Atomic without a lock.
+static std::atomic<int> caught_signal = 0;
+static std::atomic<int> held_on = 0;  // what is under way must not break off
+static std::atomic<int> end_is_asked = 0;
 static int wake_up = -1;  // an eventfd: a signal just before a wait must end it too
 static std::atomic<const char*> scratch_folder = nullptr;
 static void (*hard_exit_call)() = nullptr;
