@@ -145,8 +145,14 @@ struct LogString {
   bool whole;
 };
 
+// Another thread may be storing the text: a zero that it shows for a moment does not end the
+// report.
 static void prv_put(LogString* out, const char* text, size_t length) {
-  memcpy(out->buf + out->used, text, length);
+  char* at = out->buf + out->used;
+  const void* behind_zero = memccpy(at, text, '\0', length);
+  if (behind_zero != nullptr) {
+    length = static_cast<size_t>(static_cast<const char*>(behind_zero) - at) - 1;
+  }
   out->used += length;
 }
 
@@ -196,7 +202,7 @@ static void prv_add_to_syslog(SyslogLine* line, const zop_log_item& item, const 
   char* out = line->text + line->used;
   char* end = line->text + LINE_SIZE;
   auto put = [&](char c) {
-    if (out < end) *out++ = c;
+    if (out < end && c != '\0') *out++ = c;
   };
   put(',');
   if (name.length > 0 && isalpha(static_cast<unsigned char>(name.at[0])) == 0) put('Z');

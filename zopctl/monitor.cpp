@@ -88,7 +88,11 @@ class Looks {
       left_ = arguments.number("--count", 1, std::numeric_limits<uint32_t>::max());
       is_counted_ = true;
     }
-    if (arguments.has("--record")) recording_.emplace(arguments.text("--record"));
+    if (!arguments.has("--record")) return;
+    if (arguments.text("--record") == "-") {
+      throw UsageError("--record wants a file; monitor --json prints the samples");
+    }
+    recording_.emplace(arguments.text("--record"));
   }
 
   // Until the user ends it or all are taken. Throws Interrupted and Failure.

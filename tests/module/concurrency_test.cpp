@@ -222,9 +222,10 @@ TEST_F(HostThreads, ten_of_them_on_a_bad_line) {
       world.join();
       for (size_t call = 0; call < CALLS_OF_A_THREAD; ++call) {
         bool right = false;
-        int result = looks[(i + call) % looks.size()](right);
+        size_t look = (i + call) % looks.size();
+        int result = looks[look](right);
         if (result == VURN_OK) ++good;
-        EXPECT_TRUE(result == VURN_OK ? right : is_excused(result)) << i << ": " << result;
+        EXPECT_TRUE(result == VURN_OK ? right : is_excused(result)) << look << ": " << result;
         if (call % 8 == 0) std::this_thread::yield();
       }
       --at_work;

@@ -349,6 +349,19 @@ TEST_F(Rendering, malformed_rows_are_told_in_the_report) {
   EXPECT_EQ(world.log_text(), "E zop:itemnolabel:item=16:oops\n");
 }
 
+// As a reader sees a text that another thread is just storing.
+TEST_F(Rendering, a_zero_in_a_text_ends_the_text_and_not_the_report) {
+  item("Channel").format = [](const zop_log_item*, const char** text, int* length, int) {
+    *text =
+        "4\0"
+        "57";
+    *length = 4;
+    return 1;
+  };
+  EXPECT_NE(log_string().find("Channel: 4\nBand: "), std::string::npos);
+  EXPECT_NE(syslog_report(nullptr, 1).find(",Channel=457,Band="), std::string::npos);
+}
+
 TEST_F(Rendering, tells_the_length_of_a_log_string) {
   vurn_set_log_mask(VURN_LOG_STUCK);
   std::string text = log_string(4096);
