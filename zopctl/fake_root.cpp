@@ -15,11 +15,11 @@ namespace zopctl {
 
 namespace fs = std::filesystem;
 
-static constexpr long UPTIME = 86'400, ASLEEP = 3600;  // seconds, at the start
-static constexpr long RX_BYTES = 4'711'815, TX_BYTES = 912'204;
-static constexpr long RX_RATE = 18'350, TX_RATE = 2'410;  // bytes a second
+static constexpr int64_t UPTIME = 86'400, ASLEEP = 3600;  // seconds, at the start
+static constexpr int64_t RX_BYTES = 4'711'815, TX_BYTES = 912'204;
+static constexpr int64_t RX_RATE = 18'350, TX_RATE = 2'410;  // bytes a second
 
-static std::string ppp0(long seconds) {
+static std::string ppp0(int64_t seconds) {
   return fmt::format(
       "Inter-|   Receive                                                |  Transmit\n"
       " face |bytes    packets errs drop fifo frame compressed multicast|"

@@ -91,7 +91,7 @@ class Scene {
     static Time start{0};
     start += SCENES_APART;
     world_.advance(start);
-    world_.wall_clock_start -= start / 1s;
+    world_.wall_clock_start -= static_cast<time_t>(start / 1s);
   }
   void set_off_alarm() {
     if (world_.alarm.value_or(0) == 0) return;
