@@ -91,7 +91,7 @@ static FunctionRow try_function(const Call& call, Run& run) {
     if (run.json != nullptr) run.json->add(call.name, row);
     if (!row.complaint.empty()) run.complain(row_under_way, row.complaint);
   }
-  Holdings after = holdings();
+  Holdings after = holdings_like(before);
   if (after != before) {
     run.complain(call.name,
                  fmt::format("descriptors {} -> {}, threads {} -> {}", before.descriptors,

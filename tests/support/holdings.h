@@ -1,7 +1,7 @@
 // Descriptors and threads of the test's process, to see what a run leaves behind.
 #pragma once
 
-#include <unistd.h>
+#include <sched.h>
 
 #include <cstddef>
 #include <filesystem>
@@ -18,10 +18,18 @@ inline size_t entries_of(const char* folder) {
   return static_cast<size_t>(std::distance(begin(found), end(found)));
 }
 
-// A thread that was joined leaves the kernel's list a moment later; outside of a World.
-inline Holdings holdings() {
-  usleep(200);
-  return {entries_of("/proc/self/fd"), entries_of("/proc/self/task")};
+inline Holdings holdings() { return {entries_of("/proc/self/fd"), entries_of("/proc/self/task")}; }
+
+// What is held once it is as before, or does not become so: a thread that was joined leaves the
+// kernel's list a moment later.
+inline Holdings holdings_like(const Holdings& before) {
+  constexpr int MOST_LOOKS = 10'000;
+  Holdings now = holdings();
+  for (int look = 0; now != before && look < MOST_LOOKS; ++look) {
+    sched_yield();
+    now = holdings();
+  }
+  return now;
 }
 
 }  // namespace test
