@@ -188,7 +188,7 @@ static int cells(int y, const Sample& sample) {
 
 static std::string traffic(const Sample& sample, const char* label) {
   auto bytes = sample.number("wan", label);
-  return bytes ? size_text(static_cast<uint32_t>(*bytes)) : "";
+  return bytes ? size_text(static_cast<uint64_t>(*bytes)) : "";
 }
 
 // "1/2", received and sent.

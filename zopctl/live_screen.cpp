@@ -23,7 +23,8 @@ constexpr size_t MOST_EVENTS = 200;
 
 static std::optional<int> known_rssi(const Sample& sample) {
   auto rssi = sample.number("state", "RSSI");
-  return rssi && *rssi != 0 ? rssi : std::nullopt;
+  if (!rssi || *rssi == 0) return std::nullopt;
+  return static_cast<int>(*rssi);  // 32 bits in the module
 }
 
 void LiveView::add(const Sample& newest) {

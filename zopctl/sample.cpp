@@ -29,10 +29,10 @@ std::string Sample::text(const char* section, const char* label) const {
   return plain(found->is_string() ? found->get<std::string>() : found->dump());
 }
 
-std::optional<int> Sample::number(const char* section, const char* label) const {
+std::optional<int64_t> Sample::number(const char* section, const char* label) const {
   const Json* found = item(report, section, label);
   if (found == nullptr || !found->is_number_integer()) return std::nullopt;
-  return static_cast<int>(std::clamp<int64_t>(found->get<int64_t>(), INT_MIN, INT_MAX));
+  return found->get<int64_t>();
 }
 
 std::string plain(const std::string& text) {

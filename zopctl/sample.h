@@ -22,7 +22,7 @@ struct Sample {
 
   // An item of the report as text; empty when it is not known.
   std::string text(const char* section, const char* label) const;
-  std::optional<int> number(const char* section, const char* label) const;
+  std::optional<int64_t> number(const char* section, const char* label) const;
 };
 
 // A cell of the report: of the WCDMA sets, or a GSM neighbour.
