@@ -24,11 +24,11 @@ void clear_memory() {
 
 // A time-out has closed the port, so that a repeated attempt ends in the write's error unless the
 // link was opened again meanwhile.
-int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_flag,
-                         uint8_t* response) {
+template <typename Send>
+static int32_t send_and_receive(Send send, uint8_t* response) {
   for (int attempt = 1;; ++attempt) {
     PortUse port;
-    int32_t written = send_frame(port, request, length, leading_flag);
+    int32_t written = send(port);
     if (written == PORT_ERROR || written == 0) return written;
     int32_t received = read_answer(port, response);
     if (received != PORT_TIMEOUT) return received;
@@ -39,7 +39,16 @@ int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_fl
 
 int zop_send(int length, int leading_flag) {
   if (length < 0 || length > COMMAND_BUFFER_SIZE) return PORT_ERROR;
-  return send_and_receive(ft_buff, static_cast<uint32_t>(length), leading_flag, fr_buff);
+  auto send = [=](const PortUse& port) {
+    return send_frame(port, ft_buff, static_cast<uint32_t>(length), leading_flag);
+  };
+  return send_and_receive(send, fr_buff);
+}
+
+int32_t unlocked_send(const uint8_t* request, uint32_t length,
+                      uint8_t (&response)[COMMAND_BUFFER_SIZE]) {
+  auto send = [=](const PortUse& port) { return send_request(port, request, length); };
+  return send_and_receive(send, response);
 }
 
 int zop_check_buffer_size(int have, int need) { return have >= need ? 1 : 0; }
@@ -102,7 +111,7 @@ unsigned exchange(int length) {
 unsigned unlocked_exchange(const uint8_t* request, uint32_t length,
                            uint8_t (&response)[COMMAND_BUFFER_SIZE]) {
   if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
-  int32_t received = send_and_receive(request, length, 0, response);
+  int32_t received = unlocked_send(request, length, response);
   if (received == 0 || received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
   uint8_t scratch[COMMAND_BUFFER_SIZE];
   int32_t payload;

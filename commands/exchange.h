@@ -76,12 +76,13 @@ unsigned mode_tracking_direct_exchange(int length);
 // Sends the first length bytes of a request that has no answer, and frees the port at once.
 void send_without_answer(int length);
 
-// The road of zop_send with buffers of the caller's own.
-int32_t send_and_receive(const uint8_t* request, uint32_t length, int leading_flag,
-                         uint8_t* response);
+// The road of zop_send with buffers of the caller's own, for callers without the module's lock; a
+// request has up to MAX_UNLOCKED_REQUEST bytes.
+int32_t unlocked_send(const uint8_t* request, uint32_t length,
+                      uint8_t (&response)[COMMAND_BUFFER_SIZE]);
 
-// An exchange on the caller's buffers, for callers without the module's lock: the answer, unframed,
-// with zeros behind its payload, in response. Results of exchange, or ZOP_ERR_NOT_OPEN.
+// The same as a whole exchange: the answer, unframed, with zeros behind its payload, in response.
+// Results of exchange, or ZOP_ERR_NOT_OPEN.
 unsigned unlocked_exchange(const uint8_t* request, uint32_t length,
                            uint8_t (&response)[COMMAND_BUFFER_SIZE]);
 

@@ -66,7 +66,7 @@ unsigned zop_originate_call_test(uint32_t timeout_s, const char* number) {
 unsigned zop_end_call_test() {
   if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
   uint8_t answer[RESPONSE_SIZE];
-  int32_t received = send_and_receive(END_CALL, sizeof END_CALL, 0, answer);
+  int32_t received = unlocked_send(END_CALL, sizeof END_CALL, answer);
   return received == 0 || received == PORT_ERROR ? ZOP_ERR_NO_RESPONSE : ZOP_SUCCESS;
 }
 
@@ -77,7 +77,7 @@ bool end_call_if_port_is_free() {
     SIO_USED_LOCK = 0;
     return true;
   }
-  if (send_claimed_frame(port, END_CALL, sizeof END_CALL, 0) > 0) {
+  if (send_claimed_request(port, END_CALL, sizeof END_CALL) > 0) {
     uint8_t answer[RESPONSE_SIZE];
     (void)read_answer(port, answer);
   }

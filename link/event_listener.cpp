@@ -68,7 +68,7 @@ static int32_t listener_exchange(uint8_t subcommand) {
   if (diag_status() == 0) return PORT_ERROR;
   if (!try_claim_port()) return NOTHING_DONE;
   PortUse port;
-  int32_t written = send_claimed_frame(port, thread_ft_buff, REQUEST_SIZE, 0);
+  int32_t written = send_claimed_request(port, thread_ft_buff, REQUEST_SIZE);
   if (written == PORT_ERROR) return written;
   int32_t received = read_answer(port, thread_fr_buff);
   if (received < 0) return received;

@@ -91,19 +91,24 @@ int32_t decode_frame(uint8_t* buffer, uint32_t length, uint8_t* scratch, int32_t
   return 0;
 }
 
-int32_t send_claimed_frame(const PortUse& port, const uint8_t* data, uint32_t length,
-                           int32_t leading_flag) {
-  uint32_t framed = encode_frame(m_pTxBuf, data, length, leading_flag != 0);
-  m_nTxLen = static_cast<int32_t>(framed);
-  return write_claimed(port, m_pTxBuf, framed);
-}
-
 // The port is claimed before the frame is built: a sender that waits for another's exchange to end
 // must not find its frame overwritten meanwhile.
 int32_t send_frame(const PortUse& port, const uint8_t* data, uint32_t length,
                    int32_t leading_flag) {
   if (length > MAX_FRAME_PAYLOAD || !claim_port(port)) return PORT_ERROR;
-  return send_claimed_frame(port, data, length, leading_flag);
+  uint32_t framed = encode_frame(m_pTxBuf, data, length, leading_flag != 0);
+  m_nTxLen = static_cast<int32_t>(framed);
+  return write_claimed(port, m_pTxBuf, framed);
+}
+
+int32_t send_claimed_request(const PortUse& port, const uint8_t* data, uint32_t length) {
+  uint8_t frame[2 * (MAX_UNLOCKED_REQUEST + 2) + 1];
+  if (length > MAX_UNLOCKED_REQUEST) return PORT_ERROR;
+  return write_claimed(port, frame, encode_frame(frame, data, length, false));
+}
+
+int32_t send_request(const PortUse& port, const uint8_t* data, uint32_t length) {
+  return claim_port(port) ? send_claimed_request(port, data, length) : PORT_ERROR;
 }
 
 int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_flag) {

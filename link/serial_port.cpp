@@ -183,6 +183,7 @@ static int32_t read_frame(const PortUse& port, uint8_t* buffer, int limit_s) {
     if (n == 0 && ++empty_reads == MAX_EMPTY_READS) return fail(port, PORT_ERROR);
     held += static_cast<int32_t>(n);
     if (held > 0 && buffer[held - 1] == FRAME_FLAG) {
+      if (!port.is_current()) return PORT_ERROR;  // the claim is another exchange's
       SIO_USED_LOCK = 0;
       return held;
     }

@@ -1,11 +1,8 @@
 #!/bin/sh
 # Every function against every fault of the line, under sanitizers; writes docs/faults.md, and every
-# row to build/address-undefined/faults.json.
+# row to build/address/faults.json.
 set -e
-build=build/address-undefined
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZOP_SANITIZE=address,undefined \
-  --log-level=WARNING > /dev/null
-cmake --build "$build" -j "$(nproc)" --target zop_faults
+build=$(sh scripts/sanitized_build.sh address zop_faults)
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:abort_on_error=1
 export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
 "$build/zop_faults" --markdown docs/faults.md --json "$build/faults.json"

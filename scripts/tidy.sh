@@ -1,12 +1,11 @@
 #!/bin/sh
-# Builds with clang, warnings as errors, and runs clang-tidy over the module's rooms and the tools.
-# Without precompiled headers: each source must include what it uses.
+# Runs clang-tidy over the module's rooms and the tools, as clang would compile them without
+# precompiled headers: each source must include what it uses.
 set -e
-build=build/clang
+build=build/tidy
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang \
-  -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_FLAGS_DEBUG= -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
+  -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DZOP_TESTS=OFF \
   --log-level=WARNING > /dev/null
-cmake --build "$build" -j "$(nproc)"
 # The paths that are tried in a function: a third of the usual, in half the time.
 to_analyzer=--extra-arg=-Xclang
 effort="$to_analyzer --extra-arg=-analyzer-config $to_analyzer --extra-arg=max-nodes=75000"

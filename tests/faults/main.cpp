@@ -43,7 +43,7 @@ static void look_for_hang(int) {
 
 static void catch_crashes() {
   signal(SIGABRT, [](int) { end_at_row("zop_faults: aborted: "); });
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef ZOP_SANITIZED
   for (int crash : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
     signal(crash, [](int) { end_at_row("zop_faults: crashed: "); });
   }

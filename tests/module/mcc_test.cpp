@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "commands/exchange.h"
+#include "link/frame_codec.h"
 #include "tests/module/module_fixture.h"
 
 using namespace test;
@@ -155,7 +156,9 @@ TEST_F(Mcc, bad_arguments_and_a_modem_that_does_not_tell) {
 TEST_F(Mcc, leaves_the_command_buffers_alone) {
   memset(ft_buff, 0x11, 8);
   memset(fr_buff, 0x22, 8);
+  memset(m_pTxBuf, 0x33, 8);
   EXPECT_EQ(ask("310"), VURN_OK);
   EXPECT_EQ(ft_buff[0], 0x11);
   EXPECT_EQ(fr_buff[0], 0x22);
+  EXPECT_EQ(m_pTxBuf[0], 0x33);
 }
