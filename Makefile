@@ -70,7 +70,7 @@ bench: setup ## benchmarks beside their floors
 
 figures: bench ## the benchmarks as a page with plots, docs/figures.md
 	@sh scripts/setup.sh figures
-	@python3 scripts/figures.py $(RELEASE)/benchmarks.json
+	@python3 scripts/figures.py $(RELEASE)/bench_programs.json $(RELEASE)/bench_module.json
 
 clean: ## remove everything that was built
 	rm -rf build

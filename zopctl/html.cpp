@@ -99,6 +99,15 @@ static std::string output_of(const Arguments& arguments, const std::vector<std::
   return output;
 }
 
+static std::vector<page::Recording> read_input(const std::string& input,
+                                               const zop_log_item* items) {
+  bool is_standard = input == "-";
+  std::string name = is_standard ? "standard input" : input;
+  FILE* file = is_standard ? fdopen(dup(STDIN_FILENO), "r") : fopen(input.c_str(), "re");
+  if (file == nullptr) throw Failure(name + ": " + strerror(errno));
+  return page::read_recordings(file, name, items);
+}
+
 Findings html(const ModuleLibrary& module, const Arguments& arguments) {
   const std::vector<std::string>& inputs = arguments.lists.at("INPUT");
   if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
@@ -107,7 +116,7 @@ Findings html(const ModuleLibrary& module, const Arguments& arguments) {
   std::string output = output_of(arguments, inputs);
   std::vector<page::Recording> recordings;
   for (const std::string& input : inputs) {
-    std::vector<page::Recording> read = page::read_recordings(input, module);
+    std::vector<page::Recording> read = read_input(input, *module.gLogItems);
     std::move(read.begin(), read.end(), std::back_inserter(recordings));
   }
   write_page(output, page::page_of(recordings));

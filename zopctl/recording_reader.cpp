@@ -19,11 +19,9 @@ constexpr char LOG_SECTION[] = "other";  // of items that the module does not kn
 
 class RecordingReader {
  public:
-  RecordingReader(const std::string& name, const ModuleLibrary& module)
-      : name_(name == "-" ? "standard input" : name) {
-    learn_sections(module);
-    file_.reset(name == "-" ? fdopen(dup(STDIN_FILENO), "r") : fopen(name.c_str(), "re"));
-    if (file_ == nullptr) throw Failure(name_ + ": " + strerror(errno));
+  RecordingReader(std::FILE* file, std::string name, const zop_log_item* items)
+      : name_(std::move(name)), file_(file) {
+    learn_sections(items);
   }
   ~RecordingReader() { free(line_); }
   RecordingReader(const RecordingReader&) = delete;
@@ -32,7 +30,7 @@ class RecordingReader {
   std::vector<Recording> read();
 
  private:
-  void learn_sections(const ModuleLibrary& module);
+  void learn_sections(const zop_log_item* items);
   bool next_line();
   void take_line();
   void take(const Json& object);
@@ -61,9 +59,9 @@ void RecordingReader::fail(const std::string& why) const {
 }
 
 // "      ********* MODEM *********" heads the section "modem".
-void RecordingReader::learn_sections(const ModuleLibrary& module) {
+void RecordingReader::learn_sections(const zop_log_item* items) {
   std::string section = LOG_SECTION;
-  for (const zop_log_item* item = *module.gLogItems; item->type != ZOP_ITEM_END; ++item) {
+  for (const zop_log_item* item = items; item->type != ZOP_ITEM_END; ++item) {
     if (item->label == nullptr) continue;
     if (item->type == ZOP_ITEM_HEADER) {
       section.clear();
@@ -188,8 +186,9 @@ std::vector<Recording> RecordingReader::read() {
   return std::move(recordings_);
 }
 
-std::vector<Recording> read_recordings(const std::string& name, const ModuleLibrary& module) {
-  return RecordingReader(name, module).read();
+std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
+                                       const zop_log_item* items) {
+  return RecordingReader(file, name, items).read();
 }
 
 }  // namespace zopctl::page

@@ -1,16 +1,19 @@
 // Reads what a page is made from: a report, samples, or the reports of many devices' logs.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
-#include "zopctl/module_library.h"
+#include "include/zop_diag_info.h"
 #include "zopctl/recording.h"
 
 namespace zopctl::page {
 
-// One recording a file, of a log one a device. "-" is standard input. Throws Failure with file and
-// line for what is none of these; a last line that its recorder could not end is told and left out.
-std::vector<Recording> read_recordings(const std::string& name, const ModuleLibrary& module);
+// One recording a file, of a log one a device; closes the file. items is the module's table, which
+// tells the section of each item. Throws Failure with the file's name and the line for what is none
+// of these; a last line that its recorder could not end is told and left out.
+std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
+                                       const zop_log_item* items);
 
 }  // namespace zopctl::page
