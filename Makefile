@@ -46,8 +46,9 @@ format: setup ## lay out the sources
 check-format: setup ## fail when a source is not laid out
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run -Werror
 
-tidy: setup ## static checks by cppcheck and clang-tidy
+tidy: setup ## static checks by cppcheck, gcc's analyzer and clang-tidy
 	@sh scripts/cppcheck.sh
+	@sh scripts/analyze.sh
 	@sh scripts/tidy.sh
 
 asan: setup ## tests under the address and undefined-behaviour sanitizers

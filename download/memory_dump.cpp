@@ -95,23 +95,29 @@ static bool set_path(Region* region, const char* name) {
   return true;
 }
 
-// The text at *at, which moves behind its terminator. Null when there is none before the end.
-static const char* take_text(const uint8_t** at, const uint8_t* end) {
+// Moves *at behind the text that it stands at. False when nothing before the end terminates it.
+static bool skip_text(const uint8_t** at, const uint8_t* end) {
   const void* terminator = memchr(*at, 0, static_cast<size_t>(end - *at));
-  if (terminator == nullptr) return nullptr;
-  const void* text = *at;
+  if (terminator == nullptr) return false;
   *at = static_cast<const uint8_t*>(terminator) + 1;
-  return static_cast<const char*>(text);
+  return true;
 }
 
-static bool is_whole_entry(const uint8_t* at, const uint8_t* end) {
-  if (end - at < ENTRY_TEXTS) return false;
-  const uint8_t* texts = at + ENTRY_TEXTS;
-  return take_text(&texts, end) != nullptr && take_text(&texts, end) != nullptr;
+// Moves *at behind an entry with both of its texts. False when it is not whole.
+static bool skip_entry(const uint8_t** at, const uint8_t* end) {
+  if (end - *at < ENTRY_TEXTS) return false;
+  *at += ENTRY_TEXTS;
+  return skip_text(at, end) && skip_text(at, end);
+}
+
+// The text at *at, which moves behind it; none when nothing terminates it.
+static const char* take_text(const uint8_t** at, const uint8_t* end) {
+  const void* text = *at;
+  return skip_text(at, end) ? static_cast<const char*>(text) : "";
 }
 
 // An entry that is whole: both of its texts are there.
-static bool take_entry(const uint8_t** at, const uint8_t* end) {
+static void take_entry(const uint8_t** at, const uint8_t* end) {
   Region& region = gRegions[gRegionCount];
   region = {};
   region.descriptor = -1;
@@ -120,9 +126,7 @@ static bool take_entry(const uint8_t** at, const uint8_t* end) {
   region.length = get_be32(*at + ENTRY_LENGTH);
   *at += ENTRY_TEXTS;
   snprintf(region.description, sizeof region.description, "%s", take_text(at, end));
-  if (!set_path(&region, take_text(at, end))) return false;
-  ++gRegionCount;
-  return true;
+  if (set_path(&region, take_text(at, end))) ++gRegionCount;
 }
 
 // A list that is not whole is a bad reply, and asked for again; a list that is whole and can't be
@@ -134,10 +138,7 @@ bool accept_region_list(const Reply& reply) {
   if (length > reply.length - LIST) return false;
   const uint8_t* end = reply.bytes + LIST + length;
   for (const uint8_t* at = reply.bytes + LIST; at < end;) {
-    if (!is_whole_entry(at, end)) return false;
-    at += ENTRY_TEXTS;
-    take_text(&at, end);
-    take_text(&at, end);
+    if (!skip_entry(&at, end)) return false;
   }
   gBadList = false;
   gRegionCount = 0;
