@@ -107,7 +107,10 @@ static bool skip_text(const uint8_t** at, const uint8_t* end) {
 static bool skip_entry(const uint8_t** at, const uint8_t* end) {
   if (end - *at < ENTRY_TEXTS) return false;
   *at += ENTRY_TEXTS;
-  return skip_text(at, end) && skip_text(at, end);
+  for (int text = 0; text < 2; ++text) {
+    if (!skip_text(at, end)) return false;
+  }
+  return true;
 }
 
 // The text at *at, which moves behind it; none when nothing terminates it.

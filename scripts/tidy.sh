@@ -6,13 +6,17 @@ build=build/tidy
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang \
   -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DZOP_TESTS=OFF \
   --log-level=WARNING > /dev/null
-# The paths that are tried in a function: a third of the usual, in half the time.
-to_analyzer=--extra-arg=-Xclang
-effort="$to_analyzer --extra-arg=-analyzer-config $to_analyzer --extra-arg=max-nodes=75000"
+check() {
+  xargs -n 4 -P "$(nproc)" clang-tidy -p "$build" --quiet "$@" --warnings-as-errors='*' 2>&1 |
+    { grep -vE '^[0-9]+ warnings? generated|^$' || true; } >> "$build/tidy.log"
+}
+: > "$build/tidy.log"
 git ls-files 'core/*.cpp' 'link/*.cpp' 'commands/*.cpp' 'report/*.cpp' 'module/*.cpp' \
-  'download/*.cpp' 'simulator/*.cpp' 'zopctl/*.cpp' |
-  xargs -n 4 -P "$(nproc)" clang-tidy -p "$build" --quiet $effort --warnings-as-errors='*' 2>&1 |
-  { grep -vE '^[0-9]+ warnings? generated|^$' || true; } > "$build/tidy.log"
+  'download/*.cpp' | check
+# Of the tools' functions a ninth of the usual paths, in two thirds of the time.
+to_analyzer=--extra-arg=-Xclang
+git ls-files 'simulator/*.cpp' 'zopctl/*.cpp' |
+  check $to_analyzer --extra-arg=-analyzer-config $to_analyzer --extra-arg=max-nodes=25000
 if [ -s "$build/tidy.log" ]; then
   cat "$build/tidy.log"
   exit 1
