@@ -10,12 +10,14 @@ static void require(bool holds) {
   if (!holds) abort();
 }
 
-// ",n=" and a number end the last line of a report.
+// ",n=" and a number end the last line of a report; one that no computer word holds is none.
 static bool says_how_many(const std::string& line) {
+  constexpr size_t MOST_DIGITS = 19;
   size_t at = line.rfind(",n=");
-  if (at == std::string::npos || at + 3 == line.size() || line.size() - at > 20) return false;
-  size_t digits = line.find_first_not_of("0123456789", at + 3);
-  return digits == std::string::npos && line.find_first_not_of('0', at + 3) != std::string::npos;
+  if (at == std::string::npos) return false;
+  size_t number = line.find_first_not_of('0', at + 3);
+  if (number == std::string::npos || line.size() - number > MOST_DIGITS) return false;
+  return line.find_first_not_of("0123456789", number) == std::string::npos;
 }
 
 // Counts the lines that reports are made of; they may be no more than there were.
