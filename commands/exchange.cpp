@@ -22,18 +22,23 @@ void clear_memory() {
   memset(fr_buff, 0, sizeof fr_buff);
 }
 
+template <typename Send>
+static int32_t attempt(Send send, uint8_t* response) {
+  PortUse port;
+  int32_t written = send(port);
+  if (written == PORT_ERROR || written == 0) return written;
+  return read_answer(port, response);
+}
+
 // A time-out has closed the port, so that a repeated attempt ends in the write's error unless the
 // link was opened again meanwhile.
 template <typename Send>
 static int32_t send_and_receive(Send send, uint8_t* response) {
-  for (int attempt = 1;; ++attempt) {
-    PortUse port;
-    int32_t written = send(port);
-    if (written == PORT_ERROR || written == 0) return written;
-    int32_t received = read_answer(port, response);
+  for (int attempts = 1;; ++attempts) {
+    int32_t received = attempt(send, response);
     if (received != PORT_TIMEOUT) return received;
     usleep(RETRY_PAUSE_US);
-    if (attempt == SEND_ATTEMPTS) return PORT_TIMEOUT;
+    if (attempts == SEND_ATTEMPTS) return PORT_TIMEOUT;
   }
 }
 

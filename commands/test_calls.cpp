@@ -71,12 +71,9 @@ unsigned zop_end_call_test() {
 }
 
 bool end_call_if_port_is_free() {
-  if (!try_claim_port()) return false;
   PortUse port;
-  if (port.fd == 0) {
-    SIO_USED_LOCK = 0;
-    return true;
-  }
+  if (port.fd == 0) return true;
+  if (!try_claim_port(port)) return false;
   if (send_claimed_request(port, END_CALL, sizeof END_CALL) > 0) {
     uint8_t answer[RESPONSE_SIZE];
     (void)read_answer(port, answer);

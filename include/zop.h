@@ -80,10 +80,11 @@ typedef struct {
 /* ---- link ---- */
 
 /* Opens the serial device and proves that a modem answers, in up to 5 attempts.
+ * Waits up to 6 s for exchanges of other threads that are under way on a link it closes.
  * 0 link up, 1 not opened or no answer, 2 read error, 3 reserved. */
 unsigned int zop_open(const char* path);
 
-/* Closes the link. */
+/* Closes the link and ends the listening to events. */
 void zop_close(void);
 
 /* ---- the exchange itself, for commands of the host's own ---- */

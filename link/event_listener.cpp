@@ -66,8 +66,8 @@ static int32_t listener_exchange(uint8_t subcommand) {
   thread_ft_buff[1] = subcommand;
   thread_ft_buff[2] = 0;
   if (diag_status() == 0) return PORT_ERROR;
-  if (!try_claim_port()) return NOTHING_DONE;
   PortUse port;
+  if (!try_claim_port(port)) return NOTHING_DONE;
   int32_t written = send_claimed_request(port, thread_ft_buff, REQUEST_SIZE);
   if (written == PORT_ERROR) return written;
   int32_t received = read_answer(port, thread_fr_buff);
@@ -257,6 +257,16 @@ bool time_call_by_listener(uint32_t timeout_s) {
 }
 
 // ---- alarms ----
+
+// A host that unloads the module must not be sent into code that is gone.
+__attribute__((destructor)) static void take_alarm_handlers_away() {
+  struct sigaction action;
+  if (sigaction(SIGALRM, nullptr, &action) != 0) return;
+  if (action.sa_handler != callback_debug_close && action.sa_handler != callback_function) return;
+  alarm(0);
+  action.sa_handler = SIG_IGN;
+  sigaction(SIGALRM, &action, nullptr);
+}
 
 void zop_debug_end_callback() {
   if (zop_debug_end_callback_status == 1) return;

@@ -103,12 +103,12 @@ int32_t send_frame(const PortUse& port, const uint8_t* data, uint32_t length,
 
 int32_t send_claimed_request(const PortUse& port, const uint8_t* data, uint32_t length) {
   uint8_t frame[2 * (MAX_UNLOCKED_REQUEST + 2) + 1];
-  if (length > MAX_UNLOCKED_REQUEST) return PORT_ERROR;
   return write_claimed(port, frame, encode_frame(frame, data, length, false));
 }
 
 int32_t send_request(const PortUse& port, const uint8_t* data, uint32_t length) {
-  return claim_port(port) ? send_claimed_request(port, data, length) : PORT_ERROR;
+  if (length > MAX_UNLOCKED_REQUEST || !claim_port(port)) return PORT_ERROR;
+  return send_claimed_request(port, data, length);
 }
 
 int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_flag) {

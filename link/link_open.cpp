@@ -38,7 +38,7 @@ static unsigned end_open(unsigned result) {
 
 unsigned int zop_open(const char* path) {
   for (int attempt = 0; attempt < OPEN_ATTEMPTS; ++attempt) {
-    SIO_USED_LOCK = 0;
+    diag_settle();  // what still fails on the old link schedules no shutdown of the new one
     zop_debug_end_callback_status = 0;
     int32_t opened = diag_open(path);
     if (opened == PORT_TIMEOUT) return OPEN_RESERVED;  // a result that diag_open never gives
@@ -55,4 +55,7 @@ unsigned int zop_open(const char* path) {
   return end_open(OPEN_FAILED);
 }
 
-void zop_close() { diag_close(); }
+void zop_close() {
+  diag_close();
+  zop_debug_stop();
+}

@@ -47,8 +47,8 @@ PortUse::~PortUse() {
   }
 }
 
-// Gives the descriptor back, now or when its last use ends. The word holds one that waits; a second
-// would need a port closed twice within one exchange, and is not waited for.
+// Gives the descriptor back, now or when its last use ends. The word holds one that waits: another
+// port is opened only when the uses of the one before have ended.
 static void release_descriptor(int fd) {
   tcsetattr(fd, TCSANOW, &oldtio);
   uint32_t uses = port_uses;
@@ -92,17 +92,24 @@ static void apply_line_settings(int fd) {
   tcsetattr(fd, TCSANOW, &newtio);
 }
 
-int32_t diag_open(const char* path) {
+// Nobody uses a closed port for longer than an answer may take.
+void diag_settle() {
+  constexpr int MOST_PAUSES = (ANSWER_LIMIT_S + 1) * (1'000'000 / BUSY_PAUSE_US);
   diag_close();
+  for (int pause = 0; pause < MOST_PAUSES && port_uses >= ONE_USE; ++pause) usleep(BUSY_PAUSE_US);
+  SIO_USED_LOCK = 0;
+}
+
+int32_t diag_open(const char* path) {
+  diag_settle();
   int fd = open_above_standard_streams(path);
   if (fd >= FD_SETSIZE) {  // select can't watch it
     close(fd);
     fd = -1;
   }
+  if (fd >= 0) apply_line_settings(fd);
   SER_SIG = fd;
-  if (fd < 0) return PORT_ERROR;
-  apply_line_settings(fd);
-  return 1;
+  return fd >= 0 ? 1 : PORT_ERROR;
 }
 
 void diag_close() {
@@ -112,18 +119,18 @@ void diag_close() {
 
 int32_t diag_status() { return SER_SIG != 0 ? 1 : 0; }
 
-bool try_claim_port() {
+bool try_claim_port(const PortUse& port) {
   uint32_t idle = 0;
-  return SIO_USED_LOCK.compare_exchange_strong(idle, 1);
+  if (!SIO_USED_LOCK.compare_exchange_strong(idle, 1)) return false;
+  if (port.is_current()) return true;
+  SIO_USED_LOCK = 0;
+  return false;
 }
 
 bool claim_port(const PortUse& port) {
   for (int test = 0; test < MAX_BUSY_TESTS; ++test) {
-    if (try_claim_port()) {
-      if (port.is_current()) return true;
-      SIO_USED_LOCK = 0;
-      return false;
-    }
+    if (try_claim_port(port)) return true;
+    if (!port.is_current()) return false;
     usleep(BUSY_PAUSE_US);
   }
   fail(port, PORT_ERROR);

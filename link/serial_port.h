@@ -27,7 +27,11 @@ extern std::atomic<uint32_t> SIO_USED_LOCK;
 // Set while a download erases the modem's file system, which takes long: dload_read waits longer.
 extern uint8_t efs_clear;
 
-// Opens the device read-write and sets it to 115200 baud 8N1, raw. 1, or PORT_ERROR.
+// Closes the port, and waits for the exchanges under way on other threads: up to 6 s. Their answers
+// would otherwise be taken for those of the next requests. Nobody has a claim afterwards.
+void diag_settle();
+
+// Settles, opens the device read-write and sets it to 115200 baud 8N1, raw. 1, or PORT_ERROR.
 int32_t diag_open(const char* path);
 
 // Restores the line settings found at open and closes the port. Always leaves SER_SIG at 0.
@@ -55,8 +59,8 @@ class PortUse {
 // the port has been closed, or is another one by now.
 bool claim_port(const PortUse& port);
 
-// Claims the port if it is free, without waiting and without closing anything.
-bool try_claim_port();
+// Claims the port if it is free and still the same, without waiting and without closing anything.
+bool try_claim_port(const PortUse& port);
 
 // Writes to the claimed port: length, PORT_ERROR, or 0 when 15 writes did not suffice.
 int32_t write_claimed(const PortUse& port, const uint8_t* buffer, uint32_t length);

@@ -251,6 +251,32 @@ TEST_F(Listener, a_stop_lets_the_exchange_under_way_end) {
   }
 }
 
+// A download opens the port next, and speaks another language.
+TEST_F(Listener, is_stopped_by_a_close) {
+  start();
+  zop_close();
+  EXPECT_EQ(THREAD_STATUS, unsigned{LISTENER_STOPPED});
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  world.advance(3s);
+  EXPECT_EQ(asked(), "");
+}
+
+// Its answer is its own: it is not taken for the next one's, and its claim goes with it.
+TEST_F(Listener, an_exchange_under_way_ends_before_the_port_opens_anew) {
+  for (int ms = 0; ms < 700; ms += 35) {
+    modem.delay = 0ms;
+    start();
+    modem.delay = 150ms;
+    world.advance(std::chrono::milliseconds(ms));
+    diag_close();
+    ASSERT_EQ(diag_open(DEVICE), 1);
+    int32_t rssi = 0;
+    EXPECT_EQ(zop_get_rssi(&rssi), ZOP_SUCCESS) << ms;
+    EXPECT_EQ(rssi, -75) << ms;
+    zop_debug_stop();
+  }
+}
+
 TEST_F(Listener, a_dead_link_stops_it_a_second_later) {
   start();
   modem.unplugged = true;

@@ -109,7 +109,7 @@ TEST_F(SerialPort, the_claim_lasts_from_write_to_the_end_of_the_answer) {
   modem.answers = {{{hex("01 02")}, {hex("03"), 4s}, {hex("04 7e 05"), 4s}, {hex("06 7e"), 4s}}};
   ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
   EXPECT_EQ(SIO_USED_LOCK, 1u);
-  EXPECT_FALSE(try_claim_port());
+  EXPECT_FALSE(try_claim_port(PortUse()));
   // A piece that does not end in a flag is joined with the next, even when a flag is inside it.
   EXPECT_EQ(diag_read(answer), 8);
   EXPECT_EQ(to_hex({answer, 8}), "01 02 03 04 7e 05 06 7e");
