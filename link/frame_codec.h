@@ -1,8 +1,8 @@
 // HDLC-like frames of the modem's diagnostic port (RFC 1662): payload, CRC-16/X.25 low byte first,
 // 0x7D and 0x7E stuffed, closing flag 0x7E.
 //
-// The module-wide buffers hold the last frame built and the last answer decoded. Both
-// belong to the holder of the module's lock, the transmit buffer once the port is claimed.
+// The module-wide buffers hold the last frame built and the last answer decoded. Both belong to the
+// holder of the module's lock, the transmit buffer once the port is claimed.
 #pragma once
 
 #include <stdint.h>

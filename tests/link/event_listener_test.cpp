@@ -39,6 +39,13 @@ class Listener : public testing::Test {
     ASSERT_EQ(zop_debug_start(1), ZOP_SUCCESS);
     modem.payloads.clear();
   }
+  // An exchange may be under way then: answers take 150 ms.
+  void start_and_wait(int ms) {
+    modem.delay = 0ms;
+    start();
+    modem.delay = 150ms;
+    world.advance(std::chrono::milliseconds(ms));
+  }
   // Subcommands of the requests, as characters.
   std::string asked() {
     std::string text;
@@ -237,10 +244,7 @@ TEST_F(Listener, two_senders_never_mix) {
 
 TEST_F(Listener, a_stop_lets_the_exchange_under_way_end) {
   for (int ms = 0; ms < 700; ms += 35) {
-    modem.delay = 0ms;
-    start();
-    modem.delay = 150ms;
-    world.advance(std::chrono::milliseconds(ms));
+    start_and_wait(ms);
     Time before = world.now();
     EXPECT_EQ(zop_debug_stop(), ZOP_SUCCESS);
     EXPECT_LE(world.now() - before, Time(150ms));
@@ -264,10 +268,7 @@ TEST_F(Listener, is_stopped_by_a_close) {
 // Its answer is its own: it is not taken for the next one's, and its claim goes with it.
 TEST_F(Listener, an_exchange_under_way_ends_before_the_port_opens_anew) {
   for (int ms = 0; ms < 700; ms += 35) {
-    modem.delay = 0ms;
-    start();
-    modem.delay = 150ms;
-    world.advance(std::chrono::milliseconds(ms));
+    start_and_wait(ms);
     diag_close();
     ASSERT_EQ(diag_open(DEVICE), 1);
     int32_t rssi = 0;
