@@ -1,6 +1,5 @@
 // Modem configuration: band, modes, reset, factory test, NV backup, PDP profiles.
 #include "commands/exchange.h"
-#include "link/serial_port.h"
 
 enum { MODE_CONTROL = 41 };
 enum { GSM_BANDS = 3, WCDMA_BANDS = 5 };  // kinds of a search order
@@ -70,7 +69,7 @@ unsigned zop_set_backup(uint32_t step) {
   if (step < 1 || step > sizeof BACKUP_COMMANDS) return ZOP_ERR_INVALID_ARGUMENT;
   ft_buff[0] = BACKUP_COMMANDS[step - 1];
   if (step == STEP_WITHOUT_ANSWER) {
-    send_without_answer(1);
+    send_unanswered({ft_buff, 1});
     return ZOP_SUCCESS;
   }
   if (unsigned error = mode_tracking_direct_exchange(1)) return error;

@@ -5,55 +5,16 @@
 #include "commands/exchange.h"
 
 #include <string.h>
-#include <unistd.h>
 
 #include "core/bytes.h"
-#include "link/frame_codec.h"
-#include "link/serial_port.h"
 
-enum { SEND_ATTEMPTS = 3, RETRY_PAUSE_US = 2000 };
-
-constinit uint8_t ft_buff[COMMAND_BUFFER_SIZE] = {};  // request
-constinit uint8_t fr_buff[COMMAND_BUFFER_SIZE] = {};  // response; raw, then unframed in place
+constinit uint8_t ft_buff[RESPONSE_SIZE] = {};  // request
+constinit uint8_t fr_buff[RESPONSE_SIZE] = {};  // response, unframed
 constinit uint32_t iSubSystemID = 0;
 
 void clear_memory() {
   memset(ft_buff, 0, sizeof ft_buff);
   memset(fr_buff, 0, sizeof fr_buff);
-}
-
-template <typename Send>
-static int32_t attempt(Send send, uint8_t* response) {
-  PortUse port;
-  int32_t written = send(port);
-  if (written == PORT_ERROR || written == 0) return written;
-  return read_answer(port, response);
-}
-
-// A time-out has closed the port, so that a repeated attempt ends in the write's error unless the
-// link was opened again meanwhile.
-template <typename Send>
-static int32_t send_and_receive(Send send, uint8_t* response) {
-  for (int attempts = 1;; ++attempts) {
-    int32_t received = attempt(send, response);
-    if (received != PORT_TIMEOUT) return received;
-    usleep(RETRY_PAUSE_US);
-    if (attempts == SEND_ATTEMPTS) return PORT_TIMEOUT;
-  }
-}
-
-int zop_send(int length, int leading_flag) {
-  if (length < 0 || length > COMMAND_BUFFER_SIZE) return PORT_ERROR;
-  auto send = [=](const PortUse& port) {
-    return send_frame(port, ft_buff, static_cast<uint32_t>(length), leading_flag);
-  };
-  return send_and_receive(send, fr_buff);
-}
-
-int32_t unlocked_send(const uint8_t* request, uint32_t length,
-                      uint8_t (&response)[COMMAND_BUFFER_SIZE]) {
-  auto send = [=](const PortUse& port) { return send_request(port, request, length); };
-  return send_and_receive(send, response);
 }
 
 int zop_check_buffer_size(int have, int need) { return have >= need ? 1 : 0; }
@@ -95,36 +56,43 @@ void put_request(size_t offset, const void* data, size_t length) {
   memcpy(ft_buff + offset, data, length < room ? length : room);
 }
 
-// Unframes a response of received bytes, its closing flag included. A time-out's -2 is refused as
-// well: it can't be a frame's length.
-static unsigned unframe(int received) {
-  if (DiagPacketRXCRC(fr_buff, static_cast<uint32_t>(received - 1)) != 0) {
-    return ZOP_ERR_BAD_RESPONSE;
-  }
-  size_t payload = static_cast<size_t>(m_nRxLen);
-  memset(fr_buff + payload, 0, sizeof fr_buff - payload);
+static int32_t send_buffer(int length, bool leading_flag, const ExchangePolicy& policy,
+                           Response* response) {
+  if (length < 0 || length > RESPONSE_SIZE) return PORT_ERROR;
+  Request request = {ft_buff, static_cast<uint32_t>(length), leading_flag};
+  return line_exchange(request, policy, response);
+}
+
+int zop_send(int length, int leading_flag) {
+  Response response = {fr_buff};
+  int32_t received = send_buffer(length, leading_flag != 0, COMMAND_POLICY, &response);
+  return received == PORT_UNSENT ? int{PORT_ERROR} : received;
+}
+
+// A time-out counts as an answer that can't be unframed.
+static unsigned result_of(int32_t received, const Response& response) {
+  if (received <= 0 && received != PORT_TIMEOUT) return ZOP_ERR_NO_RESPONSE;
+  if (received == PORT_TIMEOUT || response.length < 0) return ZOP_ERR_BAD_RESPONSE;
+  return ZOP_SUCCESS;
+}
+
+static unsigned exchange_by(const ExchangePolicy& policy, int length) {
+  Response response = {fr_buff};
+  int32_t received = send_buffer(length, false, policy, &response);
+  if (unsigned error = result_of(received, response)) return error;
   if (amss_invalid_rsp_check(fr_buff[0], ft_buff[0]) < 0) return ZOP_ERR_BAD_RESPONSE;
   return ZOP_SUCCESS;
 }
 
-unsigned exchange(int length) {
-  int received = zop_send(length, 0);
-  if (received == 0 || received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
-  return unframe(received);
-}
+unsigned exchange(int length) { return exchange_by(COMMAND_POLICY, length); }
 
-unsigned unlocked_exchange(const uint8_t* request, uint32_t length,
-                           uint8_t (&response)[COMMAND_BUFFER_SIZE]) {
+unsigned direct_exchange(int length) { return exchange_by(DIRECT_POLICY, length); }
+
+unsigned unlocked_exchange(const Request& request, uint8_t (&answer)[RESPONSE_SIZE]) {
   if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
-  int32_t received = unlocked_send(request, length, response);
-  if (received == 0 || received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
-  uint8_t scratch[COMMAND_BUFFER_SIZE];
-  int32_t payload;
-  if (decode_frame(response, static_cast<uint32_t>(received - 1), scratch, &payload) != 0) {
-    return ZOP_ERR_BAD_RESPONSE;
-  }
-  memset(response + payload, 0, sizeof response - static_cast<size_t>(payload));
-  return ZOP_SUCCESS;
+  Response response = {answer};
+  int32_t received = line_exchange(request, COMMAND_POLICY, &response);
+  return result_of(received, response);
 }
 
 static unsigned track_mode(unsigned result) {
@@ -135,19 +103,6 @@ static unsigned track_mode(unsigned result) {
 unsigned mode_tracking_exchange(int length) { return track_mode(exchange(length)); }
 
 unsigned mode_tracking_direct_exchange(int length) { return track_mode(direct_exchange(length)); }
-
-unsigned direct_exchange(int length) {
-  PortUse port;
-  (void)send_frame(port, ft_buff, static_cast<uint32_t>(length), 0);  // the read tells
-  int32_t received = read_answer(port, fr_buff);
-  if (received == PORT_ERROR) return ZOP_ERR_NO_RESPONSE;
-  return unframe(received);
-}
-
-void send_without_answer(int length) {
-  (void)DiagPacketTXCRC(ft_buff, static_cast<uint32_t>(length), 0);
-  SIO_USED_LOCK = 0;
-}
 
 unsigned status(StatusRule rule) {
   bool failed = false;
@@ -187,7 +142,7 @@ static void copy_field(const Field& field) {
 
 void copy_fields(std::initializer_list<Field> fields) {
   for (const Field& field : fields) {
-    if (field.offset + field.length <= COMMAND_BUFFER_SIZE) copy_field(field);
+    if (field.offset + field.length <= RESPONSE_SIZE) copy_field(field);
   }
 }
 

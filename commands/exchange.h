@@ -11,6 +11,7 @@
 #include <initializer_list>
 
 #include "include/zop.h"
+#include "link/exchange.h"
 #include "link/upcalls.h"
 
 // Offsets of the vendor request and answer.
@@ -65,26 +66,16 @@ void put_request(size_t offset, const void* data, size_t length);
 // ZOP_ERR_NO_RESPONSE or ZOP_ERR_BAD_RESPONSE.
 unsigned exchange(int length);
 
-// As exchange; an answer that can't be unframed also resets iSubSystemID.
-unsigned mode_tracking_exchange(int length);
-
-// As exchange, in one attempt without retry: the write's result is not looked at, and of the read's
-// only an I/O error is ZOP_ERR_NO_RESPONSE.
+// As exchange, in one attempt.
 unsigned direct_exchange(int length);
+
+// The same; an answer that can't be unframed also resets iSubSystemID.
+unsigned mode_tracking_exchange(int length);
 unsigned mode_tracking_direct_exchange(int length);
 
-// Sends the first length bytes of a request that has no answer, and frees the port at once.
-void send_without_answer(int length);
-
-// The road of zop_send with buffers of the caller's own, for callers without the module's lock; a
-// request has up to MAX_UNLOCKED_REQUEST bytes.
-int32_t unlocked_send(const uint8_t* request, uint32_t length,
-                      uint8_t (&response)[COMMAND_BUFFER_SIZE]);
-
-// The same as a whole exchange: the answer, unframed, with zeros behind its payload, in response.
-// Results of exchange, or ZOP_ERR_NOT_OPEN.
-unsigned unlocked_exchange(const uint8_t* request, uint32_t length,
-                           uint8_t (&response)[COMMAND_BUFFER_SIZE]);
+// As exchange, with buffers of the caller's own, for callers without the module's lock; or
+// ZOP_ERR_NOT_OPEN.
+unsigned unlocked_exchange(const Request& request, uint8_t (&answer)[RESPONSE_SIZE]);
 
 // ZOP_ERR_MODEM_FAILURE when the part of the status that rule names is not 0.
 unsigned status(StatusRule rule);

@@ -11,8 +11,6 @@
 #include "commands/exchange.h"
 #include "core/bytes.h"
 #include "link/event_listener.h"
-#include "link/frame_codec.h"
-#include "link/serial_port.h"
 
 enum { MAX_NUMBER = 32 };
 
@@ -63,22 +61,21 @@ unsigned zop_originate_call_test(uint32_t timeout_s, const char* number) {
 }
 
 // The answer is read, to be out of the next command's way, and not looked at.
-unsigned zop_end_call_test() {
-  if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
-  uint8_t answer[RESPONSE_SIZE];
-  int32_t received = unlocked_send(END_CALL, sizeof END_CALL, answer);
-  return received == 0 || received == PORT_ERROR ? ZOP_ERR_NO_RESPONSE : ZOP_SUCCESS;
+static int32_t send_end_call(const ExchangePolicy& policy) {
+  uint8_t bytes[RESPONSE_SIZE];
+  Response response = {bytes};
+  return line_exchange({END_CALL, sizeof END_CALL}, policy, &response);
 }
 
-bool end_call_if_port_is_free() {
-  PortUse port;
-  if (port.fd == 0) return true;
-  if (!try_claim_port(port)) return false;
-  if (send_claimed_request(port, END_CALL, sizeof END_CALL) > 0) {
-    uint8_t answer[RESPONSE_SIZE];
-    (void)read_answer(port, answer);
-  }
-  return true;
+unsigned zop_end_call_test() {
+  if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;
+  int32_t received = send_end_call(COMMAND_POLICY);
+  return received > 0 || received == PORT_TIMEOUT ? ZOP_SUCCESS : ZOP_ERR_NO_RESPONSE;
+}
+
+bool end_call_if_port_is_free(bool (*wanted)()) {
+  if (diag_status() == 0) return true;
+  return send_end_call({try_claim_port, 1, 5000, 15'000, wanted}) != PORT_BUSY;
 }
 
 // Number and text are copied as they come, up to the end of the buffer; the fixed bytes win.
@@ -122,8 +119,8 @@ unsigned zop_get_err_clr(uint32_t index) {
 }
 
 unsigned zop_debug_mode_start() {
-  uint8_t answer[COMMAND_BUFFER_SIZE];
-  if (unsigned error = unlocked_exchange(DEBUG_MODE, sizeof DEBUG_MODE, answer)) return error;
+  uint8_t answer[RESPONSE_SIZE];
+  if (unsigned error = unlocked_exchange({DEBUG_MODE, sizeof DEBUG_MODE}, answer)) return error;
   return get_le16(answer + STATUS) != 0 ? ZOP_ERR_MODEM_FAILURE : ZOP_SUCCESS;
 }
 

@@ -5,6 +5,7 @@
 
 #include "download/image_set.h"
 #include "link/frame_codec.h"
+#include "link/serial_port.h"
 
 enum : uint8_t { FLAG = 0x7E };
 

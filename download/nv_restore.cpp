@@ -132,7 +132,7 @@ static bool nv_backup() {
 static bool nv_rebuild(const char* path) {
   clear_memory();
   ft_buff[0] = DIAG_NV_REBUILD;
-  send_without_answer(1);
+  send_unanswered({ft_buff, 1});
   zop_close();
   say("DLOAD: NV Rebuild");
   sleep(SETTLE_S);

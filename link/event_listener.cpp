@@ -1,8 +1,8 @@
 // The listener's thread, its exchanges and its stop.
 //
-// A stop never interrupts an exchange: it wakes the listener from its sleep, or waits until the
-// exchange under way has ended, so that no answer is left for the next command. The listener uses
-// the port only when it is free, and buffers that no command uses.
+// A stop wakes the listener from its sleep, and makes it abandon the exchange that it is in: the
+// next exchange drops the answer. The listener uses the port only when it is free, and buffers that
+// no command uses.
 #include "link/event_listener.h"
 
 #include <errno.h>
@@ -14,14 +14,14 @@
 #include <unistd.h>
 
 #include "include/zop.h"
-#include "link/frame_codec.h"
+#include "link/exchange.h"
 #include "link/serial_port.h"
 #include "link/upcalls.h"
 
 enum { TICK_MS = 500, TICKS_PER_SECOND = 2, SHUTDOWN_DELAY_S = 1 };
-enum { BUFFER_SIZE = 360, REQUEST_SIZE = 3, PAYLOAD = 5 };
+enum { BUFFER_SIZE = RESPONSE_SIZE, REQUEST_SIZE = 3, PAYLOAD = 5 };
 enum { FLAGS_REQUEST = '=', SCREEN_REQUEST = '4', SCREEN_SIZE = 345 };
-enum { NOTHING_DONE = 0, EXCHANGED = 1 };  // besides PORT_ERROR and PORT_TIMEOUT
+enum { NOTHING_DONE = 0, EXCHANGED = 1 };  // besides PORT_ERROR
 
 constinit std::atomic<uint32_t> THREAD_STATUS = LISTENER_STOPPED;
 constinit std::atomic<uint32_t> call_end_timeout = 0;
@@ -59,6 +59,10 @@ static void debugThreadMemClr() {
 
 // ---- exchanges ----
 
+static bool is_wanted() { return THREAD_STATUS != LISTENER_STOPPED; }
+
+static constexpr ExchangePolicy LISTENER_POLICY = {try_claim_port, 1, 5000, 15'000, is_wanted};
+
 // One request without payload, if the port is free. EXCHANGED with the answer in thread_fr_buff and
 // zeros behind it; NOTHING_DONE on a busy port or a damaged answer.
 static int32_t listener_exchange(uint8_t subcommand) {
@@ -66,22 +70,14 @@ static int32_t listener_exchange(uint8_t subcommand) {
   thread_ft_buff[1] = subcommand;
   thread_ft_buff[2] = 0;
   if (diag_status() == 0) return PORT_ERROR;
-  PortUse port;
-  if (!try_claim_port(port)) return NOTHING_DONE;
-  int32_t written = send_claimed_request(port, thread_ft_buff, REQUEST_SIZE);
-  if (written == PORT_ERROR) return written;
-  int32_t received = read_answer(port, thread_fr_buff);
-  if (received < 0) return received;
-  uint8_t scratch[BUFFER_SIZE];
-  int32_t payload;
-  if (decode_frame(thread_fr_buff, static_cast<uint32_t>(received - 1), scratch, &payload) != 0) {
-    return NOTHING_DONE;
-  }
-  memset(thread_fr_buff + payload, 0, static_cast<size_t>(BUFFER_SIZE - payload));
-  return EXCHANGED;
+  Response response = {thread_fr_buff};
+  int32_t received = line_exchange({thread_ft_buff, REQUEST_SIZE}, LISTENER_POLICY, &response);
+  if (received == PORT_BUSY) return NOTHING_DONE;
+  if (received <= 0) return PORT_ERROR;
+  return response.length < 0 ? NOTHING_DONE : EXCHANGED;
 }
 
-static bool is_failure(int32_t result) { return result == PORT_ERROR || result == PORT_TIMEOUT; }
+static bool is_failure(int32_t result) { return result == PORT_ERROR; }
 
 // ---- events ----
 
@@ -140,8 +136,6 @@ static int32_t fetch_screen() {
 
 // ---- the thread ----
 
-static bool is_stopped() { return THREAD_STATUS == LISTENER_STOPPED; }
-
 static void sleep_one_tick() {
   timespec end;
   clock_gettime(CLOCK_MONOTONIC, &end);
@@ -149,7 +143,7 @@ static void sleep_one_tick() {
   end.tv_sec += end.tv_nsec / 1'000'000'000L;
   end.tv_nsec %= 1'000'000'000L;
   pthread_mutex_lock(&wake_mutex);
-  while (!is_stopped() && pthread_cond_timedwait(&wake_condition, &wake_mutex, &end) == 0) {
+  while (is_wanted() && pthread_cond_timedwait(&wake_condition, &wake_mutex, &end) == 0) {
   }
   pthread_mutex_unlock(&wake_mutex);
 }
@@ -160,7 +154,7 @@ static void time_call(uint64_t* ticks) {
   if (THREAD_STATUS != LISTENER_TIMES_CALL) return;
   ++*ticks;
   if (*ticks <= uint64_t{TICKS_PER_SECOND} * call_end_timeout) return;
-  if (!end_call_if_port_is_free()) return;  // tried again at the next tick
+  if (!end_call_if_port_is_free(is_wanted)) return;  // tried again at the next tick
   uint32_t timing = LISTENER_TIMES_CALL;
   THREAD_STATUS.compare_exchange_strong(timing, LISTENER_ENDED_CALL);
   call_end_timeout = 0;
@@ -174,7 +168,7 @@ static void* listen(void* argument) {
   uint64_t call_ticks = 0;
   for (;;) {
     sleep_one_tick();
-    if (is_stopped()) break;
+    if (!is_wanted()) break;
     time_call(&call_ticks);
     if (good_polls > polls) {
       if (!is_failure(fetch_screen())) good_polls = 0;
@@ -218,7 +212,7 @@ static void join_listener() {
 
 // Callers hold the module's lock. A listener that an alarm has stopped is joined first.
 unsigned zop_debug_start(unsigned polls) {
-  if (!is_stopped()) return ZOP_ERR_INVALID_ARGUMENT;
+  if (is_wanted()) return ZOP_ERR_INVALID_ARGUMENT;
   join_listener();
   prepare_wake_condition();
   if (!Debug_field_Item_malloc()) {
@@ -297,6 +291,6 @@ void callback_debug_close(int) {
 void callback_function(int) {
   int saved_errno = errno;
   alarm(0);
-  if (!end_call_if_port_is_free()) alarm(1);
+  if (!end_call_if_port_is_free(nullptr)) alarm(1);
   errno = saved_errno;
 }

@@ -3,6 +3,8 @@
 
 #include <string.h>
 
+#include "link/serial_port.h"
+
 enum : uint8_t { FLAG = 0x7E, ESCAPE = 0x7D, ESCAPE_BIT = 0x20 };
 enum : uint16_t { FCS_INIT = 0xFFFF, FCS_GOOD = 0xF0B8 };
 
@@ -68,13 +70,14 @@ uint32_t encode_frame(uint8_t* frame, const uint8_t* data, uint32_t length, bool
   return static_cast<uint32_t>(out - frame);
 }
 
-int32_t decode_frame(uint8_t* buffer, uint32_t length, uint8_t* scratch, int32_t* payload_length) {
+int32_t decode_frame(const uint8_t* frame, uint32_t length, uint8_t* payload,
+                     int32_t* payload_length) {
   if (length < MIN_FRAME_LENGTH || length > FRAME_BUFFER_SIZE) return -1;
-  const uint8_t* end = buffer + length;
-  uint8_t* out = scratch;
+  const uint8_t* end = frame + length;
+  uint8_t* out = payload;
   uint16_t fcs = FCS_INIT;
   bool cut = false;  // an escape with nothing behind it
-  for (const uint8_t* in = buffer; in < end; ++in) {
+  for (const uint8_t* in = frame; in < end; ++in) {
     uint8_t byte = *in;
     if (byte == ESCAPE) {
       cut = ++in == end;
@@ -84,39 +87,24 @@ int32_t decode_frame(uint8_t* buffer, uint32_t length, uint8_t* scratch, int32_t
     *out++ = byte;
     fcs = fcs_step(fcs, byte);
   }
-  *payload_length = static_cast<int32_t>(out - scratch) - 2;
-  if (cut || *payload_length < 0 || fcs != FCS_GOOD) return -1;
-  bool stuffed = out - scratch != end - buffer;
-  if (stuffed) memcpy(buffer, scratch, static_cast<size_t>(*payload_length));
+  *payload_length = static_cast<int32_t>(out - payload) - 2;
+  return cut || *payload_length < 0 || fcs != FCS_GOOD ? -1 : 0;
+}
+
+int32_t DiagPacketRXCRC(uint8_t* buffer, uint32_t length) {
+  m_pRxData = m_pRxDataBufs;
+  if (decode_frame(buffer, length, m_pRxDataBufs, &m_nRxLen) != 0) return -1;
+  bool stuffed = static_cast<uint32_t>(m_nRxLen) + 2 != length;
+  if (stuffed) memcpy(buffer, m_pRxDataBufs, static_cast<size_t>(m_nRxLen));
   return 0;
 }
 
 // The port is claimed before the frame is built: a sender that waits for another's exchange to end
 // must not find its frame overwritten meanwhile.
-int32_t send_frame(const PortUse& port, const uint8_t* data, uint32_t length,
-                   int32_t leading_flag) {
+int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_flag) {
+  PortUse port;
   if (length > MAX_FRAME_PAYLOAD || !claim_port(port)) return PORT_ERROR;
   uint32_t framed = encode_frame(m_pTxBuf, data, length, leading_flag != 0);
   m_nTxLen = static_cast<int32_t>(framed);
   return write_claimed(port, m_pTxBuf, framed);
-}
-
-int32_t send_claimed_request(const PortUse& port, const uint8_t* data, uint32_t length) {
-  uint8_t frame[2 * (MAX_UNLOCKED_REQUEST + 2) + 1];
-  return write_claimed(port, frame, encode_frame(frame, data, length, false));
-}
-
-int32_t send_request(const PortUse& port, const uint8_t* data, uint32_t length) {
-  if (length > MAX_UNLOCKED_REQUEST || !claim_port(port)) return PORT_ERROR;
-  return send_claimed_request(port, data, length);
-}
-
-int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_flag) {
-  PortUse port;
-  return send_frame(port, data, length, leading_flag);
-}
-
-int32_t DiagPacketRXCRC(uint8_t* buffer, uint32_t length) {
-  m_pRxData = m_pRxDataBufs;
-  return decode_frame(buffer, length, m_pRxDataBufs, &m_nRxLen);
 }

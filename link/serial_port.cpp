@@ -4,8 +4,9 @@
 
 #include <errno.h>
 #include <fcntl.h>
-#include <sys/select.h>
+#include <poll.h>
 #include <termios.h>
+#include <time.h>
 #include <unistd.h>
 
 #include "link/event_listener.h"
@@ -13,13 +14,14 @@
 enum {
   FRAME_FLAG = 0x7E,
   MAX_WRITES = 15,
-  MAX_EMPTY_READS = 16,
   MAX_BUSY_TESTS = 100,
   BUSY_PAUSE_US = 2000,
-  ANSWER_LIMIT_S = 5,
-  PROBE_LIMIT_S = 1,
-  DLOAD_LIMIT_S = 4,
-  ERASE_LIMIT_S = 30,
+  LOOK_MS = 50,  // between two looks at whether a wait is still wanted
+  WRITE_LIMIT_MS = 5000,
+  SETTLE_LIMIT_MS = 5000,  // of threads that get no processor
+  DLOAD_LIMIT_MS = 4000,
+  ERASE_LIMIT_MS = 30'000,
+  DLOAD_PIECE_MS = 200,
 };
 
 constinit std::atomic<int32_t> SER_SIG = 0;
@@ -28,15 +30,20 @@ constinit uint8_t efs_clear = 0;
 
 static constinit termios oldtio = {};  // settings found at open, restored at close
 static constinit termios newtio = {};  // settings while open
+static constinit std::atomic<uint32_t> last_open_id = 0;
 
-// Uses under way in the upper half, a descriptor that waits for their end in the lower. One word,
-// without a lock: a signal handler may close the port in the middle of anything.
-enum : uint32_t { ONE_USE = 1u << 16, WAITING_DESCRIPTOR = ONE_USE - 1 };
+// Uses under way in the upper 12 bits, a descriptor that waits for their end in the lower 20. One
+// word, without a lock: a signal handler may close the port in the middle of anything.
+enum : uint32_t { ONE_USE = 1u << 20, WAITING_DESCRIPTOR = ONE_USE - 1 };
 static constinit std::atomic<uint32_t> port_uses = 0;
 
-PortUse::PortUse() {
+// ---- uses and claims ----
+
+// The number is read last, as an open sets it first: it is never older than the descriptor.
+PortUse::PortUse(bool (*wanted)()) : wanted_(wanted) {
   port_uses += ONE_USE;
   fd = SER_SIG;
+  open_id = last_open_id;
 }
 
 PortUse::~PortUse() {
@@ -46,6 +53,8 @@ PortUse::~PortUse() {
     close(static_cast<int>(left));
   }
 }
+
+bool PortUse::is_current() const { return SER_SIG == fd && last_open_id == open_id; }
 
 // Gives the descriptor back, now or when its last use ends. The word holds one that waits: another
 // port is opened only when the uses of the one before have ended.
@@ -58,29 +67,60 @@ static void release_descriptor(int fd) {
   close(fd);
 }
 
-// The one way out of every fatal error. A port that somebody else has closed already is left alone.
-static int32_t fail(const PortUse& port, int32_t result) {
+int32_t fail_port(const PortUse& port, int32_t result) {
   int32_t fd = port.fd;
-  if (!SER_SIG.compare_exchange_strong(fd, 0)) return result;
-  if (fd > 0) release_descriptor(fd);
-  zop_debug_end_callback();
-  SIO_USED_LOCK = 0;
+  if (port.is_current() && SER_SIG.compare_exchange_strong(fd, 0)) {
+    if (fd > 0) release_descriptor(fd);
+    zop_debug_end_callback();
+  }
+  release_port(port);
   return result;
 }
 
+bool try_claim_port(const PortUse& port) {
+  uint32_t seen = SIO_USED_LOCK;
+  while (seen != port.open_id && port.is_current()) {
+    if (!SIO_USED_LOCK.compare_exchange_weak(seen, port.open_id)) continue;
+    if (port.is_current()) return true;
+    release_port(port);
+    return false;
+  }
+  return false;
+}
+
+bool claim_port(const PortUse& port) {
+  for (int test = 0; test < MAX_BUSY_TESTS; ++test) {
+    if (try_claim_port(port)) return true;
+    if (!port.is_current()) return false;
+    usleep(BUSY_PAUSE_US);
+  }
+  fail_port(port, PORT_ERROR);
+  return false;
+}
+
+void release_port(const PortUse& port) {
+  uint32_t mine = port.open_id;
+  SIO_USED_LOCK.compare_exchange_strong(mine, 0);
+}
+
+// ---- open and close ----
+
 // In a host whose standard streams are closed the device may come as descriptor 0 to 2: 0 would
-// read as "closed", and the host's own output would go to the modem. Such a one is moved up.
+// read as "closed", and the host's own output would go to the modem. Such a one is moved up. The
+// host's children must not keep the device's node busy.
 static int open_above_standard_streams(const char* path) {
   int fd;
-  do fd = open(path, O_RDWR);
+  do fd = open(path, O_RDWR | O_CLOEXEC);
   while (fd < 0 && errno == EINTR);
   if (fd < 0 || fd > STDERR_FILENO) return fd;
-  int moved = fcntl(fd, F_DUPFD, STDERR_FILENO + 1);
+  int moved = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   close(fd);
   return moved;
 }
 
+// Calls on the port never wait by themselves: waiting is poll's, which looks up now and then.
 static void apply_line_settings(int fd) {
+  fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
   tcgetattr(fd, &oldtio);
   newtio = {};
   newtio.c_iflag = IGNPAR;
@@ -92,24 +132,27 @@ static void apply_line_settings(int fd) {
   tcsetattr(fd, TCSANOW, &newtio);
 }
 
-// Nobody uses a closed port for longer than an answer may take.
 void diag_settle() {
-  constexpr int MOST_PAUSES = (ANSWER_LIMIT_S + 1) * (1'000'000 / BUSY_PAUSE_US);
+  constexpr int MOST_PAUSES = SETTLE_LIMIT_MS * 1000 / BUSY_PAUSE_US;
   diag_close();
   for (int pause = 0; pause < MOST_PAUSES && port_uses >= ONE_USE; ++pause) usleep(BUSY_PAUSE_US);
-  SIO_USED_LOCK = 0;
 }
 
-int32_t diag_open(const char* path) {
-  diag_settle();
+int32_t open_settled(const char* path) {
   int fd = open_above_standard_streams(path);
-  if (fd >= FD_SETSIZE) {  // select can't watch it
+  if (fd > static_cast<int>(WAITING_DESCRIPTOR)) {
     close(fd);
     fd = -1;
   }
   if (fd >= 0) apply_line_settings(fd);
+  if (++last_open_id == 0) ++last_open_id;  // 0 is no claim
   SER_SIG = fd;
   return fd >= 0 ? 1 : PORT_ERROR;
+}
+
+int32_t diag_open(const char* path) {
+  diag_settle();
+  return open_settled(path);
 }
 
 void diag_close() {
@@ -119,110 +162,103 @@ void diag_close() {
 
 int32_t diag_status() { return SER_SIG != 0 ? 1 : 0; }
 
-bool try_claim_port(const PortUse& port) {
-  uint32_t idle = 0;
-  if (!SIO_USED_LOCK.compare_exchange_strong(idle, 1)) return false;
-  if (port.is_current()) return true;
-  SIO_USED_LOCK = 0;
-  return false;
+// ---- waiting ----
+
+uint32_t monotonic_ms() {
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<uint32_t>(now.tv_sec) * 1000 + static_cast<uint32_t>(now.tv_nsec / 1'000'000);
 }
 
-bool claim_port(const PortUse& port) {
-  for (int test = 0; test < MAX_BUSY_TESTS; ++test) {
-    if (try_claim_port(port)) return true;
-    if (!port.is_current()) return false;
-    usleep(BUSY_PAUSE_US);
+static int32_t ms_until(uint32_t moment) { return static_cast<int32_t>(moment - monotonic_ms()); }
+
+// 1 when the port is ready for events; otherwise PORT_TIMEOUT, PORT_ABANDONED or PORT_ERROR. What
+// comes on a port that was closed meanwhile is another exchange's.
+static int32_t wait_for_port(const PortUse& port, short events, uint32_t until) {
+  if (port.fd <= 0) return PORT_ERROR;
+  for (;;) {
+    if (!port.is_wanted()) return PORT_ABANDONED;
+    int32_t left = ms_until(until);
+    int limit = left < 0 ? 0 : left < LOOK_MS ? left : int{LOOK_MS};
+    pollfd line = {port.fd, events, 0};
+    int ready = poll(&line, 1, limit);
+    if (ready < 0 && errno != EINTR) return PORT_ERROR;
+    if (!port.is_current()) return PORT_ERROR;
+    if (ready > 0) return 1;
+    if (left <= 0) return PORT_TIMEOUT;
   }
-  fail(port, PORT_ERROR);
-  return false;
 }
 
-int32_t write_claimed(const PortUse& port, const uint8_t* buffer, uint32_t length) {
-  if (port.fd <= 0) return fail(port, PORT_ERROR);  // closed: 0 is the host's standard input
-  uint32_t sent = 0;
-  for (int writes = 0; writes < MAX_WRITES && sent < length;) {
-    ssize_t n = write(port.fd, buffer + sent, length - sent);
+// Waits for a line that takes no bytes now. What it has not taken is not left for a close to wait
+// for: a serial driver would, for half a minute.
+static int32_t wait_to_write(const PortUse& port, uint32_t until) {
+  int32_t result = wait_for_port(port, POLLOUT, until);
+  if (result == 1 && ms_until(until) > 0) return 1;
+  if (result != PORT_ERROR) tcflush(port.fd, TCOFLUSH);
+  return result == PORT_ABANDONED ? result : int32_t{PORT_ERROR};
+}
+
+// ---- reading and writing ----
+
+int32_t write_port(const PortUse& port, const uint8_t* bytes, uint32_t length, uint32_t* sent) {
+  *sent = 0;
+  if (port.fd <= 0) return PORT_ERROR;  // closed: 0 is the host's standard input
+  uint32_t until = monotonic_ms() + WRITE_LIMIT_MS;
+  for (int writes = 0; writes < MAX_WRITES && *sent < length;) {
+    ssize_t n = write(port.fd, bytes + *sent, length - *sent);
     if (n < 0 && errno == EINTR) continue;
-    if (n < 0) return fail(port, PORT_ERROR);
-    sent += static_cast<uint32_t>(n);
+    if (n < 0 && errno == EAGAIN) {
+      int32_t ready = wait_to_write(port, until);
+      if (ready < 0) return ready;
+      continue;
+    }
+    if (n < 0) return PORT_ERROR;
+    *sent += static_cast<uint32_t>(n);
     ++writes;
   }
-  if (sent < length) return fail(port, 0);
-  return static_cast<int32_t>(length);
+  return *sent == length ? static_cast<int32_t>(length) : 0;
+}
+
+int32_t read_port(const PortUse& port, uint8_t* bytes, uint32_t size, uint32_t until) {
+  for (;;) {
+    int32_t ready = wait_for_port(port, POLLIN, until);
+    if (ready < 0) return ready;
+    ssize_t n = read(port.fd, bytes, size);
+    if (n >= 0) return static_cast<int32_t>(n);
+    if (errno == EAGAIN) return 0;
+    if (errno != EINTR) return PORT_ERROR;
+  }
+}
+
+int32_t write_claimed(const PortUse& port, const uint8_t* bytes, uint32_t length) {
+  uint32_t sent;
+  int32_t written = write_port(port, bytes, length, &sent);
+  return written <= 0 ? fail_port(port, written) : written;
 }
 
 int32_t diag_write(const uint8_t* buffer, uint32_t length) {
   PortUse port;
-  if (!claim_port(port)) return PORT_ERROR;
-  return write_claimed(port, buffer, length);
+  return claim_port(port) ? write_claimed(port, buffer, length) : int32_t{PORT_ERROR};
 }
 
-// 1 when there is input, 0 when the limit passed, -1 on error. A signal does not start the limit
-// anew: select leaves the time that remains in it.
-static int wait_for_input(int fd, int seconds) {
-  if (fd <= 0) return -1;
-  timeval limit = {seconds, 0};
-  for (;;) {
-    fd_set input;
-    FD_ZERO(&input);
-    FD_SET(fd, &input);
-    int ready = select(fd + 1, &input, nullptr, nullptr, &limit);
-    if (ready >= 0 || errno != EINTR) return ready;
-  }
+// The flag that may open a reply does not close it.
+static bool is_reply_whole(const uint8_t* reply, uint32_t length) {
+  return length == DLOAD_SIZE || (length > 1 && reply[length - 1] == FRAME_FLAG);
 }
 
-static ssize_t read_some(int fd, uint8_t* buffer, size_t size) {
-  ssize_t n;
-  do n = read(fd, buffer, size);
-  while (n < 0 && errno == EINTR);
-  return n;
-}
-
-static int32_t read_frame(const PortUse& port, uint8_t* buffer, int limit_s) {
-  int32_t held = 0;
-  for (int empty_reads = 0;;) {
-    int ready = wait_for_input(port.fd, limit_s);
-    if (ready < 0) return fail(port, PORT_ERROR);
-    if (ready == 0) return fail(port, PORT_TIMEOUT);
-    if (!port.is_current()) return PORT_ERROR;  // what has come is another exchange's
-    ssize_t n = read_some(port.fd, buffer + held, static_cast<size_t>(RESPONSE_SIZE - held));
-    if (n < 0) return fail(port, PORT_ERROR);
-    if (n == 0 && ++empty_reads == MAX_EMPTY_READS) return fail(port, PORT_ERROR);
-    held += static_cast<int32_t>(n);
-    if (held > 0 && buffer[held - 1] == FRAME_FLAG) {
-      if (!port.is_current()) return PORT_ERROR;  // the claim is another exchange's
-      SIO_USED_LOCK = 0;
-      return held;
-    }
-    if (held == RESPONSE_SIZE) return fail(port, PORT_ERROR);  // full, and no frame ends here
-  }
-}
-
-int32_t read_answer(const PortUse& port, uint8_t* buffer) {
-  return read_frame(port, buffer, ANSWER_LIMIT_S);
-}
-
-int32_t diag_read(uint8_t* buffer) {
-  PortUse port;
-  return read_answer(port, buffer);
-}
-
-int32_t diag_read_wait_1sec(uint8_t* buffer) {
-  PortUse port;
-  return read_frame(port, buffer, PROBE_LIMIT_S);
-}
-
+// Errors are not told apart: the caller's frame check refuses what is left.
 int32_t dload_read(uint8_t* buffer) {
   PortUse port;
-  int32_t total = 0;
-  if (wait_for_input(port.fd, efs_clear ? ERASE_LIMIT_S : DLOAD_LIMIT_S) > 0) {
-    // The second read takes what followed the first piece. An error counts as the -1 it returns;
-    // the caller's frame check refuses what is left.
-    ssize_t first = read_some(port.fd, buffer, DLOAD_SIZE);
-    size_t held = first > 0 ? static_cast<size_t>(first) : 0;
-    ssize_t second = read_some(port.fd, buffer + held, DLOAD_SIZE - held);
-    total = static_cast<int32_t>(first + second);
+  uint32_t end = monotonic_ms() + (efs_clear ? ERASE_LIMIT_MS : DLOAD_LIMIT_MS);
+  uint32_t until = end;
+  uint32_t length = 0;
+  while (!is_reply_whole(buffer, length)) {
+    int32_t n = read_port(port, buffer + length, DLOAD_SIZE - length, until);
+    if (n <= 0) break;
+    length += static_cast<uint32_t>(n);
+    until = monotonic_ms() + DLOAD_PIECE_MS;
+    if (static_cast<int32_t>(end - until) < 0) until = end;
   }
-  SIO_USED_LOCK = 0;
-  return total;
+  release_port(port);
+  return static_cast<int32_t>(length);
 }

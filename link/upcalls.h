@@ -3,10 +3,11 @@
 
 #include <stdint.h>
 
+#include "link/serial_port.h"
+
 // commands/exchange.cpp: the command library's request and response buffer, and their clearing.
-enum { COMMAND_BUFFER_SIZE = 360 };
-extern uint8_t ft_buff[COMMAND_BUFFER_SIZE];
-extern uint8_t fr_buff[COMMAND_BUFFER_SIZE];
+extern uint8_t ft_buff[RESPONSE_SIZE];
+extern uint8_t fr_buff[RESPONSE_SIZE];
 void clear_memory();
 
 // module/modem_events.cpp: what the listener has fetched. A record is valid during the call.
@@ -19,5 +20,5 @@ void pdp_deactivation_callback();
 void field_information_callback(const void* screen);
 
 // commands/test_calls.cpp: ends a test call unless another exchange is under way; false then. Safe
-// in a signal handler and beside a host's command.
-bool end_call_if_port_is_free();
+// in a signal handler and beside a host's command. wanted as in ExchangePolicy.
+bool end_call_if_port_is_free(bool (*wanted)());

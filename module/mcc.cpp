@@ -103,8 +103,8 @@ static void prv_note_mcc(const Mcc& mcc) {
 int vurn_get_mcc(int* mcc) {
   if (mcc == nullptr) return VURN_ERR_NULL_ARGUMENT;
   LOG_D(VURN_LOG_TRACE, "D zop:getting mcc to see if it has changed");
-  uint8_t response[COMMAND_BUFFER_SIZE];
-  if (unsigned error = unlocked_exchange(MCC_REQUEST, sizeof MCC_REQUEST, response)) {
+  uint8_t response[RESPONSE_SIZE];
+  if (unsigned error = unlocked_exchange({MCC_REQUEST, sizeof MCC_REQUEST}, response)) {
     LOG_GET_ERROR("mcc", error);
     return VURN_ERR_FAILED;
   }

@@ -5,6 +5,7 @@
 #include "core/bytes.h"
 #include "include/zop_diag_info.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/far_ends.h"
 
 using namespace test;
@@ -13,7 +14,7 @@ class Bars : public testing::Test {
  protected:
   void SetUp() override {
     world.far_end = &modem;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     diag_open("/dev/tts/USB1");
     int32_t unused;  // a damaged answer puts the kept Ec/Io back to its start
     modem.answers = {{{hex("01 02 03 7e")}}};

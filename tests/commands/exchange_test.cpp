@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/far_ends.h"
 
 using namespace std::chrono_literals;
@@ -17,7 +18,7 @@ class Exchange : public testing::Test {
  protected:
   void SetUp() override {
     world.far_end = &modem;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     ASSERT_EQ(diag_open(DEVICE), 1);
   }
   void TearDown() override { diag_close(); }
@@ -100,18 +101,18 @@ TEST_F(Exchange, a_second_attempt_may_succeed) {
 TEST_F(Exchange, io_errors_are_no_response) {
   struct {
     const char* name;
-    std::deque<PortCall> writes, selects, reads;
+    std::deque<PortCall> writes, polls, reads;
   } rows[] = {
       {"write error", {Fail{EIO}}, {}, {}},
       {"short write", std::deque<PortCall>(15, Accept{0}), {}, {}},
-      {"select error", {}, {Fail{EIO}}, {}},
+      {"poll error", {}, {Fail{EIO}}, {}},
       {"read error", {}, {}, {Fail{EIO}}},
   };
   for (auto& row : rows) {
     diag_open(DEVICE);
     modem.answers = {{{frame(hex("cf 2f 00 00 00 07"))}}};
     world.writes = row.writes;
-    world.selects = row.selects;
+    world.polls = row.polls;
     world.reads = row.reads;
     uint32_t rac = 4711;
     EXPECT_EQ(zop_get_rac(&rac), ZOP_ERR_NO_RESPONSE) << row.name;
@@ -133,7 +134,7 @@ TEST_F(Exchange, a_cut_answer_never_shows_an_earlier_one) {
 }
 
 TEST_F(Exchange, send_bounds_its_length_by_the_buffer) {
-  EXPECT_EQ(zop_send(COMMAND_BUFFER_SIZE + 1, 0), -1);
+  EXPECT_EQ(zop_send(RESPONSE_SIZE + 1, 0), -1);
   EXPECT_EQ(zop_send(-1, 0), -1);
   EXPECT_TRUE(modem.requests.empty());
 }

@@ -8,6 +8,7 @@
 
 #include "commands/exchange.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/commands/every_command.h"
 #include "tests/support/far_ends.h"
 
@@ -20,10 +21,14 @@ class EveryCommand : public testing::Test {
  protected:
   void SetUp() override {
     world.far_end = &modem;
-    SIO_USED_LOCK = 0;
-    diag_open(DEVICE);
+    open_anew();
   }
   void TearDown() override { diag_close(); }
+
+  static void open_anew() {
+    fresh_link();
+    diag_open(DEVICE);
+  }
 
   static Bytes request_of(const Command& command) {
     Bytes request = hex(command.request);
@@ -41,7 +46,7 @@ class EveryCommand : public testing::Test {
     return answer;
   }
   unsigned run(const Command& command, Answer answer) {
-    if (diag_status() == 0) diag_open(DEVICE);
+    if (diag_status() == 0) open_anew();
     modem.requests.clear();
     // Commands of several exchanges get the same answer each time.
     modem.answers = std::deque<Answer>(8, answer);
@@ -145,7 +150,7 @@ TEST_F(EveryCommand, ends_on_a_silent_modem) {
 TEST_F(EveryCommand, ends_on_a_device_that_is_gone) {
   for (const Command& command : every_command()) {
     run(command, {});
-    diag_open(DEVICE);
+    open_anew();
     modem.unplugged = true;
     expect_failure(command, run(command, {}), ZOP_ERR_NO_RESPONSE, "gone");
     EXPECT_EQ(SIO_USED_LOCK, 0u) << command.name;

@@ -10,7 +10,9 @@
 #include "include/zop_diag_info.h"
 #include "link/event_listener.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/far_ends.h"
+#include "tests/support/other_exchange.h"
 
 using namespace test;
 
@@ -20,7 +22,7 @@ class Operations : public testing::Test {
  protected:
   void SetUp() override {
     world.far_end = &modem;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     THREAD_STATUS = 0;
     diag_open(DEVICE);
   }
@@ -327,13 +329,14 @@ TEST_F(Operations, a_real_alarm_waits_for_the_command_under_way) {
 }
 
 TEST_F(Operations, the_alarm_ends_the_call_when_the_port_is_free) {
-  SIO_USED_LOCK = 1;
   errno = 4711;
-  callback_function(SIGALRM);
-  EXPECT_EQ(world.alarm, 1u);
-  EXPECT_TRUE(modem.requests.empty());
-  EXPECT_EQ(SIO_USED_LOCK, 1u);
-  SIO_USED_LOCK = 0;
+  {
+    OtherExchange other;
+    callback_function(SIGALRM);
+    EXPECT_EQ(world.alarm, 1u);
+    EXPECT_TRUE(modem.requests.empty());
+    EXPECT_NE(SIO_USED_LOCK, 0u);
+  }
   memset(ft_buff, 0x11, 8);
   memset(fr_buff, 0x22, 8);
   answer("cf 64 00 00 00");

@@ -7,6 +7,7 @@
 
 #include "commands/exchange.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/far_ends.h"
 
 using namespace test;
@@ -129,7 +130,7 @@ class Queries : public testing::Test {
  protected:
   void SetUp() override {
     world.far_end = &modem;
-    SIO_USED_LOCK = 0;
+    fresh_link();
   }
   void TearDown() override { diag_close(); }
 

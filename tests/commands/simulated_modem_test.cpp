@@ -7,6 +7,7 @@
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/commands/every_command.h"
 #include "tests/support/simulated_far_end.h"
 
@@ -18,7 +19,7 @@ class AgainstTheSimulator : public testing::Test {
  protected:
   void SetUp() override {
     world.far_end = &far_end;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     ASSERT_EQ(diag_open(DEVICE), 1);
   }
   void TearDown() override { diag_close(); }

@@ -9,6 +9,7 @@
 #include "download/image_set.h"
 #include "include/modem_download.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/download/download_modem.h"
 
 using namespace std::chrono_literals;
@@ -28,8 +29,7 @@ static Bytes pattern(size_t size, uint32_t seed) {
 class Download : public testing::Test {
  protected:
   void SetUp() override {
-    SER_SIG = 0;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     world.far_end = &modem;
     for (uint32_t i = 0; i < IMAGE_COUNT; ++i) write(NAMES[i], pattern(sizes[i], i));
     modem.programmer.partition = pattern(sizes[1], 1);

@@ -11,6 +11,7 @@
 #include "download/image_set.h"
 #include "include/modem_download.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/download/download_modem.h"
 
 using namespace test;
@@ -21,8 +22,7 @@ class MemoryDump : public testing::Test {
   void SetUp() override {
     setenv("TZ", "UTC", 1);
     tzset();
-    SER_SIG = 0;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     world.far_end = &modem;
     fs::current_path(folder);
   }

@@ -7,6 +7,7 @@
 #include "include/modem_download.h"
 #include "include/zop.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/far_ends.h"
 
 using namespace std::chrono_literals;
@@ -18,7 +19,7 @@ class NvRestore : public testing::Test {
  protected:
   void SetUp() override {
     world.far_end = &modem;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     set_new_version("Q71XEB22.001");
   }
   void TearDown() override {

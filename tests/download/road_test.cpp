@@ -10,6 +10,7 @@
 #include "include/modem_download.h"
 #include "include/zop.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/simulated_far_end.h"
 
 using namespace std::chrono_literals;
@@ -22,7 +23,7 @@ class Road : public testing::Test {
  protected:
   void SetUp() override {
     start_modem("");
-    SIO_USED_LOCK = 0;
+    fresh_link();
     write("QSC6270.ram", std::string(5000, 'r'));
     write("partition.mbn", std::string(600, 'p'));
     write("dbl.mbn", std::string(3000, 'd'));

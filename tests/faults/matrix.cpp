@@ -1,5 +1,6 @@
 // One row: a module as just loaded in a World of its own, the call with the fault, a second call
 // while the link is still open, then the way a host recovers, and the call again.
+#include "tests/support/fresh_link.h"
 #include "tests/faults/matrix.h"
 
 #include <signal.h>
@@ -43,8 +44,7 @@ class Scene {
     gDiagInfo = {};
     gModuleOpen = false;
     gDeferredThreadCreated = false;
-    SER_SIG = 0;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     THREAD_STATUS = 0;
     sTestNum = -1;
     zop_debug_end_callback_status = 0;

@@ -12,6 +12,8 @@
 #include "include/zop_diag_info.h"
 #include "link/serial_port.h"
 #include "tests/support/far_ends.h"
+#include "tests/support/fresh_link.h"
+#include "tests/support/other_exchange.h"
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -22,6 +24,7 @@ class Listener : public testing::Test {
  protected:
   void SetUp() override {
     world.far_end = &modem;
+    fresh_link();
     THREAD_STATUS = 0;
     call_end_timeout = 0;
     zop_debug_end_callback_status = 0;
@@ -163,10 +166,11 @@ TEST_F(Listener, a_screen_reaches_the_record) {
 // A busy port costs the tick and counts as a good poll.
 TEST_F(Listener, leaves_a_busy_port_alone) {
   start();
-  SIO_USED_LOCK = 1;
-  world.advance(1100ms);
+  {
+    OtherExchange other;
+    world.advance(1100ms);
+  }
   EXPECT_EQ(asked(), "");
-  SIO_USED_LOCK = 0;
   world.advance(500ms);
   EXPECT_EQ(asked(), "4");
 }
@@ -201,10 +205,11 @@ TEST_F(Listener, ends_a_timed_call_on_the_21st_tick_of_ten_seconds) {
   EXPECT_FALSE(world.alarm);
   world.advance(10'250ms);
   EXPECT_EQ(asked().find('d'), std::string::npos);
-  SIO_USED_LOCK = 1;  // busy at that very tick
-  world.advance(500ms);
-  EXPECT_EQ(asked(), "");
-  SIO_USED_LOCK = 0;
+  {
+    OtherExchange other;  // at that very tick
+    world.advance(500ms);
+    EXPECT_EQ(asked(), "");
+  }
   world.advance(500ms);
   EXPECT_NE(asked().find('d'), std::string::npos);
   EXPECT_EQ(THREAD_STATUS, unsigned{LISTENER_ENDED_CALL});

@@ -8,6 +8,7 @@
 #include "include/zop.h"
 #include "link/serial_port.h"
 #include "tests/support/far_ends.h"
+#include "tests/support/fresh_link.h"
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -17,7 +18,10 @@ static const Answer SILENCE = {};
 
 class LinkOpen : public testing::Test {
  protected:
-  void SetUp() override { world.far_end = &modem; }
+  void SetUp() override {
+    fresh_link();
+    world.far_end = &modem;
+  }
   void TearDown() override { zop_close(); }
 
   World world;

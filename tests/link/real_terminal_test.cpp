@@ -7,15 +7,17 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "link/serial_port.h"
+#include "link/exchange.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/world.h"
 
+using test::fresh_link;
 using test::hex;
 
 class RealTerminal : public testing::Test {
  protected:
   void SetUp() override {
-    SIO_USED_LOCK = 0;
+    fresh_link();
     master = posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
       GTEST_SKIP() << "no pseudo-terminals here";
@@ -57,7 +59,7 @@ TEST_F(RealTerminal, carries_every_byte_value) {
   for (unsigned i = 0; i < 256; ++i) sent[i] = static_cast<uint8_t>(i);
   sent[256] = 0x7E;
   ASSERT_EQ(write(master, sent, sizeof sent), static_cast<ssize_t>(sizeof sent));
-  uint8_t received[RESPONSE_SIZE];
+  uint8_t received[RAW_ANSWER_SIZE];
   ASSERT_EQ(diag_read(received), 257);
   EXPECT_EQ(memcmp(sent, received, sizeof sent), 0);
 }
@@ -68,7 +70,7 @@ TEST_F(RealTerminal, a_yanked_device_fails_the_exchange) {
   close(slave);
   close(master);
   slave = master = -1;
-  uint8_t answer[RESPONSE_SIZE];
+  uint8_t answer[RAW_ANSWER_SIZE];
   EXPECT_EQ(diag_read(answer), PORT_ERROR);
   EXPECT_EQ(diag_status(), 0);
 }

@@ -14,6 +14,7 @@
 #include "link/serial_port.h"
 #include "module/lifecycle.h"
 #include "report/deferred_action.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/far_ends.h"
 
 namespace test {
@@ -28,8 +29,7 @@ class ModuleTest : public testing::Test {
     tzset();
     gDiagInfo = {};
     gModuleOpen = false;
-    SER_SIG = 0;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     world.far_end = &modem;
     world.missing["/proc/uptime"] = ENOENT;
     THREAD_STATUS = 0;

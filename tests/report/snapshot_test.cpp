@@ -249,7 +249,6 @@ TEST_F(Snapshot, a_day_adds_up) {
   for (int hour = 0; hour < 24; ++hour) {
     world.log.clear();
     world.sleeps.clear();
-    world.select_limits.clear();
     log_message(static_cast<unsigned>(hour % 3));
     world.advance(20min);
     vurn_get_log_string(text, sizeof text);

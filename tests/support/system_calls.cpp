@@ -8,10 +8,10 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <net/if.h>
+#include <poll.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <sys/ioctl.h>
-#include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <syslog.h>
@@ -153,18 +153,17 @@ EXPORTED ssize_t __read_chk(int fd, void* bytes, size_t size, size_t) {
   return read(fd, bytes, size);
 }
 
-EXPORTED int select(int count, fd_set* in, fd_set* out, fd_set* except, timeval* limit) {
+EXPORTED int poll(pollfd* files, nfds_t count, int ms) {
   {
     IN_WORLD(world);
-    if (world != nullptr && in != nullptr && count > 0 && world->is_port(count - 1)) {
-      return world->wait_for_input(std::chrono::seconds(limit->tv_sec) +
-                                   std::chrono::microseconds(limit->tv_usec));
+    if (world != nullptr && count == 1 && world->is_port(files->fd)) {
+      int ready = world->wait_for_port(files->events, std::chrono::milliseconds(ms));
+      files->revents = ready > 0 ? files->events : 0;
+      return ready;
     }
   }
-  timespec real = {limit != nullptr ? limit->tv_sec : 0,
-                   limit != nullptr ? limit->tv_usec * 1000 : 0};
-  return static_cast<int>(
-      syscall(SYS_pselect6, count, in, out, except, limit != nullptr ? &real : nullptr, nullptr));
+  timespec limit = {ms / 1000, ms % 1000 * 1'000'000L};
+  return static_cast<int>(syscall(SYS_ppoll, files, count, ms < 0 ? nullptr : &limit, nullptr, 0));
 }
 
 EXPORTED int tcgetattr(int fd, termios* settings) noexcept {
@@ -188,7 +187,7 @@ EXPORTED int tcflush(int fd, int queue) noexcept {
   if (world == nullptr || !world->is_port(fd)) {
     return next_definition<int(int, int)>("tcflush")(fd, queue);
   }
-  world->flush_port();
+  if (queue == TCIFLUSH) world->flush_port();
   return 0;
 }
 

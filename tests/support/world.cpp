@@ -3,6 +3,7 @@
 #include "tests/support/world.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -60,6 +61,7 @@ static std::optional<PortCall> next(std::deque<PortCall>& plan) {
 
 ssize_t World::write_port(const uint8_t* bytes, size_t size) {
   if (is_dead()) return errno = EIO, -1;
+  if (now_ < writable_from) return errno = EAGAIN, -1;
   if (auto call = next(writes)) {
     if (call->error != 0) return errno = call->error, -1;
     size = std::min(size, *call->at_most);
@@ -95,23 +97,29 @@ bool World::fetch() {
   return !input_.empty();
 }
 
-int World::wait_for_input(Time limit) {
-  if (keeps_history) select_limits.push_back(limit);
-  if (auto call = next(selects)) {
+int World::wait_for_port(short events, Time limit) {
+  ++polls_made;
+  if (auto call = next(polls)) {
     if (call->error != 0) return errno = call->error, -1;
     return static_cast<int>(*call->at_most);
   }
   Time end = now_ + limit;
   for (;;) {
     if (is_dead()) return 1;
-    if (fetch()) return 1;
-    std::optional<Time> due = far_end != nullptr ? far_end->next_due() : std::nullopt;
+    Time due = end;
+    if ((events & POLLOUT) != 0) {
+      if (now_ >= writable_from) return 1;
+      due = std::min(due, writable_from);
+    }
+    if ((events & POLLIN) != 0) {
+      if (fetch()) return 1;
+      if (far_end != nullptr) due = std::min(due, far_end->next_due().value_or(end));
+    }
     if (now_ >= end) return 0;
-    Time next = due ? std::min(*due, end) : end;
     if (runs_free) {
-      now_ = std::max(now_, next);
+      now_ = std::max(now_, due);
     } else {
-      conductor.park(&ports_, std::max(now_, next));
+      conductor.park(&ports_, std::max(now_, due));
     }
   }
 }

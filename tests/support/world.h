@@ -1,7 +1,7 @@
 // The world around the module in a test: a clock that jumps, a serial port in memory, a syslog that
 // remembers, files that are somewhere else.
 //
-// The module under test is unchanged: the test program itself defines open, select, sleep, syslog
+// The module under test is unchanged: the test program itself defines open, poll, sleep, syslog
 // and so on (system_calls.cpp) and asks the World of the calling thread: the thread that made it,
 // and those that joined it. On any other thread every call goes to the system.
 #pragma once
@@ -75,13 +75,14 @@ class World {
   FarEnd* far_end = nullptr;
   std::vector<LogLine> log;
   bool keeps_log = true;
-  bool keeps_history = true;  // sleeps, select limits, what was written
+  bool keeps_history = true;  // sleeps, what was written
   std::vector<Time> sleeps;
-  std::function<void(Time)> on_sleep;  // runs inside each sleep
-  std::vector<Time> select_limits;
+  std::function<void(Time)> on_sleep;            // runs inside each sleep
+  int polls_made = 0;                            // on the port
+  Time writable_from{0};                         // until then the line takes nothing
   std::map<std::string, std::string> files;      // path -> the real file behind it
   std::map<std::string, int> missing;            // path -> errno of an attempt to open it
-  std::deque<PortCall> writes, reads, selects;   // upcoming calls on the port that misbehave
+  std::deque<PortCall> writes, reads, polls;     // upcoming calls on the port that misbehave
   std::time_t wall_clock_start = 1'280'000'000;  // 24 July 2010
   termios line_settings{};                       // of the device, as last applied
   std::optional<unsigned> alarm;                 // seconds that alarm() was last called with
@@ -112,9 +113,9 @@ class World {
   void flush_port();
   ssize_t write_port(const uint8_t* bytes, size_t size);
   ssize_t read_port(uint8_t* bytes, size_t size);
-  int wait_for_input(Time limit);
-  void pass(Time time);        // a sleep
-  void sleep_free(Time time);  // the same in a World that runs free
+  int wait_for_port(short events, Time limit);  // as poll
+  void pass(Time time);                         // a sleep
+  void sleep_free(Time time);                   // the same in a World that runs free
   void sleep_free_until(Time end);
   static constexpr Time MONOTONIC_START = std::chrono::seconds(1000);
   Conductor conductor{now_};

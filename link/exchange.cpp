@@ -1,0 +1,192 @@
+// The exchange. Its two buffers stand on the caller's stack: one that another thread's open has
+// overtaken may still be at work, and the alarm handlers make exchanges too.
+#include "link/exchange.h"
+
+#include <string.h>
+#include <unistd.h>
+
+#include "link/frame_codec.h"
+#include "link/owed_answers.h"
+
+enum : uint8_t { FLAG = 0x7E, ESCAPE = 0x7D };
+enum { MAX_EMPTY_READS = 16, RETRY_PAUSE_US = 2000 };
+
+struct Limits {
+  uint32_t silence_ms;
+  uint32_t most_ms;
+};
+static constexpr Limits OWED_LIMITS = {5000, 15'000};
+
+// Half of a request is with the modem: the next one begins with a flag, which ends it.
+static constinit std::atomic<bool> request_was_cut = false;
+
+// Half of an answer has been read: what comes first may be the rest of it.
+static constinit std::atomic<bool> answer_was_cut = false;
+
+// ---- sending ----
+
+static int32_t send(const PortUse& port, const Request& request) {
+  uint8_t frame[2 * (RESPONSE_SIZE + 2) + 2];
+  bool flag = request.leading_flag || request_was_cut;
+  uint32_t length = encode_frame(frame, request.bytes, request.length, flag);
+  uint32_t sent;
+  int32_t written = write_port(port, frame, length, &sent);
+  if (sent > 0) request_was_cut = sent < length;
+  return written == PORT_ERROR ? int32_t{PORT_UNSENT} : written;
+}
+
+// ---- receiving ----
+
+// A stuffed byte counts once.
+static int32_t plain_length(const uint8_t* raw, int32_t held) {
+  int32_t plain = 0;
+  for (int32_t i = 0; i < held; ++i, ++plain) {
+    if (raw[i] == ESCAPE) ++i;
+  }
+  return plain;
+}
+
+// Bytes that an answer may still have. Counting is for the rare one with many stuffed bytes.
+static int32_t room_behind(const uint8_t* raw, int32_t held) {
+  if (held < RESPONSE_SIZE) return RESPONSE_SIZE - held;
+  return RESPONSE_SIZE - plain_length(raw, held);
+}
+
+// An answer ends where a read ends in a flag. While older ones are owed, several may come in one
+// read: each ends at its own flag then. 0 while it goes on.
+static int32_t frame_length(const uint8_t* raw, int32_t held) {
+  if (held == 0) return 0;
+  if (!is_any_owed()) return raw[held - 1] == FLAG ? held : 0;
+  const void* flag = memchr(raw, FLAG, static_cast<size_t>(held));
+  if (flag == nullptr) return 0;
+  return static_cast<int32_t>(static_cast<const uint8_t*>(flag) - raw) + 1;
+}
+
+static void unframe(const uint8_t* raw, int32_t length, Response* response) {
+  response->length = -1;
+  int32_t payload;
+  if (decode_frame(raw, static_cast<uint32_t>(length - 1), response->bytes, &payload) != 0) return;
+  response->length = payload;
+  memset(response->bytes + payload, 0, static_cast<size_t>(RESPONSE_SIZE - payload));
+}
+
+// Whether the frame is taken: on a line that owes nothing, every one is.
+static bool is_own(RequestHead own, const Response& response) {
+  if (!is_any_owed()) return true;
+  bool follows_a_cut = answer_was_cut.exchange(false);
+  if (response.length < 0) {
+    if (!follows_a_cut) note_owed(own);  // it may have been an older one
+    return !follows_a_cut;
+  }
+  uint32_t length = static_cast<uint32_t>(response.length);
+  if (!is_answer_to(own, response.bytes, length)) return !take_owed(response.bytes, length);
+  if (!is_owed(own)) forget_owed();
+  return true;
+}
+
+static uint32_t sooner(uint32_t a, uint32_t b) { return static_cast<int32_t>(a - b) < 0 ? a : b; }
+
+// The answer to own, or whatever it is on a line that owes nothing. raw is RAW_ANSWER_SIZE bytes.
+static int32_t receive_raw(const PortUse& port, RequestHead own, Limits limits, uint8_t* raw,
+                           Response* response) {
+  int32_t held = 0;
+  int32_t result = 0;
+  uint32_t end = monotonic_ms() + limits.most_ms;
+  for (int empty_reads = 0; result >= 0;) {
+    int32_t room = room_behind(raw, held);
+    uint32_t until = sooner(monotonic_ms() + limits.silence_ms, end);
+    result = PORT_ERROR;  // full, and no frame ends here
+    if (room > 0) result = read_port(port, raw + held, static_cast<uint32_t>(room), until);
+    if (result == 0 && ++empty_reads == MAX_EMPTY_READS) result = PORT_ERROR;
+    if (result > 0) held += result;
+    while (int32_t length = frame_length(raw, held)) {
+      unframe(raw, length, response);
+      if (is_own(own, *response)) return length;
+      held -= length;
+      memmove(raw, raw + length, static_cast<size_t>(held));
+    }
+  }
+  bool is_gone = result == PORT_ERROR && port.is_current();  // with all that it had to say
+  if (!is_gone) note_owed(own);
+  if (!is_gone && held > 0) answer_was_cut = true;
+  return result;
+}
+
+static int32_t receive(const PortUse& port, RequestHead own, Limits limits, Response* response) {
+  uint8_t raw[RAW_ANSWER_SIZE];
+  return receive_raw(port, own, limits, raw, response);
+}
+
+// For whoever has sent with diag_write. Any answer will do.
+static int32_t read_raw(uint8_t* buffer, const ExchangePolicy& policy) {
+  PortUse port;
+  uint8_t payload[RESPONSE_SIZE];
+  Response response = {payload};
+  int32_t received = receive_raw(port, 0, {policy.silence_ms, policy.most_ms}, buffer, &response);
+  if (received <= 0) return fail_port(port, received);
+  release_port(port);
+  return received;
+}
+
+int32_t diag_read(uint8_t* buffer) { return read_raw(buffer, DIRECT_POLICY); }
+
+int32_t diag_read_wait_1sec(uint8_t* buffer) { return read_raw(buffer, PROBE_POLICY); }
+
+// ---- the exchange ----
+
+// A request that is answered like none that is owed, answered or refused by every modem: time
+// stamp, build version, version. Once its answer is there, nothing older comes any more.
+static void read_up_to_now(const PortUse& port, Response* response) {
+  static constexpr uint8_t MARKS[] = {0x1D, 0x7C, 0x00};
+  for (const uint8_t& mark : MARKS) {
+    RequestHead head = head_of(&mark, 1);
+    if (is_owed(head)) continue;
+    if (send(port, {&mark, 1}) > 0) (void)receive(port, head, OWED_LIMITS, response);
+    return;
+  }
+}
+
+static int32_t attempt(const Request& request, const ExchangePolicy& policy, bool takes_older,
+                       Response* response) {
+  PortUse port(policy.wanted);
+  if (!policy.claim(port)) return policy.claim == try_claim_port ? PORT_BUSY : PORT_UNSENT;
+  RequestHead head = head_of(request.bytes, request.length);
+  if (is_owed(head) && !takes_older) read_up_to_now(port, response);
+  int32_t result = port.is_wanted() ? send(port, request) : int32_t{PORT_ABANDONED};
+  if (result > 0) result = receive(port, head, {policy.silence_ms, policy.most_ms}, response);
+  if (result <= 0 && result != PORT_ABANDONED) return fail_port(port, result);
+  release_port(port);
+  return result;
+}
+
+// A time-out has closed the port, so that a repeated attempt ends in the write's error unless the
+// link was opened again meanwhile. The answer to any of the attempts will do.
+int32_t line_exchange(const Request& request, const ExchangePolicy& policy, Response* response) {
+  for (int attempts = 1;; ++attempts) {
+    int32_t received = attempt(request, policy, policy.takes_older || attempts > 1, response);
+    if (received != PORT_TIMEOUT || policy.attempts == 1) return received;
+    usleep(RETRY_PAUSE_US);
+    if (attempts == policy.attempts) return PORT_TIMEOUT;
+  }
+}
+
+void send_unanswered(const Request& request) {
+  PortUse port;
+  if (!claim_port(port)) return;
+  int32_t sent = send(port, request);
+  if (sent <= 0) {
+    fail_port(port, sent);
+    return;
+  }
+  note_owed(head_of(request.bytes, request.length));
+  release_port(port);
+}
+
+void read_owed_answers() {
+  PortUse port;
+  if (!claim_port(port)) return;
+  uint8_t bytes[RESPONSE_SIZE];
+  Response response = {bytes};
+  read_up_to_now(port, &response);
+  release_port(port);
+}

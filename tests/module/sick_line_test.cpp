@@ -1,0 +1,244 @@
+// A sick line: a modem that is late, silent, slow to the byte, or takes nothing. What a host calls
+// ends in time, and every answer belongs to its question.
+#include "module/lifecycle.h"
+#include "report/field_test.h"
+#include "tests/module/module_fixture.h"
+
+using namespace std::chrono_literals;
+using namespace test;
+
+// Answers each request after a time and in order: with the count of requests of its kind, so that
+// an old answer shows.
+class LateModem : public FarEnd {
+ public:
+  Time latency{0};
+  bool one_at_a_time = false;  // the latency is that of its work, not of its way
+  Time gap{0};                 // between two bytes; none: whole answers
+  std::function<bool(const Bytes& request)> ignores = [](const Bytes&) { return false; };
+  std::map<Bytes, uint8_t> asked;
+  int requests = 0;
+
+  void receive(std::span<const uint8_t> bytes, Time now) override {
+    for (uint8_t byte : bytes) {
+      wire_.push_back(byte);
+      if (byte != 0x7E) continue;
+      take_request(unframe(wire_), now);
+      wire_.clear();
+    }
+  }
+  // What was on its way arrives half a second later.
+  void recover(Time now) {
+    latency = gap = Time{0};
+    ignores = [](const Bytes&) { return false; };
+    for (auto& [at, piece] : due_) at = std::min(at, now + 500ms);
+  }
+  std::optional<Time> next_due() const override {
+    if (due_.empty()) return std::nullopt;
+    return due_.front().first;
+  }
+  Bytes take(Time now) override {
+    if (due_.empty() || due_.front().first > now) return {};
+    Bytes piece = std::move(due_.front().second);
+    due_.pop_front();
+    return piece;
+  }
+
+ private:
+  void take_request(const Bytes& request, Time now) {
+    if (request.empty()) return;  // damaged, or nothing between two flags
+    ++requests;
+    if (ignores(request)) return;
+    bool vendor = request.size() >= 3;
+    uint8_t count = ++asked[vendor ? Bytes(request.begin(), request.begin() + 3) : request];
+    Bytes answer(350, count);
+    std::copy(request.begin(), request.begin() + (vendor ? 3 : 1), answer.begin());
+    if (vendor) answer[3] = answer[4] = 0;
+    if (request[0] == 0xD2 && request[1] == 0) answer = hex("d2 00 00 00 00 00 02 01 03");
+    if (request[0] == 0xD2 && request[1] == 1) answer = hex("d2 01 00 00 00 00 00 00 00");
+    if (request[0] == 0xCF && request[1] == '=') answer[5] = 0;
+    Time at = (one_at_a_time && !due_.empty() ? due_.back().first : now) + latency;
+    Bytes wire = frame(answer);
+    if (gap == Time{0}) return due_.push_back({at, wire});
+    for (uint8_t byte : wire) due_.push_back({at += gap, {byte}});
+  }
+  Bytes wire_;
+  std::deque<std::pair<Time, Bytes>> due_;
+};
+
+class SickLine : public ModuleTest {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    world.far_end = &late;
+  }
+  void TearDown() override {
+    world.writable_from = Time{0};
+    ModuleTest::TearDown();
+  }
+  void start_listener() {
+    ASSERT_EQ(vurn_open(), VURN_OK);
+    world.advance(30s);  // the first snapshot is over
+    prv_set_field_testing(true, true);
+    ASSERT_EQ(THREAD_STATUS, unsigned{LISTENER_RUNNING});
+  }
+  Time time_of(const std::function<void()>& call) {
+    Time before = world.now();
+    call();
+    return world.now() - before;
+  }
+  // The next commands have their own answers, of different kinds and the same.
+  void expect_own_answers(const std::string& where) {
+    for (int i = 0; i < 3; ++i) {
+      uint32_t rac = 0;
+      int32_t rscp = 0;
+      uint8_t screen[ZOP_SCREEN_SIZE];
+      EXPECT_EQ(zop_get_field_information(screen), ZOP_SUCCESS) << where;
+      EXPECT_EQ(screen[0], late.asked[hex("cf 34 00")]) << where;
+      EXPECT_EQ(zop_get_rac(&rac), ZOP_SUCCESS) << where;
+      EXPECT_EQ(rac, late.asked[hex("cf 2f 00")]) << where;
+      EXPECT_EQ(zop_get_rscp(&rscp), ZOP_SUCCESS) << where;
+      EXPECT_EQ(rscp & 0xFF, late.asked[hex("cf 27 00")]) << where;
+    }
+  }
+
+  LateModem late;
+};
+
+TEST_F(SickLine, a_stop_is_prompt_whatever_the_listener_does) {
+  struct {
+    const char* name;
+    std::function<void()> fall_sick;
+  } states[] = {
+      {"asleep", [] {}},
+      {"silent", [&] { late.ignores = [](const Bytes&) { return true; }; }},
+      {"late", [&] { late.latency = 4s; }},
+      {"trickling", [&] { late.gap = 2s; }},
+      {"trickling fast", [&] { late.gap = 10ms; }},
+      {"taking nothing", [&] { world.writable_from = world.now() + 1h; }},
+      {"taking two bytes",
+       [&] {
+         world.writes = {Accept{2}, Fail{EAGAIN}};
+       }},
+  };
+  struct {
+    const char* name;
+    std::function<void()> stop;
+    bool closes;
+  } stops[] = {
+      {"zop_debug_stop", [] { zop_debug_stop(); }, false},
+      {"switch-off", [] { prv_set_field_testing(false, true); }, false},
+      {"vurn_close(0)", [] { vurn_close(0); }, true},
+      {"vurn_close(1)", [] { vurn_close(1); }, true},
+  };
+  for (auto& state : states) {
+    for (auto& stop : stops) {
+      std::string where = std::string(state.name) + ", " + stop.name;
+      late = LateModem();
+      start_listener();
+      state.fall_sick();
+      world.advance(1200ms);
+      int requests = late.requests;
+      if (!world.writes.empty()) world.writable_from = world.now() + 1h;
+      EXPECT_LE(time_of(stop.stop), Time(100ms)) << where;
+      EXPECT_EQ(THREAD_STATUS, 0u) << where;
+      EXPECT_EQ(SIO_USED_LOCK, 0u) << where;
+      EXPECT_EQ(diag_status(), stop.closes ? 0 : 1) << where;
+      EXPECT_EQ(late.requests, requests) << where;
+      world.writes.clear();
+      world.writable_from = Time{0};
+      late.recover(world.now());
+      if (!stop.closes) expect_own_answers(where);
+      vurn_close(1);
+      prv_stop_deferred_action_thread();
+      gDeferredThreadCreated = false;
+    }
+  }
+}
+
+TEST_F(SickLine, every_wait_has_its_bound) {
+  uint32_t rac;
+  auto query = [&] { return zop_get_rac(&rac); };
+  auto open = [] { return zop_open(DEVICE); };
+  auto silence = [&] { late.ignores = [](const Bytes&) { return true; }; };
+  auto trickle = [&] { late.gap = 900ms; };
+  auto stuck = [&] { world.writable_from = world.now() + 1h; };
+  struct {
+    const char* name;
+    std::function<void()> fall_sick;
+    std::function<unsigned()> call;
+    unsigned result;
+    Time most;
+  } rows[] = {
+      {"silence", silence, query, ZOP_ERR_NO_RESPONSE, 5s + 2ms},
+      {"a trickle", trickle, query, ZOP_ERR_NO_RESPONSE, 15s + 2ms},
+      {"a line that takes nothing", stuck, query, ZOP_ERR_NO_RESPONSE, 5s},
+      {"open in silence", silence, open, 1, 5 * (1s + 100us)},
+      {"open in a trickle", trickle, open, 1, 5 * (3s + 100us)},
+      {"open of a line that takes nothing", stuck, open, 1, 5 * (5s + 100us)},
+  };
+  for (auto& row : rows) {
+    world.writable_from = Time{0};
+    late = LateModem();
+    ASSERT_EQ(zop_open(DEVICE), 0u) << row.name;
+    row.fall_sick();
+    Time before = world.now();
+    EXPECT_EQ(row.call(), row.result) << row.name;
+    EXPECT_LE(world.now() - before, row.most + 10ms) << row.name;
+    EXPECT_GE(world.now() - before, row.most - 50ms) << row.name;
+    EXPECT_EQ(diag_status(), 0) << row.name;
+  }
+}
+
+// The answers to the probes before are out of the way when an open returns.
+TEST_F(SickLine, a_slow_modem_is_understood_from_its_open_on) {
+  struct {
+    Time latency;
+    bool one_at_a_time;
+    int deaf_to;   // so many probes
+    int requests;  // of the open
+  } rows[] = {{0ms, false, 0, 1},   {2500ms, false, 0, 4}, {4500ms, false, 0, 6},
+              {2500ms, true, 0, 4}, {3500ms, true, 0, 5},  {100ms, false, 3, 5}};
+  for (auto& row : rows) {
+    late = LateModem();
+    late.latency = row.latency;
+    late.one_at_a_time = row.one_at_a_time;
+    int probes = 0;
+    late.ignores = [&](const Bytes& request) {
+      return request == hex("1d") && probes++ < row.deaf_to;
+    };
+    std::string where = std::to_string(row.latency.count() / 1'000'000) + " ms";
+    ASSERT_EQ(zop_open(DEVICE), 0u) << where;
+    EXPECT_EQ(late.requests, row.requests) << where;
+    late.one_at_a_time = false;
+    expect_own_answers(where);
+    uint32_t refused = 1;
+    uint8_t pin[ZOP_PIN_SIZE] = {'1', '2', '3', '4'};
+    EXPECT_EQ(zop_simcard_verify(pin, 4, &refused), ZOP_SUCCESS) << where;
+    EXPECT_EQ(refused, 0u) << where;
+    zop_close();
+  }
+}
+
+// One that answers the backup step which restarts others, and one that does not.
+TEST_F(SickLine, an_answer_that_nobody_waits_for_is_dropped) {
+  for (bool is_answered : {true, false}) {
+    late = LateModem();
+    ASSERT_EQ(zop_open(DEVICE), 0u);
+    late.latency = 100ms;
+    late.ignores = [&](const Bytes& request) { return !is_answered && request[0] == 218; };
+    EXPECT_EQ(zop_set_backup(3), ZOP_SUCCESS);
+    uint32_t rac = 0;
+    EXPECT_EQ(time_of([&] { zop_get_rac(&rac); }), Time(100ms));
+    EXPECT_EQ(rac, late.asked[hex("cf 2f 00")]);
+    expect_own_answers(is_answered ? "answered" : "not answered");
+    zop_close();
+  }
+}
+
+// 125 and 126 are usual values, and each is two bytes on the wire.
+TEST_F(SickLine, a_screen_of_stuffed_bytes_is_an_answer) {
+  ASSERT_EQ(zop_open(DEVICE), 0u);
+  late.asked[hex("cf 34 00")] = 0x7D - 1;
+  expect_own_answers("0x7d, 0x7e");
+  EXPECT_EQ(diag_status(), 1);
+}
