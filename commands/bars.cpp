@@ -9,9 +9,7 @@
 #include "core/bytes.h"
 #include "include/zop_diag_info.h"
 
-enum { NO_ECIO = -32, NO_BARS = -1 };
-enum { SERVICE_LIMITED = 1, SERVICE_LIMITED_REGIONAL = 3 };
-enum { ACTIVE_SET = 0 };
+enum { NO_ECIO = -32 };
 
 static constinit int16_t last_ecio = NO_ECIO;
 
@@ -66,7 +64,7 @@ static int16_t select_ecio(const zop_wcdma_screen& screen, int16_t previous) {
   for (const zop_wcdma_cell& cell : screen.cells) {
     if (is_empty(cell)) break;
     int16_t ecio = get_s16(cell.ecio);
-    if (get_le16(cell.set) == ACTIVE_SET && ecio > best) best = ecio;
+    if (get_le16(cell.set) == ZOP_CELL_ACTIVE && ecio > best) best = ecio;
   }
   return best;
 }
@@ -94,10 +92,10 @@ unsigned zop_get_bars(int32_t* bars) {
   if (error != ZOP_SUCCESS) return error;
   zop_screen screen = {};
   copy_fields({bytes(ANSWER_PAYLOAD, sizeof screen, &screen)});
-  if (screen.service_status == SERVICE_LIMITED ||
-      screen.service_status == SERVICE_LIMITED_REGIONAL) {
+  if (screen.service_status == ZOP_SERVICE_LIMITED ||
+      screen.service_status == ZOP_SERVICE_LIMITED_REGIONAL) {
     puts("service_status : ZOP_SERVICE_STATUS_LIMITED or ZOP_SERVICE_STATUS_LIMITED_REGIONAL");
-    *bars = NO_BARS;
+    *bars = ZOP_BARS_NONE;
     return ZOP_SUCCESS;
   }
   *bars = bars_of(screen);

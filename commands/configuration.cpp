@@ -2,13 +2,15 @@
 #include "commands/exchange.h"
 
 enum { MODE_CONTROL = 41 };
-enum { GSM_BANDS = 3, WCDMA_BANDS = 5 };  // kinds of a search order
 
 static bool is_gsm_band(uint32_t band) {
-  return band == 43 || band == 44 || band == 47 || band == 48;
+  return band == ZOP_BAND_GSM_850 || band == ZOP_BAND_EGSM_900 || band == ZOP_BAND_GSM_1800 ||
+         band == ZOP_BAND_GSM_1900;
 }
 
-static bool is_wcdma_band(uint32_t band) { return band == 80 || band == 81 || band == 84; }
+static bool is_wcdma_band(uint32_t band) {
+  return band == ZOP_BAND_WCDMA_2100 || band == ZOP_BAND_WCDMA_1900 || band == ZOP_BAND_WCDMA_850;
+}
 
 unsigned zop_set_diag_port(uint32_t port) {
   if (port > 1) return ZOP_ERR_INVALID_ARGUMENT;
@@ -46,8 +48,8 @@ unsigned zop_mode_change(uint32_t mode) {
 
 unsigned zop_set_network_search_order(uint32_t kind, uint32_t value) {
   if (unsigned error = begin()) return error;
-  bool accepted =
-      (kind == GSM_BANDS && is_gsm_band(value)) || (kind == WCDMA_BANDS && is_wcdma_band(value));
+  bool accepted = (kind == ZOP_SEARCH_GSM && is_gsm_band(value)) ||
+                  (kind == ZOP_SEARCH_WCDMA && is_wcdma_band(value));
   if (!accepted) return ZOP_ERR_BAD_RESPONSE;
   return mode_control(value);
 }

@@ -144,9 +144,9 @@ unsigned zop_get_network_time(uint8_t* time19) {
 // The report numbers two of the modes differently: GSM is 8 and WCDMA is 4 in its system codes.
 static uint32_t report_system_code(uint32_t mode) {
   switch (mode) {
-    case 3:
+    case ZOP_SYSTEM_GSM:
       return 8;
-    case 5:
+    case ZOP_SYSTEM_WCDMA:
       return 4;
     default:
       return mode;

@@ -45,15 +45,15 @@ static unsigned cell_set(uint8_t subcommand, uint8_t type, uint8_t* cells, uint3
 }
 
 unsigned zop_get_active_set_list(uint8_t* cells, uint32_t* count) {
-  return cell_set(')', 0, cells, count);
+  return cell_set(')', ZOP_CELL_ACTIVE, cells, count);
 }
 
 unsigned zop_get_monitored_set_list(uint8_t* cells, uint32_t* count) {
-  return cell_set('*', 1, cells, count);
+  return cell_set('*', ZOP_CELL_MONITORED, cells, count);
 }
 
 unsigned zop_get_detected_set_list(uint8_t* cells, uint32_t* count) {
-  return cell_set('+', 2, cells, count);
+  return cell_set('+', ZOP_CELL_DETECTED, cells, count);
 }
 
 // A list of size bytes that begins with a u32 count: zeros when the count is not 1..most.

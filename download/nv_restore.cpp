@@ -25,7 +25,6 @@ enum DiagCode : uint8_t {
 enum { ATTEMPTS = 10, RETRY_PAUSE_US = 5000, READINESS_POLLS = 20 };
 enum { BOOT_S = 10, AFTER_BACKUP_S = 5, SETTLE_S = 10 };
 enum { VERSION_TEXT = 12, READY = 5, READINESS_VALUE = 6 };  // offsets in answers
-enum : unsigned { OPEN_GOOD = 0, OPEN_READ_ERROR = 2 };
 
 static constexpr char VERSION_FAMILY[] = "Q71XEB";
 enum { FAMILY_LENGTH = 6 };
@@ -91,8 +90,8 @@ int modem_diag_process() {
 static bool reconnect(const char* path) {
   for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
     unsigned result = zop_open(path);
-    if (result == OPEN_GOOD) return true;
-    if (result == OPEN_READ_ERROR) zop_close();
+    if (result == ZOP_OPEN_UP) return true;
+    if (result == ZOP_OPEN_READ_ERROR) zop_close();
     sleep(1);
   }
   return false;

@@ -33,6 +33,17 @@ enum {
   VURN_DATA_GPRS = 3   /* GSM without EGPRS */
 };
 
+/* No bars, from vurn_get_bars. */
+enum { VURN_BARS_NONE = -1 };
+
+/* Call tests. A number beyond these is a call on the band as it is. */
+enum {
+  VURN_TEST_NONE = -1,        /* none is under way */
+  VURN_TEST_FACTORY_MODE = 0, /* factory test mode, without a call */
+  VURN_TEST_WCDMA_850 = 1,
+  VURN_TEST_GSM_1900 = 2
+};
+
 /* Bits of the log mask. A line reaches syslog only while its bit is set. */
 enum {
   VURN_LOG_FIELD_INFORMATION = 0x200, /* each field-test screen record */
@@ -111,9 +122,10 @@ int vurn_get_module_time(time_t* when, int* offset);
 
 /* ---- bars ---- */
 
-/* Signal bars: 1 to 5, or -1 without usable service (limited, not attached, not registered).
- * VURN_ERR_FAILED also when the modem is stuck: rejected by the network for over 60 s, data active
- * without a call for over 5 s, or all networks forbidden for over 300 s, as seen by these calls. */
+/* Signal bars: 1 to 5, or VURN_BARS_NONE without usable service (limited, not attached, not
+ * registered). VURN_ERR_FAILED also when the modem is stuck: rejected by the network for over 60 s,
+ * data active without a call for over 5 s, or all networks forbidden for over 300 s, as seen by
+ * these calls. */
 int vurn_get_bars(int* bars);
 
 /* ---- country ---- */
@@ -134,11 +146,11 @@ int vurn_report_event(const struct NubiEvent* event);
 
 /* ---- call test ---- */
 
-/* Number of the call test under way, -1 for none. */
+/* Number of the call test under way, VURN_TEST_NONE when there is none. */
 extern int32_t sTestNum;
 
-/* Factory test: 0 switches factory test mode on, a number above 0 also starts a loop-back call
- * without a time limit, 1 on WCDMA 850, 2 on GSM 1900, others on the band as it is. */
+/* Factory test, VURN_TEST_FACTORY_MODE or above: switches factory test mode on. Above it, also
+ * starts a loop-back call without a time limit, on the test's band or on the band as it is. */
 int vurn_originate_call_test(int testNum);
 
 /* Ends it and leaves factory test mode. VURN_OK, with nothing sent, when no test is under way. */

@@ -18,7 +18,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* Result codes. 3 is a reserved result of zop_open, 5 is not used. */
+/* Result codes; zop_open has its own. 5 is not used. */
 enum {
   ZOP_SUCCESS = 0,
   ZOP_ERR_NOT_OPEN = 1,             /* the link is not open; nothing was sent */
@@ -30,6 +30,14 @@ enum {
   ZOP_ERR_INVALID_ARGUMENT = 9,     /* argument out of range, or not supported */
   ZOP_ERR_MODEM_FAILURE = 10,       /* the modem answered with a non-zero status */
   ZOP_ERR_HOME_NETWORK_REFUSED = 11 /* the modem will not go to the home network */
+};
+
+/* Results of zop_open. */
+enum {
+  ZOP_OPEN_UP = 0,
+  ZOP_OPEN_NO_ANSWER = 1, /* or the device can't be opened */
+  ZOP_OPEN_READ_ERROR = 2,
+  ZOP_OPEN_RESERVED = 3
 };
 
 /* First byte of a vendor request: [207, subcommand, 0, payload]. */
@@ -69,6 +77,188 @@ enum {
   ZOP_ERROR_LOG_SIZE = 264
 };
 
+/* ---- values of the modem, an enumeration a field ----
+ *
+ * They are as they go over the wire, and the diagnostic record holds the same. A modem may send
+ * numbers that have no name. Where -1 has one, an unsigned output and a byte of the record hold it
+ * as 255. */
+
+/* zop_simcard_status: the card. */
+enum {
+  ZOP_SIM_NO_CARD = 0,
+  ZOP_SIM_INVALID_CARD = 1,
+  ZOP_SIM_READY = 2,
+  ZOP_SIM_NOT_INITIALISED = 3, /* starting, or waiting for its PIN: see the lock status */
+  ZOP_SIM_NOT_READY = 4,
+  ZOP_SIM_REINITIALISING = 5,
+  ZOP_SIM_AVAILABLE = 6,
+  ZOP_SIM_ILLEGAL_CARD = 7
+};
+
+/* zop_simcard_status: the lock, which is the state of the PIN. */
+enum {
+  ZOP_PIN_UNKNOWN = 0,
+  ZOP_PIN_OKAY = 1,
+  ZOP_PIN_ENABLED = 2, /* the card waits for its PIN */
+  ZOP_PIN_VERIFIED = 3,
+  ZOP_PIN_BLOCKED = 4,       /* no tries left: zop_simcard_unblock */
+  ZOP_PIN_PERM_DISABLED = 5, /* switched off: no PIN is wanted, until zop_simcard_enable */
+  ZOP_PIN_NOT_VALID = 6,
+  ZOP_PIN_NOT_INITIALISED = 7
+};
+
+/* zop_get_roaming_status: every other number is roaming. Unknown in the record alone. */
+enum { ZOP_ROAMING_UNKNOWN = -1, ZOP_ROAMING_HOME = 0 };
+
+/* zop_get_registration_status. */
+enum {
+  ZOP_REGISTRATION_NONE = 0,
+  ZOP_REGISTRATION_SUCCESS = 1,
+  ZOP_REGISTRATION_FAILED = 2,
+  ZOP_REGISTRATION_NO_NETWORK = 3
+};
+
+/* zop_get_service_status. */
+enum {
+  ZOP_SERVICE_NONE = -1,
+  ZOP_SERVICE_NO_SERVICE = 0,
+  ZOP_SERVICE_LIMITED = 1, /* emergency calls at most */
+  ZOP_SERVICE_FULL = 2,
+  ZOP_SERVICE_LIMITED_REGIONAL = 3,
+  ZOP_SERVICE_POWER_SAVE = 4
+};
+
+/* zop_get_system_mode. */
+enum {
+  ZOP_SYSTEM_NONE = -1,
+  ZOP_SYSTEM_NO_SERVICE = 0,
+  ZOP_SYSTEM_AMPS = 1,
+  ZOP_SYSTEM_CDMA = 2,
+  ZOP_SYSTEM_GSM = 3,
+  ZOP_SYSTEM_HDR = 4,
+  ZOP_SYSTEM_WCDMA = 5,
+  ZOP_SYSTEM_GPS = 6,
+  ZOP_SYSTEM_GW = 7, /* GSM and WCDMA */
+  ZOP_SYSTEM_WLAN = 8
+};
+
+/* zop_get_data_service_mode. The VURN_DATA_ of vurn.h are other numbers. */
+enum {
+  ZOP_DATA_UNKNOWN = -1,
+  ZOP_DATA_GPRS = 0,
+  ZOP_DATA_EDGE = 1,
+  ZOP_DATA_WCDMA = 2,
+  ZOP_DATA_HSDPA = 3
+};
+
+/* zop_get_band; zop_set_band tells which of them can be set. */
+enum {
+  ZOP_BAND_NONE = -1,
+  ZOP_BAND_GSM_450 = 40,
+  ZOP_BAND_GSM_480 = 41,
+  ZOP_BAND_GSM_750 = 42,
+  ZOP_BAND_GSM_850 = 43,
+  ZOP_BAND_EGSM_900 = 44,
+  ZOP_BAND_PGSM_900 = 45,
+  ZOP_BAND_RGSM_900 = 46,
+  ZOP_BAND_GSM_1800 = 47, /* DCS */
+  ZOP_BAND_GSM_1900 = 48, /* PCS */
+  ZOP_BAND_WCDMA_2100 = 80,
+  ZOP_BAND_WCDMA_1900 = 81,
+  ZOP_BAND_WCDMA_1700_III = 82,
+  ZOP_BAND_WCDMA_1700_IV = 83,
+  ZOP_BAND_WCDMA_850 = 84,
+  ZOP_BAND_WCDMA_800 = 85,
+  ZOP_BAND_WCDMA_2600 = 86,
+  ZOP_BAND_WCDMA_900 = 87,
+  ZOP_BAND_WCDMA_1700_IX = 88
+};
+
+/* What zop_set_network_search_order orders: bands of GSM or of WCDMA. */
+enum { ZOP_SEARCH_GSM = 3, ZOP_SEARCH_WCDMA = 5 };
+
+/* zop_get_call_status. */
+enum {
+  ZOP_CALL_NONE = -1,
+  ZOP_CALL_IDLE = 0,
+  ZOP_CALL_ORIGINATING = 1,
+  ZOP_CALL_INCOMING = 3,
+  ZOP_CALL_ORIGINATING_INCOMING = 4,
+  ZOP_CALL_CONVERSATION = 5,
+  ZOP_CALL_RELEASE = 6,
+  ZOP_CALL_RECALL_PENDING = 7
+};
+
+/* zop_get_network_op_mode: how the modem attaches to circuit-switched and packet service. */
+enum {
+  ZOP_NETWORK_MODE_COMBINED = 0,
+  ZOP_NETWORK_MODE_SEPARATE = 1,
+  ZOP_NETWORK_MODE_SEPARATE_2G = 2,
+  ZOP_NETWORK_MODE_UNAVAILABLE = 3
+};
+
+/* The state of zop_get_mm_attach_state, zop_get_mm_lu_state, zop_get_gmm_attach_state and
+ * zop_get_gmm_rau_state: what the last attach or update came to. */
+enum {
+  ZOP_ATTACH_NOT_AVAILABLE = 0,
+  ZOP_ATTACH_ACCEPTED = 1, /* as the GMM attach state: attached to the packet network */
+  ZOP_ATTACH_REJECTED = 2,
+  ZOP_RA_UPDATE_ACCEPTED = 5, /* routing area */
+  ZOP_RA_UPDATE_REJECTED = 6,
+  ZOP_MM_ATTACH_ACCEPTED = 11, /* the report names 11 and 12 as 1 and 2 */
+  ZOP_MM_ATTACH_REJECTED = 12,
+  ZOP_LA_UPDATE_ACCEPTED = 13, /* location area */
+  ZOP_LA_UPDATE_REJECTED = 14
+};
+
+/* The error of these, and the reject reason of zop_get_pdp_state, are causes of 3GPP TS 24.008. */
+enum {
+  ZOP_CAUSE_NONE = 0,
+  ZOP_CAUSE_PROTOCOL_ERROR = 111 /* unspecified */
+};
+
+/* zop_get_gmm_state. */
+enum {
+  ZOP_GMM_NULL = 0,
+  ZOP_GMM_DEREGISTERED = 1,
+  ZOP_GMM_REGISTERING = 2,
+  ZOP_GMM_REGISTERED = 3,
+  ZOP_GMM_DEREGISTERING = 4,
+  ZOP_GMM_RA_UPDATING = 5,
+  ZOP_GMM_SERVICE_REQUEST = 6
+};
+
+/* zop_get_pdp_state. */
+enum {
+  ZOP_PDP_INACTIVE = 0,
+  ZOP_PDP_ACTIVE_PENDING = 1,
+  ZOP_PDP_ACTIVE = 2,
+  ZOP_PDP_MODIFY_PENDING = 3,
+  ZOP_PDP_INACTIVE_PENDING = 4
+};
+
+/* zop_get_pmm_mode. */
+enum { ZOP_PMM_DETACHED = 0, ZOP_PMM_IDLE = 1, ZOP_PMM_CONNECTED = 2 };
+
+/* zop_get_hsdpa_status: the status, and the indication of what is supported. */
+enum { ZOP_HSDPA_INACTIVE = 0, ZOP_HSDPA_ACTIVE = 1, ZOP_HSDPA_SUSPENDED = 2 };
+enum {
+  ZOP_HSPA_NONE = -1,
+  ZOP_HSPA_UNSUPPORTED = 0,
+  ZOP_HSPA_HSDPA = 1,
+  ZOP_HSPA_HSUPA = 2,
+  ZOP_HSPA_HSDPA_HSUPA = 3
+};
+
+/* zop_get_egprs_indication. */
+enum { ZOP_EGPRS_NONE = -1, ZOP_EGPRS_NOT_AVAILABLE = 0, ZOP_EGPRS_AVAILABLE = 1 };
+
+/* The set of a WCDMA cell: of the lists of cells, and of the field-test screen. */
+enum { ZOP_CELL_ACTIVE = 0, ZOP_CELL_MONITORED = 1, ZOP_CELL_DETECTED = 2 };
+
+/* zop_get_bars, beside 0 to 5. */
+enum { ZOP_BARS_NONE = -1 };
+
 /* Records handed over by value. */
 typedef struct {
   uint8_t bytes[ZOP_UPLMN_LIST_SIZE];
@@ -105,36 +295,36 @@ unsigned int zop_download_firmware_end(void);
 
 /* ---- network and registration; ZOP_ERR_MODEM_FAILURE where "status" is said ---- */
 
-unsigned int zop_get_roaming_status(uint32_t* roaming); /* 0 home, else roaming */
+unsigned int zop_get_roaming_status(uint32_t* roaming); /* ZOP_ROAMING_, raw */
 unsigned int zop_try_to_use_home_network(void);         /* status; ..HOME_NETWORK_REFUSED */
-unsigned int zop_get_data_service_mode(int32_t* mode);  /* 0 GPRS, 1 EDGE, 2 WCDMA, 3 HSDPA */
+unsigned int zop_get_data_service_mode(int32_t* mode);  /* ZOP_DATA_ */
 unsigned int zop_get_uarfcn(uint32_t* channel);         /* UARFCN or ARFCN */
-unsigned int zop_get_call_status(uint32_t* call);       /* 0 idle */
+unsigned int zop_get_call_status(uint32_t* call);       /* ZOP_CALL_ */
 unsigned int zop_get_rac(uint32_t* rac);                /* routing area code */
 unsigned int zop_get_mcc(uint8_t* mcc, uint32_t* size); /* 3 characters; clears first */
 unsigned int zop_get_mnc(uint8_t* mnc, uint32_t* size); /* 3 characters; clears first */
 unsigned int zop_get_location_area_id(uint8_t* text, uint32_t* size); /* 14 bytes; clears first */
 unsigned int zop_get_cell_id(uint32_t* cell);
 unsigned int zop_get_network_name(uint8_t* name, uint32_t* size); /* 255 bytes; clears first */
-unsigned int zop_get_service_status(int32_t* service); /* 0 none, 1 limited, 2 full, 3, 4 */
-unsigned int zop_get_registration_status(uint32_t* registration);        /* 0 not registered */
-unsigned int zop_get_info_event_orig(uint8_t* record);                   /* status; 89 bytes */
-unsigned int zop_get_info_event_act(uint8_t* record);                    /* status; 47 bytes */
-unsigned int zop_get_info_event_deact(uint8_t* record);                  /* status; 1 byte */
-unsigned int zop_get_info_event_end(uint8_t* record);                    /* status; 3 bytes */
-unsigned int zop_get_band(int32_t* band);                                /* status */
-unsigned int zop_get_network_op_mode(int32_t* mode);                     /* status */
-unsigned int zop_get_mm_attach_state(int32_t* state, int32_t* error);    /* status */
-unsigned int zop_get_gmm_attach_state(int32_t* state, int32_t* error);   /* status; 1 attached */
+unsigned int zop_get_service_status(int32_t* service);            /* ZOP_SERVICE_ */
+unsigned int zop_get_registration_status(uint32_t* registration); /* ZOP_REGISTRATION_ */
+unsigned int zop_get_info_event_orig(uint8_t* record);            /* status; 89 bytes */
+unsigned int zop_get_info_event_act(uint8_t* record);             /* status; 47 bytes */
+unsigned int zop_get_info_event_deact(uint8_t* record);           /* status; 1 byte */
+unsigned int zop_get_info_event_end(uint8_t* record);             /* status; 3 bytes */
+unsigned int zop_get_band(int32_t* band);                         /* status; ZOP_BAND_ */
+unsigned int zop_get_network_op_mode(int32_t* mode);              /* status; ZOP_NETWORK_MODE_ */
+unsigned int zop_get_mm_attach_state(int32_t* state, int32_t* error);    /* status; ZOP_ATTACH_ */
+unsigned int zop_get_gmm_attach_state(int32_t* state, int32_t* error);   /* status; ZOP_ATTACH_ */
 unsigned int zop_get_mfrm(int32_t* multiframes);                         /* status */
-unsigned int zop_get_gmm_state(int32_t* state);                          /* status */
-unsigned int zop_get_pdp_state(int32_t* state, int32_t* reject_reason);  /* status; 2 active */
-unsigned int zop_get_pmm_mode(int32_t* mode);                            /* status */
+unsigned int zop_get_gmm_state(int32_t* state);                          /* status; ZOP_GMM_ */
+unsigned int zop_get_pdp_state(int32_t* state, int32_t* reject_reason);  /* status; ZOP_PDP_ */
+unsigned int zop_get_pmm_mode(int32_t* mode);                            /* status; ZOP_PMM_ */
 unsigned int zop_get_drx(uint32_t* drx);                                 /* status */
-unsigned int zop_get_hsdpa_status(int32_t* status, int32_t* indication); /* status */
-unsigned int zop_get_egprs_indication(int32_t* egprs);                   /* status; 1 available */
-unsigned int zop_get_mm_lu_state(int32_t* state, int32_t* error);        /* status */
-unsigned int zop_get_gmm_rau_state(int32_t* state, int32_t* error);      /* status */
+unsigned int zop_get_hsdpa_status(int32_t* status, int32_t* indication); /* status; ZOP_HSDPA_ */
+unsigned int zop_get_egprs_indication(int32_t* egprs);                   /* status; ZOP_EGPRS_ */
+unsigned int zop_get_mm_lu_state(int32_t* state, int32_t* error);        /* status; ZOP_ATTACH_ */
+unsigned int zop_get_gmm_rau_state(int32_t* state, int32_t* error);      /* status; ZOP_ATTACH_ */
 unsigned int zop_get_powerup_flag(uint32_t* flag); /* status, and for a flag above 1 */
 unsigned int zop_get_rau_type(uint32_t* type);     /* status */
 unsigned int zop_get_carrier(int32_t* carrier);    /* status */
@@ -143,8 +333,7 @@ unsigned int zop_get_carrier(int32_t* carrier);    /* status */
  * each), offset from UTC in quarter hours (s32), daylight saving (u8). Status: no time yet. */
 unsigned int zop_get_network_time(uint8_t* time19);
 
-/* System mode: 0 no service, 3 GSM, 5 WCDMA and others. */
-unsigned int zop_get_system_mode(uint32_t* mode);
+unsigned int zop_get_system_mode(uint32_t* mode); /* ZOP_SYSTEM_ */
 
 /* ---- identity and versions: buffers are cleared first ---- */
 
@@ -166,8 +355,8 @@ unsigned int zop_get_tq2_version(uint8_t* text, uint32_t* size);
 /* ---- SIM card: refusals of the SIM come in *result (0 accepted, 1 refused) ----
  * Codes are up to 8 bytes, no terminator. ZOP_ERR_PIN_TOO_LONG for a longer one. */
 
-/* SIM status (2 ready, 3 not initialised, 4 not ready), lock status (2 PIN wanted), PIN retries
- * left. ZOP_ERR_MODEM_FAILURE on a non-zero status. */
+/* SIM status (ZOP_SIM_), lock status (ZOP_PIN_), PIN retries left. ZOP_ERR_MODEM_FAILURE on a
+ * non-zero status. */
 unsigned int zop_simcard_status(uint32_t* sim_status, uint32_t* lock_status, uint32_t* retries);
 
 /* Always reads 8 bytes from pin, whatever pin_len is. */
@@ -231,13 +420,14 @@ unsigned int zop_set_reset(void);                      /* restarts the modem */
 unsigned int zop_set_error_fatal(void);                /* crashes the modem, for a memory dump */
 unsigned int zop_enable_factory_test(uint32_t enable); /* 0 or 1, else ..INVALID_ARGUMENT */
 
-/* 43, 44, 47, 48, 80, 81 or 84, else ZOP_ERR_INVALID_ARGUMENT. */
+/* ZOP_BAND_GSM_850, EGSM_900, GSM_1800 or GSM_1900, or WCDMA_2100, WCDMA_1900 or WCDMA_850, else
+ * ZOP_ERR_INVALID_ARGUMENT. */
 unsigned int zop_set_band(uint32_t band);
 
 /* Operating mode, up to 255, else ZOP_ERR_BAD_RESPONSE. No status. */
 unsigned int zop_mode_change(uint32_t mode);
 
-/* kind 3 with 43, 44, 47 or 48 (GSM), kind 5 with 80, 81 or 84 (WCDMA), else
+/* ZOP_SEARCH_GSM or ZOP_SEARCH_WCDMA, with a band of this kind that zop_set_band takes, else
  * ZOP_ERR_BAD_RESPONSE. No status. */
 unsigned int zop_set_network_search_order(uint32_t kind, uint32_t value);
 
@@ -258,7 +448,7 @@ unsigned int zop_get_txpower(int32_t* txpower);   /* dBm */
 unsigned int zop_get_pathloss(int32_t* pathloss); /* dB */
 
 /* WCDMA cell sets: *count is the capacity in cells and then the number of cells, 6 bytes each: set
- * (0 active, 1 monitored, 2 detected), 0, and two u16 as the modem sent them. */
+ * (ZOP_CELL_), 0, and two u16 as the modem sent them. */
 unsigned int zop_get_active_set_list(uint8_t* cells, uint32_t* count);
 unsigned int zop_get_monitored_set_list(uint8_t* cells, uint32_t* count);
 unsigned int zop_get_detected_set_list(uint8_t* cells, uint32_t* count);
@@ -270,7 +460,8 @@ unsigned int zop_get_best_six_cell_list(uint8_t* list58);
 /* The field-test screen, zop_screen of zop_diag_info.h. */
 unsigned int zop_get_field_information(uint8_t* record345);
 
-/* Signal bars 0 to 5, -1 in limited service. Prints what it computes from on standard output. */
+/* Signal bars 0 to 5, ZOP_BARS_NONE in limited service. Prints what it computes from on standard
+ * output. */
 unsigned int zop_get_bars(int32_t* bars);
 
 /* ---- test, call and message ---- */

@@ -13,12 +13,19 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* Values of zop_screen.system_mode that tell which half of the union holds. */
+/* Values of zop_screen.system_mode that tell which half of the union holds: ZOP_SYSTEM_GSM and
+ * ZOP_SYSTEM_WCDMA of zop.h, where the values of the other fields stand too. */
 enum { ZOP_SCREEN_GSM = 3, ZOP_SCREEN_WCDMA = 5 };
+
+/* Values of zop_screen.selection_mode: how the network is chosen. */
+enum { ZOP_SELECTION_AUTOMATIC = 0, ZOP_SELECTION_MANUAL = 1 };
+
+/* zop_diag_info.bars while no call has told them. */
+enum { ZOP_BARS_UNKNOWN = -2 };
 
 /* One cell of the WCDMA sets. An entry whose scrambling code and Ec/Io are zero ends the list. */
 typedef struct {
-  uint8_t set[2];             /* u16: 0 active set, else monitored or detected */
+  uint8_t set[2];             /* u16: ZOP_CELL_ACTIVE, else monitored or detected */
   uint8_t scrambling_code[2]; /* u16: primary scrambling code */
   uint8_t ecio[2];            /* s16: Ec/Io, dB */
 } zop_wcdma_cell;
@@ -105,7 +112,7 @@ typedef struct {
   char hardware[64];
   char library[64];
   uint8_t network_time[19]; /* as zop_get_network_time; zeros when not provided */
-  int32_t roaming;          /* raw roaming indicator, -1 not known */
+  int32_t roaming;          /* raw roaming indicator, ZOP_ROAMING_ */
   char phone_number[16];
   char iccid[24];
   int32_t sim_status;
@@ -126,7 +133,7 @@ typedef struct {
   uint32_t last_ring_time; /* wall clock, 0 none yet */
   char local_address[16];  /* ppp0, or why there is none */
   char peer_address[16];
-  int32_t bars;      /* 1..5, -1 no service, -2 not known */
+  int32_t bars;      /* 1..5, ZOP_BARS_NONE, ZOP_BARS_UNKNOWN */
   uint32_t rx_bytes; /* of ppp0; 0xFFFFFFFF not known, as the next three */
   uint32_t tx_bytes;
   uint32_t rx_errors;

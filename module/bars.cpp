@@ -8,8 +8,7 @@
 #include "include/zop_diag_info.h"
 #include "module/stuck_detection.h"
 
-enum { GMM_ATTACHED = 1, SERVICE_FULL = 2 };
-enum { NO_SERVICE = -1, NOT_KNOWN = -2, FEWEST_BARS = 1 };
+enum { FEWEST_BARS = 1 };
 
 static bool prv_read_attach_state(int32_t* attach_state) {
   LOG_D(VURN_LOG_TRACE, "D zop:getting packet registration status");
@@ -34,14 +33,14 @@ static bool prv_read_registration(bool* registered) {
           static_cast<int>(error));
     return false;
   }
-  *registered = registration != 0;
+  *registered = registration != ZOP_REGISTRATION_NONE;
   return true;
 }
 
 static bool prv_read_bars(int32_t* bars) {
   LOG_D(VURN_LOG_TRACE, "D zop:getting bars");
   if (unsigned error = zop_get_bars(bars)) {
-    gDiagInfo.bars = NO_SERVICE;
+    gDiagInfo.bars = VURN_BARS_NONE;
     LOG_GET_ERROR("bars", error);
     return false;
   }
@@ -51,10 +50,10 @@ static bool prv_read_bars(int32_t* bars) {
   return true;
 }
 
-// Bars, or NO_SERVICE with the reason in the log. False when the modem did not tell.
+// Bars, or VURN_BARS_NONE with the reason in the log. False when the modem did not tell.
 static bool prv_find_bars(int32_t attach_state, int32_t service_status, int32_t* bars) {
-  *bars = NO_SERVICE;
-  if (attach_state != GMM_ATTACHED) {
+  *bars = VURN_BARS_NONE;
+  if (attach_state != ZOP_ATTACH_ACCEPTED) {
     LOG_D(VURN_LOG_EVENTS, "D zop:gmmAttachState=%d", attach_state);
     return true;
   }
@@ -64,7 +63,7 @@ static bool prv_find_bars(int32_t attach_state, int32_t service_status, int32_t*
     LOG_D(VURN_LOG_EVENTS, "D zop:not registered");
     return true;
   }
-  if (service_status != SERVICE_FULL) {
+  if (service_status != ZOP_SERVICE_FULL) {
     LOG_D(VURN_LOG_EVENTS, "D zop:serviceStatus=%d", service_status);
     return true;
   }
@@ -73,7 +72,7 @@ static bool prv_find_bars(int32_t attach_state, int32_t service_status, int32_t*
 
 int vurn_get_bars(int* bars) {
   ScopedLock lock(gModuleMutex);
-  gDiagInfo.bars = NOT_KNOWN;
+  gDiagInfo.bars = ZOP_BARS_UNKNOWN;
   if (!gModuleOpen) return VURN_ERR_NOT_OPEN;
   int32_t attach_state;
   int32_t service_status;

@@ -5,7 +5,7 @@
 #include "core/module_state.h"
 #include "include/zop.h"
 
-constinit int32_t sTestNum = -1;
+constinit int32_t sTestNum = VURN_TEST_NONE;
 
 struct TestBand {
   int test;
@@ -13,8 +13,8 @@ struct TestBand {
 };
 // Other tests leave the band as it is, and no stop restores it.
 static constexpr TestBand TEST_BANDS[] = {
-    {1, 84},  // WCDMA_V_850
-    {2, 48},  // GSM_PCS_1900
+    {VURN_TEST_WCDMA_850, ZOP_BAND_WCDMA_850},
+    {VURN_TEST_GSM_1900, ZOP_BAND_GSM_1900},
 };
 
 static bool prv_set_factory_test(bool on) {
@@ -55,7 +55,7 @@ int vurn_originate_call_test(int testNum) {
   sTestNum = testNum;
   bool good = prv_set_factory_test(true);
   if (!prv_set_test_band(testNum)) good = false;
-  if (testNum > 0 && !prv_start_test_call()) good = false;
+  if (testNum > VURN_TEST_FACTORY_MODE && !prv_start_test_call()) good = false;
   if (good) return VURN_OK;
   (void)prv_set_factory_test(false);  // it has failed already
   return VURN_ERR_FAILED;
@@ -65,12 +65,12 @@ int vurn_originate_call_test(int testNum) {
 int vurn_stop_call_test() {
   ScopedLock lock(gModuleMutex);
   if (!gModuleOpen) return VURN_ERR_NOT_OPEN;
-  if (sTestNum < 0) {
-    sTestNum = -1;
+  if (sTestNum < VURN_TEST_FACTORY_MODE) {
+    sTestNum = VURN_TEST_NONE;
     return VURN_OK;
   }
   int result = VURN_OK;
-  if (sTestNum > 0) {
+  if (sTestNum > VURN_TEST_FACTORY_MODE) {
     LOG_D(VURN_LOG_GENERAL, "D zop:stopping call test");
     if (unsigned error = zop_end_call_test()) {
       LOG_E("E zop:stopmolb:status=%d:can't stop MOLB test", static_cast<int>(error));
@@ -78,6 +78,6 @@ int vurn_stop_call_test() {
     }
   }
   if (!prv_set_factory_test(false)) return VURN_ERR_FAILED;
-  sTestNum = -1;
+  sTestNum = VURN_TEST_NONE;
   return result;
 }

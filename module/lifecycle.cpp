@@ -23,8 +23,6 @@
 static constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
 
 enum { SIM_POLLS = 20 };
-enum { SIM_READY = 2, SIM_NOT_INITIALISED = 3, SIM_NOT_READY = 4 };
-enum { LOCK_PIN_ENABLED = 2 };  // the card waits for its PIN: waiting longer does not help
 
 constinit bool gDeferredThreadCreated = false;
 
@@ -46,13 +44,14 @@ static bool prv_open_link() {
   return true;
 }
 
+// Not when the card waits for its PIN: waiting longer does not help.
 static bool prv_sim_may_become_ready(uint32_t status, uint32_t lock_status) {
-  return status == SIM_NOT_READY ||
-         (status == SIM_NOT_INITIALISED && lock_status != LOCK_PIN_ENABLED);
+  return status == ZOP_SIM_NOT_READY ||
+         (status == ZOP_SIM_NOT_INITIALISED && lock_status != ZOP_PIN_ENABLED);
 }
 
 static void prv_store_sim_state(uint32_t lock_status, uint32_t retries) {
-  gDiagInfo.sim_status = SIM_READY;
+  gDiagInfo.sim_status = ZOP_SIM_READY;
   gDiagInfo.lock_status = static_cast<int32_t>(lock_status);
   gDiagInfo.pin_retries = static_cast<int32_t>(retries);
 }
@@ -70,7 +69,7 @@ static bool prv_wait_for_sim() {
       LOG_GET_ERROR("sim_status", error);
       return false;
     }
-    if (status == SIM_READY) {
+    if (status == ZOP_SIM_READY) {
       prv_store_sim_state(lock_status, retries);
       return true;
     }

@@ -36,14 +36,14 @@ int vurn_get_roaming_status(int* roaming) {
   uint32_t indicator = 0;
   unsigned error = ZOP_ERR_NOT_OPEN;
   if (gModuleOpen) error = zop_get_roaming_status(&indicator);
-  if (error != ZOP_SUCCESS) gDiagInfo.roaming = -1;
+  if (error != ZOP_SUCCESS) gDiagInfo.roaming = ZOP_ROAMING_UNKNOWN;
   if (!gModuleOpen) return VURN_ERR_NOT_OPEN;
   if (error != ZOP_SUCCESS) {
     LOG_E("E zop:roaming:status=%d:can't get roaming status", static_cast<int>(error));
     return VURN_ERR_FAILED;
   }
   gDiagInfo.roaming = static_cast<int32_t>(indicator);  // the report shows the raw indicator
-  *roaming = indicator != 0 ? 1 : 0;
+  *roaming = indicator != ZOP_ROAMING_HOME ? 1 : 0;
   return VURN_OK;
 }
 
@@ -111,9 +111,6 @@ int vurn_get_firmware_version(char* buf, unsigned size) {
   return VURN_OK;
 }
 
-enum { SYSTEM_GSM = 3, SYSTEM_WCDMA = 5, SYSTEM_GW = 7 };
-enum { EGPRS_AVAILABLE = 1 };
-
 int vurn_get_data_service_mode(int* mode) {
   ScopedLock lock(gModuleMutex);
   if (!gModuleOpen) return VURN_ERR_NOT_OPEN;
@@ -125,19 +122,19 @@ int vurn_get_data_service_mode(int* mode) {
   }
   LOG_D(VURN_LOG_TRACE, "D zop:data service mode = %d", static_cast<int>(system));
   int32_t egprs = 0;
-  if (system == SYSTEM_GSM) {
+  if (system == ZOP_SYSTEM_GSM) {
     if (unsigned error = zop_get_egprs_indication(&egprs)) {
       LOG_E("E zop:egprs:status=%d:can't get egprs indication", static_cast<int>(error));
       return VURN_ERR_FAILED;
     }
   }
   switch (system) {
-    case SYSTEM_WCDMA:
-    case SYSTEM_GW:
+    case ZOP_SYSTEM_WCDMA:
+    case ZOP_SYSTEM_GW:
       *mode = VURN_DATA_WCDMA;
       break;
-    case SYSTEM_GSM:
-      *mode = egprs == EGPRS_AVAILABLE ? VURN_DATA_EDGE : VURN_DATA_GPRS;
+    case ZOP_SYSTEM_GSM:
+      *mode = egprs == ZOP_EGPRS_AVAILABLE ? VURN_DATA_EDGE : VURN_DATA_GPRS;
       break;
     default:
       *mode = VURN_DATA_NONE;

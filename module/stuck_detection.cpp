@@ -11,12 +11,6 @@
 #include "core/module_state.h"
 #include "include/zop.h"
 
-// Values of the modem.
-enum { GMM_ATTACHED = 1, RAU_REJECTED = 6, CALL_IDLE = 0 };
-enum { CAUSE_PROTOCOL_ERROR = 111 };  // 3GPP TS 24.008, unspecified
-enum { PDP_PENDING = 1, PDP_ACTIVE = 2 };
-enum { SERVICE_LIMITED = 1, SERVICE_NONE = -1 };
-
 // Whether each detector watches, and since when (monotonic seconds); under gModuleMutex.
 static constinit uint32_t gIllegalRejectPending = 0;
 static constinit int32_t gIllegalRejectTime = 0;
@@ -63,10 +57,10 @@ bool prv_get_modem_stuck_illegal_network_reject(int32_t attach_state) {
   }
   int32_t now = prv_get_monotonic_seconds();
   // Once it watches, only an attach ends it: the update's state may change without one.
-  bool symptom = rau_state == RAU_REJECTED && rau_error == CAUSE_PROTOCOL_ERROR;
+  bool symptom = rau_state == ZOP_RA_UPDATE_REJECTED && rau_error == ZOP_CAUSE_PROTOCOL_ERROR;
   if (prv_is_watching(ILLEGAL_REJECT)) {
     LOG_D(VURN_LOG_STUCK, "D zop:AttachState: %d, current_time: %d", attach_state, now);
-    symptom = attach_state != GMM_ATTACHED;
+    symptom = attach_state != ZOP_ATTACH_ACCEPTED;
   }
   Verdict verdict = prv_advance(ILLEGAL_REJECT, symptom, now);
   if (verdict == FIRST_SEEN) LOG_D(VURN_LOG_STUCK, "D zop:First RAU Reject: %d", now);
@@ -89,8 +83,8 @@ bool prv_get_modem_stuck_pdp_active_no_ppp() {
     return false;
   }
   int32_t now = prv_get_monotonic_seconds();
-  bool active = pdp_state == PDP_PENDING || pdp_state == PDP_ACTIVE;
-  bool symptom = call_status == CALL_IDLE && active;
+  bool active = pdp_state == ZOP_PDP_ACTIVE_PENDING || pdp_state == ZOP_PDP_ACTIVE;
+  bool symptom = call_status == ZOP_CALL_IDLE && active;
   if (prv_is_watching(PDP_NO_PPP)) {
     LOG_D(VURN_LOG_STUCK, "D zop:CallStatus: %d, PDPState: %d, current_time: %d",
           static_cast<int>(call_status), pdp_state, now);
@@ -113,8 +107,9 @@ bool prv_get_modem_stuck_all_plmns_fplmn(int32_t service_status) {
   if (prv_is_watching(ALL_FPLMN)) {
     LOG_D(VURN_LOG_STUCK, "D zop:PDP Reject: %d, current_time: %d", reject_reason, now);
   }
-  bool unusable = service_status == SERVICE_LIMITED || service_status == SERVICE_NONE;
-  bool symptom = unusable && reject_reason != 0 && prv_is_current_plmn_forbidden() == 1;
+  bool unusable = service_status == ZOP_SERVICE_LIMITED || service_status == ZOP_SERVICE_NONE;
+  bool symptom =
+      unusable && reject_reason != ZOP_CAUSE_NONE && prv_is_current_plmn_forbidden() == 1;
   Verdict verdict = prv_advance(ALL_FPLMN, symptom, now);
   if (verdict == FIRST_SEEN) LOG_D(VURN_LOG_STUCK, "D zop:PLMN is FPLMN %d", now);
   if (verdict == STUCK) {

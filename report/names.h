@@ -4,6 +4,9 @@
 
 #include <stdint.h>
 
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
+
 struct EnumName {
   int32_t value;
   const char* name;
@@ -11,7 +14,7 @@ struct EnumName {
 
 // Band. There is no 2 and no 13.
 inline constexpr EnumName BAND_NAMES[] = {
-    {-1, "None"},
+    {ZOP_BAND_NONE, "None"},
     {0, "BC0"},
     {1, "BC1"},
     {3, "BC3"},
@@ -27,24 +30,24 @@ inline constexpr EnumName BAND_NAMES[] = {
     {14, "BC14"},
     {15, "BC15"},
     {16, "BC16"},
-    {40, "GSM_450"},
-    {41, "GSM_480"},
-    {42, "GSM_750"},
-    {43, "GSM_850"},
-    {44, "GSM_EGSM_900"},
-    {45, "GSM_PGSM_900"},
-    {46, "GSM_RGSM_900"},
-    {47, "GSM_DCS_1800"},
-    {48, "GSM_PCS_1900"},
-    {80, "WCDMA_I_IMT_2000"},
-    {81, "WCDMA_II_PCS_1900"},
-    {82, "WCDMA_III_1700"},
-    {83, "WCDMA_IV_1700"},
-    {84, "WCDMA_V_850"},
-    {85, "WCDMA_VI_800"},
-    {86, "WCDMA_VII_2600"},
-    {87, "WCDMA_VIII_900"},
-    {88, "WCDMA_IX_1700"},
+    {ZOP_BAND_GSM_450, "GSM_450"},
+    {ZOP_BAND_GSM_480, "GSM_480"},
+    {ZOP_BAND_GSM_750, "GSM_750"},
+    {ZOP_BAND_GSM_850, "GSM_850"},
+    {ZOP_BAND_EGSM_900, "GSM_EGSM_900"},
+    {ZOP_BAND_PGSM_900, "GSM_PGSM_900"},
+    {ZOP_BAND_RGSM_900, "GSM_RGSM_900"},
+    {ZOP_BAND_GSM_1800, "GSM_DCS_1800"},
+    {ZOP_BAND_GSM_1900, "GSM_PCS_1900"},
+    {ZOP_BAND_WCDMA_2100, "WCDMA_I_IMT_2000"},
+    {ZOP_BAND_WCDMA_1900, "WCDMA_II_PCS_1900"},
+    {ZOP_BAND_WCDMA_1700_III, "WCDMA_III_1700"},
+    {ZOP_BAND_WCDMA_1700_IV, "WCDMA_IV_1700"},
+    {ZOP_BAND_WCDMA_850, "WCDMA_V_850"},
+    {ZOP_BAND_WCDMA_800, "WCDMA_VI_800"},
+    {ZOP_BAND_WCDMA_2600, "WCDMA_VII_2600"},
+    {ZOP_BAND_WCDMA_900, "WCDMA_VIII_900"},
+    {ZOP_BAND_WCDMA_1700_IX, "WCDMA_IX_1700"},
     {110, "WLAN_US_2400"},
     {111, "WLAN_JAPAN_2400"},
     {112, "WLAN_EUROPE_2400"},
@@ -59,115 +62,141 @@ inline constexpr EnumName BAND_NAMES[] = {
 
 // System Mode
 inline constexpr EnumName SYSTEM_MODE_NAMES[] = {
-    {-1, "None"}, {0, "No service"}, {1, "AMPS"}, {2, "CDMA"}, {3, "GSM"},
-    {4, "HDR"},   {5, "WCDMA"},      {6, "GPS"},  {7, "GW"},   {8, "WLAN"},
+    {ZOP_SYSTEM_NONE, "None"},   {ZOP_SYSTEM_NO_SERVICE, "No service"},
+    {ZOP_SYSTEM_AMPS, "AMPS"},   {ZOP_SYSTEM_CDMA, "CDMA"},
+    {ZOP_SYSTEM_GSM, "GSM"},     {ZOP_SYSTEM_HDR, "HDR"},
+    {ZOP_SYSTEM_WCDMA, "WCDMA"}, {ZOP_SYSTEM_GPS, "GPS"},
+    {ZOP_SYSTEM_GW, "GW"},       {ZOP_SYSTEM_WLAN, "WLAN"},
 };
 
 // Data Service Mode
 inline constexpr EnumName DATA_SERVICE_MODE_NAMES[] = {
-    {-1, "Unknown"}, {0, "GPRS"}, {1, "EDGE"}, {2, "WCDMA"}, {3, "HSDPA"},
+    {ZOP_DATA_UNKNOWN, "Unknown"}, {ZOP_DATA_GPRS, "GPRS"},   {ZOP_DATA_EDGE, "EDGE"},
+    {ZOP_DATA_WCDMA, "WCDMA"},     {ZOP_DATA_HSDPA, "HSDPA"},
 };
 
 // Service Status
 inline constexpr EnumName SERVICE_STATUS_NAMES[] = {
-    {-1, "None"},   {0, "No service"},       {1, "Limited service"},
-    {2, "Service"}, {3, "Limited regional"}, {4, "Power save"},
+    {ZOP_SERVICE_NONE, "None"},
+    {ZOP_SERVICE_NO_SERVICE, "No service"},
+    {ZOP_SERVICE_LIMITED, "Limited service"},
+    {ZOP_SERVICE_FULL, "Service"},
+    {ZOP_SERVICE_LIMITED_REGIONAL, "Limited regional"},
+    {ZOP_SERVICE_POWER_SAVE, "Power save"},
 };
 
 // Reg Status
 inline constexpr EnumName REG_STATUS_NAMES[] = {
-    {0, "NONE"},
-    {1, "SUCCESS"},
-    {2, "FAIL"},
-    {3, "NO_NETWORK"},
+    {ZOP_REGISTRATION_NONE, "NONE"},
+    {ZOP_REGISTRATION_SUCCESS, "SUCCESS"},
+    {ZOP_REGISTRATION_FAILED, "FAIL"},
+    {ZOP_REGISTRATION_NO_NETWORK, "NO_NETWORK"},
 };
 
 // Call Status
 inline constexpr EnumName CALL_STATUS_NAMES[] = {
-    {-1, "None"},         {0, "Idle"},         {1, "Originating"}, {3, "Incoming"},
-    {4, "Orig incoming"}, {5, "Conversation"}, {6, "Release"},     {7, "Recall RSP pend"},
+    {ZOP_CALL_NONE, "None"},
+    {ZOP_CALL_IDLE, "Idle"},
+    {ZOP_CALL_ORIGINATING, "Originating"},
+    {ZOP_CALL_INCOMING, "Incoming"},
+    {ZOP_CALL_ORIGINATING_INCOMING, "Orig incoming"},
+    {ZOP_CALL_CONVERSATION, "Conversation"},
+    {ZOP_CALL_RELEASE, "Release"},
+    {ZOP_CALL_RECALL_PENDING, "Recall RSP pend"},
 };
 
 // MM Attach, MM LU, GMM Attach and GMM RAU State
 inline constexpr EnumName UPDATE_RESULT_NAMES[] = {
-    {0, "Not available"},    {1, "Attach accept"},    {2, "Attach reject"},
-    {5, "RA update accept"}, {6, "RA update reject"}, {11, "Attach accept"},
-    {12, "Attach reject"},   {13, "LU update"},       {14, "LU reject"},
+    {ZOP_ATTACH_NOT_AVAILABLE, "Not available"},  {ZOP_ATTACH_ACCEPTED, "Attach accept"},
+    {ZOP_ATTACH_REJECTED, "Attach reject"},       {ZOP_RA_UPDATE_ACCEPTED, "RA update accept"},
+    {ZOP_RA_UPDATE_REJECTED, "RA update reject"}, {ZOP_MM_ATTACH_ACCEPTED, "Attach accept"},
+    {ZOP_MM_ATTACH_REJECTED, "Attach reject"},    {ZOP_LA_UPDATE_ACCEPTED, "LU update"},
+    {ZOP_LA_UPDATE_REJECTED, "LU reject"},
 };
 
 // GMM State
 inline constexpr EnumName GMM_STATE_NAMES[] = {
-    {0, "Null"},
-    {1, "Deregistered"},
-    {2, "Registered init"},
-    {3, "Registered"},
-    {4, "Deregistered init"},
-    {5, "RA updating init"},
-    {6, "Service request init"},
+    {ZOP_GMM_NULL, "Null"},
+    {ZOP_GMM_DEREGISTERED, "Deregistered"},
+    {ZOP_GMM_REGISTERING, "Registered init"},
+    {ZOP_GMM_REGISTERED, "Registered"},
+    {ZOP_GMM_DEREGISTERING, "Deregistered init"},
+    {ZOP_GMM_RA_UPDATING, "RA updating init"},
+    {ZOP_GMM_SERVICE_REQUEST, "Service request init"},
 };
 
 // PDP State
 inline constexpr EnumName PDP_STATE_NAMES[] = {
-    {0, "INACTIVE"},       {1, "ACTIVE_PENDING"},   {2, "ACTIVE"},
-    {3, "MODIFY_PENDING"}, {4, "INACTIVE_PENDING"},
+    {ZOP_PDP_INACTIVE, "INACTIVE"},
+    {ZOP_PDP_ACTIVE_PENDING, "ACTIVE_PENDING"},
+    {ZOP_PDP_ACTIVE, "ACTIVE"},
+    {ZOP_PDP_MODIFY_PENDING, "MODIFY_PENDING"},
+    {ZOP_PDP_INACTIVE_PENDING, "INACTIVE_PENDING"},
 };
 
 // Network Mode
 inline constexpr EnumName NETWORK_MODE_NAMES[] = {
-    {0, "CS PS combined attach mode"},
-    {1, "CS PS separate attach mode"},
-    {2, "2G CS PS separate attach mode"},
-    {3, "Unavailable"},
+    {ZOP_NETWORK_MODE_COMBINED, "CS PS combined attach mode"},
+    {ZOP_NETWORK_MODE_SEPARATE, "CS PS separate attach mode"},
+    {ZOP_NETWORK_MODE_SEPARATE_2G, "2G CS PS separate attach mode"},
+    {ZOP_NETWORK_MODE_UNAVAILABLE, "Unavailable"},
 };
 
 // PMM Mode
 inline constexpr EnumName PMM_MODE_NAMES[] = {
-    {0, "DETACHED"},
-    {1, "IDLE"},
-    {2, "CONNECTED"},
+    {ZOP_PMM_DETACHED, "DETACHED"},
+    {ZOP_PMM_IDLE, "IDLE"},
+    {ZOP_PMM_CONNECTED, "CONNECTED"},
 };
 
 // Selection Mode
 inline constexpr EnumName SELECTION_MODE_NAMES[] = {
-    {0, "AUTOMATIC"},
-    {1, "MANUAL"},
+    {ZOP_SELECTION_AUTOMATIC, "AUTOMATIC"},
+    {ZOP_SELECTION_MANUAL, "MANUAL"},
 };
 
 // HSDPA Status
 inline constexpr EnumName HSDPA_STATUS_NAMES[] = {
-    {0, "INACTIVE"},
-    {1, "ACTIVE"},
-    {2, "SUSPEND"},
+    {ZOP_HSDPA_INACTIVE, "INACTIVE"},
+    {ZOP_HSDPA_ACTIVE, "ACTIVE"},
+    {ZOP_HSDPA_SUSPENDED, "SUSPEND"},
 };
 
 // HSDPA Indication
 inline constexpr EnumName HSDPA_INDICATION_NAMES[] = {
-    {-1, "None"},      {0, "HSDPA HSUPA unsupp"}, {1, "HSDPA supp"},
-    {2, "HSUPA supp"}, {3, "HSDPA HSUPA supp"},
+    {ZOP_HSPA_NONE, "None"},
+    {ZOP_HSPA_UNSUPPORTED, "HSDPA HSUPA unsupp"},
+    {ZOP_HSPA_HSDPA, "HSDPA supp"},
+    {ZOP_HSPA_HSUPA, "HSUPA supp"},
+    {ZOP_HSPA_HSDPA_HSUPA, "HSDPA HSUPA supp"},
 };
 
 // EGPRS Indication. Its byte is read unsigned: the -1 is never met.
 inline constexpr EnumName EGPRS_INDICATION_NAMES[] = {
-    {-1, "None"},
-    {0, "Not available"},
-    {1, "Available"},
+    {ZOP_EGPRS_NONE, "None"},
+    {ZOP_EGPRS_NOT_AVAILABLE, "Not available"},
+    {ZOP_EGPRS_AVAILABLE, "Available"},
 };
 
 // SIM Status, the card
 inline constexpr EnumName SIM_STATE_NAMES[] = {
-    {0, "NO_CARD"},   {1, "INVALID_CARD"}, {2, "Valid"},      {3, "NOT_INIT"},
-    {4, "NOT_READY"}, {5, "CARD_REINIT"},  {6, "AVAIL_CARD"}, {7, "ILLEGAL_CARD"},
+    {ZOP_SIM_NO_CARD, "NO_CARD"},      {ZOP_SIM_INVALID_CARD, "INVALID_CARD"},
+    {ZOP_SIM_READY, "Valid"},          {ZOP_SIM_NOT_INITIALISED, "NOT_INIT"},
+    {ZOP_SIM_NOT_READY, "NOT_READY"},  {ZOP_SIM_REINITIALISING, "CARD_REINIT"},
+    {ZOP_SIM_AVAILABLE, "AVAIL_CARD"}, {ZOP_SIM_ILLEGAL_CARD, "ILLEGAL_CARD"},
 };
 
 // SIM Status, the PIN; written behind "PIN"
 inline constexpr EnumName PIN_STATE_NAMES[] = {
-    {0, "_UNKNOWN"}, {1, " okay"},          {2, "_ENABLED"},   {3, "_VERIFIED"},
-    {4, "_BLOCKED"}, {5, "_PERM_DISABLED"}, {6, "_NOT_VALID"}, {7, "_NOT_INIT"},
+    {ZOP_PIN_UNKNOWN, "_UNKNOWN"},     {ZOP_PIN_OKAY, " okay"},
+    {ZOP_PIN_ENABLED, "_ENABLED"},     {ZOP_PIN_VERIFIED, "_VERIFIED"},
+    {ZOP_PIN_BLOCKED, "_BLOCKED"},     {ZOP_PIN_PERM_DISABLED, "_PERM_DISABLED"},
+    {ZOP_PIN_NOT_VALID, "_NOT_VALID"}, {ZOP_PIN_NOT_INITIALISED, "_NOT_INIT"},
 };
 
 // MM and GMM errors
 inline constexpr EnumName MM_CAUSE_NAMES[] = {
-    {0, "No error"},
+    {ZOP_CAUSE_NONE, "No error"},
     {2, "IMSI unknown in HLR"},
     {3, "Illegal MS"},
     {4, "IMSI unknown in VLR"},
@@ -206,7 +235,7 @@ inline constexpr EnumName MM_CAUSE_NAMES[] = {
 
 // PDP Rej Reason
 inline constexpr EnumName PDP_CAUSE_NAMES[] = {
-    {0, "No error"},
+    {ZOP_CAUSE_NONE, "No error"},
     {1, "Unknown cause"},
     {8, "Operator determined barring"},
     {25, "LLC SNDCP failure"},
@@ -239,6 +268,6 @@ inline constexpr EnumName PDP_CAUSE_NAMES[] = {
     {99, "IE nonexistent"},
     {100, "Conditional IE error"},
     {101, "Mesg not compatible"},
-    {111, "Protocol error"},
+    {ZOP_CAUSE_PROTOCOL_ERROR, "Protocol error"},
     {112, "APN type conflict"},
 };
