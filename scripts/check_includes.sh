@@ -24,6 +24,6 @@ check commands include core link
 check report include core commands link
 check module include core commands link report
 check download include core link commands
-check simulator
+check simulator include
 check zopctl include simulator
 exit "$failures"

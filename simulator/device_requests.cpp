@@ -35,7 +35,9 @@ void nv_write(const Context& c, Answer& a) {
 }
 
 static bool is_band(int value) {
-  constexpr int BANDS[] = {43, 44, 47, 48, 80, 81, 84};
+  constexpr int BANDS[] = {ZOP_BAND_GSM_850,  ZOP_BAND_EGSM_900,   ZOP_BAND_GSM_1800,
+                           ZOP_BAND_GSM_1900, ZOP_BAND_WCDMA_2100, ZOP_BAND_WCDMA_1900,
+                           ZOP_BAND_WCDMA_850};
   return std::ranges::find(BANDS, value) != std::end(BANDS);
 }
 
@@ -119,17 +121,16 @@ void write_profile(const Context& c, Answer& a) {
 }
 
 void originate_call(const Context& c, Answer& a) {
-  constexpr int CONVERSATION = 5;
   std::string number = characters(c.request.subspan(4, 33));
   if (number.empty() || number.size() != c.request[3]) return a.status(1);
   c.model.device.called = number;
-  c.model.state.call = CONVERSATION;
+  c.model.state.call = ZOP_CALL_CONVERSATION;
   c.model.device.events |= EVENT_ORIGINATED;
 }
 
 void end_call(const Context& c, Answer&) {
-  if (c.model.state.call != 0) c.model.device.events |= EVENT_ENDED;
-  c.model.state.call = 0;
+  if (c.model.state.call != ZOP_CALL_IDLE) c.model.device.events |= EVENT_ENDED;
+  c.model.state.call = ZOP_CALL_IDLE;
 }
 
 // A record that is fetched clears its flag.

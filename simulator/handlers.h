@@ -5,10 +5,6 @@
 
 namespace sim {
 
-// SIM status and lock status.
-enum { SIM_INVALID = 1, SIM_READY = 2, SIM_NOT_INITIALISED = 3 };
-enum { LOCK_PIN_WANTED = 2, LOCK_VERIFIED = 3, LOCK_BLOCKED = 4, LOCK_OFF = 5 };
-
 // sim_requests.cpp
 void sim_status(const Context&, Answer&);
 void pin_verify(const Context&, Answer&);

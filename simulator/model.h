@@ -1,7 +1,8 @@
 // What the simulated modem knows: plain values that requests read and scenarios set.
 //
 // The defaults are a healthy device: SIM ready, registered at home on WCDMA with good signal.
-// Numbers are the modem's own codes, as they go over the wire.
+// Numbers are the modem's own codes, as they go over the wire, by the names that hosts compare
+// with.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "include/zop.h"
+#include "include/zop_diag_info.h"
 #include "simulator/boot_rom.h"
 #include "simulator/frame.h"
 
@@ -33,8 +36,8 @@ struct Plmn {
 };
 
 struct Sim {
-  int status = 2;   // 0 none, 1 invalid, 2 ready, 3 not initialised, 4 not ready, 7 illegal
-  int lock = 5;     // 1 okay, 2 PIN wanted, 3 verified, 4 blocked, 5 PIN switched off
+  int status = ZOP_SIM_READY;
+  int lock = ZOP_PIN_PERM_DISABLED;
   int retries = 3;  // PIN tries left
   int card_mode = 2;
   std::string pin = "1234";
@@ -55,15 +58,15 @@ struct Network {
   int lac = 0x1A2B;
   int rac = 7;
   int cell_id = 0x00345678;
-  int registration = 1;  // 0 none, 1 registered, 2 failed, 3 no network
-  int roaming = 0;
-  int service = 2;       // 0 none, 1 limited, 2 full, 3 limited regional, 4 power save
+  int registration = ZOP_REGISTRATION_SUCCESS;
+  int roaming = ZOP_ROAMING_HOME;
+  int service = ZOP_SERVICE_FULL;
   int home_allowed = 1;  // whether the modem goes to its home network when asked
   int carrier = 0;
 };
 
 struct WcdmaCell {
-  int set;   // 0 active, 1 monitored, 2 detected
+  int set;   // ZOP_CELL_
   int code;  // primary scrambling code
   int ecio;  // dB
 };
@@ -81,36 +84,37 @@ struct GsmBestCell {
 };
 
 struct Radio {
-  int system_mode = 5;        // 0 none, 3 GSM, 5 WCDMA
-  int data_service_mode = 3;  // 0 GPRS, 1 EDGE, 2 WCDMA, 3 HSDPA
-  int channel = 4357;         // UARFCN or ARFCN
-  int band = 84;
+  int system_mode = ZOP_SYSTEM_WCDMA;
+  int data_service_mode = ZOP_DATA_HSDPA;
+  int channel = 4357;  // UARFCN or ARFCN
+  int band = ZOP_BAND_WCDMA_850;
   int rssi = -75;  // dBm
-  int egprs = 0;   // 1 available
-  int hsdpa_status = 1;
-  int hsdpa_indication = 1;
+  int egprs = ZOP_EGPRS_NOT_AVAILABLE;
+  int hsdpa_status = ZOP_HSDPA_ACTIVE;
+  int hsdpa_indication = ZOP_HSPA_HSDPA;
   int drx = 6;
   int mfrm = 4;
   int rscp = -82;      // dBm
   int tx_power = -12;  // dBm
   int pathloss = 90;   // dB
-  std::vector<WcdmaCell> cells = {{0, 100, -5}, {1, 101, -11}, {2, 245, -16}};
+  std::vector<WcdmaCell> cells = {
+      {ZOP_CELL_ACTIVE, 100, -5}, {ZOP_CELL_MONITORED, 101, -11}, {ZOP_CELL_DETECTED, 245, -16}};
   std::vector<GsmNeighbor> neighbors = {{-71, 661, 12}, {-84, 675, 33}};
   std::vector<GsmBestCell> best = {{1, 4, 0x345678, 661}};
 };
 
 // Mobility and session management, states and 3GPP TS 24.008 causes.
 struct State {
-  int network_mode = 0;
-  int mm_attach = 1, mm_attach_error = 0;
-  int mm_lu = 13, mm_lu_error = 0;
-  int gmm_attach = 1, gmm_attach_error = 0;
-  int gmm_rau = 5, gmm_rau_error = 0;
-  int gmm = 3;
+  int network_mode = ZOP_NETWORK_MODE_COMBINED;
+  int mm_attach = ZOP_ATTACH_ACCEPTED, mm_attach_error = ZOP_CAUSE_NONE;
+  int mm_lu = ZOP_LA_UPDATE_ACCEPTED, mm_lu_error = ZOP_CAUSE_NONE;
+  int gmm_attach = ZOP_ATTACH_ACCEPTED, gmm_attach_error = ZOP_CAUSE_NONE;
+  int gmm_rau = ZOP_RA_UPDATE_ACCEPTED, gmm_rau_error = ZOP_CAUSE_NONE;
+  int gmm = ZOP_GMM_REGISTERED;
   int rau_type = 0;
-  int pdp = 0, pdp_reject_reason = 0;
-  int pmm = 1;
-  int call = 0;
+  int pdp = ZOP_PDP_INACTIVE, pdp_reject_reason = ZOP_CAUSE_NONE;
+  int pmm = ZOP_PMM_IDLE;
+  int call = ZOP_CALL_IDLE;
   int power_up = 1;
 };
 
@@ -122,13 +126,13 @@ struct Device {
   int test_mode = 0;  // factory test
   int diag_port = 0;
   int operating_mode = 0;  // last mode-control value
-  int selection_mode = 0;  // 0 automatic, 1 manual
-  int debug_mode = 0;      // flags events
-  int events = 0;          // EVENT_ bits that no host has fetched
-  int backup_ready = 0;    // 0 ready
-  int backup_value = 1;    // 0: the NV items want a backup or restore
-  int end_status = 0;      // of the call that ended last
-  std::string called;      // number of the call under way or of the last one
+  int selection_mode = ZOP_SELECTION_AUTOMATIC;
+  int debug_mode = 0;    // flags events
+  int events = 0;        // EVENT_ bits that no host has fetched
+  int backup_ready = 0;  // 0 ready
+  int backup_value = 1;  // 0: the NV items want a backup or restore
+  int end_status = 0;    // of the call that ended last
+  std::string called;    // number of the call under way or of the last one
   std::vector<std::string> errors = {"boot: watchdog reset"};
   int crash_dump = 0;  // after a crash: waits for a memory dump instead of starting anew
   std::map<int, Bytes> nv_backup;

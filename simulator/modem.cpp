@@ -99,9 +99,9 @@ void Modem::answer(View request, Time now) {
 
 // The answer still goes out; then the device is away while it boots, and a PIN is wanted again.
 void Modem::restart(Time now, Mode next) {
-  if (model_.sim.lock == LOCK_VERIFIED) model_.sim.lock = LOCK_PIN_WANTED;
-  if (model_.sim.lock == LOCK_PIN_WANTED) model_.sim.status = SIM_NOT_INITIALISED;
-  model_.state.call = 0;
+  if (model_.sim.lock == ZOP_PIN_VERIFIED) model_.sim.lock = ZOP_PIN_ENABLED;
+  if (model_.sim.lock == ZOP_PIN_ENABLED) model_.sim.status = ZOP_SIM_NOT_INITIALISED;
+  model_.state.call = ZOP_CALL_IDLE;
   model_.device.debug_mode = 0;
   model_.device.events = 0;
   next_mode_ = next;

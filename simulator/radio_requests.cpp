@@ -7,7 +7,6 @@
 
 namespace sim {
 
-constexpr int GSM = 3;
 constexpr size_t MOST_CELLS = 32;
 constexpr size_t MOST_SHOWN_CELLS = 31;  // an empty entry ends the screen's list
 constexpr size_t MOST_BEST = 6;
@@ -74,7 +73,7 @@ void screen(const Context& c, Answer& a) {
   a.text(fmt::format("{:04X}", m.network.lac), 4);
   a.u32(m.network.rac).u32(m.radio.rssi).u32(m.radio.tx_power).u32(m.radio.band);
   states(m, a);
-  if (m.radio.system_mode == GSM) {
+  if (m.radio.system_mode == ZOP_SYSTEM_GSM) {
     gsm_part(m.radio, a);
   } else {
     wcdma_part(m.radio, a);

@@ -227,22 +227,22 @@ struct EventWord {
 static const EventWord EVENT_WORDS[] = {
     {"call-originated",
      [](Model& m) {
-       m.state.call = 5;
+       m.state.call = ZOP_CALL_CONVERSATION;
        m.device.events |= EVENT_ORIGINATED;
      }},
     {"pdp-activated",
      [](Model& m) {
-       m.state.pdp = 2;
+       m.state.pdp = ZOP_PDP_ACTIVE;
        m.device.events |= EVENT_ACTIVATED;
      }},
     {"pdp-deactivated",
      [](Model& m) {
-       m.state.pdp = 0;
+       m.state.pdp = ZOP_PDP_INACTIVE;
        m.device.events |= EVENT_DEACTIVATED;
      }},
     {"call-ended",
      [](Model& m) {
-       m.state.call = 0;
+       m.state.call = ZOP_CALL_IDLE;
        m.device.events |= EVENT_ENDED;
      }},
 };

@@ -11,16 +11,38 @@ namespace sim {
 #section "." #name, [](Model & m) -> std::string& { return m.section.name; }
 
 static const std::vector<Word> NO_YES = {{"no", 0}, {"yes", 1}};
-static const std::vector<Word> SIM_WORDS = {{"none", 0},      {"invalid", 1},
-                                            {"ready", 2},     {"not-initialised", 3},
-                                            {"not-ready", 4}, {"illegal", 7}};
-static const std::vector<Word> LOCK_WORDS = {
-    {"okay", 1}, {"pin-wanted", 2}, {"verified", 3}, {"blocked", 4}, {"off", 5}};
-static const std::vector<Word> REGISTRATION_WORDS = {
-    {"none", 0}, {"registered", 1}, {"failed", 2}, {"no-network", 3}};
-static const std::vector<Word> SERVICE_WORDS = {
-    {"none", 0}, {"limited", 1}, {"full", 2}, {"limited-regional", 3}, {"power-save", 4}};
-static const std::vector<Word> DATA_WORDS = {{"gprs", 0}, {"edge", 1}, {"wcdma", 2}, {"hsdpa", 3}};
+static const std::vector<Word> SIM_WORDS = {
+    {"none", ZOP_SIM_NO_CARD},        {"invalid", ZOP_SIM_INVALID_CARD},
+    {"ready", ZOP_SIM_READY},         {"not-initialised", ZOP_SIM_NOT_INITIALISED},
+    {"not-ready", ZOP_SIM_NOT_READY}, {"illegal", ZOP_SIM_ILLEGAL_CARD}};
+static const std::vector<Word> LOCK_WORDS = {{"okay", ZOP_PIN_OKAY},
+                                             {"pin-wanted", ZOP_PIN_ENABLED},
+                                             {"verified", ZOP_PIN_VERIFIED},
+                                             {"blocked", ZOP_PIN_BLOCKED},
+                                             {"off", ZOP_PIN_PERM_DISABLED}};
+static const std::vector<Word> REGISTRATION_WORDS = {{"none", ZOP_REGISTRATION_NONE},
+                                                     {"registered", ZOP_REGISTRATION_SUCCESS},
+                                                     {"failed", ZOP_REGISTRATION_FAILED},
+                                                     {"no-network", ZOP_REGISTRATION_NO_NETWORK}};
+static const std::vector<Word> SERVICE_WORDS = {{"none", ZOP_SERVICE_NO_SERVICE},
+                                                {"limited", ZOP_SERVICE_LIMITED},
+                                                {"full", ZOP_SERVICE_FULL},
+                                                {"limited-regional", ZOP_SERVICE_LIMITED_REGIONAL},
+                                                {"power-save", ZOP_SERVICE_POWER_SAVE}};
+static const std::vector<Word> DATA_WORDS = {{"gprs", ZOP_DATA_GPRS},
+                                             {"edge", ZOP_DATA_EDGE},
+                                             {"wcdma", ZOP_DATA_WCDMA},
+                                             {"hsdpa", ZOP_DATA_HSDPA}};
+static const std::vector<Word> SYSTEM_WORDS = {
+    {"none", ZOP_SYSTEM_NO_SERVICE}, {"gsm", ZOP_SYSTEM_GSM}, {"wcdma", ZOP_SYSTEM_WCDMA}};
+static const std::vector<Word> GMM_ATTACH_WORDS = {{"detached", ZOP_ATTACH_NOT_AVAILABLE},
+                                                   {"attached", ZOP_ATTACH_ACCEPTED}};
+static const std::vector<Word> PDP_WORDS = {{"inactive", ZOP_PDP_INACTIVE},
+                                            {"pending", ZOP_PDP_ACTIVE_PENDING},
+                                            {"active", ZOP_PDP_ACTIVE}};
+static const std::vector<Word> CALL_WORDS = {{"idle", ZOP_CALL_IDLE},
+                                             {"originating", ZOP_CALL_ORIGINATING},
+                                             {"conversation", ZOP_CALL_CONVERSATION}};
 
 static const NumberSetting NUMBERS[] = {
     {NUMBER(identity, serial_number), 0, 0x7FFFFFFF},
@@ -37,7 +59,7 @@ static const NumberSetting NUMBERS[] = {
     {NUMBER(network, service), -1, 127, SERVICE_WORDS},
     {NUMBER(network, home_allowed), 0, 1, NO_YES},
     {NUMBER(network, carrier), -128, 127},
-    {NUMBER(radio, system_mode), 0, 255, {{"none", 0}, {"gsm", 3}, {"wcdma", 5}}},
+    {NUMBER(radio, system_mode), 0, 255, SYSTEM_WORDS},
     {NUMBER(radio, data_service_mode), -1, 127, DATA_WORDS},
     {NUMBER(radio, channel), 0, 0xFFFF},
     {NUMBER(radio, band), -1, 0x7FFF},
@@ -55,16 +77,16 @@ static const NumberSetting NUMBERS[] = {
     {NUMBER(state, mm_attach_error), 0, 255},
     {NUMBER(state, mm_lu), 0, 255},
     {NUMBER(state, mm_lu_error), 0, 255},
-    {NUMBER(state, gmm_attach), 0, 255, {{"detached", 0}, {"attached", 1}}},
+    {NUMBER(state, gmm_attach), 0, 255, GMM_ATTACH_WORDS},
     {NUMBER(state, gmm_attach_error), 0, 255},
     {NUMBER(state, gmm_rau), 0, 255},
     {NUMBER(state, gmm_rau_error), 0, 255},
     {NUMBER(state, gmm), 0, 255},
     {NUMBER(state, rau_type), 0, 255},
-    {NUMBER(state, pdp), 0, 255, {{"inactive", 0}, {"pending", 1}, {"active", 2}}},
+    {NUMBER(state, pdp), 0, 255, PDP_WORDS},
     {NUMBER(state, pdp_reject_reason), 0, 255},
     {NUMBER(state, pmm), 0, 255},
-    {NUMBER(state, call), -1, 127, {{"idle", 0}, {"originating", 1}, {"conversation", 5}}},
+    {NUMBER(state, call), -1, 127, CALL_WORDS},
     {NUMBER(state, power_up), 0, 255},
     {NUMBER(device, end_status), 0, 255},
     {NUMBER(device, crash_dump), 0, 1, NO_YES},

@@ -26,14 +26,14 @@ static void result(Answer& a, bool accepted) { a.zeros(3).u8(accepted ? 0 : 1); 
 
 // A right PIN gives all tries back, a wrong one takes one away; the last one blocks the card.
 static bool try_pin(Sim& sim, const std::string& pin) {
-  if (sim.lock == LOCK_BLOCKED || sim.retries == 0) return false;
+  if (sim.lock == ZOP_PIN_BLOCKED || sim.retries == 0) return false;
   if (pin == sim.pin) {
     sim.retries = PIN_TRIES;
     return true;
   }
   if (--sim.retries == 0) {
-    sim.lock = LOCK_BLOCKED;
-    sim.status = SIM_NOT_INITIALISED;
+    sim.lock = ZOP_PIN_BLOCKED;
+    sim.status = ZOP_SIM_NOT_INITIALISED;
   }
   return false;
 }
@@ -43,13 +43,13 @@ static bool is_pin(const std::string& code) {
 }
 
 static void open_card(Sim& sim) {
-  sim.lock = LOCK_VERIFIED;
-  sim.status = SIM_READY;
+  sim.lock = ZOP_PIN_VERIFIED;
+  sim.status = ZOP_SIM_READY;
 }
 
 void pin_verify(const Context& c, Answer& a) {
   Sim& sim = c.model.sim;
-  bool accepted = sim.lock != LOCK_OFF && try_pin(sim, code_at(c, FIRST_CODE));
+  bool accepted = sim.lock != ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(c, FIRST_CODE));
   if (accepted) open_card(sim);
   result(a, accepted);
 }
@@ -57,7 +57,8 @@ void pin_verify(const Context& c, Answer& a) {
 void pin_change(const Context& c, Answer& a) {
   Sim& sim = c.model.sim;
   std::string new_pin = code_at(c, SECOND_CODE);
-  bool accepted = sim.lock != LOCK_OFF && is_pin(new_pin) && try_pin(sim, code_at(c, FIRST_CODE));
+  bool accepted =
+      sim.lock != ZOP_PIN_PERM_DISABLED && is_pin(new_pin) && try_pin(sim, code_at(c, FIRST_CODE));
   if (accepted) {
     sim.pin = new_pin;
     open_card(sim);
@@ -67,18 +68,18 @@ void pin_change(const Context& c, Answer& a) {
 
 void pin_disable(const Context& c, Answer& a) {
   Sim& sim = c.model.sim;
-  bool accepted = sim.lock != LOCK_OFF && try_pin(sim, code_at(c, FIRST_CODE));
+  bool accepted = sim.lock != ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(c, FIRST_CODE));
   if (accepted) {
-    sim.lock = LOCK_OFF;
-    sim.status = SIM_READY;
+    sim.lock = ZOP_PIN_PERM_DISABLED;
+    sim.status = ZOP_SIM_READY;
   }
   result(a, accepted);
 }
 
 void pin_enable(const Context& c, Answer& a) {
   Sim& sim = c.model.sim;
-  bool accepted = sim.lock == LOCK_OFF && try_pin(sim, code_at(c, FIRST_CODE));
-  if (accepted) sim.lock = LOCK_VERIFIED;
+  bool accepted = sim.lock == ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(c, FIRST_CODE));
+  if (accepted) sim.lock = ZOP_PIN_VERIFIED;
   result(a, accepted);
 }
 
@@ -93,7 +94,7 @@ void pin_unblock(const Context& c, Answer& a) {
     sim.key_retries = KEY_TRIES;
     open_card(sim);
   } else if (sim.key_retries > 0 && --sim.key_retries == 0) {
-    sim.status = SIM_INVALID;
+    sim.status = ZOP_SIM_INVALID_CARD;
   }
   result(a, accepted);
 }
@@ -143,7 +144,7 @@ void home_plmn_block(const Context& c, Answer& a) { numbered_block(c, a, c.model
 
 void registered_plmn(const Context& c, Answer& a) {
   const Network& network = c.model.network;
-  bool registered = network.registration == 1;
+  bool registered = network.registration == ZOP_REGISTRATION_SUCCESS;
   plmn(a, registered ? Plmn{network.mcc, network.mnc} : Plmn{"", ""});
 }
 

@@ -59,8 +59,8 @@ static void apply_state(const Json& state, Model& m) {
 
 // A PIN that was verified is wanted again after power-on.
 static void power_on(Sim& sim) {
-  if (sim.lock == LOCK_VERIFIED) sim.lock = LOCK_PIN_WANTED;
-  if (sim.lock == LOCK_PIN_WANTED) sim.status = SIM_NOT_INITIALISED;
+  if (sim.lock == ZOP_PIN_VERIFIED) sim.lock = ZOP_PIN_ENABLED;
+  if (sim.lock == ZOP_PIN_ENABLED) sim.status = ZOP_SIM_NOT_INITIALISED;
 }
 
 void StateFile::load(Model& model) {
