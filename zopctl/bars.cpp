@@ -37,7 +37,7 @@ static const Reason REASONS[] = {
 };
 
 Bars read_bars(const ModuleLibrary& m) {
-  Bars found{0, -1, ""};
+  Bars found{VURN_OK, VURN_BARS_NONE, ""};
   LogCapture log(m, VURN_LOG_STUCK | VURN_LOG_EVENTS | VURN_LOG_ERROR);
   {
     QuietOutput quiet;

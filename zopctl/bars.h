@@ -9,7 +9,7 @@ namespace zopctl {
 
 struct Bars {
   int result;          // of vurn_get_bars
-  int bars;            // 1 to 5, or -1
+  int bars;            // 1 to 5, or VURN_BARS_NONE
   std::string reason;  // empty when there are some
   bool is_known() const { return result == VURN_OK; }
 };

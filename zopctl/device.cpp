@@ -70,7 +70,7 @@ Findings config_show(const ModuleLibrary& m, const Arguments&) {
 }
 
 Findings config_set_band(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t code = arguments.number("BAND", 43, 84);
+  uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
   require(m.zop_set_band(code), "set band");
   return done("config", "Configuration", "band " + band(static_cast<int32_t>(code)));
 }
@@ -82,8 +82,8 @@ Findings config_set_mode(const ModuleLibrary& m, const Arguments& arguments) {
 }
 
 Findings config_set_search_order(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t kind = arguments.text("KIND") == "gsm" ? 3 : 5;
-  uint32_t code = arguments.number("BAND", 43, 84);
+  uint32_t kind = arguments.text("KIND") == "gsm" ? ZOP_SEARCH_GSM : ZOP_SEARCH_WCDMA;
+  uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
   unsigned result = m.zop_set_network_search_order(kind, code);
   if (result == ZOP_ERR_BAD_RESPONSE) {
     throw Failure("set search order: a band of another kind, or " + zop_result(result));

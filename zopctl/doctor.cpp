@@ -43,7 +43,7 @@ static Check device() {
 
 static Check probe(const ModuleLibrary& m) {
   unsigned result = m.zop_open(MODULE_DEVICE);
-  if (result == 0) return {Check::GOOD, "the modem answers", ""};
+  if (result == ZOP_OPEN_UP) return {Check::GOOD, "the modem answers", ""};
   return {Check::BAD, fmt::format("no answer within five attempts (zop_open, result {})", result),
           "is this the DIAG port, and no other program on it? Unplug the modem and plug it in"};
 }
@@ -54,13 +54,14 @@ static Check card(const ModuleLibrary& m) {
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "restart the modem"};
   std::string found =
       fmt::format("{}; {}; {} tries left", sim_status(status), lock_status(lock), retries);
-  enum { READY = 2, NOT_INITIALISED = 3, NOT_READY = 4, PIN_WANTED = 2, BLOCKED = 4 };
-  if (status == READY) return {Check::GOOD, found, ""};
-  if (lock == BLOCKED) return {Check::BAD, found, "zopctl sim unblock wants the unblocking key"};
-  if (status == NOT_INITIALISED && lock == PIN_WANTED) {
+  if (status == ZOP_SIM_READY) return {Check::GOOD, found, ""};
+  if (lock == ZOP_PIN_BLOCKED) {
+    return {Check::BAD, found, "zopctl sim unblock wants the unblocking key"};
+  }
+  if (status == ZOP_SIM_NOT_INITIALISED && lock == ZOP_PIN_ENABLED) {
     return {Check::BAD, found, "zopctl sim verify gives the PIN"};
   }
-  if (status == NOT_READY) return {Check::DOUBTFUL, found, "wait, it may become ready"};
+  if (status == ZOP_SIM_NOT_READY) return {Check::DOUBTFUL, found, "wait, it may become ready"};
   return {Check::BAD, found, "is a card in its slot, the right way round?"};
 }
 
@@ -77,7 +78,7 @@ static Check registered(const ModuleLibrary& m) {
   uint32_t value = 0;
   unsigned result = m.zop_get_registration_status(&value);
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
-  if (value == 1) return {Check::GOOD, registration(value), ""};
+  if (value == ZOP_REGISTRATION_SUCCESS) return {Check::GOOD, registration(value), ""};
   return {Check::BAD, registration(value), "is an antenna connected, the card allowed here?"};
 }
 
@@ -85,7 +86,7 @@ static Check attached(const ModuleLibrary& m) {
   int32_t state = 0, cause = 0;
   unsigned result = m.zop_get_gmm_attach_state(&state, &cause);
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
-  if (state == 1) return {Check::GOOD, "attached to the packet network", ""};
+  if (state == ZOP_ATTACH_ACCEPTED) return {Check::GOOD, "attached to the packet network", ""};
   return {Check::BAD, fmt::format("not attached: state {}, 3GPP TS 24.008 cause {}", state, cause),
           "does the contract of the card include data?"};
 }
@@ -94,7 +95,7 @@ static Check served(const ModuleLibrary& m) {
   int32_t value = 0;
   unsigned result = m.zop_get_service_status(&value);
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
-  if (value == 2) return {Check::GOOD, service(value), ""};
+  if (value == ZOP_SERVICE_FULL) return {Check::GOOD, service(value), ""};
   return {Check::BAD, service(value),
           "zopctl plmn list forbidden, zopctl signal and zopctl config show tell more"};
 }
@@ -132,15 +133,15 @@ static Check stuck_signs(const ModuleLibrary& m) {
   if (result == ZOP_SUCCESS) result = m.zop_get_call_status(&call);
   if (result == ZOP_SUCCESS) result = m.zop_get_pdp_state(&pdp, &reject);
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
-  if (rau == 6 && rau_error == 111) {
+  if (rau == ZOP_RA_UPDATE_REJECTED && rau_error == ZOP_CAUSE_PROTOCOL_ERROR) {
     return {Check::BAD, "routing-area update rejected (cause 111)",
             "after 60 s without an attach the module takes the modem for stuck: restart it"};
   }
-  if (call == 0 && (pdp == 1 || pdp == 2)) {
+  if (call == ZOP_CALL_IDLE && (pdp == ZOP_PDP_ACTIVE_PENDING || pdp == ZOP_PDP_ACTIVE)) {
     return {Check::DOUBTFUL, "data connection active without a call",
             "after 5 s the module takes the modem for stuck: restart it"};
   }
-  if (reject != 0) {
+  if (reject != ZOP_CAUSE_NONE) {
     return {Check::DOUBTFUL, fmt::format("data connection refused (cause {})", reject),
             "zopctl plmn list forbidden, zopctl profile list"};
   }

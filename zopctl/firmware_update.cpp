@@ -197,7 +197,7 @@ std::optional<std::string> Update::version_of_modem() {
 
 bool Update::open_modem() {
   progress_.stage("open", "opening the modem at " + mapped_device());
-  bool answers = module_.zop_open(MODULE_DEVICE) == 0;
+  bool answers = module_.zop_open(MODULE_DEVICE) == ZOP_OPEN_UP;
   check_signals();
   if (!answers) {
     module_.zop_close();
@@ -262,7 +262,7 @@ void Update::show_version() {
   std::optional<std::string> version;
   require_stage(wait_until(START_S, [&] {
     wait_seconds(1);
-    bool open = !device_problem(mapped_device()) && module_.zop_open(MODULE_DEVICE) == 0;
+    bool open = !device_problem(mapped_device()) && module_.zop_open(MODULE_DEVICE) == ZOP_OPEN_UP;
     if (open) version = version_of_modem();
     module_.zop_close();
     return version.has_value();

@@ -50,7 +50,9 @@ static void add_wcdma_sets(const std::string& text, std::vector<Cell>& cells) {
   for (std::string word; words >> word;) {
     int set = 0, code = 0, ecio = 0;
     if (sscanf(word.c_str(), "%d;%d;%d", &set, &code, &ecio) != 3) continue;
-    Cell::Kind kind = set == 0 ? Cell::ACTIVE : set == 1 ? Cell::MONITORED : Cell::DETECTED;
+    Cell::Kind kind = set == ZOP_CELL_ACTIVE      ? Cell::ACTIVE
+                      : set == ZOP_CELL_MONITORED ? Cell::MONITORED
+                                                  : Cell::DETECTED;
     cells.push_back({kind, code, ecio});
   }
 }

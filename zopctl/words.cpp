@@ -52,35 +52,54 @@ std::string zop_result(unsigned result) {
 }
 
 std::string sim_status(uint32_t status) {
-  static const Word words[] = {{0, "no card"},         {1, "invalid card"}, {2, "ready"},
-                               {3, "not initialised"}, {4, "not ready"},    {5, "reinitialising"},
-                               {6, "card available"},  {7, "illegal card"}};
+  static const Word words[] = {{ZOP_SIM_NO_CARD, "no card"},
+                               {ZOP_SIM_INVALID_CARD, "invalid card"},
+                               {ZOP_SIM_READY, "ready"},
+                               {ZOP_SIM_NOT_INITIALISED, "not initialised"},
+                               {ZOP_SIM_NOT_READY, "not ready"},
+                               {ZOP_SIM_REINITIALISING, "reinitialising"},
+                               {ZOP_SIM_AVAILABLE, "card available"},
+                               {ZOP_SIM_ILLEGAL_CARD, "illegal card"}};
   return word(words, status);
 }
 
 std::string lock_status(uint32_t lock) {
-  static const Word words[] = {{0, "unknown"},   {1, "okay"},           {2, "PIN wanted"},
-                               {3, "verified"},  {4, "blocked"},        {5, "PIN switched off"},
-                               {6, "not valid"}, {7, "not initialised"}};
+  static const Word words[] = {
+      {ZOP_PIN_UNKNOWN, "unknown"},     {ZOP_PIN_OKAY, "okay"},
+      {ZOP_PIN_ENABLED, "PIN wanted"},  {ZOP_PIN_VERIFIED, "verified"},
+      {ZOP_PIN_BLOCKED, "blocked"},     {ZOP_PIN_PERM_DISABLED, "PIN switched off"},
+      {ZOP_PIN_NOT_VALID, "not valid"}, {ZOP_PIN_NOT_INITIALISED, "not initialised"}};
   return word(words, lock);
 }
 
 std::string registration(uint32_t registration) {
-  static const Word words[] = {
-      {0, "not registered"}, {1, "registered"}, {2, "failed"}, {3, "no network"}};
+  static const Word words[] = {{ZOP_REGISTRATION_NONE, "not registered"},
+                               {ZOP_REGISTRATION_SUCCESS, "registered"},
+                               {ZOP_REGISTRATION_FAILED, "failed"},
+                               {ZOP_REGISTRATION_NO_NETWORK, "no network"}};
   return word(words, registration);
 }
 
 std::string service(int32_t service) {
-  static const Word words[] = {{-1, "none"}, {0, "no service"},       {1, "limited"},
-                               {2, "full"},  {3, "limited regional"}, {4, "power save"}};
+  static const Word words[] = {{ZOP_SERVICE_NONE, "none"},
+                               {ZOP_SERVICE_NO_SERVICE, "no service"},
+                               {ZOP_SERVICE_LIMITED, "limited"},
+                               {ZOP_SERVICE_FULL, "full"},
+                               {ZOP_SERVICE_LIMITED_REGIONAL, "limited regional"},
+                               {ZOP_SERVICE_POWER_SAVE, "power save"}};
   return word(words, service);
 }
 
 std::string system_mode(uint32_t mode) {
-  static const Word words[] = {{0, "no service"}, {1, "AMPS"},      {2, "CDMA"},
-                               {3, "GSM"},        {4, "HDR"},       {5, "WCDMA"},
-                               {6, "GPS"},        {7, "GSM/WCDMA"}, {8, "WLAN"}};
+  static const Word words[] = {{ZOP_SYSTEM_NO_SERVICE, "no service"},
+                               {ZOP_SYSTEM_AMPS, "AMPS"},
+                               {ZOP_SYSTEM_CDMA, "CDMA"},
+                               {ZOP_SYSTEM_GSM, "GSM"},
+                               {ZOP_SYSTEM_HDR, "HDR"},
+                               {ZOP_SYSTEM_WCDMA, "WCDMA"},
+                               {ZOP_SYSTEM_GPS, "GPS"},
+                               {ZOP_SYSTEM_GW, "GSM/WCDMA"},
+                               {ZOP_SYSTEM_WLAN, "WLAN"}};
   return word(words, mode);
 }
 
@@ -93,11 +112,21 @@ std::string data_service_mode(int mode) {
 }
 
 std::string band(int32_t band) {
-  static const Word words[] = {
-      {43, "GSM 850"},          {44, "EGSM 900"},        {45, "PGSM 900"},       {46, "RGSM 900"},
-      {47, "DCS 1800"},         {48, "PCS 1900"},        {80, "WCDMA 2100"},     {81, "WCDMA 1900"},
-      {82, "WCDMA 1700 (III)"}, {83, "WCDMA 1700 (IV)"}, {84, "WCDMA 850"},      {85, "WCDMA 800"},
-      {86, "WCDMA 2600"},       {87, "WCDMA 900"},       {88, "WCDMA 1700 (IX)"}};
+  static const Word words[] = {{ZOP_BAND_GSM_850, "GSM 850"},
+                               {ZOP_BAND_EGSM_900, "EGSM 900"},
+                               {ZOP_BAND_PGSM_900, "PGSM 900"},
+                               {ZOP_BAND_RGSM_900, "RGSM 900"},
+                               {ZOP_BAND_GSM_1800, "DCS 1800"},
+                               {ZOP_BAND_GSM_1900, "PCS 1900"},
+                               {ZOP_BAND_WCDMA_2100, "WCDMA 2100"},
+                               {ZOP_BAND_WCDMA_1900, "WCDMA 1900"},
+                               {ZOP_BAND_WCDMA_1700_III, "WCDMA 1700 (III)"},
+                               {ZOP_BAND_WCDMA_1700_IV, "WCDMA 1700 (IV)"},
+                               {ZOP_BAND_WCDMA_850, "WCDMA 850"},
+                               {ZOP_BAND_WCDMA_800, "WCDMA 800"},
+                               {ZOP_BAND_WCDMA_2600, "WCDMA 2600"},
+                               {ZOP_BAND_WCDMA_900, "WCDMA 900"},
+                               {ZOP_BAND_WCDMA_1700_IX, "WCDMA 1700 (IX)"}};
   return word(words, band);
 }
 
