@@ -233,6 +233,9 @@ TEST_F(Operations, cell_sets) {
   answer("cf 2b 00 00 00 03", 20);
   EXPECT_EQ(zop_get_detected_set_list(cells, &count), ZOP_ERR_BUFFER_TOO_SMALL);
   EXPECT_EQ(count, 3u);
+  answer("cf 2b 00 00 00 03", 20);
+  EXPECT_EQ(zop_get_detected_set_list(cells, &count), ZOP_SUCCESS);
+  EXPECT_EQ(cells[0], 2);
   for (const char* odd : {"cf 29 00 00 00 00", "cf 29 00 00 00 21", "cf 29 00 00 00 ff"}) {
     count = 300;
     answer(odd);

@@ -45,6 +45,15 @@ TEST_F(AgainstTheSimulator, every_command_is_understood) {
   world.far_end = &far_end;
 }
 
+// By number: both sides have the names of bands from one header.
+TEST_F(AgainstTheSimulator, bands_that_can_be_set) {
+  std::string bands;
+  for (uint32_t band = 0; band < 256; ++band) {
+    if (zop_set_band(band) == ZOP_SUCCESS) bands += std::to_string(band) + " ";
+  }
+  EXPECT_EQ(bands, "43 44 47 48 80 81 84 ");
+}
+
 TEST_F(AgainstTheSimulator, a_pin_goes_through_its_life) {
   const uint8_t right[8] = {'1', '2', '3', '4'};
   const uint8_t other[8] = {'9', '8', '7', '6'};
