@@ -212,7 +212,7 @@ TEST_F(Operations, the_backup_step_without_answer_frees_the_port) {
 
 TEST_F(Operations, mode_tracking_commands_reset_the_system_code) {
   unsigned (*commands[])() = {[] { return zop_mode_change(1); },
-                              [] { return zop_set_network_search_order(3, 43); },
+                              [] { return zop_set_network_search_order(5, 81); },
                               [] { return zop_set_backup(1); }, [] { return zop_test(0); },
                               [] { return zop_get_err_clr(0); }};
   for (auto command : commands) {
