@@ -247,19 +247,6 @@ TEST_F(Listener, two_senders_never_mix) {
   EXPECT_EQ(diag_status(), 1);
 }
 
-TEST_F(Listener, a_stop_lets_the_exchange_under_way_end) {
-  for (int ms = 0; ms < 700; ms += 35) {
-    start_and_wait(ms);
-    Time before = world.now();
-    EXPECT_EQ(zop_debug_stop(), ZOP_SUCCESS);
-    EXPECT_LE(world.now() - before, Time(150ms));
-    EXPECT_EQ(SIO_USED_LOCK, 0u) << ms;
-    int32_t rssi = 0;
-    EXPECT_EQ(zop_get_rssi(&rssi), ZOP_SUCCESS) << ms;
-    EXPECT_EQ(rssi, -75) << ms;
-  }
-}
-
 // A download opens the port next, and speaks another language.
 TEST_F(Listener, is_stopped_by_a_close) {
   start();
@@ -364,13 +351,4 @@ TEST_F(Listener, the_module_s_threads_take_none_of_the_host_s_signals) {
     EXPECT_TRUE(sigismember(&of_thread, signal)) << signal;
     EXPECT_FALSE(sigismember(&of_host, signal)) << signal;
   }
-}
-
-TEST_F(Listener, starts_and_stops_a_thousand_times) {
-  for (int i = 0; i < 1000; ++i) {
-    start();
-    world.advance(std::chrono::milliseconds(i % 3 * 300));
-    zop_debug_stop();
-  }
-  EXPECT_EQ(world.threads_made, 1000);
 }

@@ -77,11 +77,3 @@ TEST_F(LinkOpen, a_write_error_uses_up_an_attempt) {
   EXPECT_EQ(zop_open(DEVICE), 0u);
   EXPECT_EQ(world.opens, 2);
 }
-
-// A claim left over from a dead link must not make the first command of the next one wait.
-TEST_F(LinkOpen, a_stale_claim_is_dropped) {
-  SIO_USED_LOCK = 1;
-  modem.answers = {{{hex("1d 7e")}}};
-  EXPECT_EQ(zop_open(DEVICE), 0u);
-  EXPECT_EQ(world.sleeps, std::vector<Time>{100us});
-}

@@ -46,6 +46,7 @@ TEST_F(RealTerminal, keeps_the_settings_while_open_and_gets_its_own_back) {
   EXPECT_EQ(during.c_lflag, 0u);
   EXPECT_EQ(during.c_cc[VMIN], 0);
   EXPECT_EQ(during.c_cc[VTIME], 0);
+  EXPECT_TRUE(fcntl(SER_SIG, F_GETFD) & FD_CLOEXEC);
   diag_close();
   tcgetattr(master, &after);
   EXPECT_EQ(after.c_iflag, before.c_iflag);
@@ -62,6 +63,19 @@ TEST_F(RealTerminal, carries_every_byte_value) {
   uint8_t received[RAW_ANSWER_SIZE];
   ASSERT_EQ(diag_read(received), 257);
   EXPECT_EQ(memcmp(sent, received, sizeof sent), 0);
+}
+
+// A write never waits by itself: the line takes some thousands of bytes that nobody reads.
+TEST_F(RealTerminal, a_line_that_takes_nothing_is_given_up_when_told) {
+  ASSERT_EQ(diag_open(path.c_str()), 1);
+  PortUse port([] { return false; });
+  uint32_t sent = 0;
+  int32_t written = 1;
+  for (int i = 0; i < 1000 && written > 0; ++i) {
+    written = write_port(port, test::Bytes(64, 0x55).data(), 64, &sent);
+  }
+  EXPECT_EQ(written, PORT_ABANDONED);
+  EXPECT_EQ(diag_status(), 1);
 }
 
 TEST_F(RealTerminal, a_yanked_device_fails_the_exchange) {

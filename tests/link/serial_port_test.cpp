@@ -255,7 +255,7 @@ TEST_F(SerialPort, an_unplugged_device_ends_the_read) {
   EXPECT_EQ(exchange(), 2);
 }
 
-TEST_F(SerialPort, download_reads_wait_long_and_leave_the_port_open) {
+TEST_F(SerialPort, download_reads_wait_long_and_read_on) {
   uint8_t big[DLOAD_SIZE];
   for (bool erasing : {false, true}) {
     ASSERT_EQ(diag_open(DEVICE), 1);
@@ -267,14 +267,30 @@ TEST_F(SerialPort, download_reads_wait_long_and_leave_the_port_open) {
     EXPECT_EQ(diag_status(), 1);
     EXPECT_EQ(SIO_USED_LOCK, 0u);
   }
-  // Two pieces that are there are one answer; a third is not waited for.
-  modem.answers = {{{Bytes(2048, 0x11)}, {Bytes(20, 0x22)}, {hex("33")}}};
-  diag_write(hex("06 7e").data(), 2);
-  EXPECT_EQ(dload_read(big), 2068);
-  EXPECT_EQ(big[2067], 0x22);
-  // Errors are added in as the -1 they are.
-  modem.answers = {{{hex("01 7e")}}};
-  diag_write(hex("06 7e").data(), 2);
+  // Pieces are one answer while they come within 0.2 s, to a flag that is not the first byte.
+  const Piece slow = {Bytes(64, 0x11), 190ms};
+  struct {
+    const char* name;
+    Answer pieces;
+    int32_t length;
+    Time takes;
+  } rows[] = {
+      {"small pieces", {{hex("7e")}, slow, slow, {hex("22 7e"), 190ms}, {hex("33")}}, 131, 570ms},
+      {"a pause", {slow, {Bytes(64, 0x11), 210ms}}, 64, 390ms},
+      {"a full buffer", {{Bytes(2048, 0x11)}, {Bytes(20, 0x22)}, {hex("33")}}, 2068, 0ms},
+      {"no end", Answer(30, slow), 21 * 64, 4s},
+  };
+  for (auto& row : rows) {
+    modem = Script();
+    ASSERT_EQ(diag_open(DEVICE), 1);
+    efs_clear = 0;
+    modem.answers = {row.pieces};
+    diag_write(hex("06 7e").data(), 2);
+    Time start = world.now();
+    EXPECT_EQ(dload_read(big), row.length) << row.name;
+    EXPECT_EQ(world.now() - start, row.takes) << row.name;
+  }
   world.reads = {Accept{2}, Fail{EIO}};
+  diag_write(hex("06 7e").data(), 2);
   EXPECT_GE(dload_read(big), 0);
 }

@@ -61,11 +61,13 @@ static std::optional<PortCall> next(std::deque<PortCall>& plan) {
 
 ssize_t World::write_port(const uint8_t* bytes, size_t size) {
   if (is_dead()) return errno = EIO, -1;
-  if (now_ < writable_from) return errno = EAGAIN, -1;
+  if (takes == 0) return errno = EAGAIN, -1;
   if (auto call = next(writes)) {
     if (call->error != 0) return errno = call->error, -1;
     size = std::min(size, *call->at_most);
   }
+  size = std::min(size, takes);
+  takes -= size;
   if (keeps_history) written.insert(written.end(), bytes, bytes + size);
   if (far_end != nullptr) far_end->receive({bytes, size}, now_);
   if (!runs_free) conductor.wake(&ports_, true);
@@ -107,10 +109,7 @@ int World::wait_for_port(short events, Time limit) {
   for (;;) {
     if (is_dead()) return 1;
     Time due = end;
-    if ((events & POLLOUT) != 0) {
-      if (now_ >= writable_from) return 1;
-      due = std::min(due, writable_from);
-    }
+    if ((events & POLLOUT) != 0 && takes > 0) return 1;
     if ((events & POLLIN) != 0) {
       if (fetch()) return 1;
       if (far_end != nullptr) due = std::min(due, far_end->next_due().value_or(end));

@@ -79,7 +79,7 @@ class World {
   std::vector<Time> sleeps;
   std::function<void(Time)> on_sleep;            // runs inside each sleep
   int polls_made = 0;                            // on the port
-  Time writable_from{0};                         // until then the line takes nothing
+  size_t takes = SIZE_MAX;                       // so many bytes more, and then none
   std::map<std::string, std::string> files;      // path -> the real file behind it
   std::map<std::string, int> missing;            // path -> errno of an attempt to open it
   std::deque<PortCall> writes, reads, polls;     // upcoming calls on the port that misbehave
