@@ -1,5 +1,6 @@
 // Everything in the list comes from a modem that has just crashed: names, lengths and counts are
-// held against what really came, and no name leads out of the dump's directory.
+// held against what really came, and no name leads out of the dump's directory. The directory lies
+// where others may write, too: it is opened once, and files are only ever made new in it.
 #include "download/memory_dump.h"
 
 #include <errno.h>
@@ -25,7 +26,7 @@ enum { DATA_ADDRESS = 1, DATA_LENGTH = 5, DATA = 7 };        // in the reply of 
 enum { DIRECTORY_MODE = 0666, FILE_MODE = 0666, SEARCHABLE = 0755 };
 
 struct Region {
-  int32_t descriptor;
+  int32_t descriptor;  // -1 when the file is closed again
   uint32_t done;       // bytes saved
   uint8_t preference;  // the modem's; not used
   uint32_t base;
@@ -36,10 +37,12 @@ struct Region {
 static constinit Region gRegions[MOST_REGIONS] = {};
 static constinit uint32_t gRegionCount = 0;
 static constinit uint32_t gCurrentRegion = 0;
-static constinit char gDirectory[TEXT_SIZE] = "";
-static constinit bool gBadList = false;  // the last list of regions was not whole
-static constinit bool gRefused = false;  // the dump ends; why has been said
-static constinit int32_t gPrintedPercent = -1;
+static constinit char gDirectory[TEXT_SIZE] = "";  // its name, without a slash
+static constinit int32_t gDirectoryDescriptor = -1;
+static constinit bool gBadList = false;         // the last list of regions was not whole
+static constinit bool gLeftOut = false;         // not all regions are saved; why has been said
+static constinit bool gRefused = false;         // the dump ends; why has been said
+static constinit int32_t gPrintedPercent = -1;  // of any dump
 
 static void modem_status_dump(int32_t percent) {
   FW_DL_STATUS = percent;
@@ -49,9 +52,9 @@ static void modem_status_dump(int32_t percent) {
   fflush(stdout);
 }
 
-// ---- the list of regions ----
+// ---- files ----
 
-// A text of the modem with what is not printable as \xNN.
+// The modem's own text, with what is not printable as \xNN.
 static void print_escaped(const char* text) {
   for (const char* c = text; *c != '\0'; ++c) {
     unsigned char byte = static_cast<unsigned char>(*c);
@@ -61,12 +64,34 @@ static void print_escaped(const char* text) {
   }
 }
 
-static bool refuse(const char* reason, const char* text) {
-  gRefused = true;
-  printf("DUMP_MODE: %s: \"", reason);
+static bool leave_out(const char* reason, const char* text) {
+  gLeftOut = true;
+  printf("DUMP_MODE: left out, %s: \"", reason);
   print_escaped(text);
   say("\"");
   return false;
+}
+
+static bool refuse_directory(const char* reason) {
+  printf("DUMP_MODE: can't use %s: %s\n", gDirectory, reason);
+  fflush(stdout);
+  return false;
+}
+
+// One that is there already must be that of our own dump within this minute. The mode has no search
+// bit: only the superuser could write into such a directory.
+static bool open_directory() {
+  if (mkdir(gDirectory, DIRECTORY_MODE) != 0 && errno != EEXIST) {
+    say("DUMP_MODE: can't create direcory");
+    return false;
+  }
+  gDirectoryDescriptor = open(gDirectory, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  struct stat found;
+  if (gDirectoryDescriptor < 0 || fstat(gDirectoryDescriptor, &found) != 0)
+    return refuse_directory(strerror(errno));
+  if (found.st_uid != geteuid()) return refuse_directory("it belongs to another user");
+  if (faccessat(gDirectoryDescriptor, ".", X_OK, 0) != 0) fchmod(gDirectoryDescriptor, SEARCHABLE);
+  return true;
 }
 
 static bool is_file_name(const char* name) {
@@ -74,26 +99,35 @@ static bool is_file_name(const char* name) {
          strcmp(name, "..") != 0;
 }
 
-static bool is_taken(const char* path) {
-  for (uint32_t i = 0; i < gRegionCount; ++i) {
-    if (strcmp(gRegions[i].path, path) == 0) return true;
-  }
-  return false;
+static bool is_our_file(const char* name) {
+  struct stat found;
+  return fstatat(gDirectoryDescriptor, name, &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISREG(found.st_mode) && found.st_uid == geteuid();
 }
 
-// Two regions of one name are both kept: the later one gets a number.
-static bool set_path(Region* region, const char* name) {
-  if (!is_file_name(name)) return refuse("no file name", name);
-  int length = snprintf(region->path, sizeof region->path, "%s%s", gDirectory, name);
-  for (int number = 2; length < TEXT_SIZE && is_taken(region->path); ++number) {
-    length = snprintf(region->path, sizeof region->path, "%s%s.%d", gDirectory, name, number);
+// A name that an earlier region, or an earlier dump within this minute, has taken gets a number:
+// nothing is written over.
+static bool make_file(Region* region, const char* name) {
+  constexpr int FLAGS = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  if (!is_file_name(name)) return leave_out("no file name", name);
+  int length = snprintf(region->path, sizeof region->path, "%s/%s", gDirectory, name);
+  for (int number = 2; length < TEXT_SIZE; ++number) {
+    const char* in_directory = region->path + strlen(gDirectory) + 1;
+    region->descriptor = openat(gDirectoryDescriptor, in_directory, FLAGS, FILE_MODE);
+    if (region->descriptor >= 0) return true;
+    if (errno != EEXIST) return leave_out(strerror(errno), region->path);
+    if (!is_our_file(in_directory)) return leave_out("something else is in its way", region->path);
+    length = snprintf(region->path, sizeof region->path, "%s/%s.%d", gDirectory, name, number);
   }
-  if (length >= TEXT_SIZE) return refuse("file name too long", name);
-  printf("DUMP_MODE: FILE=");
-  print_escaped(region->path);
-  say("");
-  return true;
+  return leave_out("file name too long", name);
 }
+
+static void close_file(int32_t* descriptor) {
+  if (*descriptor >= 0) close(*descriptor);
+  *descriptor = -1;
+}
+
+// ---- the list of regions ----
 
 // Moves *at behind the text that it stands at. False when nothing before the end terminates it.
 static bool skip_text(const uint8_t** at, const uint8_t* end) {
@@ -123,13 +157,22 @@ static const char* take_text(const uint8_t** at, const uint8_t* end) {
 static void take_entry(const uint8_t** at, const uint8_t* end) {
   Region& region = gRegions[gRegionCount];
   region = {};
-  region.descriptor = -1;
   region.preference = (*at)[0];
   region.base = get_be32(*at + ENTRY_BASE);
   region.length = get_be32(*at + ENTRY_LENGTH);
   *at += ENTRY_TEXTS;
   snprintf(region.description, sizeof region.description, "%s", take_text(at, end));
-  if (set_path(&region, take_text(at, end))) ++gRegionCount;
+  if (!make_file(&region, take_text(at, end))) return;
+  printf("DUMP_MODE: FILE=");
+  print_escaped(region.path);
+  say("");
+  ++gRegionCount;
+}
+
+static bool leave_out_the_rest() {
+  gLeftOut = true;
+  say("DUMP_MODE: left out, all regions after the 20th");
+  return true;
 }
 
 // A list that is not whole is a bad reply, and asked for again; a list that is whole and can't be
@@ -144,12 +187,9 @@ bool accept_region_list(const Reply& reply) {
     if (!skip_entry(&at, end)) return false;
   }
   gBadList = false;
-  gRegionCount = 0;
+  gRefused = !open_directory();
   for (const uint8_t* at = reply.bytes + LIST; at < end && !gRefused;) {
-    if (gRegionCount == MOST_REGIONS) {
-      say("DUMP_MODE: more than 20 regions, the others are left out");
-      break;
-    }
+    if (gRegionCount == MOST_REGIONS) return leave_out_the_rest();
     take_entry(&at, end);
   }
   return true;
@@ -192,7 +232,10 @@ bool save_memory(const Reply& reply) {
   if (length == 0) return false;
   if (!write_all(region.descriptor, reply.bytes + DATA, length, region.done)) {
     gRefused = true;
-    printf("DUMP_MODE: can't write %s: %s\n", region.path, strerror(errno));
+    const char* reason = strerror(errno);
+    printf("DUMP_MODE: can't write ");
+    print_escaped(region.path);
+    printf(": %s\n", reason);
     fflush(stdout);
     return true;  // the modem has done its part: asking it again does not help
   }
@@ -222,39 +265,14 @@ static bool read_region() {
   return true;
 }
 
-static bool save_region() {
-  Region& region = gRegions[gCurrentRegion];
-  region.descriptor =
-      open(region.path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, FILE_MODE);
-  if (region.descriptor < 0) {
-    printf("DUMP_MODE: can't open %s: %s\n", region.path, strerror(errno));
-    fflush(stdout);
-    return false;
-  }
-  bool good = read_region();
-  close(region.descriptor);
-  region.descriptor = -1;
-  return good;
-}
-
 // ---- the dump ----
 
 static void name_directory() {
   time_t now = time(nullptr);
   tm t = {};
   localtime_r(&now, &t);
-  snprintf(gDirectory, sizeof gDirectory, "dump_%02d%02d%04d_%02d%02d/", t.tm_mon + 1, t.tm_mday,
+  snprintf(gDirectory, sizeof gDirectory, "dump_%02d%02d%04d_%02d%02d", t.tm_mon + 1, t.tm_mday,
            t.tm_year + 1900, t.tm_hour, t.tm_min);
-}
-
-// The mode has no search bit: only the superuser could write into such a directory.
-static bool make_directory() {
-  if (mkdir(gDirectory, DIRECTORY_MODE) != 0 && errno != EEXIST) {
-    say("DUMP_MODE: can't create direcory");
-    return false;
-  }
-  if (access(gDirectory, X_OK) != 0) chmod(gDirectory, SEARCHABLE);
-  return true;
 }
 
 static bool dump() {
@@ -269,11 +287,16 @@ static bool dump() {
     return false;
   }
   if (gRefused) return false;
-  if (!make_directory()) return false;
   for (gCurrentRegion = 0; gCurrentRegion < gRegionCount; ++gCurrentRegion) {
-    if (!save_region()) return false;
+    if (!read_region()) return false;
+    close_file(&gRegions[gCurrentRegion].descriptor);
   }
-  return true;
+  return !gLeftOut;
+}
+
+static void close_files() {
+  for (uint32_t i = 0; i < gRegionCount; ++i) close_file(&gRegions[i].descriptor);
+  close_file(&gDirectoryDescriptor);
 }
 
 static void give_buffers_back() {
@@ -283,13 +306,13 @@ static void give_buffers_back() {
 }
 
 int mem_dump_process() {
-  gPrintedPercent = -1;
   modem_status_dump(0);
   for (Region& region : gRegions) region = {};
   gRegionCount = gCurrentRegion = 0;
-  gRefused = gBadList = false;
+  gRefused = gLeftOut = gBadList = false;
   name_directory();
   bool saved = dump();
+  close_files();
   give_buffers_back();
   if (saved) modem_status_dump(100);
   return 1;

@@ -40,8 +40,10 @@ int modem_diag_process(void);
 int modem_dload_end_process(const char* path);
 
 /* Saves the memory regions of a crashed modem to "dump_MMDDYYYY_HHMM/" in the working directory.
- * Always 1; "DUMP_MODE: PERCENT=100" tells that all regions are saved. Other messages name each
- * file, and what ended the dump. */
+ * Always 1; "DUMP_MODE: PERCENT=100" tells that all regions are saved. A name that is taken gets a
+ * number, NAME.2 and so on: nothing is written over. Other messages: "DUMP_MODE: FILE=" and the
+ * file of a region, "DUMP_MODE: left out, " and why a region is not saved, and what ended the
+ * dump. The directory and what lies in the way of a file must be this user's own. */
 int mem_dump_process(void);
 
 #pragma GCC visibility pop

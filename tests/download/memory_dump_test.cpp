@@ -1,5 +1,5 @@
-// The memory dump: files as the modem's memory is, and nothing of a hostile list outside the
-// directory.
+// The memory dump: files as the modem's memory is, nothing of a hostile list outside the directory,
+// and nothing that lies there already written over.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -10,10 +10,12 @@
 
 #include "download/image_set.h"
 #include "include/modem_download.h"
+#include "include/zop.h"
 #include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/download/download_modem.h"
+#include "tests/support/holdings.h"
+#include "tests/support/simulated_far_end.h"
 
+using namespace std::chrono_literals;
 using namespace test;
 namespace fs = std::filesystem;
 
@@ -22,12 +24,11 @@ class MemoryDump : public testing::Test {
   void SetUp() override {
     setenv("TZ", "UTC", 1);
     tzset();
-    fresh_link();
-    world.far_end = &modem;
+    SER_SIG = 0;
+    SIO_USED_LOCK = 0;
     fs::current_path(folder);
   }
   void TearDown() override {
-    diag_close();
     fs::current_path(before);
     fs::remove_all(folder);
   }
@@ -37,18 +38,36 @@ class MemoryDump : public testing::Test {
     return bytes;
   }
   void region(uint32_t base, size_t size, const std::string& name) {
-    modem.rom.regions.push_back({1, base, pattern(size), "a region", name});
+    regions.push_back({1, base, pattern(size), "a region", name});
   }
-  std::string run() {
+  // What a dump of a modem with these regions prints.
+  std::string run(const std::string& fault = "") {
+    sim::Scenario scenario;
+    scenario.model.device.crashed = 1;
+    scenario.model.device.memory = regions;
+    if (!fault.empty()) scenario.faults.push_back(sim::parse_fault(fault));
+    SimulatedFarEnd modem(std::move(scenario), world.now());
+    return run(modem);
+  }
+  std::string run(SimulatedFarEnd& modem) {
+    world.far_end = &modem;
     testing::internal::CaptureStdout();
+    Holdings before_dump = holdings();
     EXPECT_EQ(mem_dump_process(), 1);
+    diag_close();
+    EXPECT_EQ(holdings(), before_dump);
     EXPECT_EQ(dload_tbuf, nullptr);
     EXPECT_EQ(dload_rbuf, nullptr);
+    EXPECT_EQ(SIO_USED_LOCK, 0u);
+    world.far_end = nullptr;
     return testing::internal::GetCapturedStdout();
   }
-  static Bytes content(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
+  Bytes content(const fs::path& name) {
+    std::ifstream in(folder / DIRECTORY / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
+  }
+  static bool is_whole(const std::string& output) {
+    return output.ends_with("DUMP_MODE: PERCENT=100\n");
   }
   static inline const char DIRECTORY[] = "dump_07242010_1933";
 
@@ -58,137 +77,153 @@ class MemoryDump : public testing::Test {
     return fs::path(mkdtemp(name.data()));
   }();
   World world;
-  DownloadModem modem;
+  std::vector<sim::MemoryRegion> regions;
 };
 
-TEST_F(MemoryDump, two_regions_in_a_directory_named_by_the_time) {
+TEST_F(MemoryDump, saves_each_region_and_keeps_what_is_there) {
   region(0x1000, 5000, "ram.bin");
   region(0x80000000, 1024, "rom.bin");
+  EXPECT_TRUE(is_whole(run()));
+  regions[0].content[0] = 0x55;  // another crash, within the same minute
   EXPECT_EQ(run(),
             "DUMP_MODE: PERCENT=0\n"
-            "DUMP_MODE: FILE=dump_07242010_1933/ram.bin\n"
-            "DUMP_MODE: FILE=dump_07242010_1933/rom.bin\n"
+            "DUMP_MODE: FILE=dump_07242010_1933/ram.bin.2\n"
+            "DUMP_MODE: FILE=dump_07242010_1933/rom.bin.2\n"
             "DUMP_MODE: PERCENT=20\nDUMP_MODE: PERCENT=40\nDUMP_MODE: PERCENT=61\n"
             "DUMP_MODE: PERCENT=81\nDUMP_MODE: PERCENT=100\n");
-  EXPECT_EQ(content(folder / DIRECTORY / "ram.bin"), pattern(5000));
-  EXPECT_EQ(content(folder / DIRECTORY / "rom.bin"), pattern(1024));
+  EXPECT_EQ(content("ram.bin"), pattern(5000));
+  EXPECT_EQ(content("ram.bin.2"), regions[0].content);
+  EXPECT_EQ(content("rom.bin.2"), pattern(1024));
   EXPECT_EQ(FW_DL_STATUS, 100);
-  // Again within the same minute: the directory is used again, and nothing old stays in a file.
-  modem.rom.regions[0].content.resize(10);
-  EXPECT_NE(run().find("PERCENT=100"), std::string::npos);
-  EXPECT_EQ(content(folder / DIRECTORY / "ram.bin"), pattern(10));
 }
 
-TEST_F(MemoryDump, sizes_around_the_chunk) {
-  for (size_t size : std::initializer_list<size_t>{0, 1, 1023, 1024, 1025, 100000}) {
-    modem.rom.regions.clear();
-    region(0xFFFF0000u - 200'000, size, "r");
-    EXPECT_NE(run().find("PERCENT=100"), std::string::npos) << size;
-    EXPECT_EQ(content(folder / DIRECTORY / "r"), pattern(size)) << size;
-  }
+TEST_F(MemoryDump, of_a_modem_that_has_just_crashed) {
+  sim::Scenario scenario;
+  scenario.model.device.crash_dump = 1;
+  SimulatedFarEnd modem(scenario);
+  world.far_end = &modem;
+  ASSERT_EQ(zop_open("/dev/tts/USB1"), 0u);
+  EXPECT_EQ(zop_set_error_fatal(), ZOP_SUCCESS);
+  zop_close();
+  world.advance(5s);
+  EXPECT_TRUE(is_whole(run(modem)));
+  EXPECT_EQ(content("ram.bin"), scenario.model.device.memory[0].content);
 }
 
-TEST_F(MemoryDump, no_name_leads_out_of_the_directory) {
+TEST_F(MemoryDump, sizes_around_the_chunk_and_names_that_come_again) {
+  const size_t sizes[] = {1023, 0, 1, 1024, 1025, 100'000};
+  const char* const names[] = {"r", "r", "r.2", "x", "r", "x"};
+  const char* const files[] = {"r", "r.2", "r.2.2", "x", "r.3", "x.2"};
+  for (uint32_t i = 0; i < 6; ++i) region(0xFFFF0000u - i * 200'000, sizes[i], names[i]);
+  EXPECT_TRUE(is_whole(run()));
+  for (uint32_t i = 0; i < 6; ++i) EXPECT_EQ(content(files[i]), pattern(sizes[i])) << files[i];
+}
+
+TEST_F(MemoryDump, names_that_lead_elsewhere_are_left_out) {
   for (std::string name : {"", ".", "..", "/etc/x", "../x", "a/b", "x\x1b[2J/"}) {
-    modem.rom.regions.clear();
-    region(0, 10, "good");
     region(0, 10, name);
-    std::string output = run();
-    EXPECT_NE(output.find("DUMP_MODE: no file name: \""), std::string::npos) << name;
-    EXPECT_EQ(output.find('\x1b'), std::string::npos);
-    EXPECT_EQ(output.find("PERCENT=100"), std::string::npos);
-    EXPECT_TRUE(fs::is_empty(folder)) << name;
   }
-  modem.rom.regions.clear();
-  region(0, 10, std::string(200, 'x'));
-  EXPECT_NE(run().find("file name too long"), std::string::npos);
-}
-
-TEST_F(MemoryDump, regions_of_one_name_are_both_kept) {
-  region(0x1000, 10, "r");
-  region(0x2000, 20, "r");
-  region(0x3000, 30, "r.2");
-  run();
-  EXPECT_EQ(content(folder / DIRECTORY / "r").size(), 10u);
-  EXPECT_EQ(content(folder / DIRECTORY / "r.2").size(), 20u);
-  EXPECT_EQ(content(folder / DIRECTORY / "r.2.2").size(), 30u);
+  region(0x100, 10, std::string(109, 'x'));  // with the directory, 128 characters
+  region(0x2000, 5000, std::string(108, 'x'));
+  std::string output = run();
+  EXPECT_NE(output.find("DUMP_MODE: left out, no file name: \"x\\x1B[2J/\"\n"), std::string::npos);
+  EXPECT_NE(output.find("DUMP_MODE: left out, file name too long: \"x"), std::string::npos);
+  EXPECT_EQ(output.find('\x1b'), std::string::npos);
+  EXPECT_TRUE(output.ends_with("DUMP_MODE: PERCENT=81\n")) << output;
+  EXPECT_EQ(content(std::string(108, 'x')), pattern(5000));
+  EXPECT_EQ(entries_of("."), 1u);
+  EXPECT_EQ(entries_of(DIRECTORY), 1u);
 }
 
 TEST_F(MemoryDump, more_regions_than_the_table_holds) {
-  for (int i = 0; i < 25; ++i) region(static_cast<uint32_t>(i) * 100, 10, std::to_string(i));
+  for (uint32_t i = 0; i < 22; ++i) region(i * 100, 10, i == 5 ? "" : std::to_string(i));
   std::string output = run();
-  EXPECT_NE(output.find("DUMP_MODE: more than 20 regions"), std::string::npos);
-  EXPECT_TRUE(fs::exists(folder / DIRECTORY / "19"));
-  EXPECT_FALSE(fs::exists(folder / DIRECTORY / "20"));
+  EXPECT_NE(output.find("DUMP_MODE: left out, all regions after the 20th\n"), std::string::npos);
+  EXPECT_FALSE(is_whole(output));
+  EXPECT_EQ(entries_of(DIRECTORY), 20u);
 }
 
 TEST_F(MemoryDump, faults_of_the_line) {
   struct {
-    DownloadFault fault;
+    const char* fault;
     bool saved;
   } rows[] = {
-      {{DownloadFault::NO_REPLY, 0x10, 0, 9}, true},
-      {{DownloadFault::NO_REPLY, 0x10, 0, 10}, false},
-      {{DownloadFault::WRONG_CODE, 0x10, 0, 10}, false},
-      {{DownloadFault::NO_REPLY, 0x12, 2, 30}, true},
-      {{DownloadFault::BAD_CHECK, 0x12, 1, 3}, true},
-      {{DownloadFault::WRONG_ADDRESS, 0x12, 1, 3}, true},
-      {{DownloadFault::UNPLUG, 0x12, 2, 1}, false},
-      {{DownloadFault::UNPLUG, 0x10, 0, 1}, false},
+      {"silence:request=dmss_regions,count=9", true},
+      {"silence:request=dmss_regions,count=10", false},
+      {"wrong-echo:request=dmss_regions", false},
+      {"hang-up:request=dmss_regions", false},
+      {"silence:request=dmss_read,skip=2,count=30", true},
+      {"bad-crc:request=dmss_read,skip=1,count=3", true},
+      {"wrong-echo=2:request=dmss_read,skip=1,count=3", true},  // another address
+      {"hang-up:request=dmss_read,skip=2", false},
   };
+  region(0x1000, 5000, "r");
   for (auto& row : rows) {
-    SCOPED_TRACE(std::to_string(row.fault.code) + " " + std::to_string(row.fault.kind));
-    modem = DownloadModem();
-    region(0x1000, 5000, "r");
-    modem.faults = {row.fault};
-    EXPECT_EQ(run().find("PERCENT=100") != std::string::npos, row.saved);
+    SCOPED_TRACE(row.fault);
+    EXPECT_EQ(is_whole(run(row.fault)), row.saved);
     bool whole = false;  // time-outs may have led into the next minute
     for (auto& directory : fs::directory_iterator(folder)) {
       whole = content(directory.path() / "r") == pattern(5000);
       fs::remove_all(directory);
     }
     EXPECT_EQ(whole, row.saved);
-    EXPECT_EQ(SIO_USED_LOCK, 0u);
-    diag_close();
-    EXPECT_FALSE(world.port_is_open());
   }
 }
 
 // A disk without room, played by a limit on the size of files: told once, and nothing is counted.
 TEST_F(MemoryDump, a_full_disk_ends_it) {
-  region(0x1000, 5000, "r");
+  region(0x1000, 5000, "r\n");
   rlimit before_test;
   getrlimit(RLIMIT_FSIZE, &before_test);
   signal(SIGXFSZ, SIG_IGN);
   rlimit small = {2048, before_test.rlim_max};
   setrlimit(RLIMIT_FSIZE, &small);
-  testing::internal::CaptureStdout();
-  mem_dump_process();
-  fflush(stdout);
+  std::string output = run();
   setrlimit(RLIMIT_FSIZE, &before_test);
-  std::string output = testing::internal::GetCapturedStdout();
-  size_t told = output.find("DUMP_MODE: can't write dump_07242010_1933/r: ");
-  EXPECT_NE(told, std::string::npos) << output;
-  EXPECT_EQ(output.find("can't write", told + 20), std::string::npos) << output;
-  EXPECT_EQ(output.find("PERCENT=100"), std::string::npos);
-  EXPECT_EQ(content(folder / DIRECTORY / "r").size(), 2048u);
+  EXPECT_TRUE(
+      output.ends_with("PERCENT=40\nDUMP_MODE: can't write dump_07242010_1933/r\\x0A: "
+                       "File too large\n"))
+      << output;
+  EXPECT_EQ(content("r\n").size(), 2048u);
 }
 
-TEST_F(MemoryDump, what_can_not_be_written) {
+// Only what this user has made is built upon; the rest of the dump goes on without the region.
+TEST_F(MemoryDump, what_is_in_the_way) {
   region(0x1000, 5000, "r");
-  fs::create_directory(folder / DIRECTORY);
-  fs::create_symlink("/dev/full", folder / DIRECTORY / "r");
-  EXPECT_NE(run().find("DUMP_MODE: can't open dump_07242010_1933/r: "), std::string::npos);
-  fs::remove_all(folder / DIRECTORY);
-  std::ofstream(folder / DIRECTORY) << "in the way";
-  EXPECT_NE(run().find("DUMP_MODE: can't open dump_07242010_1933/r: "), std::string::npos);
-  fs::remove(folder / DIRECTORY);
+  region(0x5000, 10, "s");
+  fs::create_directory(DIRECTORY);
+  auto foreign = [](const fs::path& path) { return chown(path.c_str(), 1, 1) == 0; };
+  for (int way = 0; way < 3; ++way) {
+    fs::path file = fs::path(DIRECTORY) / "r";
+    if (way == 0) fs::create_symlink(folder / "target", file);
+    if (way == 1) fs::create_directory(file);
+    if (way == 2) std::ofstream(file) << "not this user's";
+    if (way == 2 && !foreign(file)) break;  // only the superuser can give it away
+    std::string output = run();
+    EXPECT_NE(output.find("DUMP_MODE: left out, something else is in its way: "
+                          "\"dump_07242010_1933/r\"\n"),
+              std::string::npos);
+    EXPECT_FALSE(is_whole(output));
+    EXPECT_EQ(content(way == 0 ? "s" : "s." + std::to_string(way + 1)), pattern(10));
+    fs::remove(file);
+  }
+  const char REFUSED[] = "DUMP_MODE: can't use dump_07242010_1933: ";
+  EXPECT_TRUE(!foreign(DIRECTORY) || run().find(REFUSED) != std::string::npos);
+  fs::remove_all(DIRECTORY);
+  fs::create_directory(folder / "elsewhere");
+  fs::create_symlink("elsewhere", DIRECTORY);
+  EXPECT_NE(run().find(REFUSED), std::string::npos);
+  EXPECT_TRUE(fs::is_empty("elsewhere"));
+  EXPECT_FALSE(fs::exists("target"));
+}
+
+TEST_F(MemoryDump, nothing_to_begin_with) {
   world.malloc_failures = 1;
-  EXPECT_EQ(run(), "DUMP_MODE: PERCENT=0\n");
-  world.malloc_failures = 0;
-  fs::remove(folder);  // nothing can be made in a directory that is gone
-  EXPECT_NE(run().find("DUMP_MODE: can't create direcory\n"), std::string::npos);
+  run();
+  world.malloc_failures = 1;
+  EXPECT_EQ(run(), "");  // the 0 percent of the dump before still hold
+  fs::remove(folder);    // nothing can be made in a directory that is gone
+  EXPECT_EQ(run(), "DUMP_MODE: can't create direcory\n");
   world.missing["/dev/tts/USB1"] = ENOENT;
-  diag_close();
-  EXPECT_NE(run().find("DUMP_MODE: can't open the port\n"), std::string::npos);
+  EXPECT_EQ(run(), "DUMP_MODE: can't open the port\n");
 }

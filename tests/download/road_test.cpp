@@ -200,21 +200,3 @@ TEST_F(Road, faults_of_single_steps) {
   }
 }
 
-TEST_F(Road, a_crash_leaves_its_memory_to_a_dump) {
-  model().device.crash_dump = 1;
-  ASSERT_EQ(zop_open(DEVICE), 0u);
-  EXPECT_EQ(zop_set_error_fatal(), ZOP_SUCCESS);
-  zop_close();
-  world.advance(5s);
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(mem_dump_process(), 1);
-  std::string said = testing::internal::GetCapturedStdout();
-  EXPECT_NE(said.find("DUMP_MODE: PERCENT=100\n"), std::string::npos) << said;
-  std::map<std::string, size_t> sizes;
-  for (auto& entry : fs::recursive_directory_iterator(folder)) {
-    if (!entry.is_regular_file()) continue;
-    sizes[entry.path().filename()] = static_cast<size_t>(entry.file_size());
-  }
-  EXPECT_EQ(sizes["ram.bin"], 300'000u);
-  EXPECT_EQ(sizes["rom.bin"], 4096u);
-}
