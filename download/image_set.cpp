@@ -35,7 +35,7 @@ constinit uint8_t* dload_rbuf = nullptr;
 
 static constinit char gDirectory[PATH_SIZE] = "";  // ends in "/"; empty when none was accepted
 static constinit char gSecondPath[PATH_SIZE] = "";
-static constinit int32_t gPrintedPercent = -1;
+static constinit int32_t gPrintedPercent = -1;  // of any download
 
 void say(const char* line) {
   puts(line);
@@ -49,22 +49,19 @@ void modem_status_update(int32_t percent) {
   fflush(stdout);
 }
 
-static bool fits(const char* text) { return strnlen(text, PATH_SIZE) < PATH_SIZE - 1; }
-
 const char* modem_set_config(const char* directory, const char* second_path, int modem_only,
                              int clear) {
   FW_DL_STATUS = 0;
-  gPrintedPercent = -1;
   modem_status_update(0);
   efs_clear = clear != 0;
   gModemOnly = modem_only != 0 && clear == 0;
-  gDirectory[0] = gSecondPath[0] = '\0';
-  if (!fits(directory) || !fits(second_path)) {
-    say("CONFIG: a path is longer than 126 characters, refused");
-    return gSecondPath;
-  }
   size_t length = strlen(directory);
   bool has_slash = length > 0 && directory[length - 1] == '/';
+  if (length + (has_slash ? 0 : 1) >= PATH_SIZE || strlen(second_path) >= PATH_SIZE) {
+    say("CONFIG: a path is longer than 127 characters, refused");
+    gDirectory[0] = gSecondPath[0] = '\0';
+    return gSecondPath;
+  }
   snprintf(gDirectory, sizeof gDirectory, "%s%s", directory, has_slash ? "" : "/");
   snprintf(gSecondPath, sizeof gSecondPath, "%s", second_path);
   return gSecondPath;

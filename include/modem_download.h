@@ -19,8 +19,9 @@ extern "C" {
 
 /* Names the directory of an image set and the options of the download: modem_only leaves the boot
  * loaders alone, clear erases the modem's file system and overrules modem_only. second_path is kept
- * for the host. Both texts have at most 126 characters; longer ones are refused with a message, and
- * the next download finds no images. Returns the kept second path. */
+ * for the host. Both texts have at most 127 characters, the directory with its closing slash, which
+ * is added when it is not there; longer ones are refused with a message, and the next download
+ * finds no images. Returns the kept second path. */
 const char* modem_set_config(const char* directory, const char* second_path, int modem_only,
                              int clear);
 

@@ -17,7 +17,7 @@ namespace zopctl {
 
 namespace fs = std::filesystem;
 
-constexpr size_t LONGEST_FOLDER = 126;
+constexpr size_t LONGEST_FOLDER = 127;  // with its closing slash
 constexpr uint64_t LARGEST_IMAGE = INT32_MAX;
 constexpr uint64_t LARGEST_PARTITION_TABLE = 2048;
 
@@ -71,7 +71,7 @@ ImageSet look_at_images(const std::string& folder) {
   set.folder = folder;
   std::error_code ignored;
   if (!fs::is_directory(folder, ignored)) set.folder_problem = "no such folder";
-  if (folder.size() > LONGEST_FOLDER) {
+  if (folder.size() + (folder.ends_with('/') ? 0 : 1) > LONGEST_FOLDER) {
     set.folder_problem = fmt::format("its path is longer than {} characters", LONGEST_FOLDER);
   }
   for (const ImageRow& row : ROWS) set.files.push_back(look_at(folder, row));

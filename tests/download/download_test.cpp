@@ -200,14 +200,14 @@ TEST_F(Download, directories) {
   folder += "/";
   EXPECT_EQ(run(), 1);
   testing::internal::CaptureStdout();
-  std::string longest(126, 'x');
+  std::string longest(127, 'x');
   EXPECT_EQ(modem_set_config(longest.c_str(), longest.c_str(), 0, 0), longest);
-  std::string too_long(127, 'x');
+  std::string too_long(128, 'x');
   EXPECT_STREQ(modem_set_config(too_long.c_str(), "b", 0, 0), "");
   EXPECT_EQ(load_config(), 0);
   EXPECT_STREQ(modem_set_config("a", "b", 1, 1), "b");
   EXPECT_EQ(gModemOnly, 0);  // an erased modem needs all of it
-  EXPECT_NE(testing::internal::GetCapturedStdout().find("longer than 126 characters, refused\n"),
+  EXPECT_NE(testing::internal::GetCapturedStdout().find("longer than 127 characters, refused\n"),
             std::string::npos);
 }
 
