@@ -73,8 +73,7 @@ class Dump {
     take_lines();
     show_summary();
     check_signals();
-    if (complete_) return;
-    throw Failure(error_.empty() ? why_nothing() : error_);
+    if (!complete_) throw Failure(why_incomplete());
   }
 
  private:
@@ -98,7 +97,7 @@ class Dump {
   }
   void take_line(const std::string& line);
   void show_summary();
-  std::string why_nothing() const;
+  std::string why_incomplete() const;
 
   const ModuleLibrary& module_;
   bool json_;
@@ -106,28 +105,39 @@ class Dump {
   Progress progress_;
   DumpFollower follower_;
   std::vector<Saved> files_;
-  std::string error_;  // the module's
+  std::vector<std::string> left_out_;  // what the module says of regions that it does not save
+  std::string error_;                  // and of what ended the dump
   bool complete_ = false;
+  bool files_are_whole_ = true;
 };
 
 void Dump::take_line(const std::string& line) {
-  constexpr std::string_view START = "DUMP_MODE: ", FILE = "FILE=", PERCENT = "PERCENT=";
+  constexpr std::string_view START = "DUMP_MODE: ", FILE = "FILE=", PERCENT = "PERCENT=",
+                             LEFT_OUT = "left out, ";
   if (!line.starts_with(START)) return;
   std::string text = line.substr(START.size());
   if (text.starts_with(FILE)) {
     if (files_.empty()) progress_.stage("save", "saving the modem's memory");
     std::string name = text.substr(FILE.size());
     files_.push_back({name, unescaped(name)});
+    follower_.save_next();
   } else if (text == "PERCENT=100") {
     complete_ = true;
+  } else if (text.starts_with(LEFT_OUT)) {
+    left_out_.push_back(text.substr(LEFT_OUT.size()));
+    follower_.leave_next_out();
+    progress_.note(text);
   } else if (!text.starts_with(PERCENT)) {
     error_ = text;
     progress_.note(text);
   }
 }
 
-std::string Dump::why_nothing() const {
-  if (!files_.empty()) return "the dump broke off: the modem does not answer any more";
+std::string Dump::why_incomplete() const {
+  if (!error_.empty()) return error_;
+  if (!files_are_whole_) return "the dump broke off: the modem does not answer any more";
+  if (!left_out_.empty())
+    return fmt::format("the dump is incomplete, left out: {}", fmt::join(left_out_, "; "));
   return "the modem offers no memory: only one that has crashed into its boot ROM does; "
          "zopctl config error-fatal crashes it when it is set up for dumps";
 }
@@ -140,16 +150,20 @@ void Dump::show_summary() {
   for (size_t i = 0; i < files_.size(); ++i) {
     std::error_code missing;
     uint64_t size = fs::file_size(files_[i].path, missing);
+    bool whole =
+        !missing && i < follower_.regions().size() && size == follower_.regions()[i].length;
+    files_are_whole_ = files_are_whole_ && whole;
     if (missing) continue;
     bytes += size;
-    bool whole = i < follower_.regions().size() && size == follower_.regions()[i].length;
     std::string sum = sha256_of(files_[i].path);
     files.push_back({{"file", files_[i].shown}, {"size", size}, {"whole", whole}, {"sha256", sum}});
     if (!json_)
       progress_.note(fmt::format("{}  {}  {}{}", sum, files_[i].shown, size_text(size),
                                  whole ? "" : ", incomplete"));
   }
-  progress_.event("summary", {{"complete", complete_}, {"bytes", bytes}, {"files", files}});
+  progress_.event(
+      "summary",
+      {{"complete", complete_}, {"bytes", bytes}, {"files", files}, {"left_out", left_out_}});
   if (complete_ && !json_)
     progress_.stage("done", fmt::format("done: {} regions, {}", files.size(), size_text(bytes)));
 }

@@ -127,10 +127,14 @@ static std::vector<DumpRegion> regions_in(sim::View packet) {
 
 void DumpFollower::from_modem(sim::View piece) {
   for_each_packet(answers_, piece, [&](sim::View packet) {
-    if (packet[0] != REGION_LIST || !regions_.empty()) return;
-    regions_ = regions_in(packet);
-    for (const DumpRegion& region : regions_) total_ += region.length;
+    if (packet[0] == REGION_LIST && told_ == 0) listed_ = regions_in(packet);
   });
+}
+
+void DumpFollower::save_next() {
+  if (told_ >= listed_.size()) return;
+  total_ += listed_[told_].length;
+  regions_.push_back(listed_[told_++]);
 }
 
 Amount DumpFollower::all_saved() const {

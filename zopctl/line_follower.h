@@ -47,14 +47,21 @@ class DumpFollower {
   std::optional<Amount> to_modem(sim::View piece);
   void from_modem(sim::View piece);
 
+  // What the module says of the modem's next region, before it reads any.
+  void save_next();
+  void leave_next_out() { ++told_; }
+
   // What is told at the end.
   Amount all_saved() const;
 
+  // Those that are saved.
   const std::vector<DumpRegion>& regions() const { return regions_; }
 
  private:
   std::optional<Amount> asked_for(uint32_t address);
   sim::Deframer requests_, answers_;
+  std::vector<DumpRegion> listed_;  // by the modem
+  size_t told_ = 0;                 // so many of them has the module told of
   std::vector<DumpRegion> regions_;
   uint64_t total_ = 0;
   size_t current_ = 0;   // region that is being read

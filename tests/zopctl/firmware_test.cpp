@@ -209,14 +209,15 @@ TEST_F(ZopctlFirmware, dump_saves_every_region) {
   EXPECT_EQ(events_of(run.output, "progress").back()["percent"], 100);
 }
 
-TEST_F(ZopctlFirmware, dump_refused_or_broken_off) {
+TEST_F(ZopctlFirmware, dump_incomplete_or_broken_off) {
   struct {
     const char* toml;
     const char* text;
   } rows[] = {
       {"", "the modem offers no memory"},
-      {"[device]\ncrashed = true\nmemory = [{ name = \"../x\\u001B\", length = 10 }]\n",
-       "no file name: \"../x\\x1B\""},
+      {"[device]\ncrashed = true\nmemory = [{ name = \"../x\\u001B\", length = 10 },"
+       "{ name = \"a\", length = 2000 }]\n",
+       "/a  2.0 kB\nzopctl: the dump is incomplete, left out: no file name: \"../x\\x1B\""},
       {"[device]\ncrashed = true\nmemory = [{ name = \"a\", length = 9000 }]\n"
        "[[fault]]\nswitch = \"hang-up=9:request=dmss_read,skip=2\"\n",
        "/a  2.0 kB, incomplete"},
