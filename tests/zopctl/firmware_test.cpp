@@ -213,7 +213,7 @@ TEST_F(ZopctlFirmware, dump_incomplete_or_broken_off) {
        "/a  2.0 kB\nzopctl: the dump is incomplete, left out: no file name: \"../x\\x1B\""},
       {"[device]\ncrashed = true\nmemory = [{ name = \"a\", length = 9000 }]\n"
        "[[fault]]\nswitch = \"hang-up=9:request=dmss_read,skip=2\"\n",
-       "/a  2.0 kB, incomplete"},
+       "/a  2.0 kB, incomplete\nzopctl: the dump broke off"},
   };
   for (auto& row : rows) {
     fs::path place = new_folder();
