@@ -11,6 +11,7 @@
 #include "include/modem_download.h"
 #include "include/zop.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/simulated_far_end.h"
 
 using namespace std::chrono_literals;
@@ -25,7 +26,7 @@ static const int TYPES[] = {0, 0, 15, 17, 16, 5};
 class Download : public testing::Test {
  protected:
   void SetUp() override {
-    SIO_USED_LOCK = 0;
+    fresh_link();
     const size_t sizes[] = {3000, 512, 2048, 2049, 2047, 10'000};
     for (uint8_t row = 0; row < IMAGE_COUNT; ++row) write(row, sizes[row]);
     std::ofstream(folder / "version_info") << "Q71XEB22.001\n";

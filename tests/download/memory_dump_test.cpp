@@ -12,6 +12,7 @@
 #include "include/modem_download.h"
 #include "include/zop.h"
 #include "link/serial_port.h"
+#include "tests/support/fresh_link.h"
 #include "tests/support/holdings.h"
 #include "tests/support/simulated_far_end.h"
 
@@ -24,8 +25,7 @@ class MemoryDump : public testing::Test {
   void SetUp() override {
     setenv("TZ", "UTC", 1);
     tzset();
-    SER_SIG = 0;
-    SIO_USED_LOCK = 0;
+    fresh_link();
     fs::current_path(folder);
   }
   void TearDown() override {
