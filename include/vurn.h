@@ -1,8 +1,26 @@
 /* Host interface of the WAN-modem module: open, close, read the modem's state.
  *
- * Every call may come from any thread; the module serialises them. Outputs are written only on
- * success unless a call says otherwise. A text call may clear the host's buffer before it asks the
- * modem. Texts are the modem's own bytes, padded with zeros to their full width. */
+ * Every call may come from any thread; the module serialises them: a call waits for the one that
+ * is under way. vurn_get_mcc alone takes no lock (see there), and vurn_report_event,
+ * vurn_set_log_mask and vurn_get_module_flags ask the modem nothing.
+ *
+ * Waiting: a modem that falls silent costs a call 5 s; the link is closed then, and every call
+ * fails at once until the host has closed and opened the module. A slow answer may take 15 s, and
+ * a line that takes no bytes fails after 5 s: 20 s for each exchange at the very most. The getters
+ * make one exchange, but for vurn_get_data_service_mode (2), vurn_get_bars (11),
+ * vurn_originate_call_test (4) and vurn_stop_call_test (2); vurn_get_log_string, vurn_log_message,
+ * vurn_enable_logging and vurn_open refresh the whole report (25 with all lists of the card).
+ * vurn_close ends within 0.1 s of getting its turn. A log daemon that does not read makes syslog()
+ * wait, and with it every call that writes a line: the module can't help that.
+ *
+ * Reports (vurn_get_log_string, vurn_log_message, vurn_enable_logging, vurn_open) switch the
+ * modem's field testing on for some seconds: a thread of the module then asks it for events and
+ * screens. A call that meets such an exchange waits 0.2 s for it and then closes the link: a modem
+ * that is slower than that can't be used beside field testing.
+ *
+ * Outputs are written only on success unless a call says otherwise. A text call may clear the
+ * host's buffer before it asks the modem. Texts are the modem's own bytes, padded with zeros to
+ * their full width. */
 #ifndef VURN_H
 #define VURN_H
 
@@ -62,9 +80,9 @@ extern uint32_t gZOPModuleLogMask;
 
 /* ---- life cycle ---- */
 
-/* Opens the modem on "/dev/tts/USB1" and waits up to 20 s for its SIM.
- * VURN_OK, VURN_ERR_FAILED (no port, no answer, no usable SIM), or VURN_ERR_REOPENED when the
- * module was open: it is then closed, and the host opens again. */
+/* Opens the modem on "/dev/tts/USB1" (zop_open in zop.h says how long that may take) and waits up
+ * to 20 s for its SIM. VURN_OK, VURN_ERR_FAILED (no port, no answer, no usable SIM), or
+ * VURN_ERR_REOPENED when the module was open: it is then closed, and the host opens again. */
 int vurn_open(void);
 
 /* Closes the modem. A non-zero join also ends the deferred-action thread, for good: a later open
@@ -132,7 +150,9 @@ int vurn_get_bars(int* bars);
 
 /* Mobile country code as a number. VURN_ERR_NULL_ARGUMENT without mcc; VURN_ERR_FAILED when the
  * modem does not tell, or tells no number (*mcc is 0 then). Takes no lock and needs no vurn_open,
- * only the link. A change is logged once, also across restarts, by "/var/local/wan/mcc". */
+ * only the link: it may run beside other calls on a modem that answers within 0.2 s. On a slower
+ * one it must come from the thread of the other calls, or the one that waits closes the link. Not
+ * beside a download. A change is logged once, also across restarts, by "/var/local/wan/mcc". */
 int vurn_get_mcc(int* mcc);
 
 /* ---- events ---- */

@@ -1,10 +1,22 @@
 /* Modem command library: each call performs one request and response over the open link.
  *
- * No call takes a lock: callers serialise them. Outputs are written on success only, except for
- * byte buffers that a call clears before it asks (told there). Scalar outputs are 32-bit, signed
- * where the value is. A call with a size argument takes the buffer's capacity in bytes; below the
- * minimum it returns ZOP_ERR_BUFFER_TOO_SMALL with the minimum in *size, and *size is otherwise
- * left alone. Texts are the modem's bytes, padded with zeros, without a terminator of their own.
+ * No call takes a lock: a host makes them one at a time, and not beside a vurn_ call of another
+ * thread. Only zop_end_call_test may run beside others. It and the event listener share the port
+ * with them: a call waits 0.2 s for an exchange that is under way and then closes the link. On a
+ * modem that takes longer than that for an answer, keep the listener (zop_debug_start, and the
+ * field testing behind a vurn_ report) off while commands are sent.
+ *
+ * Waiting: a modem that falls silent costs a call 5 s, and the link is closed then. One answer may
+ * take 15 s in all, and a line that takes no bytes fails after 5 s: 20 s for an exchange at the
+ * very most. A call right after an exchange that was given up may first wait as long for its
+ * answer, to keep it apart from its own. zop_read_pdp_profile makes eight exchanges,
+ * zop_simcard_enable and zop_simcard_change two.
+ *
+ * Outputs are written on success only, except for byte buffers that a call clears before it asks
+ * (told there). Scalar outputs are 32-bit, signed where the value is. A call with a size argument
+ * takes the buffer's capacity in bytes; below the minimum it returns ZOP_ERR_BUFFER_TOO_SMALL with
+ * the minimum in *size, and *size is otherwise left alone. Texts are the modem's bytes, padded
+ * with zeros, without a terminator of their own.
  *
  * Every call may return ZOP_ERR_NOT_OPEN, ZOP_ERR_NO_RESPONSE and ZOP_ERR_BAD_RESPONSE; the
  * comment of a call names only what it may return beyond these. */
@@ -269,9 +281,11 @@ typedef struct {
 
 /* ---- link ---- */
 
-/* Opens the serial device and proves that a modem answers, in up to 5 attempts.
- * Waits up to 6 s for exchanges of other threads that are under way on a link it closes.
- * 0 link up, 1 not opened or no answer, 2 read error, 3 reserved. */
+/* Opens the serial device and proves that a modem answers, in up to 5 attempts. ZOP_OPEN_UP or
+ * another of its results. Exchanges of other threads on a link that it closes end within 0.1 s.
+ * Without a device, or with a silent modem, it takes 5 s; on a line that takes no bytes 25 s. A
+ * modem that answers late is waited for until it has answered all attempts, so that no answer is
+ * left for the first command: up to 20 s more, and never more than 62 s in all. */
 unsigned int zop_open(const char* path);
 
 /* Closes the link and ends the listening to events. */
@@ -279,7 +293,8 @@ void zop_close(void);
 
 /* ---- the exchange itself, for commands of the host's own ---- */
 
-/* Clears and frames: sends the first length bytes of the request buffer and reads one response.
+/* Sends the first length bytes of the request buffer and reads one response. The buffer holds what
+ * the last command left in it, so that this sends the same again; zop_open leaves its probe there.
  * leading_flag non-zero puts a flag byte in front. Bytes received with the closing flag, or
  * 0 / -1 (write failed / I/O error) or -2 (no answer in three attempts). */
 int zop_send(int length, int leading_flag);
@@ -489,7 +504,8 @@ unsigned int zop_debug_mode_start(void);
  */
 unsigned int zop_debug_start(unsigned int polls);
 
-/* Ends it, after the exchange that it is in. Always ZOP_SUCCESS, also when none runs. */
+/* Ends it within 0.1 s; an exchange that it is in is given up. Always ZOP_SUCCESS, also when none
+ * runs. zop_debug_start and zop_debug_stop are made one at a time. */
 unsigned int zop_debug_stop(void);
 
 /* Sets the modem's clock from 14 bytes. */

@@ -13,7 +13,6 @@
 #include "link/upcalls.h"
 
 enum { OPEN_ATTEMPTS = 5, SETTLE_US = 100 };
-enum : unsigned { OPEN_OK = 0, OPEN_FAILED = 1, OPEN_READ_ERROR = 2, OPEN_RESERVED = 3 };
 
 static constexpr uint8_t PROBE[] = {0x1D};  // the DIAG timestamp request
 
@@ -42,7 +41,7 @@ unsigned int zop_open(const char* path) {
     diag_settle();  // what still fails on the old link schedules no shutdown of the new one
     zop_debug_end_callback_status = 0;
     int32_t opened = open_settled(path);
-    if (opened == PORT_TIMEOUT) return OPEN_RESERVED;  // a result that it never gives
+    if (opened == PORT_TIMEOUT) return ZOP_OPEN_RESERVED;  // a result that it never gives
     if (opened == PORT_ERROR) {
       sleep(1);
       continue;
@@ -51,12 +50,12 @@ unsigned int zop_open(const char* path) {
     int32_t probe = diag_init_check_1();
     if (probe == 1) {
       if (is_any_owed()) read_owed_answers();  // of the probes before, by a slow modem
-      return end_open(OPEN_OK);
+      return end_open(ZOP_OPEN_UP);
     }
     diag_close();
-    if (probe == PORT_ERROR) return OPEN_READ_ERROR;
+    if (probe == PORT_ERROR) return ZOP_OPEN_READ_ERROR;
   }
-  return end_open(OPEN_FAILED);
+  return end_open(ZOP_OPEN_NO_ANSWER);
 }
 
 void zop_close() {
