@@ -13,9 +13,18 @@ inline bool log_enabled(uint32_t bit) {
   return (__atomic_load_n(&gZOPModuleLogMask, __ATOMIC_RELAXED) & bit) != 0;
 }
 
-#define LOG_LINE(bit, priority, ...)                     \
-  do {                                                   \
-    if (log_enabled(bit)) syslog(priority, __VA_ARGS__); \
+// Texts of the modem may hold anything: a line feed in one would forge lines.
+inline char log_character(char c) {
+  unsigned char byte = static_cast<unsigned char>(c);
+  return byte < 0x20 || byte == 0x7F ? '?' : c;
+}
+
+// One line to syslog, cut at 1279 bytes, a '?' for each control character.
+__attribute__((format(printf, 2, 3))) void log_line(int priority, const char* format, ...);
+
+#define LOG_LINE(bit, priority, ...)                       \
+  do {                                                     \
+    if (log_enabled(bit)) log_line(priority, __VA_ARGS__); \
   } while (0)
 
 #define LOG_E(...) LOG_LINE(VURN_LOG_ERROR, LOG_ERR, __VA_ARGS__)
