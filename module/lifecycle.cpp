@@ -140,6 +140,7 @@ static int prv_fail_open() {
 static int prv_open_module() {
   if (!prv_create_deferred_action_thread()) return prv_fail_open();
   if (gModuleOpen) {  // a second open closes; the host opens again
+    prv_set_field_testing(false, false);
     prv_close_link();
     return VURN_ERR_REOPENED;
   }
@@ -160,21 +161,20 @@ int vurn_open() {
   return result;
 }
 
-// The thread may be waiting for the lock, to switch field testing on: it gets it, and what it has
-// switched on is switched off behind it.
-static void prv_join_deferred_action_thread() {
-  pthread_mutex_unlock(&gModuleMutex);
+// It may be waiting for the lock, and gets it; told to end before, it does nothing with it.
+static void prv_end_deferred_action_thread() {
   prv_stop_deferred_action_thread();
+  pthread_mutex_unlock(&gModuleMutex);
+  prv_join_deferred_action_thread();
   LOG_D(VURN_LOG_GENERAL, "D zop:joined deferred action thread");
   pthread_mutex_lock(&gModuleMutex);
-  zop_debug_stop();
 }
 
 int vurn_close(int join) {
   ScopedLock lock(gModuleMutex);
   if (!gModuleOpen) return VURN_OK;
   prv_set_field_testing(false, false);
-  if (join != 0) prv_join_deferred_action_thread();
+  if (join != 0) prv_end_deferred_action_thread();
   prv_close_link();
   return VURN_OK;
 }

@@ -1,7 +1,7 @@
 // The slot, the thread, and the actions.
 //
-// A stop is a flag, looked at in the wait: the thread ends with no lock held and no action half
-// done.
+// A stop is a flag, looked at in the wait and before field testing is switched on: the thread ends
+// with no lock held and no action half done.
 #define LOG_SOURCE "zop_module"
 
 #include "report/deferred_action.h"
@@ -38,6 +38,11 @@ void prv_deferred_action_event(int event) {
     LOG_D(VURN_LOG_ACTION_EVENTS, "D zop:new action event: %s", prv_deferred_event_name(event));
   }
   pthread_cond_signal(&gDeferredCond);
+}
+
+void prv_forget_switch_off() {
+  ScopedLock lock(gDeferredMutex);
+  if (gDeferredEvent == DEFERRED_TURNED_OFF_FIELD_TESTING) gDeferredEvent = DEFERRED_NONE;
 }
 
 // False when the thread is to end.
@@ -117,13 +122,24 @@ int prv_start_deferred_action_thread() {
 }
 
 void prv_stop_deferred_action_thread() {
-  bool joins;
-  {
-    ScopedLock lock(gDeferredMutex);
-    gDeferredStop = true;
-    joins = gDeferredRuns;
-    gDeferredRuns = false;
-    pthread_cond_signal(&gDeferredCond);
-  }
-  if (joins) pthread_join(gDeferredThread, nullptr);
+  ScopedLock lock(gDeferredMutex);
+  gDeferredStop = true;
+  pthread_cond_signal(&gDeferredCond);
+}
+
+bool prv_is_deferred_action_thread_stopped() {
+  ScopedLock lock(gDeferredMutex);
+  return gDeferredStop;
+}
+
+// Whether there is a thread to join: for one caller alone.
+static bool prv_take_thread() {
+  ScopedLock lock(gDeferredMutex);
+  bool runs = gDeferredRuns;
+  gDeferredRuns = false;
+  return runs;
+}
+
+void prv_join_deferred_action_thread() {
+  if (prv_take_thread()) pthread_join(gDeferredThread, nullptr);
 }

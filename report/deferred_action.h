@@ -8,8 +8,17 @@
 // module's lock held, and from the listener.
 void prv_deferred_action_event(int event);
 
+// Takes "turned off field testing" out of the slot: it is on again, and the thread would take it
+// for off. Under gModuleMutex.
+void prv_forget_switch_off();
+
 // Starts the thread. 0, or the error of its creation. Under gModuleMutex, once.
 int prv_start_deferred_action_thread();
 
-// Ends it and waits until it has: without gModuleMutex, which it may want.
+// Tells it to end, and whether it has been told. What it is doing it finishes, but from here on it
+// switches nothing on.
 void prv_stop_deferred_action_thread();
+bool prv_is_deferred_action_thread_stopped();
+
+// Waits until it has ended: without gModuleMutex, which it may want.
+void prv_join_deferred_action_thread();

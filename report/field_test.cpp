@@ -19,28 +19,35 @@ constinit std::atomic<uint32_t> gExceptionCode = 0;
 constinit std::atomic<const char*> gExceptionName = nullptr;
 constinit uint8_t gFtdSnapshotFlag = 0;
 
-enum { EVENT_POLLS = 1 };  // of the listener, less one, between two screens
+enum { EVENT_POLLS = 1 };                          // less one, between two screens
+enum { ALREADY_RUNS = ZOP_ERR_INVALID_ARGUMENT };  // as zop_debug_start tells it
 
 // A closed module has no modem to listen to: a thread would only wait for the next open.
 static unsigned prv_start_debugging() {
   return gModuleOpen ? zop_debug_start(EVENT_POLLS) : unsigned{ZOP_ERR_NOT_OPEN};
 }
 
+// Whoever stops the thread has switched field testing off: it is not switched on behind his back.
+// After a start that fails it is off, and the thread must see that; a listener that runs already is
+// as good as one that is started.
 void prv_set_field_testing(bool on, bool lockModule) {
+  bool off = !on;
   if (lockModule) pthread_mutex_lock(&gModuleMutex);
-  if (on) {
-    LOG_D(VURN_LOG_GENERAL, "D zop:turning on field testing");
-    int status = static_cast<int>(prv_start_debugging());
-    if (status != 0) LOG_E("E zop:startdeb:status=%d:can't start debugging", status);
-    if (status == 0) LOG_D(VURN_LOG_GENERAL, "D zop:turned on field testing");
-  } else {
+  if (off) {
     LOG_D(VURN_LOG_GENERAL, "D zop:turning off field testing");
     int status = static_cast<int>(zop_debug_stop());
     if (status != 0) LOG_E("E zop:stopdeb:status=%d:can't stop debugging", status);
     if (status == 0) LOG_D(VURN_LOG_GENERAL, "D zop:turned off field testing");
+  } else if (!prv_is_deferred_action_thread_stopped()) {
+    LOG_D(VURN_LOG_GENERAL, "D zop:turning on field testing");
+    int status = static_cast<int>(prv_start_debugging());
+    if (status != 0) LOG_E("E zop:startdeb:status=%d:can't start debugging", status);
+    if (status == 0) LOG_D(VURN_LOG_GENERAL, "D zop:turned on field testing");
+    off = status != ZOP_SUCCESS && status != ALREADY_RUNS;
+    if (!off) prv_forget_switch_off();
   }
   if (lockModule) pthread_mutex_unlock(&gModuleMutex);
-  if (!on) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
+  if (off) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
 }
 
 void prv_output_field_test_data_to_syslog() {

@@ -18,7 +18,8 @@ extern std::atomic<const char*> gExceptionName;
 extern uint8_t gFtdSnapshotFlag;
 
 // Switches field testing on or off at the modem, under gModuleMutex: taken here if lockModule.
-// Switching off posts DEFERRED_TURNED_OFF_FIELD_TESTING, whatever came of it.
+// Posts DEFERRED_TURNED_OFF_FIELD_TESTING when it is off: after switching off, whatever came of it,
+// and after an attempt to switch on that failed.
 void prv_set_field_testing(bool on, bool lockModule);
 
 // Writes the report to syslog, with no screen coming in meanwhile.

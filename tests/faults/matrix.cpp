@@ -53,6 +53,7 @@ class Scene {
   ~Scene() {
     vurn_close(1);
     prv_stop_deferred_action_thread();  // one whose module is closed
+    prv_join_deferred_action_thread();
     zop_debug_stop();
     zop_close();
   }
@@ -85,6 +86,7 @@ class Scene {
     prv_start_deferred_action_thread();
     world_.advance(1ms);
     prv_stop_deferred_action_thread();
+    prv_join_deferred_action_thread();
   }
   // What the module remembers by the monotonic clock is old, and reports show the same time of day.
   void start_later_than_the_last() {

@@ -46,12 +46,14 @@ class ModuleTest : public testing::Test {
     prv_start_deferred_action_thread();
     world.advance(std::chrono::milliseconds(1));
     prv_stop_deferred_action_thread();
+    prv_join_deferred_action_thread();
     world.advance(-world.now());
     world.threads_made = 0;
   }
   void TearDown() override {
     vurn_close(1);
     prv_stop_deferred_action_thread();  // one whose module is closed
+    prv_join_deferred_action_thread();
     zop_debug_stop();
   }
 

@@ -4,7 +4,9 @@
 #include <fcntl.h>
 
 #include <atomic>
+#include <functional>
 #include <thread>
+#include <utility>
 
 #include "link/upcalls.h"
 #include "report/field_test.h"
@@ -152,15 +154,18 @@ TEST_F(Snapshot, what_is_posted_before_a_switch_off_is_seen_is_lost) {
 }
 
 TEST_F(Snapshot, a_close_stops_both_threads_whatever_they_do) {
+  modem.delay = 90ms;
   for (int ms = 0; ms < 3000; ms += 130) {
     gDeferredThreadCreated = false;
-    modem.delay = 0ms;
     ASSERT_EQ(vurn_open(), VURN_OK);
-    char text[64];
-    vurn_get_log_string(text, sizeof text);
-    modem.delay = 90ms;
-    world.advance(std::chrono::milliseconds(ms));
+    if (ms > 0) {  // at 0 the one thread waits for the lock, to start the other
+      char text[64];
+      vurn_get_log_string(text, sizeof text);
+      world.advance(std::chrono::milliseconds(ms));
+    }
+    int threads = world.threads_made;
     EXPECT_EQ(vurn_close(1), VURN_OK);
+    EXPECT_EQ(world.threads_made, threads) << ms;  // no listener behind its back
     EXPECT_FALSE(world.conductor.has_others()) << ms;
     EXPECT_EQ(THREAD_STATUS, 0u);
     EXPECT_FALSE(world.port_is_open());
@@ -191,20 +196,77 @@ TEST_F(Snapshot, a_thread_that_can_not_be_made_fails_the_open) {
   EXPECT_FALSE(world.port_is_open());
 }
 
-// A modem that goes away in the middle: the close still ends, and the next open works.
-TEST_F(Snapshot, a_yanked_modem_is_survived) {
-  open();
-  log_message(1);
-  world.advance(2s);
-  modem.unplugged = true;
-  world.advance(2s);
-  EXPECT_EQ(vurn_close(0), VURN_OK);
-  modem.unplugged = false;
-  ASSERT_EQ(vurn_open(), VURN_OK);
-  vurn_set_log_mask(VURN_LOG_INFO);
-  log_message(1);
-  world.advance(20s);
-  EXPECT_EQ(reports(), 5);
+// However a host comes back to an open module, it gets both kinds of report. The modem takes its
+// time, so that the deferred-action thread waits for the module's lock while the host goes on.
+TEST_F(Snapshot, every_road_back_leads_to_reports) {
+  modem.delay = 20ms;
+  auto report_for_a_while = [&] {
+    vurn_open();
+    world.advance(10s);
+    log_message(1);
+    world.advance(2s);
+  };
+  struct {
+    const char* road;
+    std::function<void()> walk;
+  } rows[] = {
+      {"close while reporting", [&] { report_for_a_while(), vurn_close(0); }},
+      {"two opens at once", [&] { vurn_open(), vurn_open(); }},
+      {"an open while reporting", [&] { report_for_a_while(), vurn_open(); }},
+      {"a snapshot while closed",
+       [&] {
+         report_for_a_while();
+         vurn_close(0);
+         world.advance(1s);
+         vurn_enable_logging(1);
+         world.advance(1s);
+       }},
+      {"an open that fails behind a snapshot",
+       [&] {
+         vurn_enable_logging(1);
+         auto healthy = std::exchange(answers, {});
+         EXPECT_EQ(vurn_open(), VURN_ERR_FAILED);
+         world.advance(1s);
+         answers = healthy;
+       }},
+      {"a listener that runs already",
+       [&] { vurn_open(), world.advance(10s), zop_debug_start(1); }},
+      {"no memory for a listener",
+       [&] { vurn_open(), world.malloc_failures = 1, world.advance(10s); }},
+      {"no thread for a listener",
+       [&] {
+         vurn_open();
+         world.thread_error = EAGAIN;
+         world.advance(10s);
+         world.thread_error = 0;
+       }},
+      {"a modem that goes away",
+       [&] {
+         report_for_a_while();
+         modem.unplugged = true;
+         world.advance(2s);
+         EXPECT_EQ(vurn_open(), VURN_ERR_REOPENED);
+         modem.unplugged = false;
+       }},
+  };
+  for (auto& [road, walk] : rows) {
+    SCOPED_TRACE(road);
+    walk();
+    world.log.clear();
+    vurn_set_log_mask(VURN_LOG_INFO);
+    bool closed = vurn_update_prl() != VURN_OK;
+    EXPECT_EQ(closed ? vurn_open() : vurn_enable_logging(1), VURN_OK);
+    world.advance(20s);
+    EXPECT_EQ(reports(), 1);
+    log_message(1);
+    world.advance(20s);
+    EXPECT_EQ(reports(), 1 + 5);
+    EXPECT_EQ(THREAD_STATUS, 0u);
+    vurn_set_log_mask(0);
+    vurn_close(1);
+    gDeferredThreadCreated = false;
+    take_leftover_event();
+  }
 }
 
 // Screens come in while reports are rendered: none is half of one and half of another.
