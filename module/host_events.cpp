@@ -7,6 +7,8 @@
 #include <string.h>
 #include <time.h>
 
+#include <atomic>
+
 #include "core/log.h"
 #include "include/nubi.h"
 #include "include/zop_diag_info.h"
@@ -37,8 +39,19 @@ static void prv_count_ring(int origin) {
 // A text of the event, or a stand-in that equals no name.
 static const char* prv_text(const char* text) { return text != nullptr ? text : "(none)"; }
 
+// Once, and as soon as somebody wants to hear it: without the calls every event is lost.
+static void prv_tell_of_unbound_calls() {
+  static constinit std::atomic<bool> told = false;
+  if (!log_enabled(VURN_LOG_ERROR) || told.exchange(true)) return;
+  LOG_E("E zop:nubi:name=%d,source=%d:event calls of the platform are not bound",
+        NubiGetEventName != nullptr, NubiGetEventSource != nullptr);
+}
+
 int vurn_report_event(const struct NubiEvent* event) {
-  if (NubiGetEventName == nullptr || NubiGetEventSource == nullptr) return VURN_OK;
+  if (NubiGetEventName == nullptr || NubiGetEventSource == nullptr) {
+    prv_tell_of_unbound_calls();
+    return VURN_OK;
+  }
   const char* name = prv_text(NubiGetEventName(event));
   const char* source = prv_text(NubiGetEventSource(event));
   LOG_D(VURN_LOG_EVENTS, "D zop:event %s %s occurred", source, name);

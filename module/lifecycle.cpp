@@ -23,8 +23,15 @@
 static constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
 
 enum { SIM_POLLS = 20 };
+enum { UNLOAD_WAIT_S = 1 };
 
 constinit bool gDeferredThreadCreated = false;
+
+// The process that loaded the module, or opened it last. A fork's child has none of the threads,
+// and the port is its parent's.
+static constinit pid_t gHost = 0;
+
+__attribute__((constructor)) static void prv_note_host() { gHost = getpid(); }
 
 static void prv_close_link() {
   zop_close();
@@ -138,6 +145,7 @@ static int prv_fail_open() {
 }
 
 static int prv_open_module() {
+  prv_note_host();
   if (!prv_create_deferred_action_thread()) return prv_fail_open();
   if (gModuleOpen) {  // a second open closes; the host opens again
     prv_set_field_testing(false, false);
@@ -178,6 +186,23 @@ int vurn_close(int join) {
   prv_close_link();
   return VURN_OK;
 }
+
+// ---- unloading ----
+
+// A host that unloads the module, or exits, with the link open or a thread left: neither may run on
+// in code that is gone. gModuleMutex is not taken, since a thread of the host may hold it for good,
+// and no thread is waited for without a limit. Closing the link ends an exchange under way; what
+// the thread has started meanwhile is stopped behind it. The link's alarm is taken away after this,
+// the rooms being left in the reverse order of their linking.
+__attribute__((destructor)) static void prv_leave_host() {
+  if (getpid() != gHost) return;
+  prv_stop_deferred_action_thread();
+  zop_close();
+  prv_join_deferred_action_thread_within(UNLOAD_WAIT_S);
+  zop_debug_stop();
+}
+
+// ---- what needs no modem ----
 
 int vurn_get_module_flags(unsigned* flags) {
   *flags = 1;

@@ -7,6 +7,7 @@
 #include "report/deferred_action.h"
 
 #include <pthread.h>
+#include <time.h>
 
 #include "core/log.h"
 #include "core/module_state.h"
@@ -142,4 +143,11 @@ static bool prv_take_thread() {
 
 void prv_join_deferred_action_thread() {
   if (prv_take_thread()) pthread_join(gDeferredThread, nullptr);
+}
+
+void prv_join_deferred_action_thread_within(int seconds) {
+  timespec end;  // the call takes wall-clock time
+  clock_gettime(CLOCK_REALTIME, &end);
+  end.tv_sec += seconds;
+  if (prv_take_thread()) pthread_timedjoin_np(gDeferredThread, nullptr, &end);
 }

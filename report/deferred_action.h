@@ -22,3 +22,4 @@ bool prv_is_deferred_action_thread_stopped();
 
 // Waits until it has ended: without gModuleMutex, which it may want.
 void prv_join_deferred_action_thread();
+void prv_join_deferred_action_thread_within(int seconds);

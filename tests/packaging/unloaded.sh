@@ -1,5 +1,5 @@
 #!/bin/sh
-# A host unloads the library while its alarm is running. Usage: unloaded.sh SIMULATOR HOST LIBRARY
+# A host unloads the library in the middle of things. Usage: unloaded.sh SIMULATOR HOST LIBRARY
 folder=$(mktemp -d) || exit 1
 "$1" --link "$folder/modem" > "$folder/path" &
 trap 'kill $!; rm -rf "$folder"' EXIT
