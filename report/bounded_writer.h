@@ -1,4 +1,4 @@
-// Appends text to a buffer, never beyond its end. What does not fit is cut.
+// Appends text to a buffer, never beyond its end. What does not fit is cut, or left out.
 #pragma once
 
 #include <stdarg.h>
@@ -12,15 +12,23 @@ class BoundedWriter {
   __attribute__((format(printf, 2, 3))) void append(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    int wanted = vsnprintf(buffer_ + length_, size_ - length_, format, arguments);
+    size_t wanted = print(format, arguments);
     va_end(arguments);
-    size_t room = size_ - length_ - 1;
-    if (wanted > 0)
-      length_ += static_cast<size_t>(wanted) < room ? static_cast<size_t>(wanted) : room;
+    length_ += wanted < room() ? wanted : room();
+  }
+
+  // An entry of a list: all of it, or nothing.
+  __attribute__((format(printf, 2, 3))) void append_entry(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    size_t wanted = print(format, arguments);
+    va_end(arguments);
+    if (wanted <= room()) length_ += wanted;
+    buffer_[length_] = '\0';
   }
 
   void append_character(char c) {
-    if (is_full()) return;
+    if (room() == 0) return;
     buffer_[length_++] = c;
     buffer_[length_] = '\0';
   }
@@ -30,11 +38,18 @@ class BoundedWriter {
     if (length_ > 0) buffer_[--length_] = '\0';
   }
 
-  bool is_full() const { return length_ + 1 >= size_; }
   size_t length() const { return length_; }
   const char* text() const { return buffer_; }
 
  private:
+  size_t room() const { return size_ - length_ - 1; }
+
+  // What there is room for, behind what is written; the length of all of it.
+  __attribute__((format(printf, 2, 0))) size_t print(const char* format, va_list arguments) {
+    int wanted = vsnprintf(buffer_ + length_, room() + 1, format, arguments);
+    return wanted > 0 ? static_cast<size_t>(wanted) : 0;
+  }
+
   char* buffer_;
   size_t size_;  // at least 1
   size_t length_ = 0;

@@ -1,21 +1,25 @@
 // What belongs to one radio technology: empty on a screen of the other.
+#include <iterator>
+
 #include "report/formatters.h"
 #include "report/scratch.h"
 
-enum { WCDMA_CELL_SIZE = 6, GSM_NEIGHBOR_SIZE = 5, GSM_BEST_SIZE = 9 };
-
 static int prv_signed16(const uint8_t* p) { return static_cast<int16_t>(get_le16(p)); }
+
+// A count of the screen, at most what its list has room for.
+static uint32_t prv_count(const uint8_t* field, size_t room) {
+  uint32_t count = get_le32(field);
+  return count < room ? count : static_cast<uint32_t>(room);
+}
 
 // An entry whose code and Ec/Io are zero ends the list; there is no count.
 int prv_format_wcdma_cells(const zop_log_item*, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
-  const uint8_t* cell = prv_bytes(gDiagInfo.screen.radio.wcdma.cells);
-  while (prv_is_wcdma_screen() && prv_is_in_record(cell, WCDMA_CELL_SIZE) && !out.is_full()) {
-    int code = get_le16(cell + 2);
-    int ecio = prv_signed16(cell + 4);
-    if (code == 0 && ecio == 0) break;
-    out.append("%d;%d;%d ", get_le16(cell), code, ecio);
-    cell += WCDMA_CELL_SIZE;
+  for (const zop_wcdma_cell& cell : gDiagInfo.screen.radio.wcdma.cells) {
+    int code = get_le16(cell.scrambling_code);
+    int ecio = prv_signed16(cell.ecio);
+    if (!prv_is_wcdma_screen() || (code == 0 && ecio == 0)) break;
+    out.append_entry("%d;%d;%d ", get_le16(cell.set), code, ecio);
   }
   return prv_give_list(out, text, length);
 }
@@ -35,12 +39,10 @@ int prv_format_drx(const zop_log_item* item, const char** text, int* length, int
 int prv_format_gsm_neighbors(const zop_log_item*, const char** text, int* length, int) {
   const zop_gsm_screen& gsm = gDiagInfo.screen.radio.gsm;
   BoundedWriter out = prv_scratch();
-  uint32_t count = prv_is_gsm_screen() ? get_unaligned_uint32_t(gsm.neighbor_count) : 0;
-  const uint8_t* cell = prv_bytes(gsm.neighbors);
-  while (count > 0 && prv_is_in_record(cell, GSM_NEIGHBOR_SIZE) && !out.is_full()) {
-    out.append("%d;%d;%d ", prv_signed16(cell), get_le16(cell + 2), cell[4]);
-    cell += GSM_NEIGHBOR_SIZE;
-    --count;
+  uint32_t count = prv_count(gsm.neighbor_count, std::size(gsm.neighbors));
+  for (uint32_t i = 0; prv_is_gsm_screen() && i < count; ++i) {
+    const zop_gsm_neighbor& cell = gsm.neighbors[i];
+    out.append_entry("%d;%d;%d ", prv_signed16(cell.rssi), get_le16(cell.arfcn), cell.bsic);
   }
   return prv_give_list(out, text, length);
 }
@@ -48,13 +50,11 @@ int prv_format_gsm_neighbors(const zop_log_item*, const char** text, int* length
 int prv_format_gsm_best(const zop_log_item*, const char** text, int* length, int) {
   const zop_gsm_screen& gsm = gDiagInfo.screen.radio.gsm;
   BoundedWriter out = prv_scratch();
-  uint32_t count = prv_is_gsm_screen() ? get_unaligned_uint32_t(gsm.best_count) : 0;
-  const uint8_t* cell = prv_bytes(gsm.best);
-  while (count > 0 && prv_is_in_record(cell, GSM_BEST_SIZE) && !out.is_full()) {
-    out.append("%d;%d;%d;%d ", get_unaligned_int32_t(cell + 3), get_le16(cell + 7), cell[0],
-               cell[1]);
-    cell += GSM_BEST_SIZE;
-    --count;
+  uint32_t count = prv_count(gsm.best_count, std::size(gsm.best));
+  for (uint32_t i = 0; prv_is_gsm_screen() && i < count; ++i) {
+    const zop_gsm_best_cell& cell = gsm.best[i];
+    out.append_entry("%d;%d;%d;%d ", get_unaligned_int32_t(cell.c), get_le16(cell.d), cell.a,
+                     cell.b);
   }
   return prv_give_list(out, text, length);
 }

@@ -8,14 +8,18 @@
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
 
-enum { BLOCK_ENTRIES = 20, BLOCKS = 7 };
 enum { TOLD_MAXIMUM = 128 };  // what the log line says; there is room for 140
 
-static_assert(sizeof gDiagInfo.oplmn / sizeof gDiagInfo.oplmn[0] == BLOCKS);
+static_assert(sizeof gDiagInfo.oplmn / sizeof gDiagInfo.oplmn[0] == OPLMN_BLOCKS);
 
 static bool prv_good(unsigned error, const char* parameter) {
   if (error != ZOP_SUCCESS) LOG_GET_ERROR(parameter, error);
   return error == ZOP_SUCCESS;
+}
+
+// A list begins with its count.
+static void prv_clamp_count(uint8_t* list, uint8_t most) {
+  if (list[0] > most) list[0] = most;
 }
 
 // The operator's list comes in blocks: an error ends it, and what was fetched before counts.
@@ -26,7 +30,7 @@ void prv_get_supplement_data() {
     LOG_D(VURN_LOG_STUCK, "D zop:re-fetching PLMNs");
     uint32_t total = 0;
     int blocks = 0;
-    while (blocks < BLOCKS) {
+    while (blocks < OPLMN_BLOCKS) {
       uint32_t first = static_cast<uint32_t>(blocks) * BLOCK_ENTRIES + 1;
       uint8_t* block = gDiagInfo.oplmn[blocks];
       if (!prv_good(zop_get_uim_data_oplmn_partial(first, &total, block), "oplmn")) {
@@ -35,18 +39,21 @@ void prv_get_supplement_data() {
       }
       LOG_D(VURN_LOG_STUCK, "D zop:fetched a block containing %d (of %d) oplmn entries", block[0],
             static_cast<int>(total));
+      prv_clamp_count(block, BLOCK_ENTRIES);
       ++blocks;
       if (total < first + BLOCK_ENTRIES) break;
     }
-    if (total > BLOCKS * BLOCK_ENTRIES) {
+    if (total > OPLMN_BLOCKS * BLOCK_ENTRIES) {
       LOG_E("E zop:toomanyoplmns:found=%d,max=%d:", static_cast<int>(total), TOLD_MAXIMUM);
-      total = BLOCKS * BLOCK_ENTRIES;
+      total = OPLMN_BLOCKS * BLOCK_ENTRIES;
     }
     gDiagInfo.oplmn_count = total;
     LOG_D(VURN_LOG_STUCK, "D zop:fetched %d oplmn entries in %d blocks", static_cast<int>(total),
           blocks);
     prv_good(zop_get_uim_data_hplmn(gDiagInfo.hplmn), "hplmn");
+    prv_clamp_count(gDiagInfo.hplmn, HPLMN_ENTRIES);
     prv_good(zop_get_uim_data_fplmn(gDiagInfo.fplmn), "fplmn");
+    prv_clamp_count(gDiagInfo.fplmn, FPLMN_ENTRIES);
   }
   prv_good(zop_get_uim_data_rplmn(gDiagInfo.rplmn), "rplmn");
 }

@@ -1,6 +1,9 @@
 // What the report shows of the modem besides its screen.
 #pragma once
 
+// Entries that the record has room for, whatever count the modem gives.
+enum { OPLMN_BLOCKS = 7, BLOCK_ENTRIES = 20, HPLMN_ENTRIES = 10, FPLMN_ENTRIES = 20 };
+
 // Reads the data service mode, the registered network and, while gRefetchPlmns is set, the SIM's
 // network lists into gDiagInfo. Under gModuleMutex.
 void prv_get_supplement_data();
