@@ -90,17 +90,19 @@ static void prv_append_time(BoundedWriter& out, uint32_t when) {
 }
 
 // "1/02:03:04 (Jul 24 19:11:28)": days, hours, minutes and seconds, and since when.
-static void prv_append_age(BoundedWriter& out, uint32_t s, uint32_t when) {
-  unsigned days = s / DAY;
-  unsigned hours = s % DAY / HOUR;
-  unsigned minutes = s % HOUR / 60;
-  unsigned seconds = s % 60;
+// An age is below zero when the clock was set back.
+static void prv_append_age(BoundedWriter& out, uint32_t age, uint32_t when) {
+  int s = static_cast<int>(age);
+  int days = s / DAY;
+  int hours = s % DAY / HOUR;
+  int minutes = s % HOUR / 60;
+  int seconds = s % 60;
   if (days > 0) {
-    out.append("%u/%u:%02u:%02u (", days, hours, minutes, seconds);
+    out.append("%d/%d:%02d:%02d (", days, hours, minutes, seconds);
   } else if (hours > 0) {
-    out.append("%u:%02u:%02u (", hours, minutes, seconds);
+    out.append("%d:%02d:%02d (", hours, minutes, seconds);
   } else {
-    out.append("%u:%02u (", minutes, seconds);
+    out.append("%d:%02d (", minutes, seconds);
   }
   prv_append_time(out, when);
   out.append(")");
