@@ -61,6 +61,9 @@ static bool prv_write_mcc(int fd, const Mcc& mcc) {
   return true;
 }
 
+// One that is not whole would end the reports of countries for good: without one they go on.
+static void prv_remove_mcc_file() { unlink(MCC_FILE); }
+
 // The file is not truncated: it holds the three characters and nothing else.
 static void prv_remember_mcc(const Mcc& mcc) {
   LOG_I("I zop:mccchanged:mcc=%s:mcc has changed", mcc);
@@ -68,6 +71,7 @@ static void prv_remember_mcc(const Mcc& mcc) {
   if (fd < 0) return prv_log_open_error();
   if (!prv_write_mcc(fd, mcc)) {
     LOG_E("E zop:writefile:name=\"%s\",errno=%d:can't write file", MCC_FILE, errno);
+    prv_remove_mcc_file();
   }
   close(fd);
 }
@@ -86,6 +90,7 @@ static void prv_report_mcc_change(const Mcc& mcc) {
   close(fd);
   if (!whole) {
     LOG_E("E zop:readfile:name=\"%s\",errno=%d:can't read file", MCC_FILE, error);
+    if (error == 0) prv_remove_mcc_file();  // it reads, and is too short
     return;
   }
   LOG_D(VURN_LOG_TRACE, "D def:current MCC = %s previous MCC = %s", mcc, previous);

@@ -89,7 +89,7 @@ TEST_F(Mcc, what_the_file_holds) {
        "D def:current MCC = 001 previous MCC = 310\nI zop:mccchanged:mcc=001:mcc has changed\n",
        "001\n"},
       {"31", "262", 0, 262, "E zop:readfile:name=\"/var/local/wan/mcc\",errno=0:can't read file\n",
-       "31"},
+       ""},
       {"262", "FFF", 2, 0,
        "D def:current MCC = FFF previous MCC = 262\nI zop:mccchanged:mcc=FFF:mcc has changed\n"
        "E zop:getmcc:mcc=FFF:bad value for mcc\n",
@@ -102,6 +102,7 @@ TEST_F(Mcc, what_the_file_holds) {
     EXPECT_EQ(value, row.value);
     EXPECT_EQ(log_lines(), std::string(ASKING) + row.lines);
     EXPECT_EQ(content(), row.after);
+    EXPECT_EQ(fs::exists(file), *row.after != '\0');
   }
 }
 
@@ -138,6 +139,7 @@ TEST_F(Mcc, files_that_fail) {
   EXPECT_EQ(log_lines(),
             ASKING + std::string("D def:current MCC = 310 previous MCC = \n") + change +
                 "E zop:writefile:name=\"/var/local/wan/mcc\",errno=28:can't write file\n");
+  EXPECT_FALSE(fs::is_symlink(folder / "full"));  // what is not whole is removed
 }
 
 TEST_F(Mcc, bad_arguments_and_a_modem_that_does_not_tell) {

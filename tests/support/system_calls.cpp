@@ -93,6 +93,12 @@ EXPORTED FILE* fopen64(const char* path, const char* mode) {
   return fopen_in_world("fopen64", path, mode);
 }
 
+EXPORTED int unlink(const char* path) noexcept {
+  IN_WORLD(world);
+  const char* real = real_path(world, path);
+  return real != nullptr ? static_cast<int>(syscall(SYS_unlinkat, AT_FDCWD, real, 0)) : -1;
+}
+
 EXPORTED DIR* opendir(const char* path) {
   IN_WORLD(world);
   const char* real = real_path(world, path);
