@@ -25,7 +25,10 @@ static void render_log_string(unsigned size) {
 
 static void check_lines(const test::World& world) {
   require(!world.log.empty());
-  for (const test::LogLine& line : world.log) require(line.text.size() <= LONGEST_LINE);
+  for (const test::LogLine& line : world.log) {
+    require(line.text.size() <= LONGEST_LINE);
+    require(line.text.find_first_of("\n\r\x1B\x7F") == std::string::npos);
+  }
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -12,6 +12,7 @@
 #include "core/module_state.h"
 #include "include/zop_diag_info.h"
 #include "report/scratch.h"
+#include "report/text_fields.h"
 
 // Bytes of one syslog line before its line count; and what a pair needs besides name and value.
 enum { LINE_SIZE = 1200, COUNT_ROOM = 16, PAIR_EXTRA = 3 };
@@ -62,15 +63,10 @@ static Text prv_float(const zop_log_item& item) {
   return prv_text_of(out);
 }
 
-// A text without its terminating zero ends with the record.
 static Text prv_string(const zop_log_item& item) {
   const char* text = static_cast<const char*>(item.value);
   if (item.size > 0) return {text, static_cast<size_t>(item.size)};
-  const uint8_t* p = prv_bytes(item.value);
-  const uint8_t* record = prv_bytes(&gDiagInfo);
-  bool inside = p >= record && prv_is_in_record(p, 1);
-  if (!inside) return {text, strlen(text)};
-  return {text, strnlen(text, static_cast<size_t>(record + sizeof gDiagInfo - p))};
+  return {text, strnlen(text, prv_text_room(text))};
 }
 
 static Text prv_plain_value(const zop_log_item& item, int index) {
@@ -145,15 +141,19 @@ struct LogString {
   bool whole;
 };
 
-// Another thread may be storing the text: a zero that it shows for a moment does not end the
-// report.
 static void prv_put(LogString* out, const char* text, size_t length) {
-  char* at = out->buf + out->used;
-  const void* behind_zero = memccpy(at, text, '\0', length);
-  if (behind_zero != nullptr) {
-    length = static_cast<size_t>(static_cast<const char*>(behind_zero) - at) - 1;
-  }
+  memcpy(out->buf + out->used, text, length);
   out->used += length;
+}
+
+// A text of the modem is one line, whatever it holds. Another thread may be storing it: a zero that
+// it shows for a moment does not end the report.
+static void prv_put_value(LogString* out, const Text& value) {
+  for (size_t i = 0; i < value.length; ++i) {
+    char c = value.at[i];
+    if (c == '\0') return;
+    out->buf[out->used++] = log_character(c);
+  }
 }
 
 // An item that does not fit is left out; a later, shorter one may still go in.
@@ -165,7 +165,7 @@ static void prv_add_to_log_string(LogString* out, const zop_log_item& item, cons
   prv_put(out, shown.label.at, shown.label.length);
   bool bare_header = item.type == ZOP_ITEM_HEADER && shown.value.length == 0;
   if (!bare_header && shown.label.length > 0) prv_put(out, ": ", 2);
-  if (!bare_header) prv_put(out, shown.value.at, shown.value.length);
+  if (!bare_header) prv_put_value(out, shown.value);
   prv_put(out, "\n", 1);
 }
 
@@ -190,6 +190,15 @@ static char prv_in_pair(char c, uint8_t flags) {
   return c;
 }
 
+// As much of a value as there is room for. A list, whose entries a blank divides, keeps whole ones.
+static size_t prv_cut(const Text& value, size_t room) {
+  if (value.length <= room) return value.length;
+  for (size_t length = room; length > 0; --length) {
+    if (value.at[length] == ' ') return length;
+  }
+  return room;
+}
+
 // A pair that would pass the end begins the next line; one that is longer than a line is cut.
 static void prv_add_to_syslog(SyslogLine* line, const zop_log_item& item, const Shown& shown) {
   Text name = shown.label;
@@ -208,7 +217,8 @@ static void prv_add_to_syslog(SyslogLine* line, const zop_log_item& item, const 
   if (name.length > 0 && isalpha(static_cast<unsigned char>(name.at[0])) == 0) put('Z');
   for (size_t i = 0; i < name.length; ++i) put(name.at[i]);
   put('=');
-  for (size_t i = 0; i < shown.value.length; ++i) put(prv_in_pair(shown.value.at[i], item.flags));
+  size_t length = prv_cut(shown.value, static_cast<size_t>(end - out));
+  for (size_t i = 0; i < length; ++i) put(prv_in_pair(shown.value.at[i], item.flags));
   line->used = static_cast<size_t>(out - line->text);
 }
 

@@ -20,8 +20,3 @@ int prv_give_list(BoundedWriter& out, const char** text, int* length) {
 
 bool prv_is_wcdma_screen() { return gDiagInfo.screen.system_mode == ZOP_SCREEN_WCDMA; }
 bool prv_is_gsm_screen() { return gDiagInfo.screen.system_mode == ZOP_SCREEN_GSM; }
-
-bool prv_is_in_record(const uint8_t* p, size_t size) {
-  const uint8_t* end = prv_bytes(&gDiagInfo) + sizeof gDiagInfo;
-  return p <= end && size <= static_cast<size_t>(end - p);
-}

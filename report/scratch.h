@@ -21,9 +21,6 @@ int prv_give_list(BoundedWriter& out, const char** text, int* length);
 bool prv_is_wcdma_screen();
 bool prv_is_gsm_screen();
 
-// Whether size bytes from p on belong to the record: no count in a screen leads a walk out of it.
-bool prv_is_in_record(const uint8_t* p, size_t size);
-
 inline const uint8_t* prv_bytes(const void* p) { return static_cast<const uint8_t*>(p); }
 
 // Little-endian values at any address.

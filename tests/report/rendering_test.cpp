@@ -172,19 +172,51 @@ TEST_F(Rendering, items_of_one_radio_technology) {
   }
 }
 
-// Whatever counts say, a walk ends with the record or the buffer.
+// Whatever counts say, a walk ends with its own list, and with a whole entry.
 TEST_F(Rendering, hostile_counts_cost_nothing) {
   memset(static_cast<void*>(&gDiagInfo), 0xFF, sizeof gDiagInfo);
-  for (int mode : {ZOP_SCREEN_GSM, ZOP_SCREEN_WCDMA}) {
-    gDiagInfo.screen.system_mode = static_cast<uint8_t>(mode);
-    for (const char* list : {"N1", "B1", "Active/Monitored Sets", "HPLMN", "FPLMN", "OPLMN"}) {
-      EXPECT_LT(value(list).size(), size_t{SCRATCH_SIZE}) << list;
-    }
-    std::string text = log_string(100'000);
-    EXPECT_EQ(result, 1);
-    EXPECT_LT(text.size(), 60'000u);
-    EXPECT_NE(syslog_report("x", 0).find(",n="), std::string::npos);
+  struct {
+    int mode;
+    const char* label;
+    int entries;
+  } rows[] = {
+      {ZOP_SCREEN_GSM, "N1", 32},
+      {ZOP_SCREEN_GSM, "B1", 6},
+      {ZOP_SCREEN_WCDMA, "Active/Monitored Sets", 32},
+      {ZOP_SCREEN_WCDMA, "HPLMN", 10},
+      {ZOP_SCREEN_WCDMA, "FPLMN", 20},
+      {ZOP_SCREEN_WCDMA, "OPLMN", 127},  // of 16 bytes in the scratch buffer, out of 140
+  };
+  for (auto& row : rows) {
+    gDiagInfo.screen.system_mode = static_cast<uint8_t>(row.mode);
+    std::string text = value(row.label);
+    EXPECT_EQ(std::count(text.begin(), text.end(), ' ') + 1, row.entries) << row.label;
+    EXPECT_EQ(text.substr(text.rfind(' ') + 1).size(), text.find(' ')) << row.label;
   }
+  std::string text = log_string(100'000);
+  EXPECT_EQ(result, 1);
+  EXPECT_NE(syslog_report("x", 0).find(",n="), std::string::npos);
+}
+
+TEST_F(Rendering, texts_of_the_modem_end_with_their_field_and_are_one_line) {
+  memset(static_cast<void*>(&gDiagInfo), '\n', sizeof gDiagInfo);
+  memcpy(gDiagInfo.screen.imei, "\x7F\xC3\xA9 ", 4);
+  std::string text = log_string();
+  EXPECT_NE(text.find("\nIMEI: ?\xC3\xA9 ????????????\n"), std::string::npos);
+  for (auto [label, size] : {std::pair{"Network Name", 32},
+                             {"IMSI", 16},
+                             {"Firmware", 64},
+                             {"Hardware", 64},
+                             {"Library", 64},
+                             {"Phone Number", 16},
+                             {"ICCID", 24},
+                             {"IP Address", 16},
+                             {"Dest IP Address", 16}}) {
+    std::string line = std::string("\n") + label + ": " + std::string(size_t(size), '?') + "\n";
+    EXPECT_NE(text.find(line), std::string::npos) << label;
+  }
+  std::string in_syslog = "Network Name=" + std::string(32, '?') + ",MCC MNC=??? ???,";
+  EXPECT_NE(syslog_report("x", 0).find(in_syslog), std::string::npos);
 }
 
 TEST_F(Rendering, texts_times_and_addresses) {
@@ -237,6 +269,9 @@ TEST_F(Rendering, ages) {
   d.screen_time = 1'280'000'000 - 65;
   EXPECT_EQ(value("FTD Age", 0), "1:05 (Jul 24 19:32:15)");
   EXPECT_EQ(value("FTD Age", 1), "65s");
+  d.screen_time = 1'280'000'000 + 65;  // the clock was set back
+  EXPECT_EQ(value("FTD Age", 0), "-1:-5 (Jul 24 19:34:25)");
+  EXPECT_EQ(value("FTD Age", 1), "-65s");
   d.awake_seconds = 90'061;
   d.asleep_seconds = 9;
   EXPECT_EQ(value("Awake"), "1/1:01:01 (Jul 23 18:32:10)");
@@ -341,7 +376,9 @@ TEST_F(Rendering, lines_break_between_pairs_and_count_themselves) {
     EXPECT_EQ(line.text.find(",n=") != std::string::npos, last);
   }
   EXPECT_TRUE(report.ends_with(",n=" + std::to_string(world.log.size()) + ":\n"));
-  // The list is longer than a line: cut in syslog, whole in the log string.
+  // The list is longer than a line: cut behind an entry in syslog, whole in the log string.
+  std::string list = report.substr(report.find("OPLMN=") + 6);
+  EXPECT_EQ(list.find(','), 91 * 13 - 1u);
   std::string text = log_string();
   size_t at = text.find("OPLMN: ");
   EXPECT_EQ(text.find('\n', at) - at, 7 + 140 * 13 - 1u);
