@@ -45,18 +45,6 @@ TEST_F(Lifecycle, open_stores_the_sim_and_the_versions) {
   EXPECT_TRUE(world.log.empty());
 }
 
-TEST_F(Lifecycle, a_second_open_closes_and_a_third_opens) {
-  EXPECT_EQ(vurn_open(), VURN_OK);
-  EXPECT_EQ(vurn_open(), VURN_ERR_REOPENED);
-  EXPECT_FALSE(world.port_is_open());
-  EXPECT_EQ(vurn_update_prl(), VURN_ERR_NOT_OPEN);
-  EXPECT_EQ(vurn_open(), VURN_OK);
-  EXPECT_EQ(vurn_update_prl(), VURN_OK);
-  EXPECT_EQ(vurn_close(1), VURN_OK);
-  EXPECT_EQ(vurn_close(1), VURN_OK);
-  EXPECT_FALSE(world.port_is_open());
-}
-
 TEST_F(Lifecycle, a_missing_device_fails_the_open) {
   world.missing[DEVICE] = ENOENT;
   vurn_set_log_mask(VURN_LOG_ERROR);

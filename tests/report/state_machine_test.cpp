@@ -87,9 +87,3 @@ TEST(StateMachine, every_state_with_every_event) {
     }
   }
 }
-
-TEST(StateMachine, names_of_values_outside) {
-  EXPECT_STREQ(prv_deferred_event_name(-1), "?");
-  EXPECT_STREQ(prv_deferred_event_name(6), "?");
-  EXPECT_STREQ(prv_deferred_state_name(5), "?");
-}
