@@ -3,10 +3,8 @@
 #undef _FORTIFY_SOURCE
 #define _GNU_SOURCE
 #include <dlfcn.h>
-#include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -33,9 +31,13 @@ int open(const char* path, int flags, ...) {
   return (int)syscall(SYS_openat, AT_FDCWD, path, flags, 0);
 }
 unsigned sleep(unsigned seconds) { return (void)seconds, 0; }
-void syslog(int priority, const char* format, ...) { lines += priority == LOG_ERR && format; }
+static void note_line(int priority) {
+  lines += priority == LOG_ERR;
+  if (getpid() != syscall(SYS_gettid)) usleep(100000); /* a thread of the library is busy */
+}
+void syslog(int priority, const char* format, ...) { (void)format, note_line(priority); }
 void __syslog_chk(int priority, int flag, const char* format, ...) {
-  lines += priority == LOG_ERR && format && flag >= 0;
+  (void)format, (void)flag, note_line(priority);
 }
 
 static int failed(const char* what) {
@@ -74,6 +76,7 @@ static int threads_become(unsigned expected) {
 }
 
 static int leave_a_failed_open(void) {
+  CALL(vurn_set_log_mask)(VURN_LOG_TRACE);
   if (CALL(vurn_open)() != VURN_ERR_FAILED) return failed("an open without a modem");
   return threads_become(2);
 }
