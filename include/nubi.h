@@ -1,7 +1,8 @@
 /* The platform's event calls, which the module uses when the host process provides them.
  *
  * The module binds these three names weakly: in a host without them it still loads, and an event
- * handed to vurn_report_event is ignored with result 0. The texts belong to the event. */
+ * handed to vurn_report_event is ignored with result 0; one error line in the log tells of it. The
+ * texts belong to the event. */
 #ifndef NUBI_H
 #define NUBI_H
 

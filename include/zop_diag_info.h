@@ -154,7 +154,7 @@ enum {
   ZOP_ITEM_UNSIGNED = 3, /* size 1, 2 or 4 bytes */
   ZOP_ITEM_SIGNED = 4,   /* the same */
   ZOP_ITEM_FLOAT = 5,    /* 32 bits */
-  ZOP_ITEM_STRING = 6,   /* size bytes, or 0: ends with a zero */
+  ZOP_ITEM_STRING = 6,   /* size bytes, or 0: ends with a zero or its field */
   ZOP_ITEM_EXCEPTION = 7 /* the exception's name */
 };
 

@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
+#include <stdbool.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -32,8 +33,9 @@ int open(const char* path, int flags, ...) {
 }
 unsigned sleep(unsigned seconds) { return (void)seconds, 0; }
 static void note_line(int priority) {
-  lines += priority == LOG_ERR;
-  if (getpid() != syscall(SYS_gettid)) usleep(100000); /* a thread of the library is busy */
+  bool is_main = getpid() == syscall(SYS_gettid);
+  if (is_main && priority == LOG_ERR) ++lines;
+  if (!is_main) usleep(100000); /* a thread of the library is busy */
 }
 void syslog(int priority, const char* format, ...) { (void)format, note_line(priority); }
 void __syslog_chk(int priority, int flag, const char* format, ...) {
@@ -103,8 +105,9 @@ static int unloads(const char* path, int (*leave)(void)) {
 
 int main(int argc, char** argv) {
   if (argc < 2) return failed("which library?");
-  if (unloads(argv[1], leave_it_closed) || unloads(argv[1], leave_a_failed_open)) return 1;
+  if (unloads(argv[1], leave_it_closed) != 0) return 1;
   if (argc < 3) return 0;
+  if (unloads(argv[1], leave_a_failed_open) != 0) return 1;
   modem = argv[2];
   return unloads(argv[1], leave_an_alarm) || unloads(argv[1], leave_it_open);
 }
