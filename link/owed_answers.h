@@ -14,7 +14,8 @@ RequestHead head_of(const uint8_t* request, uint32_t length);
 // Whether an answer belongs to a request: it begins with its head, or refuses it.
 bool is_answer_to(RequestHead head, const uint8_t* answer, uint32_t length);
 
-// Notes an answer that will not be read by its own exchange. The ninth takes the place of the first.
+// Notes an answer that will not be read by its own exchange. The ninth takes the place of the
+// first.
 void note_owed(RequestHead head);
 
 bool is_any_owed();

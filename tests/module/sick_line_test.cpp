@@ -147,6 +147,7 @@ TEST_F(SickLine, a_stop_is_prompt_whatever_the_listener_does) {
       if (!stop.closes) expect_own_answers(where);
       vurn_close(1);
       prv_stop_deferred_action_thread();
+      prv_join_deferred_action_thread();
       gDeferredThreadCreated = false;
     }
   }
