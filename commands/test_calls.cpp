@@ -62,8 +62,8 @@ unsigned zop_originate_call_test(uint32_t timeout_s, const char* number) {
 
 // The answer is read, to be out of the next command's way, and not looked at.
 static int32_t send_end_call(const ExchangePolicy& policy) {
-  uint8_t bytes[RESPONSE_SIZE];
-  Response response = {bytes};
+  uint8_t answer[RESPONSE_SIZE] = {};
+  Response response = {answer};
   return line_exchange({END_CALL, sizeof END_CALL}, policy, &response);
 }
 

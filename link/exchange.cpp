@@ -120,7 +120,7 @@ static int32_t receive(const PortUse& port, RequestHead own, Limits limits, Resp
 // For whoever has sent with diag_write. Any answer will do.
 static int32_t read_raw(uint8_t* buffer, const ExchangePolicy& policy) {
   PortUse port;
-  uint8_t payload[RESPONSE_SIZE];
+  uint8_t payload[RESPONSE_SIZE] = {};
   Response response = {payload};
   int32_t received = receive_raw(port, 0, {policy.silence_ms, policy.most_ms}, buffer, &response);
   if (received <= 0) return fail_port(port, received);
@@ -185,7 +185,7 @@ void send_unanswered(const Request& request) {
 void read_owed_answers() {
   PortUse port;
   if (!claim_port(port)) return;
-  uint8_t bytes[RESPONSE_SIZE];
+  uint8_t bytes[RESPONSE_SIZE] = {};
   Response response = {bytes};
   read_up_to_now(port, &response);
   release_port(port);

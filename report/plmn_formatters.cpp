@@ -35,22 +35,20 @@ int prv_format_plmn_list(const zop_log_item* item, const char** text, int* lengt
   return prv_give_list(out, text, length);
 }
 
-using Technology = char[8];
-
-static const char* prv_technology(const uint8_t* entry, Technology& text) {
+static const char* prv_technology(const uint8_t* entry, char* text, size_t size) {
   uint8_t first = entry[6];
   uint8_t second = entry[7];
   if (first == TECHNOLOGY && second == 0) return "UMTS";
   if (first == 0 && second == TECHNOLOGY) return "GSM";
-  snprintf(text, sizeof text, "%d_%d", first, second);
+  snprintf(text, size, "%d_%d", first, second);
   return text;
 }
 
 static void prv_append_block(BoundedWriter& out, const uint8_t* block, int most) {
   const uint8_t* entry = block + 1;
   for (int left = prv_count(block, most); left > 0; --left) {
-    Technology text;
-    out.append_entry("%s;%.3s;%.3s ", prv_technology(entry, text), prv_text(entry),
+    char text[8];  // two bytes, at most 255_255
+    out.append_entry("%s;%.3s;%.3s ", prv_technology(entry, text, sizeof text), prv_text(entry),
                      prv_text(entry + 3));
     entry += ENTRY_SIZE;
   }
