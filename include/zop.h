@@ -8,8 +8,8 @@
  *
  * Waiting: a modem that falls silent costs a call 5 s, and the link is closed then. One answer may
  * take 15 s in all, and a line that takes no bytes fails after 5 s: 20 s for an exchange at the
- * very most. A call right after an exchange that was given up may first wait as long for its
- * answer, to keep it apart from its own. zop_read_pdp_profile makes eight exchanges,
+ * very most. A call after an exchange that was given up may first wait as long for that answer, to
+ * keep it apart from its own. zop_read_pdp_profile makes eight exchanges,
  * zop_simcard_enable and zop_simcard_change two.
  *
  * Outputs are written on success only, except for byte buffers that a call clears before it asks

@@ -154,10 +154,14 @@ static void time_call(uint64_t* ticks) {
   if (THREAD_STATUS != LISTENER_TIMES_CALL) return;
   ++*ticks;
   if (*ticks <= uint64_t{TICKS_PER_SECOND} * call_end_timeout) return;
-  if (!end_call_if_port_is_free(is_wanted)) return;  // tried again at the next tick
-  uint32_t timing = LISTENER_TIMES_CALL;
-  THREAD_STATUS.compare_exchange_strong(timing, LISTENER_ENDED_CALL);
-  call_end_timeout = 0;
+  uint32_t state = LISTENER_TIMES_CALL;
+  if (!THREAD_STATUS.compare_exchange_strong(state, LISTENER_ENDED_CALL)) return;
+  state = LISTENER_ENDED_CALL;
+  if (!end_call_if_port_is_free(is_wanted)) {  // tried again at the next tick
+    THREAD_STATUS.compare_exchange_strong(state, LISTENER_TIMES_CALL);
+    return;
+  }
+  if (THREAD_STATUS == LISTENER_ENDED_CALL) call_end_timeout = 0;  // and no newer call is timed
   *ticks = 0;
 }
 
@@ -207,14 +211,17 @@ static void prepare_wake_condition() {
 }
 
 static void join_listener() {
+  pthread_mutex_lock(&wake_mutex);
+  pthread_cond_signal(&wake_condition);
+  pthread_mutex_unlock(&wake_mutex);
   if (creation_result.exchange(NO_THREAD) == THREAD_CREATED) pthread_join(listener_thread, nullptr);
 }
 
 // Callers hold the module's lock. A listener that an alarm has stopped is joined first.
 unsigned zop_debug_start(unsigned polls) {
   if (is_wanted()) return ZOP_ERR_INVALID_ARGUMENT;
-  join_listener();
   prepare_wake_condition();
+  join_listener();
   if (!Debug_field_Item_malloc()) {
     puts("zop_debug_start malloc fail !");
     return ZOP_ERR_NO_MEMORY;
@@ -232,11 +239,7 @@ unsigned zop_debug_start(unsigned polls) {
 
 unsigned zop_debug_stop() {
   THREAD_STATUS = LISTENER_STOPPED;
-  if (creation_result != THREAD_CREATED) return ZOP_SUCCESS;
-  pthread_mutex_lock(&wake_mutex);
-  pthread_cond_signal(&wake_condition);
-  pthread_mutex_unlock(&wake_mutex);
-  join_listener();
+  if (creation_result == THREAD_CREATED) join_listener();
   return ZOP_SUCCESS;
 }
 

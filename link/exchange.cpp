@@ -11,11 +11,7 @@
 enum : uint8_t { FLAG = 0x7E, ESCAPE = 0x7D };
 enum { MAX_EMPTY_READS = 16, RETRY_PAUSE_US = 2000 };
 
-struct Limits {
-  uint32_t silence_ms;
-  uint32_t most_ms;
-};
-static constexpr Limits OWED_LIMITS = {5000, 15'000};
+static constexpr ExchangePolicy MARK_POLICY = {claim_port, 1, 5000, 15'000, nullptr, false, false};
 
 // Half of a request is with the modem: the next one begins with a flag, which ends it.
 static constinit std::atomic<bool> request_was_cut = false;
@@ -32,6 +28,7 @@ static int32_t send(const PortUse& port, const Request& request) {
   uint32_t sent;
   int32_t written = write_port(port, frame, length, &sent);
   if (sent > 0) request_was_cut = sent < length;
+  if (sent > 0 && sent < length) note_owed(head_of(request.bytes, request.length));  // a refusal
   return written == PORT_ERROR ? int32_t{PORT_UNSENT} : written;
 }
 
@@ -70,51 +67,59 @@ static void unframe(const uint8_t* raw, int32_t length, Response* response) {
   memset(response->bytes + payload, 0, static_cast<size_t>(RESPONSE_SIZE - payload));
 }
 
-// Whether the frame is taken: on a line that owes nothing, every one is.
-static bool is_own(RequestHead own, const Response& response) {
-  if (!is_any_owed()) return true;
-  bool follows_a_cut = answer_was_cut.exchange(false);
+// Whether the frame is taken. On a line that owes nothing every one is; whatever may not have been
+// the own answer leaves that owed.
+static bool is_own(RequestHead own, const ExchangePolicy& policy, const Response& response) {
+  bool any_owed = is_any_owed();
+  bool follows_a_cut = any_owed && answer_was_cut.exchange(false);
   if (response.length < 0) {
-    if (!follows_a_cut) note_owed(own);  // it may have been an older one
+    if (!follows_a_cut && !policy.takes_older) note_owed(own);
     return !follows_a_cut;
   }
+  if (!any_owed && policy.takes_others) return true;
   uint32_t length = static_cast<uint32_t>(response.length);
-  if (!is_answer_to(own, response.bytes, length)) return !take_owed(response.bytes, length);
-  if (!is_owed(own)) forget_owed();
+  if (is_answer_to(own, response.bytes, length)) {
+    if (!is_owed(own)) forget_owed();
+    return true;
+  }
+  if (take_owed(response.bytes, length) || !policy.takes_others) return false;
+  note_owed(own);
   return true;
 }
 
 static uint32_t sooner(uint32_t a, uint32_t b) { return static_cast<int32_t>(a - b) < 0 ? a : b; }
 
 // The answer to own, or whatever it is on a line that owes nothing. raw is RAW_ANSWER_SIZE bytes.
-static int32_t receive_raw(const PortUse& port, RequestHead own, Limits limits, uint8_t* raw,
-                           Response* response) {
+static int32_t receive_raw(const PortUse& port, RequestHead own, const ExchangePolicy& policy,
+                           uint8_t* raw, Response* response) {
   int32_t held = 0;
   int32_t result = 0;
-  uint32_t end = monotonic_ms() + limits.most_ms;
+  uint32_t end = monotonic_ms() + policy.most_ms;
   for (int empty_reads = 0; result >= 0;) {
     int32_t room = room_behind(raw, held);
-    uint32_t until = sooner(monotonic_ms() + limits.silence_ms, end);
+    uint32_t until = sooner(monotonic_ms() + policy.silence_ms, end);
     result = PORT_ERROR;  // full, and no frame ends here
     if (room > 0) result = read_port(port, raw + held, static_cast<uint32_t>(room), until);
     if (result == 0 && ++empty_reads == MAX_EMPTY_READS) result = PORT_ERROR;
     if (result > 0) held += result;
     while (int32_t length = frame_length(raw, held)) {
       unframe(raw, length, response);
-      if (is_own(own, *response)) return length;
+      if (is_own(own, policy, *response)) return length;
       held -= length;
       memmove(raw, raw + length, static_cast<size_t>(held));
     }
   }
-  bool is_gone = result == PORT_ERROR && port.is_current();  // with all that it had to say
+  bool is_full = room_behind(raw, held) <= 0;
+  bool is_gone = result == PORT_ERROR && port.is_current() && !is_full;  // with all it had to say
   if (!is_gone) note_owed(own);
-  if (!is_gone && held > 0) answer_was_cut = true;
+  if (!is_gone && own != 0 && held > 0) answer_was_cut = true;
   return result;
 }
 
-static int32_t receive(const PortUse& port, RequestHead own, Limits limits, Response* response) {
+static int32_t receive(const PortUse& port, RequestHead own, const ExchangePolicy& policy,
+                       Response* response) {
   uint8_t raw[RAW_ANSWER_SIZE];
-  return receive_raw(port, own, limits, raw, response);
+  return receive_raw(port, own, policy, raw, response);
 }
 
 // For whoever has sent with diag_write. Any answer will do.
@@ -122,7 +127,7 @@ static int32_t read_raw(uint8_t* buffer, const ExchangePolicy& policy) {
   PortUse port;
   uint8_t payload[RESPONSE_SIZE] = {};
   Response response = {payload};
-  int32_t received = receive_raw(port, 0, {policy.silence_ms, policy.most_ms}, buffer, &response);
+  int32_t received = receive_raw(port, 0, policy, buffer, &response);
   if (received <= 0) return fail_port(port, received);
   release_port(port);
   return received;
@@ -135,26 +140,36 @@ int32_t diag_read_wait_1sec(uint8_t* buffer) { return read_raw(buffer, PROBE_POL
 // ---- the exchange ----
 
 // A request that is answered like none that is owed, answered or refused by every modem: time
-// stamp, build version, version. Once its answer is there, nothing older comes any more.
-static void read_up_to_now(const PortUse& port, Response* response) {
+// stamp, build version, version. Once its answer is there, nothing older comes any more. Results of
+// send and receive.
+static int32_t read_up_to_now(const PortUse& port, Response* response) {
   static constexpr uint8_t MARKS[] = {0x1D, 0x7C, 0x00};
   for (const uint8_t& mark : MARKS) {
     RequestHead head = head_of(&mark, 1);
     if (is_owed(head)) continue;
-    if (send(port, {&mark, 1}) > 0) (void)receive(port, head, OWED_LIMITS, response);
-    return;
+    int32_t sent = send(port, {&mark, 1});
+    return sent > 0 ? receive(port, head, MARK_POLICY, response) : sent;
   }
+  return PORT_TIMEOUT;  // a modem that has not answered any of them
+}
+
+static int32_t converse(const PortUse& port, const Request& request, const ExchangePolicy& policy,
+                        bool takes_older, Response* response) {
+  RequestHead head = head_of(request.bytes, request.length);
+  int32_t result = port.is_wanted() ? 1 : int32_t{PORT_ABANDONED};
+  if (result > 0 && is_owed(head) && !takes_older) result = read_up_to_now(port, response);
+  if (result > 0) result = send(port, request);
+  if (result > 0) result = receive(port, head, policy, response);
+  return result;
 }
 
 static int32_t attempt(const Request& request, const ExchangePolicy& policy, bool takes_older,
                        Response* response) {
   PortUse port(policy.wanted);
   if (!policy.claim(port)) return policy.claim == try_claim_port ? PORT_BUSY : PORT_UNSENT;
-  RequestHead head = head_of(request.bytes, request.length);
-  if (is_owed(head) && !takes_older) read_up_to_now(port, response);
-  int32_t result = port.is_wanted() ? send(port, request) : int32_t{PORT_ABANDONED};
-  if (result > 0) result = receive(port, head, {policy.silence_ms, policy.most_ms}, response);
+  int32_t result = converse(port, request, policy, takes_older, response);
   if (result <= 0 && result != PORT_ABANDONED) return fail_port(port, result);
+  if (result == PORT_ABANDONED) discard_unsent(port);
   release_port(port);
   return result;
 }
@@ -187,6 +202,6 @@ void read_owed_answers() {
   if (!claim_port(port)) return;
   uint8_t bytes[RESPONSE_SIZE] = {};
   Response response = {bytes};
-  read_up_to_now(port, &response);
+  (void)read_up_to_now(port, &response);  // what is still owed then is dropped later
   release_port(port);
 }

@@ -26,7 +26,10 @@ struct ExchangePolicy {
   uint32_t silence_ms;            // the longest wait for a byte of the answer
   uint32_t most_ms;               // for the whole answer
   bool (*wanted)() = nullptr;     // false abandons the exchange within 0.1 s; null: always true
-  bool takes_older = false;       // the late answer to an earlier request of the same kind will do
+  // Whose answer will do besides its own: the late one of an earlier request of the same kind; and,
+  // as some modems answer under another code, one that echoes no request that is owed.
+  bool takes_older = false;
+  bool takes_others = true;
 };
 
 inline constexpr ExchangePolicy COMMAND_POLICY = {claim_port, 3, 5000, 15'000};
@@ -40,8 +43,8 @@ int32_t line_exchange(const Request& request, const ExchangePolicy& policy, Resp
 // Sends a request whose answer, if there is one, nobody waits for.
 void send_unanswered(const Request& request);
 
-// Waits until the modem has given, or skipped, all the answers that it owes: 15 s at the
-// most. Closes nothing.
+// Waits until the modem has given, or skipped, all the answers that it owes: 20 s at the most. A
+// modem that gives no answer at all is left as it is.
 void read_owed_answers();
 
 // One answer as it came over the wire, into RAW_ANSWER_SIZE bytes, for whoever has sent with

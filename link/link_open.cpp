@@ -14,7 +14,9 @@
 
 enum { OPEN_ATTEMPTS = 5, SETTLE_US = 100 };
 
-static constexpr uint8_t PROBE[] = {0x1D};  // the DIAG timestamp request
+// The DIAG timestamp request 0x1D as it goes over the wire: with its CRC and closing flag.
+static constexpr uint8_t PROBE[] = {0x1D, 0x1C, 0x3B, 0x7E};
+enum { PROBE_REQUEST = 1 };
 
 constinit uint32_t block_init_event = 0;
 
@@ -23,7 +25,7 @@ int32_t diag_init_check_1() {
   clear_memory();
   memcpy(ft_buff, PROBE, sizeof PROBE);
   Response response = {fr_buff};
-  int32_t received = line_exchange({ft_buff, sizeof PROBE}, PROBE_POLICY, &response);
+  int32_t received = line_exchange({ft_buff, PROBE_REQUEST}, PROBE_POLICY, &response);
   if (received == PORT_UNSENT || received == PORT_TIMEOUT) return PORT_TIMEOUT;
   if (received <= 0) return PORT_ERROR;
   block_init_event = 0;
@@ -48,10 +50,8 @@ unsigned int zop_open(const char* path) {
     }
     usleep(SETTLE_US);
     int32_t probe = diag_init_check_1();
-    if (probe == 1) {
-      if (is_any_owed()) read_owed_answers();  // of the probes before, by a slow modem
-      return end_open(ZOP_OPEN_UP);
-    }
+    if (probe == 1 && is_any_owed()) read_owed_answers();  // of the probes before, by a slow modem
+    if (probe == 1 && diag_status() == 1) return end_open(ZOP_OPEN_UP);
     diag_close();
     if (probe == PORT_ERROR) return ZOP_OPEN_READ_ERROR;
   }

@@ -46,7 +46,7 @@ bool is_any_owed() {
 
 bool is_owed(RequestHead head) {
   for (const auto& place : owed) {
-    if (place.load(std::memory_order_relaxed) == head) return true;
+    if (head != 0 && place.load(std::memory_order_relaxed) == head) return true;
   }
   return false;
 }

@@ -37,7 +37,24 @@ static constinit std::atomic<uint32_t> last_open_id = 0;
 enum : uint32_t { ONE_USE = 1u << 20, WAITING_DESCRIPTOR = ONE_USE - 1 };
 static constinit std::atomic<uint32_t> port_uses = 0;
 
+// ---- time ----
+
+uint32_t monotonic_ms() {
+  timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<uint32_t>(now.tv_sec) * 1000 + static_cast<uint32_t>(now.tv_nsec / 1'000'000);
+}
+
+static int32_t ms_until(uint32_t moment) { return static_cast<int32_t>(moment - monotonic_ms()); }
+
 // ---- uses and claims ----
+
+// The line gets its own settings back only when nobody reads from it any more: with them it may
+// echo what the modem sends.
+static void close_descriptor(int fd) {
+  tcsetattr(fd, TCSANOW, &oldtio);
+  close(fd);
+}
 
 // The number is read last, as an open sets it first: it is never older than the descriptor.
 PortUse::PortUse(bool (*wanted)()) : wanted_(wanted) {
@@ -50,7 +67,7 @@ PortUse::~PortUse() {
   uint32_t left = port_uses -= ONE_USE;
   bool last_of_a_closed_port = left != 0 && left < ONE_USE;
   if (last_of_a_closed_port && port_uses.compare_exchange_strong(left, 0)) {
-    close(static_cast<int>(left));
+    close_descriptor(static_cast<int>(left));
   }
 }
 
@@ -59,17 +76,17 @@ bool PortUse::is_current() const { return SER_SIG == fd && last_open_id == open_
 // Gives the descriptor back, now or when its last use ends. The word holds one that waits: another
 // port is opened only when the uses of the one before have ended.
 static void release_descriptor(int fd) {
-  tcsetattr(fd, TCSANOW, &oldtio);
   uint32_t uses = port_uses;
   while (uses >= ONE_USE && (uses & WAITING_DESCRIPTOR) == 0) {
     if (port_uses.compare_exchange_weak(uses, uses | static_cast<uint32_t>(fd))) return;
   }
-  close(fd);
+  close_descriptor(fd);
 }
 
 int32_t fail_port(const PortUse& port, int32_t result) {
   int32_t fd = port.fd;
   if (port.is_current() && SER_SIG.compare_exchange_strong(fd, 0)) {
+    discard_unsent(port);
     if (fd > 0) release_descriptor(fd);
     zop_debug_end_callback();
   }
@@ -133,9 +150,9 @@ static void apply_line_settings(int fd) {
 }
 
 void diag_settle() {
-  constexpr int MOST_PAUSES = SETTLE_LIMIT_MS * 1000 / BUSY_PAUSE_US;
+  uint32_t until = monotonic_ms() + SETTLE_LIMIT_MS;
   diag_close();
-  for (int pause = 0; pause < MOST_PAUSES && port_uses >= ONE_USE; ++pause) usleep(BUSY_PAUSE_US);
+  while (port_uses >= ONE_USE && ms_until(until) > 0) usleep(BUSY_PAUSE_US);
 }
 
 int32_t open_settled(const char* path) {
@@ -160,17 +177,13 @@ void diag_close() {
   if (fd > 0) release_descriptor(fd);
 }
 
+void discard_unsent(const PortUse& port) {
+  if (port.fd > 0) tcflush(port.fd, TCOFLUSH);
+}
+
 int32_t diag_status() { return SER_SIG != 0 ? 1 : 0; }
 
 // ---- waiting ----
-
-uint32_t monotonic_ms() {
-  timespec now = {};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<uint32_t>(now.tv_sec) * 1000 + static_cast<uint32_t>(now.tv_nsec / 1'000'000);
-}
-
-static int32_t ms_until(uint32_t moment) { return static_cast<int32_t>(moment - monotonic_ms()); }
 
 // 1 when the port is ready for events; otherwise PORT_TIMEOUT, PORT_ABANDONED or PORT_ERROR. What
 // comes on a port that was closed meanwhile is another exchange's.
@@ -189,12 +202,11 @@ static int32_t wait_for_port(const PortUse& port, short events, uint32_t until) 
   }
 }
 
-// Waits for a line that takes no bytes now. What it has not taken is not left for a close to wait
-// for: a serial driver would, for half a minute.
+// Waits for a line that takes no bytes now.
 static int32_t wait_to_write(const PortUse& port, uint32_t until) {
   int32_t result = wait_for_port(port, POLLOUT, until);
   if (result == 1 && ms_until(until) > 0) return 1;
-  if (result != PORT_ERROR) tcflush(port.fd, TCOFLUSH);
+  discard_unsent(port);
   return result == PORT_ABANDONED ? result : int32_t{PORT_ERROR};
 }
 
@@ -210,6 +222,7 @@ int32_t write_port(const PortUse& port, const uint8_t* bytes, uint32_t length, u
     if (n < 0 && errno == EAGAIN) {
       int32_t ready = wait_to_write(port, until);
       if (ready < 0) return ready;
+      writes = 0;  // a line that is full takes some more when it has room
       continue;
     }
     if (n < 0) return PORT_ERROR;

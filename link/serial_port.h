@@ -93,6 +93,10 @@ uint32_t monotonic_ms();
 // writes did not suffice. *sent counts the bytes that went out. Closes nothing.
 int32_t write_port(const PortUse& port, const uint8_t* bytes, uint32_t length, uint32_t* sent);
 
+// Takes back what the modem has not taken yet: a close of the port would wait for it, in a serial
+// driver for half a minute.
+void discard_unsent(const PortUse& port);
+
 // Waits until the moment until for input and reads up to size bytes of it. Bytes read, 0 for an
 // empty read, PORT_TIMEOUT, PORT_ABANDONED or PORT_ERROR. Closes nothing.
 int32_t read_port(const PortUse& port, uint8_t* bytes, uint32_t size, uint32_t until_ms);

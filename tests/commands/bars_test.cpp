@@ -19,6 +19,7 @@ class Bars : public testing::Test {
     int32_t unused;  // a damaged answer puts the kept Ec/Io back to its start
     modem.answers = {{{hex("01 02 03 7e")}}};
     EXPECT_EQ(zop_get_bars(&unused), ZOP_ERR_BAD_RESPONSE);
+    forget_owed();
   }
   void TearDown() override { diag_close(); }
 

@@ -26,6 +26,7 @@ class EveryCommand : public testing::Test {
   void TearDown() override { diag_close(); }
 
   static void open_anew() {
+    diag_close();
     fresh_link();
     diag_open(DEVICE);
   }
@@ -46,7 +47,7 @@ class EveryCommand : public testing::Test {
     return answer;
   }
   unsigned run(const Command& command, Answer answer) {
-    if (diag_status() == 0) open_anew();
+    if (!modem.unplugged) open_anew();
     modem.requests.clear();
     // Commands of several exchanges get the same answer each time.
     modem.answers = std::deque<Answer>(8, answer);

@@ -15,6 +15,7 @@ class LateModem : public FarEnd {
   bool one_at_a_time = false;  // the latency is that of its work, not of its way
   Time gap{0};                 // between two bytes; none: whole answers
   std::function<bool(const Bytes& request)> ignores = [](const Bytes&) { return false; };
+  Answer spoilt;  // in place of the next answer
   std::map<Bytes, uint8_t> asked;
   int requests = 0;
 
@@ -58,6 +59,8 @@ class LateModem : public FarEnd {
     if (request[0] == 0xD2 && request[1] == 1) answer = hex("d2 01 00 00 00 00 00 00 00");
     if (request[0] == 0xCF && request[1] == '=') answer[5] = 0;
     Time at = (one_at_a_time && !due_.empty() ? due_.back().first : now) + latency;
+    for (Piece& piece : spoilt) due_.push_back({at += piece.after, piece.bytes});
+    if (!std::exchange(spoilt, {}).empty()) return;
     Bytes wire = frame(answer);
     if (gap == Time{0}) return due_.push_back({at, wire});
     for (uint8_t byte : wire) due_.push_back({at += gap, {byte}});
@@ -239,4 +242,47 @@ TEST_F(SickLine, a_screen_of_stuffed_bytes_is_an_answer) {
   late.asked[hex("cf 34 00")] = 0x7D - 1;
   expect_own_answers("0x7d, 0x7e");
   EXPECT_EQ(diag_status(), 1);
+}
+
+// The screen that a stopped listener has asked for comes after the mark has been given up.
+TEST_F(SickLine, an_old_answer_is_not_taken_for_a_new_one_of_its_kind) {
+  start_listener();
+  world.advance(1200ms);
+  late.latency = 12s;
+  world.advance(400ms);
+  zop_debug_stop();
+  uint8_t screen[ZOP_SCREEN_SIZE];
+  EXPECT_LE(time_of([&] { EXPECT_EQ(zop_get_field_information(screen), ZOP_ERR_NO_RESPONSE); }),
+            Time(5s + 2ms));
+  late.recover(world.now());
+  ASSERT_EQ(zop_open(DEVICE), 0u);
+  expect_own_answers("after it");
+}
+
+// What is nobody's answer: a flag inside one, one that is too long, one under another's code.
+TEST_F(SickLine, damage_shifts_no_answers) {
+  struct {
+    const char* name;
+    Answer answer;
+    unsigned result;
+  } rows[] = {
+      {"a flag at a piece's end", {{hex("cf 2f 7e")}, {hex("00 00 00 07 7e"), 30ms}}, 7},
+      {"too long", {{Bytes(360, 0x55)}, {hex("55 55 7e"), 150ms}}, 2},
+      {"another code after a step that nobody waits for", {{frame(hex("d0 da 00"))}}, 0},
+  };
+  for (auto& row : rows) {
+    late = LateModem();
+    ASSERT_EQ(zop_open(DEVICE), 0u);
+    late.spoilt = row.answer;
+    if (row.result == 0) zop_set_backup(3);
+    uint32_t rac;
+    EXPECT_EQ(zop_get_rac(&rac), row.result) << row.name;
+    if (diag_status() == 0) {
+      ASSERT_EQ(zop_open(DEVICE), 0u) << row.name;
+    }
+    int32_t rscp;
+    (void)zop_get_rscp(&rscp);  // may meet the rest
+    expect_own_answers(row.name);
+    zop_close();
+  }
 }
