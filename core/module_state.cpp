@@ -3,7 +3,9 @@
 #include "core/module_state.h"
 
 #include <errno.h>
-#include <time.h>
+#include <unistd.h>
+
+#include <atomic>
 
 #include "core/log.h"
 #include "include/zop_diag_info.h"
@@ -14,6 +16,18 @@ constinit zop_diag_info gDiagInfo = {};
 constinit pthread_mutex_t gModuleMutex = PTHREAD_MUTEX_INITIALIZER;
 constinit bool gModuleOpen = false;
 constinit bool gRefetchPlmns = true;
+
+static constinit std::atomic<pid_t> gProcess = 0;
+
+void prv_note_process() { gProcess = getpid(); }
+bool prv_is_noted_process() { return gProcess == getpid(); }
+
+timespec prv_wall_clock_in(int seconds) {
+  timespec moment = {};
+  clock_gettime(CLOCK_REALTIME, &moment);
+  moment.tv_sec += seconds;
+  return moment;
+}
 
 int32_t prv_get_monotonic_seconds() {
   timespec now;

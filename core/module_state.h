@@ -6,6 +6,7 @@
 
 #include <pthread.h>
 #include <stdint.h>
+#include <time.h>
 
 extern pthread_mutex_t gModuleMutex;
 
@@ -23,6 +24,14 @@ class ScopedLock {
  private:
   pthread_mutex_t& mutex_;
 };
+
+// The process that has opened the port or made a thread: a fork's child has none of the threads,
+// and the port is its parent's.
+void prv_note_process();
+bool prv_is_noted_process();
+
+// The wall clock so many seconds from now, which bounded waits for threads take.
+timespec prv_wall_clock_in(int seconds);
 
 // Signed, and right across an overflow.
 inline int32_t prv_seconds_between(int32_t then, int32_t now) {

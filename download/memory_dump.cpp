@@ -294,8 +294,14 @@ static bool dump() {
   return !gLeftOut;
 }
 
+// A file that nothing came for is not left behind: it would take its name from the next dump.
 static void close_files() {
-  for (uint32_t i = 0; i < gRegionCount; ++i) close_file(&gRegions[i].descriptor);
+  for (uint32_t i = 0; i < gRegionCount; ++i) {
+    Region& region = gRegions[i];
+    close_file(&region.descriptor);
+    bool is_empty = region.done == 0 && region.length > 0;
+    if (is_empty) unlinkat(gDirectoryDescriptor, region.path + strlen(gDirectory) + 1, 0);
+  }
   close_file(&gDirectoryDescriptor);
 }
 

@@ -1,22 +1,28 @@
 /* Host interface of the WAN-modem module: open, close, read the modem's state.
  *
  * Every call may come from any thread; the module serialises them: a call waits for the one that
- * is under way. vurn_get_mcc alone takes no lock (see there), and vurn_report_event,
- * vurn_set_log_mask and vurn_get_module_flags ask the modem nothing.
+ * is under way, and for the module's own thread while it switches field testing on, which is one
+ * exchange. vurn_get_mcc does not take part (see there), nor do vurn_report_event,
+ * vurn_set_log_mask and vurn_get_module_flags, which ask the modem nothing.
  *
- * Waiting: a modem that falls silent costs a call 5 s; the link is closed then, and every call
- * fails at once until the host has closed and opened the module. A slow answer may take 15 s, and
- * a line that takes no bytes fails after 5 s: 20 s for each exchange at the very most. The getters
- * make one exchange, but for vurn_get_data_service_mode (2), vurn_get_bars (11),
- * vurn_originate_call_test (4) and vurn_stop_call_test (2); vurn_get_log_string, vurn_log_message,
- * vurn_enable_logging and vurn_open refresh the whole report (25 with all lists of the card).
- * vurn_close ends within 0.1 s of getting its turn. A log daemon that does not read makes syslog()
- * wait, and with it every call that writes a line: the module can't help that.
+ * Waiting: a modem that falls silent costs a call 5 s; the link is closed then, and every call that
+ * asks the modem fails at once until the host has closed and opened the module. A slow answer may
+ * take 15 s, and a line that takes no bytes fails after 5 s: 20 s for each exchange at the most,
+ * and twice that right after an exchange that was given up. The getters make one exchange, but for
+ * vurn_get_data_service_mode (2), vurn_get_bars (10), vurn_originate_call_test (4) and
+ * vurn_stop_call_test (2); vurn_get_log_string, vurn_log_message, vurn_enable_logging and vurn_open
+ * refresh the whole report (24 with all lists of the card). vurn_close(0) ends within 0.1 s of
+ * getting its turn; vurn_close(1) gives up its turn while it ends the thread, and a call of another
+ * thread may come in between. A log daemon that does not read makes syslog() wait, and with it
+ * every call that writes a line: the module can't help that.
  *
  * Reports (vurn_get_log_string, vurn_log_message, vurn_enable_logging, vurn_open) switch the
  * modem's field testing on for some seconds: a thread of the module then asks it for events and
  * screens. A call that meets such an exchange waits 0.2 s for it and then closes the link: a modem
  * that is slower than that can't be used beside field testing.
+ *
+ * Unloading the library, and exit, close the link and end its threads: within a second, whatever
+ * they are doing.
  *
  * Outputs are written only on success unless a call says otherwise. A text call may clear the
  * host's buffer before it asks the modem. Texts are the modem's own bytes, padded with zeros to
@@ -184,8 +190,9 @@ int vurn_stop_call_test(void);
 int vurn_get_log_string(char* buf, unsigned len);
 
 /* Reports the exception names[code]: five reports with it follow in syslog, one with each
- * field-test screen. Codes 3 to 7 are not reported. names belongs to the host and stays valid.
- * VURN_OK, or VURN_ERR_NOT_OPEN when nothing will follow. */
+ * field-test screen; fewer while another exception is being reported. Codes 3 to 7 are not
+ * reported, with VURN_OK. names belongs to the host and stays valid. VURN_OK, or VURN_ERR_NOT_OPEN
+ * when nothing will follow. */
 int vurn_log_message(unsigned code, const char** names);
 
 /* Not 0: takes a diagnostic snapshot, one report after five screens. 0 does nothing. VURN_OK. */

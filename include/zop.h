@@ -294,9 +294,10 @@ void zop_close(void);
 /* ---- the exchange itself, for commands of the host's own ---- */
 
 /* Sends the first length bytes of the request buffer and reads one response. The buffer holds what
- * the last command left in it, so that this sends the same again; zop_open leaves its probe there.
- * leading_flag non-zero puts a flag byte in front. Bytes received with the closing flag, or
- * 0 / -1 (write failed / I/O error) or -2 (no answer in three attempts). */
+ * the last command left in it, so that this sends the same again; zop_open leaves its probe there,
+ * zop_end_call_test and zop_debug_mode_start leave it alone. leading_flag non-zero puts a flag byte
+ * in front. Bytes received with the closing flag, or 0 / -1 (write failed / I/O error) or -2 (no
+ * answer in three attempts). */
 int zop_send(int length, int leading_flag);
 
 /* 1 when have is at least need, else 0. */

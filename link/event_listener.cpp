@@ -13,6 +13,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "core/module_state.h"
 #include "include/zop.h"
 #include "link/exchange.h"
 #include "link/serial_port.h"
@@ -185,6 +186,7 @@ static void* listen(void* argument) {
 }
 
 int create_module_thread(pthread_t* thread, void* (*start)(void*), void* argument) {
+  prv_note_process();
   sigset_t asynchronous;
   sigset_t before;
   sigfillset(&asynchronous);
@@ -210,11 +212,18 @@ static void prepare_wake_condition() {
   prepared = true;
 }
 
-static void join_listener() {
+static void wake_listener() {
   pthread_mutex_lock(&wake_mutex);
   pthread_cond_signal(&wake_condition);
   pthread_mutex_unlock(&wake_mutex);
-  if (creation_result.exchange(NO_THREAD) == THREAD_CREATED) pthread_join(listener_thread, nullptr);
+}
+
+static bool take_listener_thread() { return creation_result.exchange(NO_THREAD) == THREAD_CREATED; }
+
+static void join_listener() {
+  if (!take_listener_thread()) return;
+  wake_listener();
+  pthread_join(listener_thread, nullptr);
 }
 
 // Callers hold the module's lock. A listener that an alarm has stopped is joined first.
@@ -239,8 +248,19 @@ unsigned zop_debug_start(unsigned polls) {
 
 unsigned zop_debug_stop() {
   THREAD_STATUS = LISTENER_STOPPED;
-  if (creation_result == THREAD_CREATED) join_listener();
+  join_listener();
   return ZOP_SUCCESS;
+}
+
+// Any thread of the host may have been left with the lock, in a signal handler that exits.
+void leave_listener(const timespec& end) {
+  THREAD_STATUS = LISTENER_STOPPED;
+  if (!take_listener_thread()) return;
+  if (pthread_mutex_timedlock(&wake_mutex, &end) == 0) {
+    pthread_cond_signal(&wake_condition);
+    pthread_mutex_unlock(&wake_mutex);
+  }
+  pthread_timedjoin_np(listener_thread, nullptr, &end);
 }
 
 bool time_call_by_listener(uint32_t timeout_s) {
@@ -255,8 +275,7 @@ bool time_call_by_listener(uint32_t timeout_s) {
 
 // ---- alarms ----
 
-// A host that unloads the module must not be sent into code that is gone.
-__attribute__((destructor)) static void take_alarm_handlers_away() {
+void take_alarm_handlers_away() {
   struct sigaction action;
   if (sigaction(SIGALRM, nullptr, &action) != 0) return;
   if (action.sa_handler != callback_debug_close && action.sa_handler != callback_function) return;

@@ -7,6 +7,7 @@
 
 #include <pthread.h>
 #include <stdint.h>
+#include <time.h>
 
 #include <atomic>
 
@@ -32,6 +33,13 @@ void zop_debug_end_callback();
 
 // SIGALRM: ends a test call whose time is over; tries again a second later while the port is busy.
 void callback_function(int signal);
+
+// At the end of the library: stops the listener and waits for it until the wall clock says end, and
+// no longer. The link is closed.
+void leave_listener(const timespec& end);
+
+// A host that unloads the module must not be sent into code that is gone.
+void take_alarm_handlers_away();
 
 // SIGALRM: stops the listener of a link that has failed.
 void callback_debug_close(int signal);

@@ -9,6 +9,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "core/module_state.h"
 #include "link/event_listener.h"
 
 enum {
@@ -156,6 +157,7 @@ void diag_settle() {
 }
 
 int32_t open_settled(const char* path) {
+  prv_note_process();
   int fd = open_above_standard_streams(path);
   if (fd > static_cast<int>(WAITING_DESCRIPTOR)) {
     close(fd);

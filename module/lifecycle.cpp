@@ -13,6 +13,8 @@
 #include "core/module_state.h"
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
+#include "link/event_listener.h"
+#include "link/serial_port.h"
 #include "module/stuck_detection.h"
 #include "report/deferred_action.h"
 #include "report/field_test.h"
@@ -26,12 +28,6 @@ enum { SIM_POLLS = 20 };
 enum { UNLOAD_WAIT_S = 1 };
 
 constinit bool gDeferredThreadCreated = false;
-
-// The process that loaded the module, or opened it last. A fork's child has none of the threads,
-// and the port is its parent's.
-static constinit pid_t gHost = 0;
-
-__attribute__((constructor)) static void prv_note_host() { gHost = getpid(); }
 
 static void prv_close_link() {
   zop_close();
@@ -145,7 +141,6 @@ static int prv_fail_open() {
 }
 
 static int prv_open_module() {
-  prv_note_host();
   if (!prv_create_deferred_action_thread()) return prv_fail_open();
   if (gModuleOpen) {  // a second open closes; the host opens again
     prv_set_field_testing(false, false);
@@ -189,17 +184,19 @@ int vurn_close(int join) {
 
 // ---- unloading ----
 
-// A host that unloads the module, or exits, with the link open or a thread left: neither may run on
-// in code that is gone. gModuleMutex is not taken, since a thread of the host may hold it for good,
-// and no thread is waited for without a limit. Closing the link ends an exchange under way; what
-// the thread has started meanwhile is stopped behind it. The link's alarm is taken away after this,
-// the rooms being left in the reverse order of their linking.
+// A host that unloads the module, or exits, with the link open or a thread left: nothing may run on
+// in code that is gone. No lock and no thread is waited for without a limit: a thread of the host,
+// this one even, may have been stopped with any of them. Closing the link ends an exchange under
+// way; what the deferred-action thread has started meanwhile is stopped behind it.
 __attribute__((destructor)) static void prv_leave_host() {
-  if (getpid() != gHost) return;
-  prv_stop_deferred_action_thread();
-  zop_close();
-  prv_join_deferred_action_thread_within(UNLOAD_WAIT_S);
-  zop_debug_stop();
+  if (prv_is_noted_process()) {
+    timespec end = prv_wall_clock_in(UNLOAD_WAIT_S);
+    diag_close();
+    leave_listener(end);
+    prv_leave_deferred_action_thread(end);
+    leave_listener(end);
+  }
+  take_alarm_handlers_away();
 }
 
 // ---- what needs no modem ----

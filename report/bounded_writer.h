@@ -23,7 +23,11 @@ class BoundedWriter {
     va_start(arguments, format);
     size_t wanted = print(format, arguments);
     va_end(arguments);
-    if (wanted <= room()) length_ += wanted;
+    if (wanted <= room()) {
+      length_ += wanted;
+    } else {
+      size_ = length_ + 1;  // the list ends here: it has no holes
+    }
     buffer_[length_] = '\0';
   }
 

@@ -133,21 +133,27 @@ bool prv_is_deferred_action_thread_stopped() {
   return gDeferredStop;
 }
 
-// Whether there is a thread to join: for one caller alone.
+// Whether there is a thread to join, for one caller alone; under gDeferredMutex.
 static bool prv_take_thread() {
-  ScopedLock lock(gDeferredMutex);
   bool runs = gDeferredRuns;
   gDeferredRuns = false;
   return runs;
 }
 
 void prv_join_deferred_action_thread() {
-  if (prv_take_thread()) pthread_join(gDeferredThread, nullptr);
+  bool joins;
+  {
+    ScopedLock lock(gDeferredMutex);
+    joins = prv_take_thread();
+  }
+  if (joins) pthread_join(gDeferredThread, nullptr);
 }
 
-void prv_join_deferred_action_thread_within(int seconds) {
-  timespec end;  // the call takes wall-clock time
-  clock_gettime(CLOCK_REALTIME, &end);
-  end.tv_sec += seconds;
-  if (prv_take_thread()) pthread_timedjoin_np(gDeferredThread, nullptr, &end);
+void prv_leave_deferred_action_thread(const timespec& end) {
+  if (pthread_mutex_timedlock(&gDeferredMutex, &end) != 0) return;
+  gDeferredStop = true;
+  pthread_cond_signal(&gDeferredCond);
+  bool joins = prv_take_thread();
+  pthread_mutex_unlock(&gDeferredMutex);
+  if (joins) pthread_timedjoin_np(gDeferredThread, nullptr, &end);
 }

@@ -1,6 +1,8 @@
 // The deferred-action thread: it takes events from a slot and does what the state machine says.
 #pragma once
 
+#include <time.h>
+
 #include "report/state_machine.h"
 
 // Puts an event into the slot. There is no queue: a newer event replaces one that the thread has
@@ -22,4 +24,6 @@ bool prv_is_deferred_action_thread_stopped();
 
 // Waits until it has ended: without gModuleMutex, which it may want.
 void prv_join_deferred_action_thread();
-void prv_join_deferred_action_thread_within(int seconds);
+
+// Both, at the end of the library: until the wall clock says end, and no longer.
+void prv_leave_deferred_action_thread(const timespec& end);

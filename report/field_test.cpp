@@ -31,9 +31,9 @@ static unsigned prv_start_debugging() {
 // After a start that fails it is off, and the thread must see that; a listener that runs already is
 // as good as one that is started.
 void prv_set_field_testing(bool on, bool lockModule) {
-  bool off = !on;
+  bool start_failed = false;
   if (lockModule) pthread_mutex_lock(&gModuleMutex);
-  if (off) {
+  if (!on) {
     LOG_D(VURN_LOG_GENERAL, "D zop:turning off field testing");
     int status = static_cast<int>(zop_debug_stop());
     if (status != 0) LOG_E("E zop:stopdeb:status=%d:can't stop debugging", status);
@@ -43,11 +43,13 @@ void prv_set_field_testing(bool on, bool lockModule) {
     int status = static_cast<int>(prv_start_debugging());
     if (status != 0) LOG_E("E zop:startdeb:status=%d:can't start debugging", status);
     if (status == 0) LOG_D(VURN_LOG_GENERAL, "D zop:turned on field testing");
-    off = status != ZOP_SUCCESS && status != ALREADY_RUNS;
-    if (!off) prv_forget_switch_off();
+    start_failed = status != ZOP_SUCCESS && status != ALREADY_RUNS;
+    if (!start_failed) prv_forget_switch_off();
   }
+  // Before another thread gets the lock: its request would be lost behind this.
+  if (start_failed) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
   if (lockModule) pthread_mutex_unlock(&gModuleMutex);
-  if (off) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
+  if (!on) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
 }
 
 void prv_output_field_test_data_to_syslog() {
