@@ -296,8 +296,9 @@ void zop_close(void);
 /* Sends the first length bytes of the request buffer and reads one response. The buffer holds what
  * the last command left in it, so that this sends the same again; zop_open leaves its probe there,
  * zop_end_call_test and zop_debug_mode_start leave it alone. leading_flag non-zero puts a flag byte
- * in front. Bytes received with the closing flag, or 0 / -1 (write failed / I/O error) or -2 (no
- * answer in three attempts). */
+ * in front. Bytes received with the closing flag; 0 when the request was not taken whole; -1 on an
+ * I/O error, and when the modem is silent: that closes the link, and the next attempt fails; -2
+ * when another thread has opened it each time and three attempts had no answer. */
 int zop_send(int length, int leading_flag);
 
 /* 1 when have is at least need, else 0. */
