@@ -11,11 +11,11 @@
 #include <fstream>
 #include <iostream>
 
-#include "simulator/list_settings.h"
+#include "simulator/line/terminal.h"
+#include "simulator/model/state_file.h"
 #include "simulator/modem.h"
 #include "simulator/replay.h"
-#include "simulator/state_file.h"
-#include "simulator/terminal.h"
+#include "simulator/scenario/list_settings.h"
 #include "simulator/troff.h"
 
 namespace fs = std::filesystem;

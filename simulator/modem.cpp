@@ -5,7 +5,6 @@
 
 #include <algorithm>
 
-#include "simulator/handlers.h"
 #include "simulator/trace.h"
 
 namespace sim {

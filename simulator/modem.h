@@ -6,10 +6,10 @@
 #include <functional>
 #include <optional>
 
-#include "simulator/download_mode.h"
-#include "simulator/faults.h"
-#include "simulator/frame.h"
-#include "simulator/scenario.h"
+#include "simulator/download/download_mode.h"
+#include "simulator/line/frame.h"
+#include "simulator/scenario/faults.h"
+#include "simulator/scenario/scenario.h"
 
 namespace sim {
 

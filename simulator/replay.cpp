@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "simulator/requests.h"
+#include "simulator/requests/requests.h"
 #include "simulator/trace.h"
 
 namespace sim {

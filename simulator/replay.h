@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 
-#include "simulator/capture.h"
+#include "simulator/line/capture.h"
 #include "simulator/modem.h"
 
 namespace sim {

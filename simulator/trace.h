@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "simulator/requests.h"
+#include "simulator/requests/requests.h"
 
 namespace sim {
 

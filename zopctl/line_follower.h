@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/frame.h"
+#include "simulator/line/frame.h"
 #include "zopctl/image_set.h"
 #include "zopctl/progress.h"
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "simulator/requests.h"
+#include "simulator/requests/requests.h"
 
 namespace zopctl {
 

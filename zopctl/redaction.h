@@ -2,7 +2,7 @@
 // numbers, messages, and the modem's memory.
 #pragma once
 
-#include "simulator/capture.h"
+#include "simulator/line/capture.h"
 
 namespace zopctl {
 

@@ -1,7 +1,7 @@
 // The shipped scenarios as a host sees them, in virtual time.
 #include <functional>
 
-#include "simulator/scenario.h"
+#include "simulator/scenario/scenario.h"
 #include "tests/module/module_fixture.h"
 #include "tests/support/simulated_far_end.h"
 

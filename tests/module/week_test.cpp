@@ -2,7 +2,7 @@
 // modem and the platform did to it.
 #include <algorithm>
 
-#include "simulator/scenario.h"
+#include "simulator/scenario/scenario.h"
 #include "tests/module/host_event.h"
 #include "tests/module/module_fixture.h"
 #include "tests/support/simulated_far_end.h"

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "simulator/scenario.h"
+#include "simulator/scenario/scenario.h"
 #include "tests/module/module_fixture.h"
 #include "tests/support/simulated_far_end.h"
 

@@ -1,12 +1,12 @@
 // Captures as files: what is written is read again, and files that are none, or cut, are told.
-#include "simulator/capture.h"
+#include "simulator/line/capture.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 
 #include "simulator/replay.h"
-#include "simulator/requests.h"
+#include "simulator/requests/requests.h"
 
 using namespace sim;
 using namespace std::chrono_literals;

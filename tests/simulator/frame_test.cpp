@@ -1,5 +1,5 @@
 // The simulator's own framing: known frames, and what it drops.
-#include "simulator/frame.h"
+#include "simulator/line/frame.h"
 
 #include <gtest/gtest.h>
 

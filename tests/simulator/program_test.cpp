@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "simulator/frame.h"
+#include "simulator/line/frame.h"
 #include "tests/support/program.h"
 
 using sim::Bytes;

@@ -1,5 +1,5 @@
 // Scenarios: what they set, when, and that a bad one is refused with its line.
-#include "simulator/scenario.h"
+#include "simulator/scenario/scenario.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The state file: what outlives a restart, and that a damaged or unwritable one is told.
-#include "simulator/state_file.h"
+#include "simulator/model/state_file.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

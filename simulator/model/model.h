@@ -13,8 +13,8 @@
 
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
-#include "simulator/boot_rom.h"
-#include "simulator/frame.h"
+#include "simulator/download/boot_rom.h"
+#include "simulator/line/frame.h"
 
 namespace sim {
 

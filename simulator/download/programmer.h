@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "simulator/frame.h"
+#include "simulator/line/frame.h"
 
 namespace sim {
 

@@ -1,6 +1,6 @@
 // The table of lists, and their textual forms. A screen holds 31 WCDMA cells and the empty entry
 // that ends them, 32 GSM neighbours and the six best cells.
-#include "simulator/list_settings.h"
+#include "simulator/scenario/list_settings.h"
 
 #include <algorithm>
 #include <charconv>

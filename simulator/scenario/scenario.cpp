@@ -1,6 +1,6 @@
 // Reading scenarios. Every key must be known and every value in its range: a misspelt scenario
 // would show a modem that nobody asked for.
-#include "simulator/scenario.h"
+#include "simulator/scenario/scenario.h"
 
 #include <toml++/toml.h>
 
@@ -9,7 +9,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "simulator/list_settings.h"
+#include "simulator/scenario/list_settings.h"
 
 namespace sim {
 

@@ -1,9 +1,9 @@
 // Radio cells, and the field-test screen that shows everything at once.
+#include "simulator/requests/radio_requests.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
-
-#include "simulator/handlers.h"
 
 namespace sim {
 

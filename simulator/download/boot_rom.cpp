@@ -1,5 +1,5 @@
 // Strict: a packet of another length, or an address that does not follow, is refused with a NAK.
-#include "simulator/boot_rom.h"
+#include "simulator/download/boot_rom.h"
 
 #include <algorithm>
 #include <iterator>

@@ -19,8 +19,8 @@
 #include <string>
 #include <vector>
 
-#include "simulator/faults.h"
-#include "simulator/model.h"
+#include "simulator/scenario/faults.h"
+#include "simulator/model/model.h"
 
 namespace sim {
 

@@ -1,5 +1,5 @@
 // Framing. A frame that grows past what any host sends is dropped up to its next flag.
-#include "simulator/frame.h"
+#include "simulator/line/frame.h"
 
 #include <boost/crc.hpp>
 

@@ -1,6 +1,6 @@
 // The state as JSON, replaced in one step: a new file is written beside the old, brought to the
 // disk and renamed over it.
-#include "simulator/state_file.h"
+#include "simulator/model/state_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,8 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-
-#include "simulator/handlers.h"
 
 namespace sim {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/model.h"
+#include "simulator/model/model.h"
 
 namespace sim {
 

@@ -1,11 +1,11 @@
 // Parsing and drawing of faults.
-#include "simulator/faults.h"
-
-#include "simulator/download_mode.h"
+#include "simulator/scenario/faults.h"
 
 #include <algorithm>
 #include <charconv>
 #include <stdexcept>
+
+#include "simulator/download/download_mode.h"
 
 namespace sim {
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "simulator/boot_rom.h"
-#include "simulator/programmer.h"
+#include "simulator/download/boot_rom.h"
+#include "simulator/download/programmer.h"
 
 namespace sim {
 

@@ -1,11 +1,13 @@
 // The table of requests. A vendor answer begins with the header and a status of 0, to which a
 // handler appends its fields; a standard DIAG answer begins with the command byte.
-#include "simulator/requests.h"
-
-#include "simulator/handlers.h"
+#include "simulator/requests/requests.h"
 
 #include <algorithm>
 #include <ctime>
+
+#include "simulator/requests/device_requests.h"
+#include "simulator/requests/radio_requests.h"
+#include "simulator/requests/sim_requests.h"
 
 namespace sim {
 

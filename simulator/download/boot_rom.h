@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/frame.h"
+#include "simulator/line/frame.h"
 
 namespace sim {
 

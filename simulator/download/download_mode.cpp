@@ -1,5 +1,5 @@
 // The packets by name, and where they lead.
-#include "simulator/download_mode.h"
+#include "simulator/download/download_mode.h"
 
 #include <algorithm>
 #include <cctype>

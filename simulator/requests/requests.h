@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "simulator/model.h"
+#include "simulator/model/model.h"
 
 namespace sim {
 

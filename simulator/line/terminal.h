@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "simulator/frame.h"
+#include "simulator/line/frame.h"
 
 namespace sim {
 

@@ -8,7 +8,7 @@
 //   device.memory = [{ name = "ram.bin", base = 0x800000, length = 65536 }]
 #pragma once
 
-#include "simulator/settings.h"
+#include "simulator/scenario/settings.h"
 
 namespace sim {
 

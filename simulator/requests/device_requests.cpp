@@ -1,8 +1,8 @@
 // NV items, configuration, error log, messages, calls, backup, profiles and the clock.
+#include "simulator/requests/device_requests.h"
+
 #include <algorithm>
 #include <ctime>
-
-#include "simulator/handlers.h"
 
 namespace sim {
 

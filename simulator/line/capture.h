@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/frame.h"
+#include "simulator/line/frame.h"
 
 namespace sim {
 

@@ -1,7 +1,7 @@
 // The SIM card: PIN1 with its tries and its unblocking key, PLMN lists, files.
-#include <algorithm>
+#include "simulator/requests/sim_requests.h"
 
-#include "simulator/handlers.h"
+#include <algorithm>
 
 namespace sim {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/requests.h"
+#include "simulator/requests/requests.h"
 
 namespace sim {
 

@@ -1,6 +1,6 @@
 // pcapng blocks: type, length, body, length again; options are code, length, value, all padded to
 // four bytes. Written little-endian, read in either order.
-#include "simulator/capture.h"
+#include "simulator/line/capture.h"
 
 #include <algorithm>
 #include <cerrno>

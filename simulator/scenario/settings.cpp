@@ -1,5 +1,5 @@
 // The table of settings. Words name the values that people write; numbers are taken as well.
-#include "simulator/settings.h"
+#include "simulator/scenario/settings.h"
 
 #include <algorithm>
 

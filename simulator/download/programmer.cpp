@@ -1,5 +1,5 @@
 // Strict: nothing is taken before a hello, and no write that does not follow the one before.
-#include "simulator/programmer.h"
+#include "simulator/download/programmer.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,5 +1,5 @@
 // Pseudo-terminals by the book: raw before the host opens them, never our controlling terminal.
-#include "simulator/terminal.h"
+#include "simulator/line/terminal.h"
 
 #include <fcntl.h>
 #include <stdlib.h>
