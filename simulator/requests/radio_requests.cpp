@@ -11,9 +11,9 @@ constexpr size_t MOST_CELLS = 32;
 constexpr size_t MOST_SHOWN_CELLS = 31;  // an empty entry ends the screen's list
 constexpr size_t MOST_BEST = 6;
 
-void cell_set(const Context& c, Answer& a, int set) {
+void cell_set(const Incoming& in, Answer& a, int set) {
   std::vector<WcdmaCell> cells;
-  std::ranges::copy_if(c.model.radio.cells, std::back_inserter(cells),
+  std::ranges::copy_if(in.model.radio.cells, std::back_inserter(cells),
                        [&](const WcdmaCell& cell) { return cell.set == set; });
   cells.resize(std::min(MOST_CELLS, cells.size()));
   a.u8(static_cast<int>(cells.size()));
@@ -64,8 +64,8 @@ static void states(const Model& m, Answer& a) {
   a.u8(m.device.test_mode).u8(m.device.selection_mode);
 }
 
-void screen(const Context& c, Answer& a) {
-  const Model& m = c.model;
+void screen(const Incoming& in, Answer& a) {
+  const Model& m = in.model;
   a.u8(m.radio.system_mode).u8(m.network.service).u8(m.network.registration);
   a.text(m.network.name, 32).text(m.identity.imei, 16).text(m.identity.imsi, 16);
   a.u32(m.radio.channel).u32(m.network.cell_id).u8(m.state.call);

@@ -5,9 +5,9 @@
 
 namespace sim {
 
-void cell_set(const Context&, Answer&, int set);
+void cell_set(const Incoming&, Answer&, int set);
 void neighbors(const Radio&, Answer&);
 void best_six(const Radio&, Answer&);
-void screen(const Context&, Answer&);
+void screen(const Incoming&, Answer&);
 
 }  // namespace sim

@@ -1,5 +1,5 @@
-// The table of requests. A vendor answer begins with the header and a status of 0, to which a
-// handler appends its fields; a standard DIAG answer begins with the command byte.
+// The table of requests. A vendor answer begins with the header and a status of 0, to which the
+// row appends its fields; a standard DIAG answer begins with the command byte.
 #include "simulator/requests/requests.h"
 
 #include <algorithm>
@@ -42,7 +42,7 @@ constexpr size_t PLAIN = 3;
 constexpr size_t ONE_BYTE = 4;  // a vendor request with one byte of payload
 constexpr size_t NV_LENGTH = 133;
 
-using C = const Context&;
+using I = const Incoming&;
 using A = Answer&;
 
 static std::string location_area(const Network& network) {
@@ -53,10 +53,10 @@ static std::string location_area(const Network& network) {
 }
 
 // Local time of the network, weekday counted from Sunday; status 1 before the network has sent it.
-static void network_time(C c, A a) {
-  const Clock& clock = c.model.clock;
+static void network_time(I in, A a) {
+  const Clock& clock = in.model.clock;
   if (clock.provided == 0) return a.status(1);
-  auto seconds = static_cast<std::time_t>(c.now / std::chrono::seconds(1));
+  auto seconds = static_cast<std::time_t>(in.now / std::chrono::seconds(1));
   std::time_t local = clock.start + seconds + std::time_t{900} * clock.zone;
   std::tm t{};
   gmtime_r(&local, &t);
@@ -65,26 +65,26 @@ static void network_time(C c, A a) {
 }
 
 // Ticks of the modem's clock, 1.25 ms in the upper 48 bits of 64.
-static void timestamp(C c, A a) {
-  int64_t ticks = c.now.count() / 1250 << 16;
+static void timestamp(I in, A a) {
+  int64_t ticks = in.now.count() / 1250 << 16;
   a.u32(ticks & 0xFFFFFFFF).u32(ticks >> 32);
 }
 
 // Sets a value of the model to the request's byte, when it is up to most.
-static void set(C c, A a, int& place, int most) {
-  int value = c.request[3];
+static void set(I in, A a, int& place, int most) {
+  int value = in.request[3];
   if (value > most) return a.status(1);
   place = value;
 }
 
 static const Request REQUESTS[] = {
     // Standard DIAG commands
-    {0x01, ANY, "esn", 1, [](C c, A a) { a.u32(c.model.identity.serial_number); }},
+    {0x01, ANY, "esn", 1, [](I in, A a) { a.u32(in.model.identity.serial_number); }},
     {0x1D, ANY, "timestamp", 1, timestamp},
     {0x26, ANY, "nv_read", NV_LENGTH, nv_read},
     {0x27, ANY, "nv_write", NV_LENGTH, nv_write},
-    {0x7C, ANY, "build", 1, [](C c, A a) { a.zeros(11).text(c.model.identity.build, 64).u8(0); }},
-    {0x3A, ANY, "download_mode", 1, [](C, A a) { a.then = Answer::ENTERS_BOOT_ROM; }},
+    {0x7C, ANY, "build", 1, [](I in, A a) { a.zeros(11).text(in.model.identity.build, 64).u8(0); }},
+    {0x3A, ANY, "download_mode", 1, [](I, A a) { a.then = Answer::ENTERS_BOOT_ROM; }},
     {0x29, ANY, "mode_control", 3, mode_control},
     {0x2A, ANY, "error_log", 1, error_log},
     {0x2B, ANY, "clear_error", 2, clear_error},
@@ -102,7 +102,7 @@ static const Request REQUESTS[] = {
     {0xD2, 4, "pin_enable", 19, pin_enable},
     {0xD2, 5, "pin_unblock", 27, pin_unblock},
     {0xD5, 40, "virtual_sim", ONE_BYTE,
-     [](C c, A a) { set(c, a, c.model.sim.virtual_state, 255); }},
+     [](I in, A a) { set(in, a, in.model.sim.virtual_state, 255); }},
     {VENDOR, 'K', "sim_file", 11, sim_file},
     {VENDOR, '_', "operator_plmns", PLAIN, operator_plmns},
     {VENDOR, '`', "home_plmns", PLAIN, home_plmns},
@@ -115,87 +115,88 @@ static const Request REQUESTS[] = {
     // Configuration
     {VENDOR, 0x1B, "write_profile", 106, write_profile},
     {VENDOR, 'B', "set_band", ONE_BYTE, set_band},
-    {VENDOR, 'C', "diag_port", ONE_BYTE, [](C c, A a) { set(c, a, c.model.device.diag_port, 1); }},
-    {VENDOR, 'D', "reset", ONE_BYTE, [](C, A a) { a.then = Answer::RESTARTS; }},
+    {VENDOR, 'C', "diag_port", ONE_BYTE,
+     [](I in, A a) { set(in, a, in.model.device.diag_port, 1); }},
+    {VENDOR, 'D', "reset", ONE_BYTE, [](I, A a) { a.then = Answer::RESTARTS; }},
     {VENDOR, 'E', "error_fatal", ONE_BYTE, error_fatal},
     {VENDOR, 'F', "read_profile", ONE_BYTE, read_profile},
     {VENDOR, 'I', "factory_test", ONE_BYTE,
-     [](C c, A a) { set(c, a, c.model.device.test_mode, 1); }},
+     [](I in, A a) { set(in, a, in.model.device.test_mode, 1); }},
     {VENDOR, 'L', "backup_status", PLAIN,
-     [](C c, A a) { a.u8(c.model.device.backup_ready).u8(c.model.device.backup_value); }},
-    {VENDOR, 'M', "debug_mode", ONE_BYTE, [](C c, A) { c.model.device.debug_mode = 1; }},
-    {VENDOR, 'p', "vendor_test", ONE_BYTE, [](C, A a) { a.status(1); }},
+     [](I in, A a) { a.u8(in.model.device.backup_ready).u8(in.model.device.backup_value); }},
+    {VENDOR, 'M', "debug_mode", ONE_BYTE, [](I in, A) { in.model.device.debug_mode = 1; }},
+    {VENDOR, 'p', "vendor_test", ONE_BYTE, [](I, A a) { a.status(1); }},
     // Calls
     {VENDOR, 'c', "originate", 37, originate_call},
     {VENDOR, 'd', "end_call", PLAIN, end_call},
     {VENDOR, '=', "events", PLAIN,
-     [](C c, A a) { a.u8(c.model.device.debug_mode != 0 ? c.model.device.events : 0); }},
+     [](I in, A a) { a.u8(in.model.device.debug_mode != 0 ? in.model.device.events : 0); }},
     {VENDOR, '>', "event_originated", PLAIN, event_originated},
     {VENDOR, '?', "event_activated", PLAIN, event_activated},
     {VENDOR, '@', "event_deactivated", PLAIN, event_deactivated},
     {VENDOR, 'A', "event_ended", PLAIN, event_ended},
     // Identity
     {VENDOR, 0x07, "phone_number", PLAIN,
-     [](C c, A a) { a.text(c.model.identity.phone_number, 36); }},
-    {VENDOR, '#', "iccid", PLAIN, [](C c, A a) { a.text(c.model.identity.iccid, 20); }},
-    {VENDOR, 'H', "hardware", PLAIN, [](C c, A a) { a.text(c.model.identity.hardware, 20); }},
-    {VENDOR, 'J', "card_mode", PLAIN, [](C c, A a) { a.u16(c.model.sim.card_mode); }},
-    {VENDOR, ']', "firmware", PLAIN, [](C c, A a) { a.text(c.model.identity.firmware, 20); }},
-    {VENDOR, 'g', "imei", PLAIN, [](C c, A a) { a.text(c.model.identity.imei, 16); }},
-    {VENDOR, 'h', "imsi", PLAIN, [](C c, A a) { a.text(c.model.identity.imsi, 16); }},
+     [](I in, A a) { a.text(in.model.identity.phone_number, 36); }},
+    {VENDOR, '#', "iccid", PLAIN, [](I in, A a) { a.text(in.model.identity.iccid, 20); }},
+    {VENDOR, 'H', "hardware", PLAIN, [](I in, A a) { a.text(in.model.identity.hardware, 20); }},
+    {VENDOR, 'J', "card_mode", PLAIN, [](I in, A a) { a.u16(in.model.sim.card_mode); }},
+    {VENDOR, ']', "firmware", PLAIN, [](I in, A a) { a.text(in.model.identity.firmware, 20); }},
+    {VENDOR, 'g', "imei", PLAIN, [](I in, A a) { a.text(in.model.identity.imei, 16); }},
+    {VENDOR, 'h', "imsi", PLAIN, [](I in, A a) { a.text(in.model.identity.imsi, 16); }},
     // Network
     {VENDOR, 0x13, "set_time", 17, set_time},
     {VENDOR, 0x14, "network_time", PLAIN, network_time},
-    {VENDOR, '!', "roaming", PLAIN, [](C c, A a) { a.u8(c.model.network.roaming); }},
-    {VENDOR, '"', "home_network", PLAIN, [](C c, A a) { a.u8(c.model.network.home_allowed); }},
-    {VENDOR, '/', "rac", PLAIN, [](C c, A a) { a.u8(c.model.network.rac); }},
-    {VENDOR, '0', "mcc", PLAIN, [](C c, A a) { a.text(c.model.network.mcc, 3); }},
-    {VENDOR, '1', "mnc", PLAIN, [](C c, A a) { a.text(c.model.network.mnc, 3); }},
+    {VENDOR, '!', "roaming", PLAIN, [](I in, A a) { a.u8(in.model.network.roaming); }},
+    {VENDOR, '"', "home_network", PLAIN, [](I in, A a) { a.u8(in.model.network.home_allowed); }},
+    {VENDOR, '/', "rac", PLAIN, [](I in, A a) { a.u8(in.model.network.rac); }},
+    {VENDOR, '0', "mcc", PLAIN, [](I in, A a) { a.text(in.model.network.mcc, 3); }},
+    {VENDOR, '1', "mnc", PLAIN, [](I in, A a) { a.text(in.model.network.mnc, 3); }},
     {VENDOR, '2', "location_area", PLAIN,
-     [](C c, A a) { a.text(location_area(c.model.network), 14); }},
-    {VENDOR, '3', "cell_id", PLAIN, [](C c, A a) { a.u32(c.model.network.cell_id); }},
-    {VENDOR, ':', "network_name", PLAIN, [](C c, A a) { a.text(c.model.network.name, 255); }},
-    {VENDOR, ';', "service", PLAIN, [](C c, A a) { a.u8(c.model.network.service); }},
-    {VENDOR, '<', "registration", PLAIN, [](C c, A a) { a.u8(c.model.network.registration); }},
-    {VENDOR, 'o', "carrier", PLAIN, [](C c, A a) { a.u8(c.model.network.carrier); }},
+     [](I in, A a) { a.text(location_area(in.model.network), 14); }},
+    {VENDOR, '3', "cell_id", PLAIN, [](I in, A a) { a.u32(in.model.network.cell_id); }},
+    {VENDOR, ':', "network_name", PLAIN, [](I in, A a) { a.text(in.model.network.name, 255); }},
+    {VENDOR, ';', "service", PLAIN, [](I in, A a) { a.u8(in.model.network.service); }},
+    {VENDOR, '<', "registration", PLAIN, [](I in, A a) { a.u8(in.model.network.registration); }},
+    {VENDOR, 'o', "carrier", PLAIN, [](I in, A a) { a.u8(in.model.network.carrier); }},
     // Radio
-    {VENDOR, 0x1F, "system_mode", PLAIN, [](C c, A a) { a.u8(c.model.radio.system_mode); }},
-    {VENDOR, ' ', "rssi", PLAIN, [](C c, A a) { a.u16(c.model.radio.rssi); }},
+    {VENDOR, 0x1F, "system_mode", PLAIN, [](I in, A a) { a.u8(in.model.radio.system_mode); }},
+    {VENDOR, ' ', "rssi", PLAIN, [](I in, A a) { a.u16(in.model.radio.rssi); }},
     {VENDOR, '$', "data_service_mode", PLAIN,
-     [](C c, A a) { a.u8(c.model.radio.data_service_mode); }},
-    {VENDOR, '%', "channel", PLAIN, [](C c, A a) { a.u16(c.model.radio.channel); }},
-    {VENDOR, 'Q', "band", PLAIN, [](C c, A a) { a.u16(c.model.radio.band); }},
-    {VENDOR, 'U', "mfrm", PLAIN, [](C c, A a) { a.u16(c.model.radio.mfrm); }},
-    {VENDOR, 'Y', "drx", PLAIN, [](C c, A a) { a.u16(c.model.radio.drx); }},
+     [](I in, A a) { a.u8(in.model.radio.data_service_mode); }},
+    {VENDOR, '%', "channel", PLAIN, [](I in, A a) { a.u16(in.model.radio.channel); }},
+    {VENDOR, 'Q', "band", PLAIN, [](I in, A a) { a.u16(in.model.radio.band); }},
+    {VENDOR, 'U', "mfrm", PLAIN, [](I in, A a) { a.u16(in.model.radio.mfrm); }},
+    {VENDOR, 'Y', "drx", PLAIN, [](I in, A a) { a.u16(in.model.radio.drx); }},
     {VENDOR, 'Z', "hsdpa", PLAIN,
-     [](C c, A a) { a.u16(c.model.radio.hsdpa_status).u16(c.model.radio.hsdpa_indication); }},
-    {VENDOR, '^', "egprs", PLAIN, [](C c, A a) { a.u16(c.model.radio.egprs); }},
-    {VENDOR, '\'', "rscp", PLAIN, [](C c, A a) { a.u16(c.model.radio.rscp); }},
-    {VENDOR, '(', "tx_power", PLAIN, [](C c, A a) { a.u16(c.model.radio.tx_power); }},
-    {VENDOR, ')', "active_set", PLAIN, [](C c, A a) { cell_set(c, a, ZOP_CELL_ACTIVE); }},
-    {VENDOR, '*', "monitored_set", PLAIN, [](C c, A a) { cell_set(c, a, ZOP_CELL_MONITORED); }},
-    {VENDOR, '+', "detected_set", PLAIN, [](C c, A a) { cell_set(c, a, ZOP_CELL_DETECTED); }},
-    {VENDOR, ',', "neighbors", PLAIN, [](C c, A a) { neighbors(c.model.radio, a); }},
-    {VENDOR, '-', "best_six", PLAIN, [](C c, A a) { best_six(c.model.radio, a); }},
+     [](I in, A a) { a.u16(in.model.radio.hsdpa_status).u16(in.model.radio.hsdpa_indication); }},
+    {VENDOR, '^', "egprs", PLAIN, [](I in, A a) { a.u16(in.model.radio.egprs); }},
+    {VENDOR, '\'', "rscp", PLAIN, [](I in, A a) { a.u16(in.model.radio.rscp); }},
+    {VENDOR, '(', "tx_power", PLAIN, [](I in, A a) { a.u16(in.model.radio.tx_power); }},
+    {VENDOR, ')', "active_set", PLAIN, [](I in, A a) { cell_set(in, a, ZOP_CELL_ACTIVE); }},
+    {VENDOR, '*', "monitored_set", PLAIN, [](I in, A a) { cell_set(in, a, ZOP_CELL_MONITORED); }},
+    {VENDOR, '+', "detected_set", PLAIN, [](I in, A a) { cell_set(in, a, ZOP_CELL_DETECTED); }},
+    {VENDOR, ',', "neighbors", PLAIN, [](I in, A a) { neighbors(in.model.radio, a); }},
+    {VENDOR, '-', "best_six", PLAIN, [](I in, A a) { best_six(in.model.radio, a); }},
     {VENDOR, '4', "screen", PLAIN, screen},
-    {VENDOR, '9', "pathloss", PLAIN, [](C c, A a) { a.u16(c.model.radio.pathloss); }},
+    {VENDOR, '9', "pathloss", PLAIN, [](I in, A a) { a.u16(in.model.radio.pathloss); }},
     // States
-    {VENDOR, '&', "call", PLAIN, [](C c, A a) { a.u8(c.model.state.call); }},
-    {VENDOR, 'R', "network_mode", PLAIN, [](C c, A a) { a.u16(c.model.state.network_mode); }},
+    {VENDOR, '&', "call", PLAIN, [](I in, A a) { a.u8(in.model.state.call); }},
+    {VENDOR, 'R', "network_mode", PLAIN, [](I in, A a) { a.u16(in.model.state.network_mode); }},
     {VENDOR, 'S', "mm_attach", PLAIN,
-     [](C c, A a) { a.u16(c.model.state.mm_attach).u16(c.model.state.mm_attach_error); }},
+     [](I in, A a) { a.u16(in.model.state.mm_attach).u16(in.model.state.mm_attach_error); }},
     {VENDOR, 'T', "gmm_attach", PLAIN,
-     [](C c, A a) { a.u16(c.model.state.gmm_attach).u16(c.model.state.gmm_attach_error); }},
-    {VENDOR, 'V', "gmm", PLAIN, [](C c, A a) { a.u16(c.model.state.gmm); }},
+     [](I in, A a) { a.u16(in.model.state.gmm_attach).u16(in.model.state.gmm_attach_error); }},
+    {VENDOR, 'V', "gmm", PLAIN, [](I in, A a) { a.u16(in.model.state.gmm); }},
     {VENDOR, 'W', "pdp", PLAIN,
-     [](C c, A a) { a.u16(c.model.state.pdp).u16(c.model.state.pdp_reject_reason); }},
-    {VENDOR, 'X', "pmm", PLAIN, [](C c, A a) { a.u16(c.model.state.pmm); }},
+     [](I in, A a) { a.u16(in.model.state.pdp).u16(in.model.state.pdp_reject_reason); }},
+    {VENDOR, 'X', "pmm", PLAIN, [](I in, A a) { a.u16(in.model.state.pmm); }},
     {VENDOR, 'e', "mm_lu", PLAIN,
-     [](C c, A a) { a.u16(c.model.state.mm_lu).u16(c.model.state.mm_lu_error); }},
+     [](I in, A a) { a.u16(in.model.state.mm_lu).u16(in.model.state.mm_lu_error); }},
     {VENDOR, 'f', "gmm_rau", PLAIN,
-     [](C c, A a) { a.u16(c.model.state.gmm_rau).u16(c.model.state.gmm_rau_error); }},
-    {VENDOR, 'm', "power_up", PLAIN, [](C c, A a) { a.u8(c.model.state.power_up); }},
-    {VENDOR, 'n', "rau_type", PLAIN, [](C c, A a) { a.u8(c.model.state.rau_type); }},
+     [](I in, A a) { a.u16(in.model.state.gmm_rau).u16(in.model.state.gmm_rau_error); }},
+    {VENDOR, 'm', "power_up", PLAIN, [](I in, A a) { a.u8(in.model.state.power_up); }},
+    {VENDOR, 'n', "rau_type", PLAIN, [](I in, A a) { a.u8(in.model.state.rau_type); }},
 };
 
 const Request* find_request(View request) {
@@ -246,16 +247,16 @@ static Answer refused(ErrorAnswer why, View request) {
   return answer;
 }
 
-Answer answer_to(const Context& context) {
-  const Request* row = find_request(context.request);
-  if (row == nullptr) return refused(BAD_COMMAND, context.request);
-  if (context.request.size() != row->length) return refused(BAD_LENGTH, context.request);
-  if (row->subcommand != ANY && context.request[2] != 0) {
-    return refused(BAD_PARAMETER, context.request);
+Answer answer_to(const Incoming& in) {
+  const Request* row = find_request(in.request);
+  if (row == nullptr) return refused(BAD_COMMAND, in.request);
+  if (in.request.size() != row->length) return refused(BAD_LENGTH, in.request);
+  if (row->subcommand != ANY && in.request[2] != 0) {
+    return refused(BAD_PARAMETER, in.request);
   }
   Answer answer = begin_answer(*row);
-  row->handle(context, answer);
-  if (answer.refusal) answer.content = refusal(*answer.refusal, context.request);
+  row->answer(in, answer);
+  if (answer.refusal) answer.content = refusal(*answer.refusal, in.request);
   return answer;
 }
 

@@ -40,8 +40,8 @@ class Answer {
   enum { STAYS, RESTARTS, RESTARTS_WITHOUT_ANSWER, ENTERS_BOOT_ROM } then = STAYS;
 };
 
-// What a handler works on.
-struct Context {
+// A request that has come in, and the modem that it asks.
+struct Incoming {
   Model& model;
   View request;
   Time now;
@@ -52,7 +52,7 @@ struct Request {
   int subcommand;    // ANY for requests without one
   const char* name;  // in traces and fault switches
   size_t length;     // of the request; others are refused
-  void (*handle)(const Context&, Answer&);
+  void (*answer)(const Incoming&, Answer&);
 };
 constexpr int ANY = -1;
 
@@ -69,6 +69,6 @@ const Request* find_request_named(const std::string& name);
 Bytes refusal(int code, View request);
 
 // What the modem answers to one request, and does then.
-Answer answer_to(const Context& context);
+Answer answer_to(const Incoming& in);
 
 }  // namespace sim

@@ -12,12 +12,12 @@ constexpr int PIN_TRIES = 3;
 constexpr int KEY_TRIES = 10;
 constexpr size_t BLOCK_ENTRIES = 20;
 
-void sim_status(const Context& c, Answer& a) {
-  a.u8(0).u8(c.model.sim.status).u8(c.model.sim.lock).u8(c.model.sim.retries);
+void sim_status(const Incoming& in, Answer& a) {
+  a.u8(0).u8(in.model.sim.status).u8(in.model.sim.lock).u8(in.model.sim.retries);
 }
 
-static std::string code_at(const Context& c, size_t offset) {
-  auto first = c.request.begin() + static_cast<ptrdiff_t>(offset);
+static std::string code_at(const Incoming& in, size_t offset) {
+  auto first = in.request.begin() + static_cast<ptrdiff_t>(offset);
   return {first, std::find(first, first + CODE_SIZE, 0)};
 }
 
@@ -47,18 +47,18 @@ static void open_card(Sim& sim) {
   sim.status = ZOP_SIM_READY;
 }
 
-void pin_verify(const Context& c, Answer& a) {
-  Sim& sim = c.model.sim;
-  bool accepted = sim.lock != ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(c, FIRST_CODE));
+void pin_verify(const Incoming& in, Answer& a) {
+  Sim& sim = in.model.sim;
+  bool accepted = sim.lock != ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(in, FIRST_CODE));
   if (accepted) open_card(sim);
   result(a, accepted);
 }
 
-void pin_change(const Context& c, Answer& a) {
-  Sim& sim = c.model.sim;
-  std::string new_pin = code_at(c, SECOND_CODE);
+void pin_change(const Incoming& in, Answer& a) {
+  Sim& sim = in.model.sim;
+  std::string new_pin = code_at(in, SECOND_CODE);
   bool accepted =
-      sim.lock != ZOP_PIN_PERM_DISABLED && is_pin(new_pin) && try_pin(sim, code_at(c, FIRST_CODE));
+      sim.lock != ZOP_PIN_PERM_DISABLED && is_pin(new_pin) && try_pin(sim, code_at(in, FIRST_CODE));
   if (accepted) {
     sim.pin = new_pin;
     open_card(sim);
@@ -66,9 +66,9 @@ void pin_change(const Context& c, Answer& a) {
   result(a, accepted);
 }
 
-void pin_disable(const Context& c, Answer& a) {
-  Sim& sim = c.model.sim;
-  bool accepted = sim.lock != ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(c, FIRST_CODE));
+void pin_disable(const Incoming& in, Answer& a) {
+  Sim& sim = in.model.sim;
+  bool accepted = sim.lock != ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(in, FIRST_CODE));
   if (accepted) {
     sim.lock = ZOP_PIN_PERM_DISABLED;
     sim.status = ZOP_SIM_READY;
@@ -76,18 +76,18 @@ void pin_disable(const Context& c, Answer& a) {
   result(a, accepted);
 }
 
-void pin_enable(const Context& c, Answer& a) {
-  Sim& sim = c.model.sim;
-  bool accepted = sim.lock == ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(c, FIRST_CODE));
+void pin_enable(const Incoming& in, Answer& a) {
+  Sim& sim = in.model.sim;
+  bool accepted = sim.lock == ZOP_PIN_PERM_DISABLED && try_pin(sim, code_at(in, FIRST_CODE));
   if (accepted) sim.lock = ZOP_PIN_VERIFIED;
   result(a, accepted);
 }
 
 // Too many wrong keys end the card for good.
-void pin_unblock(const Context& c, Answer& a) {
-  Sim& sim = c.model.sim;
-  std::string new_pin = code_at(c, SECOND_CODE);
-  bool accepted = sim.key_retries > 0 && is_pin(new_pin) && code_at(c, FIRST_CODE) == sim.key;
+void pin_unblock(const Incoming& in, Answer& a) {
+  Sim& sim = in.model.sim;
+  std::string new_pin = code_at(in, SECOND_CODE);
+  bool accepted = sim.key_retries > 0 && is_pin(new_pin) && code_at(in, FIRST_CODE) == sim.key;
   if (accepted) {
     sim.pin = new_pin;
     sim.retries = PIN_TRIES;
@@ -103,10 +103,10 @@ static int u32_at(View bytes, size_t offset) {
   return bytes[offset] | bytes[offset + 1] << 8 | bytes[offset + 2] << 16 | bytes[offset + 3] << 24;
 }
 
-void sim_file(const Context& c, Answer& a) {
-  auto file = c.model.sim.files.find(u32_at(c.request, 3));
-  int offset = u32_at(c.request, 7);
-  if (file == c.model.sim.files.end()) return a.status(1);
+void sim_file(const Incoming& in, Answer& a) {
+  auto file = in.model.sim.files.find(u32_at(in.request, 3));
+  int offset = u32_at(in.request, 7);
+  if (file == in.model.sim.files.end()) return a.status(1);
   View data = file->second;
   if (offset < 0 || static_cast<size_t>(offset) > data.size()) return a.status(1);
   a.u32(static_cast<int64_t>(data.size())).bytes(data.subspan(static_cast<size_t>(offset)), 255);
@@ -126,30 +126,30 @@ static void plmn_block(Answer& a, const std::vector<Plmn>& list, size_t first, s
 }
 
 // A block from the 1-based entry of the request on, behind the length of the whole list.
-static void numbered_block(const Context& c, Answer& a, const std::vector<Plmn>& list) {
-  size_t first = c.request[3] == 0 ? 256 : c.request[3];
+static void numbered_block(const Incoming& in, Answer& a, const std::vector<Plmn>& list) {
+  size_t first = in.request[3] == 0 ? 256 : in.request[3];
   a.u8(static_cast<int>(std::min<size_t>(255, list.size())));  // all that the field holds
   plmn_block(a, list, first - 1, BLOCK_ENTRIES);
 }
 
-void operator_plmns(const Context& c, Answer& a) {
-  plmn_block(a, c.model.sim.operators, 0, BLOCK_ENTRIES);
+void operator_plmns(const Incoming& in, Answer& a) {
+  plmn_block(a, in.model.sim.operators, 0, BLOCK_ENTRIES);
 }
-void home_plmns(const Context& c, Answer& a) { plmn_block(a, c.model.sim.home, 0, 10); }
-void user_plmns(const Context& c, Answer& a) { plmn_block(a, c.model.sim.user, 0, 15); }
-void operator_plmn_block(const Context& c, Answer& a) {
-  numbered_block(c, a, c.model.sim.operators);
+void home_plmns(const Incoming& in, Answer& a) { plmn_block(a, in.model.sim.home, 0, 10); }
+void user_plmns(const Incoming& in, Answer& a) { plmn_block(a, in.model.sim.user, 0, 15); }
+void operator_plmn_block(const Incoming& in, Answer& a) {
+  numbered_block(in, a, in.model.sim.operators);
 }
-void home_plmn_block(const Context& c, Answer& a) { numbered_block(c, a, c.model.sim.home); }
+void home_plmn_block(const Incoming& in, Answer& a) { numbered_block(in, a, in.model.sim.home); }
 
-void registered_plmn(const Context& c, Answer& a) {
-  const Network& network = c.model.network;
+void registered_plmn(const Incoming& in, Answer& a) {
+  const Network& network = in.model.network;
   bool registered = network.registration == ZOP_REGISTRATION_SUCCESS;
   plmn(a, registered ? Plmn{network.mcc, network.mnc} : Plmn{"", ""});
 }
 
-void forbidden_plmns(const Context& c, Answer& a) {
-  const std::vector<Plmn>& list = c.model.sim.forbidden;
+void forbidden_plmns(const Incoming& in, Answer& a) {
+  const std::vector<Plmn>& list = in.model.sim.forbidden;
   size_t count = std::min<size_t>(BLOCK_ENTRIES, list.size());
   a.u32(static_cast<int64_t>(count));
   for (size_t i = 0; i < count; ++i) plmn(a, list[i]);
@@ -160,13 +160,13 @@ static std::string characters(View bytes) {
   return {bytes.begin(), std::find(bytes.begin(), bytes.end(), 0)};
 }
 
-void set_user_plmns(const Context& c, Answer& a) {
-  size_t count = c.request[3];
+void set_user_plmns(const Incoming& in, Answer& a) {
+  size_t count = in.request[3];
   if (count > 15) return a.status(1);
-  c.model.sim.user.clear();
+  in.model.sim.user.clear();
   for (size_t i = 0; i < count; ++i) {
-    View entry = c.request.subspan(4 + 8 * i, 8);
-    c.model.sim.user.push_back(
+    View entry = in.request.subspan(4 + 8 * i, 8);
+    in.model.sim.user.push_back(
         {characters(entry.first(3)), characters(entry.subspan(3, 3)), entry[6], entry[7]});
   }
 }
