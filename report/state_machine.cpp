@@ -70,12 +70,14 @@ static DeferredPlan screen_for_both(const DeferredSituation& now) {
 
 // ---- the table ----
 
+namespace {  // programs that link this room have rows of their own
 struct Row {
   DeferredState state;
   DeferredEvent event;
   DeferredPlan plan;
   DeferredPlan (*decide)(const DeferredSituation&) = nullptr;  // instead of plan
 };
+}  // namespace
 
 // clang-format off
 static constexpr Row ROWS[] = {
