@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
-#include "zopctl/json_text.h"
-#include "zopctl/log_reports.h"
+#include "records/json_text.h"
+#include "records/log_reports.h"
 
 static void require(bool holds) {
   if (!holds) abort();
@@ -23,14 +23,14 @@ static bool says_how_many(const std::string& line) {
 // Counts the lines that reports are made of; they may be no more than there were.
 class Count {
  public:
-  void whole(const zopctl::LogReport& report) {
+  void whole(const records::LogReport& report) {
     require(report.lines.size() == report.wanted);
     for (const std::string& line : report.lines) {
       require(says_how_many(line) == (&line == &report.lines.back()));
     }
     add(report);
   }
-  void broken(const zopctl::LogReport& report) {
+  void broken(const records::LogReport& report) {
     require(report.lines.size() != report.wanted || report.wanted == 0 || report.mixed);
     add(report);
   }
@@ -38,7 +38,7 @@ class Count {
   size_t lines = 0;
 
  private:
-  void add(const zopctl::LogReport& report) {
+  void add(const records::LogReport& report) {
     require(!report.stamp.empty() && report.first_line > 0);
     lines += report.lines.size() + report.cut;
   }
@@ -46,16 +46,16 @@ class Count {
 
 static void check_json(std::string_view text) {
   std::string out;
-  zopctl::append_json(out, text);
+  records::append_json(out, text);
   require(nlohmann::json::accept(out));
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string text(data, data + size);
   Count count;
-  zopctl::LogReports reports([&](const auto& report) { count.whole(report); },
-                             [&](const auto& report) { count.broken(report); },
-                             [&](uint64_t line) { count.stray(line); });
+  records::LogReports reports([&](const auto& report) { count.whole(report); },
+                              [&](const auto& report) { count.broken(report); },
+                              [&](uint64_t line) { count.stray(line); });
   size_t lines = 0;
   for (size_t at = 0; at < text.size(); ++lines) {
     size_t end = std::min(text.find('\n', at), text.size());

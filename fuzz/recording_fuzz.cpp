@@ -1,12 +1,8 @@
 // Arbitrary files as recordings: what is read becomes a page whose only markup is the page's own.
 #include <cstdlib>
 
-#include "zopctl/page.h"
-#include "zopctl/recording_reader.h"
-#include "zopctl/session.h"
-
-// No signals here.
-void zopctl::check_signals() {}
+#include "page/page.h"
+#include "records/recording_reader.h"
 
 static void require(bool holds) {
   if (!holds) abort();
@@ -33,12 +29,14 @@ static void check_markup(const std::string& page) {
   require(open.empty());
 }
 
+static const records::Caller CALLER = {[] {}, [](const std::string&) {}};
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   FILE* file = fmemopen(const_cast<uint8_t*>(data), size, "r");
   try {
-    check_markup(zopctl::page::page_of(zopctl::page::read_recordings(file, "fuzz", gLogItems)));
-  } catch (const zopctl::Failure&) {
+    check_markup(page::page_of(records::read_recordings(file, "fuzz", gLogItems, CALLER)));
+  } catch (const records::Failure&) {
   }
   return 0;
 }

@@ -25,5 +25,7 @@ check report include core commands link
 check module include core commands link report
 check download include core link commands
 check simulator include
-check zopctl include simulator
+check records include
+check page records
+check zopctl include simulator records page
 exit "$failures"

@@ -13,5 +13,6 @@ check() {
 # In the module its remarks on style count too, but for the taste for algorithms instead of loops.
 git ls-files 'core/*.cpp' 'link/*.cpp' 'commands/*.cpp' 'report/*.cpp' 'module/*.cpp' \
   'download/*.cpp' | check --enable=warning,performance,portability,style --suppress=useStlAlgorithm
-git ls-files 'simulator/*.cpp' 'zopctl/*.cpp' | check --enable=warning,performance,portability
+git ls-files 'simulator/*.cpp' 'records/*.cpp' 'page/*.cpp' 'zopctl/*.cpp' |
+  check --enable=warning,performance,portability
 echo "cppcheck: clean"

@@ -15,7 +15,7 @@ git ls-files 'core/*.cpp' 'link/*.cpp' 'commands/*.cpp' 'report/*.cpp' 'module/*
   'download/*.cpp' | check
 # Of the tools' functions a ninth of the usual paths, in two thirds of the time.
 to_analyzer=--extra-arg=-Xclang
-git ls-files 'simulator/*.cpp' 'zopctl/*.cpp' |
+git ls-files 'simulator/*.cpp' 'records/*.cpp' 'page/*.cpp' 'zopctl/*.cpp' |
   check $to_analyzer --extra-arg=-analyzer-config $to_analyzer --extra-arg=max-nodes=25000
 if [ -s "$build/tidy.log" ]; then
   cat "$build/tidy.log"

@@ -1,8 +1,10 @@
 // Lines are read one by one: a recording of a day is larger than one wants to hold. Only a report
 // over several lines is read as a whole.
-#include "zopctl/recording_reader.h"
+#include "records/recording_reader.h"
 
+#include <errno.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -10,17 +12,17 @@
 #include <map>
 #include <memory>
 
-#include "zopctl/html_writer.h"
-#include "zopctl/session.h"
+#include "records/utf8_text.h"
 
-namespace zopctl::page {
+namespace records {
 
 constexpr char LOG_SECTION[] = "other";  // of items that the module does not know
 
 class RecordingReader {
  public:
-  RecordingReader(std::FILE* file, std::string name, const zop_log_item* items)
-      : name_(std::move(name)), file_(file) {
+  RecordingReader(std::FILE* file, std::string name, const zop_log_item* items,
+                  const Caller& caller)
+      : name_(std::move(name)), file_(file), caller_(caller) {
     learn_sections(items);
   }
   ~RecordingReader() { free(line_); }
@@ -44,6 +46,7 @@ class RecordingReader {
   };
   std::string name_;
   std::unique_ptr<FILE, Closer> file_;
+  Caller caller_;
   char* line_ = nullptr;  // of getline
   size_t room_ = 0;
   std::string_view text_;  // in line_
@@ -75,7 +78,7 @@ void RecordingReader::learn_sections(const zop_log_item* items) {
 }
 
 bool RecordingReader::next_line() {
-  check_signals();
+  caller_.check();
   errno = 0;
   ssize_t length = getline(&line_, &room_, file_.get());
   if (length < 0) {
@@ -145,7 +148,7 @@ void RecordingReader::take_line() {
     object = Json::parse(as_utf8(text_));
   } catch (const Json::exception& error) {
     if (ended_) fail("no JSON: " + reason_of(error));
-    fmt::print(stderr, "zopctl: {}:{}: the last line is cut, and left out\n", name_, number_);
+    caller_.tell(fmt::format("{}:{}: the last line is cut, and left out", name_, number_));
     return;
   }
   take(object);
@@ -187,8 +190,17 @@ std::vector<Recording> RecordingReader::read() {
 }
 
 std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
-                                       const zop_log_item* items) {
-  return RecordingReader(file, name, items).read();
+                                       const zop_log_item* items, const Caller& caller) {
+  return RecordingReader(file, name, items, caller).read();
 }
 
-}  // namespace zopctl::page
+std::vector<Recording> read_recordings(const std::string& path, const zop_log_item* items,
+                                       const Caller& caller) {
+  bool is_standard = path == "-";
+  std::string name = is_standard ? "standard input" : path;
+  FILE* file = is_standard ? fdopen(dup(STDIN_FILENO), "r") : fopen(path.c_str(), "re");
+  if (file == nullptr) throw Failure(name + ": " + strerror(errno));
+  return read_recordings(file, name, items, caller);
+}
+
+}  // namespace records

@@ -5,11 +5,8 @@
 #include <string>
 #include <string_view>
 
-namespace zopctl {
+namespace records {
 
 void append_json(std::string& out, std::string_view text);
 
-// Length of the UTF-8 character that a text begins with, 0 when it begins with none.
-size_t utf8_length(std::string_view text);
-
-}  // namespace zopctl
+}  // namespace records

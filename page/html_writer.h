@@ -7,13 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace zopctl {
-
-// Bytes that are no UTF-8 become U+FFFD.
-std::string as_utf8(std::string_view text);
-
-// At most so many bytes of a text, cut between characters, with an ellipsis when it was longer.
-std::string shortened(std::string_view text, size_t most);
+namespace page {
 
 // A share of a whole as SVG and CSS take it: 0.25 is "25%". What is no number is 0.
 std::string percent(double share);
@@ -48,4 +42,4 @@ class HtmlWriter {
   std::vector<const char*> open_;
 };
 
-}  // namespace zopctl
+}  // namespace page

@@ -1,11 +1,11 @@
 // Finding the lines, and joining them. A report waits for its lines for a while; a device has few
 // that wait, since it writes one after the other.
-#include "zopctl/log_reports.h"
+#include "records/log_reports.h"
 
 #include <algorithm>
 #include <charconv>
 
-namespace zopctl {
+namespace records {
 
 constexpr std::string_view MARK = "I zop:diag: t=";
 constexpr std::string_view COUNT = ",n=";
@@ -183,4 +183,4 @@ void LogReports::end() {
   devices_.clear();
 }
 
-}  // namespace zopctl
+}  // namespace records

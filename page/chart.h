@@ -4,10 +4,10 @@
 
 #include <vector>
 
-#include "zopctl/html_writer.h"
-#include "zopctl/time_axis.h"
+#include "page/html_writer.h"
+#include "page/time_axis.h"
 
-namespace zopctl::page {
+namespace page {
 
 class TimeLine {
  public:
@@ -54,4 +54,4 @@ std::string cell_name(const Cell& cell);
 // "-75 dBm"; a dash when it is missing.
 std::string value_text(SeriesId series, float value);
 
-}  // namespace zopctl::page
+}  // namespace page

@@ -1,12 +1,12 @@
 // Columns are narrower than the pixels of a wide screen.
-#include "zopctl/time_axis.h"
+#include "page/time_axis.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 
-namespace zopctl::page {
+namespace page {
 
 constexpr int64_t SECOND = 1000, MINUTE = 60 * SECOND, HOUR = 60 * MINUTE, DAY = 24 * HOUR;
 constexpr int64_t MOST_TICKS = 8;
@@ -150,4 +150,4 @@ std::vector<Point> points_of(const Recording& recording, const TimeAxis& axis, S
   return kept;
 }
 
-}  // namespace zopctl::page
+}  // namespace page

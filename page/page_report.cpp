@@ -3,10 +3,10 @@
 
 #include <algorithm>
 
-#include "zopctl/chart.h"
-#include "zopctl/page.h"
+#include "page/chart.h"
+#include "page/page.h"
 
-namespace zopctl::page {
+namespace page {
 
 constexpr size_t MOST_EVENT_ROWS = 1000;
 constexpr size_t FEW_EVENT_ROWS = 30;  // so many are shown at once
@@ -185,4 +185,4 @@ void write_report(HtmlWriter& html, const Recording& recording) {
   if (recording.latest.empty()) html.element("p", {}, "There was none.");
 }
 
-}  // namespace zopctl::page
+}  // namespace page

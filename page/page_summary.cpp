@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <map>
 
-#include "zopctl/chart.h"
-#include "zopctl/page.h"
+#include "page/chart.h"
+#include "page/page.h"
 
-namespace zopctl::page {
+namespace page {
 
 static std::string or_dash(const std::string& text) { return text.empty() ? "\u2014" : text; }
 
@@ -171,4 +171,4 @@ void write_summary(HtmlWriter& html, const Recording& recording) {
   if (recording.samples.size() > 1) write_notes(html, recording);
 }
 
-}  // namespace zopctl::page
+}  // namespace page

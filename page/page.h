@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "zopctl/html_writer.h"
-#include "zopctl/recording.h"
+#include "page/html_writer.h"
+#include "records/recording.h"
 
-namespace zopctl::page {
+namespace page {
+
+using namespace records;  // whose recordings are shown
 
 std::string page_of(const std::vector<Recording>& recordings);
 
@@ -24,7 +26,4 @@ void write_events(HtmlWriter& html, const Recording& recording);
 // The latest report, a table a section.
 void write_report(HtmlWriter& html, const Recording& recording);
 
-// The page's style sheet.
-extern const char PAGE_STYLE[];
-
-}  // namespace zopctl::page
+}  // namespace page

@@ -1,5 +1,7 @@
-// zopctl parse-log: the diagnostic reports in device logs, one JSON object each. Works as a filter:
-// what it holds in memory does not grow with the log.
+// Text goes from the log to the output without a parser of JSON: a log may be of any size.
+#include "records/log_parser.h"
+
+#include <errno.h>
 #include <fcntl.h>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -7,56 +9,25 @@
 
 #include <charconv>
 #include <cstring>
-#include <unordered_set>
 
-#include "zopctl/json_text.h"
-#include "zopctl/log_reports.h"
-#include "zopctl/session.h"
-#include "zopctl/verbs.h"
+#include "records/json_text.h"
 
-namespace zopctl {
+namespace records {
 
 constexpr size_t CHUNK = 1 << 20;
 constexpr size_t LONGEST_LINE = 1 << 16;  // what is longer is no line of a log
 
-class LogParser {
- public:
-  explicit LogParser(const ModuleLibrary& module)
-      : reports_([this](const LogReport& report) { print(report); },
-                 [this](const LogReport& report) { tell(report); },
-                 [this](uint64_t line) { tell_stray(line); }) {
-    for (const zop_log_item* item = *module.gLogItems; item->type != ZOP_ITEM_END; ++item) {
-      bool number = item->type == ZOP_ITEM_UNSIGNED || item->type == ZOP_ITEM_SIGNED;
-      if (number && item->label != nullptr) numbers_.insert(item->label);
-    }
+LogParser::LogParser(const zop_log_item* items, std::FILE* out, const Caller& caller)
+    : out_(out),
+      caller_(caller),
+      reports_([this](const LogReport& report) { print(report); },
+               [this](const LogReport& report) { tell(report); },
+               [this](uint64_t line) { tell_stray(line); }) {
+  for (const zop_log_item* item = items; item->type != ZOP_ITEM_END; ++item) {
+    bool number = item->type == ZOP_ITEM_UNSIGNED || item->type == ZOP_ITEM_SIGNED;
+    if (number && item->label != nullptr) numbers_.insert(item->label);
   }
-
-  void read(const std::string& name);
-  void end();
-
- private:
-  void read(int fd);
-  void take_lines(std::string_view text);
-  void print(const LogReport& report);
-  void print_pairs(std::string_view pairs, const char*& comma);
-  void print_value(std::string_view name, std::string_view value);
-  void tell(const LogReport& report);
-  void tell_stray(uint64_t line);
-  std::string place(uint64_t line) const;
-  void write_out();
-
-  LogReports reports_;
-  std::unordered_set<std::string_view> numbers_;  // names of items that are numbers
-  std::string out_;
-  std::string rest_;  // the begin of a line
-  struct File {
-    std::string name;
-    uint64_t lines_before;
-  };
-  std::vector<File> files_;
-  uint64_t lines_ = 0;
-  uint64_t whole_ = 0, broken_ = 0, strays_ = 0;
-};
+}
 
 // ---- reading ----
 
@@ -84,7 +55,7 @@ void LogParser::read(int fd) {
   std::vector<char> chunk(CHUNK);
   for (;;) {
     ssize_t size = ::read(fd, chunk.data(), chunk.size());
-    check_signals();
+    caller_.check();
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) throw Failure(files_.back().name + ": " + strerror(errno));
     if (size == 0) break;
@@ -106,14 +77,14 @@ void LogParser::read(const std::string& name) {
 // ---- whole reports ----
 
 void LogParser::write_out() {
-  fwrite(out_.data(), 1, out_.size(), stdout);
-  if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
-  out_.clear();
+  fwrite(text_.data(), 1, text_.size(), out_);
+  if (fflush(out_) != 0) throw Failure("the output could not be written; is the disk full?");
+  text_.clear();
 }
 
 void LogParser::print_value(std::string_view name, std::string_view value) {
   if (value == "---" || value == "----") {
-    out_ += "null";
+    text_ += "null";
     return;
   }
   int64_t number = 0;
@@ -124,9 +95,9 @@ void LogParser::print_value(std::string_view name, std::string_view value) {
     numeric = error == std::errc{} && stop == end;
   }
   if (numeric) {
-    out_ += std::to_string(number);
+    text_ += std::to_string(number);
   } else {
-    append_json(out_, value);
+    append_json(text_, value);
   }
 }
 
@@ -136,10 +107,10 @@ void LogParser::print_pairs(std::string_view pairs, const char*& comma) {
     pairs.remove_prefix(std::min(pair.size() + 1, pairs.size()));
     size_t equals = std::min(pair.find('='), pair.size());
     std::string_view name = pair.substr(0, equals);
-    out_ += comma;
+    text_ += comma;
     comma = ",";
-    append_json(out_, name);
-    out_ += ':';
+    append_json(text_, name);
+    text_ += ':';
     print_value(name, pair.substr(std::min(equals + 1, pair.size())));
   }
 }
@@ -152,9 +123,9 @@ static std::string time_of(std::string_view stamp) {
 
 void LogParser::print(const LogReport& report) {
   ++whole_;
-  out_ += "{\"host\":";
-  append_json(out_, report.host);
-  fmt::format_to(std::back_inserter(out_), R"(,"stamp":"{}","time":"{}","lines":{},"items":{{)",
+  text_ += "{\"host\":";
+  append_json(text_, report.host);
+  fmt::format_to(std::back_inserter(text_), R"(,"stamp":"{}","time":"{}","lines":{},"items":{{)",
                  report.stamp, time_of(report.stamp), report.wanted);
   const char* comma = "";
   for (const std::string& line : report.lines) {
@@ -162,7 +133,7 @@ void LogParser::print(const LogReport& report) {
     if (&line == &report.lines.back()) pairs = pairs.substr(0, pairs.rfind(",n="));
     print_pairs(pairs, comma);
   }
-  out_ += "}}\n";
+  text_ += "}}\n";
 }
 
 // ---- broken ones ----
@@ -183,32 +154,20 @@ void LogParser::tell(const LogReport& report) {
                           : fmt::format("{} of {} lines", report.lines.size(), report.wanted);
   std::string cut = report.cut == 0 ? "" : fmt::format(", {} cut", report.cut);
   const char* mixed = report.mixed ? ", of two devices" : "";
-  fmt::print(stderr, "zopctl: {}: report {} of {} is broken: {}{}{}\n", place(report.first_line),
-             report.stamp, host, lines, cut, mixed);
+  caller_.tell(fmt::format("{}: report {} of {} is broken: {}{}{}", place(report.first_line),
+                           report.stamp, host, lines, cut, mixed));
 }
 
 void LogParser::tell_stray(uint64_t line) {
   ++strays_;
-  fmt::print(stderr, "zopctl: {}: a line of a report without its stamp\n", place(line));
+  caller_.tell(fmt::format("{}: a line of a report without its stamp", place(line)));
 }
 
 void LogParser::end() {
   reports_.end();
   write_out();
-  fmt::print(stderr, "zopctl: {} reports, {} broken; {} lines, {} doubled, {} without a stamp\n",
-             whole_, broken_, lines_, reports_.doubled(), strays_);
+  caller_.tell(fmt::format("{} reports, {} broken; {} lines, {} doubled, {} without a stamp",
+                           whole_, broken_, lines_, reports_.doubled(), strays_));
 }
 
-Findings parse_log(const ModuleLibrary& module, const Arguments& arguments) {
-  LogParser parser(module);
-  auto files = arguments.lists.find("FILE");
-  if (files == arguments.lists.end()) {
-    parser.read("-");
-  } else {
-    for (const std::string& file : files->second) parser.read(file);
-  }
-  parser.end();
-  return {};
-}
-
-}  // namespace zopctl
+}  // namespace records

@@ -1,11 +1,12 @@
 // Head, contents and the parts, one a recording.
-#include "zopctl/page.h"
+#include "page/page.h"
 
 #include <fmt/format.h>
 
-#include "zopctl/chart.h"
+#include "page/chart.h"
+#include "page/page_style.h"
 
-namespace zopctl::page {
+namespace page {
 
 static void write_head(HtmlWriter& html, const std::string& title) {
   html.reset("<!DOCTYPE html>\n");
@@ -106,4 +107,4 @@ std::string page_of(const std::vector<Recording>& recordings) {
   return html.written();
 }
 
-}  // namespace zopctl::page
+}  // namespace page

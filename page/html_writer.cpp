@@ -1,35 +1,18 @@
 // Control characters are shown by their pictures: a browser would drop them or see other ones.
 // Those that turn the direction of writing are not shown: they would make a text read as another
 // one.
-#include "zopctl/html_writer.h"
+#include "page/html_writer.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
 
-#include "zopctl/json_text.h"
+#include "records/utf8_text.h"
 
-namespace zopctl {
+namespace page {
 
 constexpr char UNREADABLE[] = "\uFFFD";
-
-std::string as_utf8(std::string_view text) {
-  std::string clean;
-  clean.reserve(text.size());
-  while (!text.empty()) {
-    size_t length = utf8_length(text);
-    clean += length == 0 ? std::string_view(UNREADABLE) : text.substr(0, length);
-    text.remove_prefix(length == 0 ? 1 : length);
-  }
-  return clean;
-}
-
-std::string shortened(std::string_view text, size_t most) {
-  if (text.size() <= most) return std::string(text);
-  while (most > 0 && (text[most] & 0xC0) == 0x80) --most;
-  return std::string(text.substr(0, most)) + "\u2026";
-}
 
 std::string percent(double share) {
   if (!std::isfinite(share)) share = 0;
@@ -76,7 +59,7 @@ static std::string replaced(std::string_view character) {
 
 void HtmlWriter::append(std::string_view text) {
   while (!text.empty()) {
-    std::string_view character = text.substr(0, utf8_length(text));
+    std::string_view character = text.substr(0, records::utf8_length(text));
     std::string instead = replaced(character);
     out_ += instead.empty() ? character : instead;
     text.remove_prefix(std::max<size_t>(1, character.size()));
@@ -131,4 +114,4 @@ HtmlWriter& HtmlWriter::empty(const char* tag, Attributes attributes) {
   return *this;
 }
 
-}  // namespace zopctl
+}  // namespace page

@@ -13,7 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace zopctl {
+namespace records {
 
 struct LogReport {
   std::string_view host;           // empty when the header tells none
@@ -82,4 +82,4 @@ class LogReports {
 // The host in a syslog header; empty when it has none.
 std::string_view host_of_header(std::string_view header);
 
-}  // namespace zopctl
+}  // namespace records

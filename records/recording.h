@@ -12,7 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace zopctl::page {
+namespace records {
 
 using Json = nlohmann::ordered_json;
 
@@ -129,4 +129,4 @@ const Json& item_of(const Json& report, const char* section, const char* label);
 // An item as text, empty when the modem did not give it.
 std::string text_of(const Json& value);
 
-}  // namespace zopctl::page
+}  // namespace records

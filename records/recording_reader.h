@@ -6,14 +6,19 @@
 #include <vector>
 
 #include "include/zop_diag_info.h"
-#include "zopctl/recording.h"
+#include "records/reading.h"
+#include "records/recording.h"
 
-namespace zopctl::page {
+namespace records {
 
 // One recording a file, of a log one a device; closes the file. items is the module's table, which
 // tells the section of each item. Throws Failure with the file's name and the line for what is none
 // of these; a last line that its recorder could not end is told and left out.
 std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
-                                       const zop_log_item* items);
+                                       const zop_log_item* items, const Caller& caller);
 
-}  // namespace zopctl::page
+// The same of a path; "-" is standard input.
+std::vector<Recording> read_recordings(const std::string& path, const zop_log_item* items,
+                                       const Caller& caller);
+
+}  // namespace records

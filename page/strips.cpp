@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <map>
 
-#include "zopctl/chart.h"
+#include "page/chart.h"
 
-namespace zopctl::page {
+namespace page {
 
 constexpr int PLAIN_COLOURS = 8;
 constexpr int LEVELS = 6;
@@ -222,4 +222,4 @@ void TimeLine::events() {
   close_row();
 }
 
-}  // namespace zopctl::page
+}  // namespace page

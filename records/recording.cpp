@@ -1,6 +1,6 @@
 // Takes samples apart. Types that do not fit count as missing, numbers are held to what a modem can
 // measure: the files come from anywhere.
-#include "zopctl/recording.h"
+#include "records/recording.h"
 
 #include <fmt/format.h>
 
@@ -9,9 +9,9 @@
 #include <chrono>
 #include <sstream>
 
-#include "zopctl/html_writer.h"
+#include "records/utf8_text.h"
 
-namespace zopctl::page {
+namespace records {
 
 constexpr int64_t SILENCE_MS = 5'000;     // so long a sample waits for a modem that is silent
 constexpr int64_t REOPENING_MS = 30'000;  // and for one that comes back
@@ -266,4 +266,4 @@ const Sample& Recording::latest_level() const {
   return found == samples.rend() ? at_rest_ : *found;
 }
 
-}  // namespace zopctl::page
+}  // namespace records

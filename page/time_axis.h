@@ -6,9 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "zopctl/recording.h"
+#include "records/recording.h"
 
-namespace zopctl::page {
+namespace page {
+
+using namespace records;  // whose recordings are drawn
 
 class TimeAxis {
  public:
@@ -55,4 +57,4 @@ struct Point {
 // A series as points. Of too many, least and most of each column stay.
 std::vector<Point> points_of(const Recording& recording, const TimeAxis& axis, SeriesId series);
 
-}  // namespace zopctl::page
+}  // namespace page

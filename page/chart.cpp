@@ -1,12 +1,12 @@
 // Graphs of numbers. Places along the time are shares of the width; only the lines themselves are
 // stretched, with strokes that are not.
-#include "zopctl/chart.h"
+#include "page/chart.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-namespace zopctl::page {
+namespace page {
 
 constexpr int WIDTH = 10000, HEIGHT = 1000;  // of the stretched drawing
 constexpr size_t MANY_POINTS = 1500;         // of a line; more make an area of it
@@ -228,4 +228,4 @@ void TimeLine::draw() {
   html_.close();
 }
 
-}  // namespace zopctl::page
+}  // namespace page

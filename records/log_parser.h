@@ -1,0 +1,55 @@
+// The reports in device logs as JSON, an object a line. Works as a filter: what it holds in memory
+// does not grow with the log.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "include/zop_diag_info.h"
+#include "records/log_reports.h"
+#include "records/reading.h"
+
+namespace records {
+
+class LogParser {
+ public:
+  // Whole reports go to out, which stays the caller's; broken ones are told. items is the module's
+  // table, which tells what is a number.
+  LogParser(const zop_log_item* items, std::FILE* out, const Caller& caller);
+
+  // The log's next file; "-" is standard input. Throws Failure.
+  void read(const std::string& name);
+
+  // Tells what there was in all.
+  void end();
+
+ private:
+  void read(int fd);
+  void take_lines(std::string_view text);
+  void print(const LogReport& report);
+  void print_pairs(std::string_view pairs, const char*& comma);
+  void print_value(std::string_view name, std::string_view value);
+  void tell(const LogReport& report);
+  void tell_stray(uint64_t line);
+  std::string place(uint64_t line) const;
+  void write_out();
+
+  std::FILE* out_;
+  Caller caller_;
+  LogReports reports_;
+  std::unordered_set<std::string_view> numbers_;  // names of items that are numbers
+  std::string text_;                              // for out_
+  std::string rest_;                              // the begin of a line
+  struct File {
+    std::string name;
+    uint64_t lines_before;
+  };
+  std::vector<File> files_;
+  uint64_t lines_ = 0;
+  uint64_t whole_ = 0, broken_ = 0, strays_ = 0;
+};
+
+}  // namespace records
