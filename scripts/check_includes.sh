@@ -4,12 +4,12 @@
 cd "${1:-.}" || exit 1
 failures=0
 
-# check ROOM ALLOWED...: a room may always include itself.
+# check ROOM ALLOWED...: the sources of one folder. A room may always include itself and its rooms.
 check() {
   room=$1
   shift
   allowed=$(echo "$room" "$@" | tr ' ' '|')
-  bad=$(grep -rnE '^#include "' "$room" --include='*.h' --include='*.cpp' 2>/dev/null |
+  bad=$(grep -nE '^#include "' "$room"/*.h "$room"/*.cpp 2>/dev/null |
         grep -vE "#include \"($allowed)/")
   [ -z "$bad" ] && return
   echo "check_includes: $room may include only: $room $*"
@@ -27,5 +27,10 @@ check download include core link commands
 check simulator include
 check records include
 check page records
-check zopctl include simulator records page
+check zopctl/text include
+check zopctl/host include simulator zopctl/text
+check zopctl/live zopctl/text zopctl/host
+check zopctl/firmware simulator zopctl/text zopctl/host
+check zopctl/verbs include records page zopctl/text zopctl/host
+check zopctl include simulator
 exit "$failures"

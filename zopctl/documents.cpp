@@ -4,7 +4,7 @@
 #include <fmt/format.h>
 
 #include "simulator/troff.h"
-#include "zopctl/verbs.h"
+#include "zopctl/verb_table.h"
 
 namespace zopctl {
 

@@ -4,9 +4,11 @@
 
 #include <cstdio>
 
+#include "zopctl/host/session.h"
+#include "zopctl/host/signals.h"
 #include "zopctl/options.h"
-#include "zopctl/output.h"
-#include "zopctl/session.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/text/output.h"
 
 using namespace zopctl;
 

@@ -6,7 +6,7 @@
 
 #include "include/vurn.h"
 #include "zopctl/documents.h"
-#include "zopctl/host_calls.h"
+#include "zopctl/host/host_calls.h"
 
 namespace zopctl {
 

@@ -2,24 +2,15 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
-#include "zopctl/verbs.h"
+#include "zopctl/verb_table.h"
 
 namespace zopctl {
 
-struct Options {
+struct Options : Session::Setting {
   const Verb* verb = nullptr;
   Arguments arguments;
   bool json = false;
-  bool simulate = false;
-  std::string scenario;  // with simulate; empty: the simulator's default
-  double sim_speed = 1;  // of its clock
-  std::string device;    // empty: the module's own
-  std::string capture;   // file for all that goes over the line; "-" is standard output
-  bool redact = false;   // blank secrets in it
-  std::string library;   // empty: found beside the program or by the loader
-  std::optional<unsigned> log_mask;
 };
 
 // Reads the command line. When there is nothing more to do (help, version, bad usage) prints what

@@ -1,5 +1,5 @@
 // The columns of the live view's graphs.
-#include "zopctl/graph.h"
+#include "zopctl/live/graph.h"
 
 #include <gtest/gtest.h>
 

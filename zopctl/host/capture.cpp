@@ -1,0 +1,89 @@
+// Pieces of the line put together to frames. A write that fails is told once, and the work goes on.
+#include "zopctl/host/capture.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "zopctl/text/failure.h"
+
+namespace zopctl {
+
+constexpr uint8_t FLAG = 0x7E;
+
+static FILE* open_capture(const std::string& path) {
+  if (path != "-") return fopen(path.c_str(), "wbe");
+  int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  return output < 0 ? nullptr : fdopen(output, "wb");
+}
+
+Capture::Capture(const std::string& path, bool redacted)
+    : file_(open_capture(path)), redacted_(redacted) {
+  signal(SIGPIPE, SIG_IGN);  // a capture that nobody reads any more ends alone
+  if (file_ == nullptr)
+    throw Failure("can't write the capture to " + path + ": " + strerror(errno));
+  try {
+    sim::write_capture_header(file_);
+  } catch (const std::runtime_error& error) {
+    fclose(file_);
+    throw Failure(error.what());
+  }
+  capture_line([this](zopctl::Direction direction, std::span<const uint8_t> piece) {
+    std::lock_guard lock(mutex_);
+    take(direction == zopctl::Direction::TO_MODEM ? sim::CapturedPacket::TO_MODEM
+                                                  : sim::CapturedPacket::FROM_MODEM,
+         piece);
+  });
+}
+
+Capture::~Capture() {
+  capture_line({});
+  flush(sim::CapturedPacket::TO_MODEM);
+  flush(sim::CapturedPacket::FROM_MODEM);
+  if (file_ != nullptr) fclose(file_);
+}
+
+// What the other side says ends a frame that is cut, or a lone flag.
+void Capture::take(Direction direction, std::span<const uint8_t> piece) {
+  bool to_modem = direction == sim::CapturedPacket::TO_MODEM;
+  flush(to_modem ? sim::CapturedPacket::FROM_MODEM : sim::CapturedPacket::TO_MODEM);
+  if (piece.empty()) {
+    flush(direction);
+    if (!gone_) write(sim::CapturedPacket::FROM_MODEM, {});
+    gone_ = true;
+    return;
+  }
+  gone_ = false;
+  for (uint8_t byte : piece) {
+    pending_[direction].push_back(byte);
+    bool whole = byte == FLAG && pending_[direction].size() > 1;
+    if (whole) flush(direction);
+  }
+}
+
+void Capture::flush(Direction direction) {
+  if (pending_[direction].empty()) return;
+  write(direction, std::move(pending_[direction]));
+  pending_[direction].clear();
+}
+
+void Capture::write(Direction direction, sim::Bytes bytes) {
+  if (file_ == nullptr) return;
+  auto now = std::chrono::system_clock::now().time_since_epoch();
+  sim::CapturedPacket packet = {std::chrono::duration_cast<std::chrono::microseconds>(now),
+                                direction, std::move(bytes)};
+  if (redacted_ && !packet.bytes.empty()) packet.bytes = redaction_.blank(packet);
+  try {
+    sim::write_captured(file_, packet);
+  } catch (const std::runtime_error& error) {
+    fprintf(stderr, "zopctl: %s; the capture ends here\n", error.what());
+    fclose(file_);
+    file_ = nullptr;
+  }
+}
+
+}  // namespace zopctl

@@ -1,0 +1,104 @@
+// Opened in the order in which each needs the one before.
+#include "zopctl/host/session.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+
+#include "zopctl/host/device_sharing.h"
+#include "zopctl/host/host_calls.h"
+#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/signals.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/text/words.h"
+
+namespace zopctl {
+
+// Looks at the device before the module does: the module would try for five seconds, and its
+// result would not say why.
+std::optional<std::string> device_problem(const std::string& path) {
+  int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+  int error = errno;
+  bool terminal = fd >= 0 && isatty(fd) != 0;
+  if (fd >= 0) close(fd);
+  if (terminal) {
+    auto holder = holder_of(path);
+    if (!holder) return std::nullopt;
+    return path + " is in use by " + *holder + "; end that first: two programs on one port take " +
+           "each other's answers";
+  }
+  if (fd >= 0) return path + " is no serial device; give the modem's DIAG port by --device";
+  switch (error) {
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+      return "no modem at " + path +
+             "; is it plugged in and its driver loaded? Another node is given by --device, "
+             "a simulated modem by --sim";
+    case EACCES:
+    case EPERM:
+      return "no permission for " + path + "; run as root or join the group that owns it";
+    case EBUSY:
+      return path + " is in use by another program; end that first";
+    default:
+      return "can't open " + path + ": " + strerror(error);
+  }
+}
+
+static void show_log(const ModuleLibrary& module, unsigned mask) {
+  catch_log([](int, const std::string& line) { fprintf(stderr, "%s\n", line.c_str()); });
+  module.vurn_set_log_mask(mask);
+}
+
+static void open_modem(const ModuleLibrary& module, Session::Need need) {
+  if (need == Session::LINK) {
+    if (unsigned result = module.zop_open(MODULE_DEVICE)) {
+      check_signals();
+      throw Failure("no modem answers on the port: zop_open, result " + std::to_string(result) +
+                    "; is this the DIAG port?");
+    }
+    return;
+  }
+  if (int result = module.vurn_open()) {
+    check_signals();
+    throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
+                  ": no answer on the port, or no usable SIM; zopctl sim status tells of the SIM, "
+                  "--log error shows what the module says");
+  }
+}
+
+Session::Session(const Setting& setting, Need need) : need_(need) {
+  if (!setting.capture.empty()) {
+    capture_ = std::make_unique<Capture>(setting.capture, setting.redact);
+  }
+  if (setting.simulate) {
+    root_ = std::make_unique<FakeRoot>();
+    simulator_ = std::make_unique<SimulatorProcess>(
+        SimulatorProcess::Setting{setting.scenario, root_->device(), setting.sim_speed});
+    map_device(root_->device());
+    set_speed(setting.sim_speed);
+  } else {
+    std::string device = setting.device.empty() ? MODULE_DEVICE : setting.device;
+    map_device(std::filesystem::absolute(device));  // a verb may change the folder
+  }
+  if (need != LIBRARY) {
+    if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
+  }
+  module_ = std::make_unique<ModuleLibrary>(setting.library);
+  if (setting.log_mask) show_log(*module_, *setting.log_mask);
+  check_signals();
+  QuietOutput quiet;
+  if (need_ != LIBRARY) open_modem(*module_, need_);
+}
+
+Session::~Session() {
+  if (!module_) return;
+  if (need_ == LINK) module_->zop_close();
+  if (need_ == MODULE) module_->vurn_close(1);
+}
+
+}  // namespace zopctl

@@ -1,0 +1,52 @@
+// An open modem: device or simulator, library, vurn_open or the link alone; all of it undone at the
+// end. A SIM that is locked can be reached by the link only: vurn_open wants a ready one.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "zopctl/host/capture.h"
+#include "zopctl/host/fake_root.h"
+#include "zopctl/host/module_library.h"
+#include "zopctl/host/simulator_process.h"
+
+namespace zopctl {
+
+class Session {
+ public:
+  // Which modem, through which library, and what is seen of it.
+  struct Setting {
+    bool simulate = false;
+    std::string scenario;  // with simulate; empty: the simulator's default
+    double sim_speed = 1;  // of its clock
+    std::string device;    // empty: the module's own
+    std::string capture;   // file for all that goes over the line; "-" is standard output
+    bool redact = false;   // blank secrets in it
+    std::string library;   // empty: found beside the program or by the loader
+    std::optional<unsigned> log_mask;
+  };
+  // vurn_open with its ready SIM, the serial link alone, or neither: who works with it opens what
+  // it wants.
+  enum Need { MODULE, LINK, LIBRARY };
+
+  // Throws Failure when there is no device, no library, or no modem.
+  Session(const Setting& setting, Need need);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  const ModuleLibrary& module() const { return *module_; }
+
+ private:
+  std::unique_ptr<Capture> capture_;
+  std::unique_ptr<FakeRoot> root_;
+  std::unique_ptr<SimulatorProcess> simulator_;
+  std::unique_ptr<ModuleLibrary> module_;
+  Need need_;
+};
+
+// Why the device can't be a modem's port, with what to do about it; nothing when it can.
+std::optional<std::string> device_problem(const std::string& path);
+
+}  // namespace zopctl

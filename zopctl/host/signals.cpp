@@ -1,0 +1,103 @@
+// What the handler touches is atomic, and the folder that it removes is another program's work.
+#include "zopctl/host/signals.h"
+
+#include <errno.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+
+#include "zopctl/host/host_calls.h"
+
+namespace zopctl {
+
+// Written by the signal handler and by keys, read by any thread. Atomic without a lock.
+static std::atomic<int> caught_signal = 0;
+static std::atomic<int> held_on = 0;  // what is under way must not break off
+static std::atomic<int> end_is_asked = 0;
+static int wake_up = -1;  // an eventfd: a signal just before a wait must end it too
+static std::atomic<const char*> scratch_folder = nullptr;
+static void (*hard_exit_call)() = nullptr;
+
+static void wake() {
+  uint64_t one = 1;
+  if (write(wake_up, &one, sizeof one) < 0) return;  // full: it is awake already
+}
+
+// Calls nothing that a signal handler may not; so the folder is another program's work.
+[[noreturn]] static void end_at_once(int signal) {
+  if (hard_exit_call != nullptr) hard_exit_call();
+  if (isatty(STDERR_FILENO) != 0 && write(STDERR_FILENO, "\n", 1) < 0) _exit(1);  // after a bar
+  const char* folder = scratch_folder;
+  pid_t pid = folder != nullptr ? _Fork() : -1;
+  if (pid == 0) execl("/bin/rm", "rm", "-rf", "--", folder, nullptr);
+  if (pid > 0) waitpid(pid, nullptr, 0);
+  _exit(128 + signal);
+}
+
+static void on_signal(int signal) {
+  if (signal == SIGHUP && held_on != 0) return;  // the terminal is gone, the work goes on
+  if (caught_signal != 0) end_at_once(signal);
+  int saved_errno = errno;
+  caught_signal = signal;
+  wake();
+  errno = saved_errno;
+}
+
+void ask_to_end() {
+  end_is_asked = 1;
+  wake();
+}
+
+int end_descriptor() { return wake_up; }
+void before_hard_exit(void (*call)()) { hard_exit_call = call; }
+
+static double speed = 1;  // of a simulated modem's clock
+
+bool has_caught_signal() { return caught_signal != 0; }
+static bool may_hurry() { return (has_caught_signal() || end_is_asked != 0) && held_on == 0; }
+void hold_on() { held_on = 1; }
+void leave_nothing_of(const char* folder) { scratch_folder = folder; }
+
+void set_speed(double factor) {
+  speed = factor;
+  speed_up_sleeps(factor);
+}
+
+void watch_signals() {
+  hurry_when(may_hurry);
+  wake_up = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  struct sigaction action = {};
+  action.sa_handler = on_signal;
+  for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before = {};
+    sigaction(signal, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);  // as under nohup
+  }
+}
+
+std::chrono::system_clock::time_point modem_now() {
+  using Clock = std::chrono::system_clock;
+  static const Clock::time_point start = Clock::now();
+  auto passed = std::chrono::duration<double>(Clock::now() - start) * speed;
+  return start + std::chrono::duration_cast<Clock::duration>(passed);
+}
+
+void wait_seconds(unsigned seconds) { wait_ms(seconds * 1000); }
+
+void wait_ms(unsigned ms) {
+  auto us = static_cast<long>(ms / speed * 1000);
+  timespec left = {us / 1'000'000, us % 1'000'000 * 1000};
+  pollfd signals = {wake_up, POLLIN, 0};
+  ppoll(&signals, held_on != 0 ? 0 : 1, &left, nullptr);
+  check_signals();
+}
+
+void check_signals() {
+  if (may_hurry()) throw Interrupted{caught_signal};
+}
+
+}  // namespace zopctl

@@ -1,0 +1,272 @@
+// One function a block, from the top; each takes its first line and returns the next free one.
+#include "zopctl/live/live_layout.h"
+
+#include <curses.h>
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "zopctl/host/host_calls.h"
+#include "zopctl/text/bytes_text.h"
+#include "zopctl/text/words.h"
+
+namespace zopctl {
+
+constexpr int SMALLEST_WIDTH = 30, SMALLEST_HEIGHT = 8;
+constexpr int SCALE_WIDTH = 5;             // "-113 " before a graph
+constexpr Scale RSSI_SCALE = {-113, -51};  // dBm, the range that a modem can report
+constexpr Scale ECIO_SCALE = {-24, 0};     // dB
+constexpr int CELL_LABEL_WIDTH = 32;
+
+struct Thresholds {
+  int good, fair;
+};
+constexpr Thresholds RSSI_QUALITY = {-85, -100};
+constexpr Thresholds ECIO_QUALITY = {-8, -14};
+
+static attr_t colour_of(int level, Thresholds thresholds) {
+  ColourPair pair = level >= thresholds.good ? GOOD : level >= thresholds.fair ? FAIR : BAD;
+  return COLOR_PAIR(pair);
+}
+
+static void put(int y, int x, const std::string& text, attr_t attributes = A_NORMAL) {
+  if (y < 0 || y >= LINES || x >= COLS) return;
+  attrset(attributes);
+  mvaddnstr(y, x, text.c_str(), COLS - x);
+  attrset(A_NORMAL);
+}
+
+static void put_bar(int y, const std::string& text) {
+  attrset(A_REVERSE);
+  mvhline(y, 0, ' ', COLS);
+  put(y, 0, text, A_REVERSE);
+}
+
+// ---- words and values ----
+
+struct Field {
+  const char* label;
+  std::string value;  // left out when empty
+  attr_t attributes = A_BOLD;
+};
+
+// Beside each other, and on the next line when one is full.
+static int fields(int y, const std::vector<Field>& row) {
+  int x = 1;
+  for (const Field& field : row) {
+    if (field.value.empty()) continue;
+    std::string label = field.label;
+    if (!label.empty()) label += ' ';
+    int width = static_cast<int>(label.size() + field.value.size());
+    if (x > 1 && x + width > COLS) ++y, x = 1;
+    put(y, x, label, A_DIM);
+    put(y, x + static_cast<int>(label.size()), field.value, field.attributes);
+    x += width + 2;
+  }
+  return y + 1;
+}
+
+static std::string with_unit(std::optional<int> level, const char* unit) {
+  return level ? fmt::format("{} {}", *level, unit) : "";
+}
+
+static std::optional<int> newest(const Levels& levels) {
+  return levels.empty() ? std::nullopt : levels.back();
+}
+
+static attr_t quality(std::optional<int> level, Thresholds thresholds) {
+  return A_BOLD | (level ? colour_of(*level, thresholds) : A_NORMAL);
+}
+
+static int signal_fields(int y, const LiveView& view) {
+  const Bars& bars = view.sample.bars;
+  attr_t colour = COLOR_PAIR(bars.bars >= 3 ? GOOD : bars.bars > 0 ? FAIR : BAD);
+  auto rssi = newest(view.rssi), ecio = newest(view.ecio);
+  return fields(y, {{"Bars", bars_picture(bars.bars), A_BOLD | colour},
+                    {"", plain(bars.reason), COLOR_PAIR(BAD)},
+                    {"RSSI", with_unit(rssi, "dBm"), quality(rssi, RSSI_QUALITY)},
+                    {"Ec/Io", with_unit(ecio, "dB"), quality(ecio, ECIO_QUALITY)},
+                    {"RSCP", view.sample.text("wcdma", "RSCP")},
+                    {"Tx", view.sample.text("state", "Tx Power")}});
+}
+
+static int network_fields(int y, const Sample& sample) {
+  std::string roaming = sample.text("state", "Roaming");
+  if (!roaming.empty()) roaming = roaming == "0" ? "no" : "yes";
+  y = fields(y, {{"Registration", sample.text("status", "Reg Status")},
+                 {"", sample.text("status", "Service Status")},
+                 {"", sample.text("status", "GMM Attach State")},
+                 {"Roaming", roaming}});
+  y = fields(y, {{"Mode", sample.text("state", "System Mode")},
+                 {"Data", sample.text("state", "Data Service Mode")},
+                 {"Band", sample.text("network", "Band")},
+                 {"Channel", sample.text("network", "Channel")}});
+  return fields(y, {{"Network", sample.text("network", "Network Name")},
+                    {"", sample.text("network", "MCC MNC")},
+                    {"Cell", sample.text("network", "C1")},
+                    {"LAC", sample.text("network", "L1")},
+                    {"RAC", sample.text("network", "R1")}});
+}
+
+// ---- graphs ----
+
+struct Plot {
+  const char* title;
+  const Levels& levels;
+  Scale scale;
+};
+
+static void draw_plot(const Plot& plot, int y, int x, int width, int height, bool utf8) {
+  put(y, x, plot.title, A_DIM);
+  auto lines = graph(plot.levels, plot.scale, width - SCALE_WIDTH, height, utf8);
+  attrset(COLOR_PAIR(PLOT));
+  for (size_t i = 0; i < lines.size(); ++i) {  // a column may be several bytes
+    mvaddstr(y + 1 + static_cast<int>(i), x + SCALE_WIDTH, lines[i].c_str());
+  }
+  attrset(A_NORMAL);
+  put(y + 1, x, fmt::format("{:4}", plot.scale.top), A_DIM);
+  put(y + height, x, fmt::format("{:4}", plot.scale.bottom), A_DIM);
+}
+
+static int graphs(int y, const LiveView& view, bool utf8) {
+  int room = LINES - 1 - y;
+  int height = std::clamp(room / 3, 2, 12);
+  if (room < height + 1) return y;
+  bool both = COLS >= 2 * SMALLEST_WIDTH;
+  int width = both ? (COLS - 4) / 2 : COLS - 2;
+  draw_plot({"RSSI, dBm", view.rssi, RSSI_SCALE}, y, 1, width, height, utf8);
+  if (both) {
+    draw_plot({"Ec/Io of the active cell, dB", view.ecio, ECIO_SCALE}, y, width + 3, width, height,
+              utf8);
+  }
+  return y + height + 1;
+}
+
+// ---- cells ----
+
+static std::string cell_label(const Cell& cell) {
+  switch (cell.kind) {
+    case Cell::ACTIVE:
+      return fmt::format("active     code {:4} {:5} dB", cell.code, cell.level);
+    case Cell::MONITORED:
+      return fmt::format("monitored  code {:4} {:5} dB", cell.code, cell.level);
+    case Cell::DETECTED:
+      return fmt::format("detected   code {:4} {:5} dB", cell.code, cell.level);
+    case Cell::NEIGHBOUR:
+      break;
+  }
+  return fmt::format("neighbour ARFCN {:4} {:4} dBm", cell.code, cell.level);
+}
+
+static void draw_cell(int y, const Cell& cell) {
+  bool gsm = cell.kind == Cell::NEIGHBOUR;
+  Scale scale = gsm ? RSSI_SCALE : ECIO_SCALE;
+  put(y, 1, cell_label(cell), cell.kind == Cell::ACTIVE ? A_BOLD : A_NORMAL);
+  int room = std::min(COLS - CELL_LABEL_WIDTH - 1, 48);
+  if (room <= 0) return;
+  int level = std::clamp(cell.level, scale.bottom, scale.top) - scale.bottom;
+  int length = level * room / (scale.top - scale.bottom);
+  put(y, CELL_LABEL_WIDTH, std::string(static_cast<size_t>(length), '='),
+      colour_of(cell.level, gsm ? RSSI_QUALITY : ECIO_QUALITY));
+}
+
+static int cells(int y, const Sample& sample) {
+  auto found = cells_of(sample);
+  int room = std::clamp((LINES - 1 - y - 4) / 2, 1, 12);
+  int count = std::min(static_cast<int>(found.size()), room);
+  for (int i = 0; i < count; ++i) draw_cell(y + i, found[static_cast<size_t>(i)]);
+  int left_out = static_cast<int>(found.size()) - count;
+  if (count > 0 && left_out > 0 && COLS > CELL_LABEL_WIDTH) {
+    std::string more = fmt::format(" +{} more", left_out);
+    put(y + count - 1, COLS - static_cast<int>(more.size()), more, A_DIM);
+  }
+  return y + count;
+}
+
+// ---- the rest ----
+
+static std::string traffic(const Sample& sample, const char* label) {
+  auto bytes = sample.number("wan", label);
+  return bytes ? size_text(static_cast<uint64_t>(*bytes)) : "";
+}
+
+// "1/2", received and sent.
+static std::string errors(const Sample& sample) {
+  std::string rx = sample.text("wan", "Rx Errors"), tx = sample.text("wan", "Tx Errors");
+  return rx.empty() && tx.empty() ? "" : fmt::format("{}/{}", rx, tx);
+}
+
+// "2:00:13 (Nov 21 12:48:56)" without when it began.
+static std::string age(const std::string& text) { return text.substr(0, text.find(" (")); }
+
+static int module_fields(int y, const Sample& sample) {
+  std::string local = sample.text("wan", "IP Address");
+  std::string peer = sample.text("wan", "Dest IP Address");
+  y = fields(y, {{"PPP", local},
+                 {"to", peer == local ? "" : peer, A_NORMAL},  // both tell why there is none
+                 {"rx", traffic(sample, "Rx Bytes")},
+                 {"tx", traffic(sample, "Tx Bytes")},
+                 {"errors", errors(sample), A_NORMAL},
+                 {"up", age(sample.text("wan", "pppd Age")), A_NORMAL}});
+  return fields(y, {{"PDP", sample.text("status", "PDP State")},
+                    {"Call", sample.text("status", "Call Status")},
+                    {"Deferred action", plain(sample.deferred)}});
+}
+
+static void events(int y, const LiveView& view) {
+  int room = LINES - 1 - y - 1;
+  if (room < 1) return;
+  put(y, 1, "Events", A_DIM);
+  if (view.events.empty()) put(y, 9, "none so far", A_DIM);
+  int count = std::min(room, static_cast<int>(view.events.size()));
+  for (int i = 0; i < count; ++i) {  // the newest first
+    put(y + 1 + i, 1, view.events[view.events.size() - 1 - static_cast<size_t>(i)]);
+  }
+}
+
+static void title(const LiveView& view) {
+  std::string modem = is_simulated() ? "a simulated modem" : mapped_device();
+  std::string text = fmt::format(" zopctl monitor  {}", modem);
+  if (view.has_sample) {
+    auto time = std::chrono::floor<std::chrono::seconds>(view.sample.time);
+    text = fmt::format(" {:%H:%M:%S} UTC {}", time, text);
+  }
+  if (view.is_paused) text += "  PAUSED";
+  if (view.has_sample && !view.sample.link_is_open) text += "  LINK LOST, waiting for the modem";
+  put_bar(0, text);
+}
+
+static void footer(const LiveView& view) {
+  std::string text = fmt::format(" q quit  p {}  + - every {} s",
+                                 view.is_paused ? "go on" : "pause", view.interval_s);
+  if (!view.recording.empty()) text += "  recording " + plain(view.recording);
+  put_bar(LINES - 1, text);
+}
+
+static void body(const LiveView& view, bool utf8) {
+  if (!view.has_sample) return put(2, 1, "opening the modem ...");
+  int y = signal_fields(1, view);
+  if (view.sample.report.is_null() && view.sample.link_is_open) {
+    put(y++, 1, "waiting for the modem's field-test data ...", A_DIM);
+  }
+  if (!view.sample.report.is_null()) y = network_fields(y, view.sample);
+  y = graphs(y, view, utf8);
+  y = cells(y, view.sample);
+  if (!view.sample.report.is_null()) y = module_fields(y, view.sample);
+  events(y, view);
+}
+
+void draw_layout(const LiveView& view, bool utf8) {
+  erase();
+  if (LINES < SMALLEST_HEIGHT || COLS < SMALLEST_WIDTH) {
+    put(0, 0, with_unit(newest(view.rssi), "dBm"));
+    put(1, 0, fmt::format("{}x{} at least", SMALLEST_WIDTH, SMALLEST_HEIGHT));
+    return;
+  }
+  body(view, utf8);
+  title(view);
+  footer(view);
+}
+
+}  // namespace zopctl

@@ -1,0 +1,261 @@
+// zopctl monitor: the modem as it lives. On a terminal a screen that moves, elsewhere a line a
+// look. The looks have a thread of their own: a silent modem must not hold up the keys.
+#include "zopctl/live/monitor.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <poll.h>
+#include <signal.h>
+#include <string.h>
+#include <sys/eventfd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <exception>
+#include <limits>
+#include <thread>
+
+#include "zopctl/host/signals.h"
+#include "zopctl/live/live_screen.h"
+#include "zopctl/live/sampler.h"
+#include "zopctl/text/failure.h"
+
+namespace zopctl {
+
+using Json = nlohmann::ordered_json;
+
+static constexpr unsigned LONGEST_INTERVAL_S = 3600;
+
+static std::string json_line(const Sample& sample) {
+  return as_json(sample).dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+// ---- the recording ----
+
+// Adds to what the file holds already. A line is there whole or not at all.
+class Recording {
+ public:
+  explicit Recording(const std::string& file)
+      : file_(file), fd_(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666)) {
+    if (fd_ < 0) fail();
+  }
+  ~Recording() { close(fd_); }
+  Recording(const Recording&) = delete;
+  Recording& operator=(const Recording&) = delete;
+
+  void add(const Sample& sample);
+  std::string text() const { return fmt::format("{} ({})", file_, count_); }
+
+ private:
+  [[noreturn]] void fail() const {
+    throw Failure(
+        fmt::format("the recording {}: {}; {} samples are in it", file_, strerror(errno), count_));
+  }
+
+  std::string file_;
+  int fd_;
+  uint64_t count_ = 0;
+};
+
+void Recording::add(const Sample& sample) {
+  std::string line = json_line(sample);
+  struct stat before = {};
+  bool is_file = fstat(fd_, &before) == 0 && S_ISREG(before.st_mode);
+  for (size_t done = 0; done < line.size();) {
+    ssize_t n = write(fd_, line.data() + done, line.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) {
+      int error = errno;
+      if (is_file && ftruncate(fd_, before.st_size) != 0) error = errno;
+      errno = error;
+      fail();
+    }
+    done += static_cast<size_t>(n);
+  }
+  ++count_;
+}
+
+// ---- looking ----
+
+class Looks {
+ public:
+  Looks(const ModuleLibrary& module, const Arguments& arguments, bool log_lines_go_on)
+      : sampler_(module, log_lines_go_on) {
+    if (arguments.has("--interval")) {
+      interval_s = arguments.number("--interval", 1, LONGEST_INTERVAL_S);
+    }
+    if (arguments.has("--count")) {
+      left_ = arguments.number("--count", 1, std::numeric_limits<uint32_t>::max());
+      is_counted_ = true;
+    }
+    if (!arguments.has("--record")) return;
+    if (arguments.text("--record") == "-") {
+      throw UsageError("--record wants a file; monitor --json prints the samples");
+    }
+    recording_.emplace(arguments.text("--record"));
+  }
+
+  // Until the user ends it or all are taken. Throws Interrupted and Failure.
+  void run(const std::function<void(const Sample&)>& show) {
+    for (;;) {
+      Sample sample = sampler_.take();
+      if (recording_) recording_->add(sample);
+      show(sample);
+      if (is_counted_ && --left_ == 0) return;
+      wait_seconds(interval_s);
+    }
+  }
+
+  std::string recording() const { return recording_ ? recording_->text() : ""; }
+
+  std::atomic<unsigned> interval_s = 1;
+
+ private:
+  Sampler sampler_;
+  std::optional<Recording> recording_;
+  uint32_t left_ = 0;
+  bool is_counted_ = false;
+};
+
+static void print_lines(Looks& looks, bool json) {
+  looks.run([json](const Sample& sample) {
+    fmt::print("{}", json ? json_line(sample) : as_line(sample) + '\n');
+    if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
+  });
+}
+
+// ---- the live view ----
+
+class LiveMonitor {
+ public:
+  LiveMonitor(Looks& looks, LiveScreen& screen);
+  ~LiveMonitor();
+  LiveMonitor(const LiveMonitor&) = delete;
+  LiveMonitor& operator=(const LiveMonitor&) = delete;
+
+  void run();  // until the user or the last look ends it
+
+ private:
+  void look();
+  void tell_news() const;
+  bool wait_for_news() const;
+  bool take_keys();
+  void change_interval(int step);
+  void draw();
+
+  Looks& looks_;
+  LiveScreen& screen_;
+  int news_;  // an eventfd: a new sample, or the end of the looks
+  std::mutex mutex_;
+  LiveView view_;               // newest; under the mutex
+  std::exception_ptr failure_;  // of the looks; under the mutex
+  bool has_ended_ = false;      // the looks; under the mutex
+  LiveView shown_;
+  std::thread thread_;
+};
+
+// The looks' thread takes no signals: they wake the one that draws.
+LiveMonitor::LiveMonitor(Looks& looks, LiveScreen& screen)
+    : looks_(looks), screen_(screen), news_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  sigset_t all, before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  thread_ = std::thread([this] { look(); });
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+LiveMonitor::~LiveMonitor() {
+  ask_to_end();
+  thread_.join();
+  close(news_);
+}
+
+void LiveMonitor::tell_news() const {
+  uint64_t one = 1;
+  if (write(news_, &one, sizeof one) < 0) return;  // full: there is news already
+}
+
+void LiveMonitor::look() {
+  std::exception_ptr failure;
+  try {
+    looks_.run([this](const Sample& sample) {
+      std::lock_guard lock(mutex_);
+      view_.add(sample);
+      view_.recording = looks_.recording();
+      tell_news();
+    });
+  } catch (const Interrupted&) {  // the other thread knows
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  std::lock_guard lock(mutex_);
+  failure_ = failure;
+  has_ended_ = true;
+  tell_news();
+}
+
+// False when the terminal is gone.
+bool LiveMonitor::wait_for_news() const {
+  pollfd sources[] = {{STDIN_FILENO, POLLIN, 0}, {news_, POLLIN, 0}, {end_descriptor(), POLLIN, 0}};
+  if (poll(sources, std::size(sources), -1) < 0) return true;  // a signal: another size
+  uint64_t count;
+  if (sources[1].revents != 0 && read(news_, &count, sizeof count) < 0) return true;
+  return (sources[0].revents & (POLLHUP | POLLERR)) == 0;
+}
+
+void LiveMonitor::change_interval(int step) {
+  int changed = static_cast<int>(looks_.interval_s) + step;
+  if (changed >= 1 && changed <= static_cast<int>(LONGEST_INTERVAL_S)) {
+    looks_.interval_s = static_cast<unsigned>(changed);
+  }
+}
+
+// False when the user wants to leave.
+bool LiveMonitor::take_keys() {
+  for (int key; (key = screen_.key()) != -1;) {
+    if (key == 'q' || key == 'Q') return false;
+    if (key == 'p' || key == ' ') shown_.is_paused = !shown_.is_paused;
+    if (key == '+') change_interval(1);
+    if (key == '-') change_interval(-1);
+  }
+  return true;
+}
+
+void LiveMonitor::draw() {
+  bool is_paused = shown_.is_paused;
+  if (!is_paused) {
+    std::lock_guard lock(mutex_);
+    shown_ = view_;
+  }
+  shown_.is_paused = is_paused;
+  shown_.interval_s = looks_.interval_s;
+  screen_.draw(shown_);
+}
+
+void LiveMonitor::run() {
+  for (draw(); wait_for_news() && take_keys(); draw()) {
+    check_signals();
+    std::lock_guard lock(mutex_);
+    if (failure_) std::rethrow_exception(failure_);
+    if (has_ended_) return;
+  }
+}
+
+Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
+  bool wants_screen = !arguments.json && isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+  bool log_lines_go_on = !wants_screen || isatty(STDERR_FILENO) == 0;
+  Looks looks(m, arguments, log_lines_go_on);
+  auto screen = wants_screen ? LiveScreen::open() : nullptr;
+  if (screen) {
+    LiveMonitor(looks, *screen).run();
+  } else {
+    if (wants_screen)
+      fmt::print(stderr, "zopctl: no live view on a terminal of this kind ($TERM)\n");
+    print_lines(looks, arguments.json);
+  }
+  return {};
+}
+
+}  // namespace zopctl

@@ -1,0 +1,160 @@
+// One sample is one vurn_get_bars and one vurn_get_log_string: the first asks the modem, the second
+// keeps its field testing on, so that screens come by themselves and fill the next report.
+#include "zopctl/live/sampler.h"
+
+#include <fmt/format.h>
+
+#include <cstring>
+#include <utility>
+
+#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/report_text.h"
+#include "zopctl/host/session.h"
+#include "zopctl/host/signals.h"
+
+namespace zopctl {
+
+constexpr unsigned WATCHED =
+    VURN_LOG_EVENTS | VURN_LOG_STUCK | VURN_LOG_GENERAL | VURN_LOG_WARNING | VURN_LOG_ERROR;
+constexpr size_t MOST_EVENTS = 1000;  // between two samples
+
+// ---- the log ----
+
+struct Notice {
+  const char* line;  // part of the module's
+  const char* event;
+};
+static const Notice NOTICES[] = {
+    {"Call originate callback", "call originated"},
+    {"Call end callback", "call ended"},
+    {"PDP Activate callback", "data connection (PDP) activated"},
+    {"PDP Deactivate callback", "data connection (PDP) deactivated"},
+};
+
+// "... E zop:NAME:fields:text" from its letter on; empty for another priority.
+static std::string complaint_of(const std::string& line) {
+  for (const char* mark : {"E zop:", "W zop:"}) {
+    size_t at = line.find(mark);
+    if (at != std::string::npos) return line.substr(at);
+  }
+  return "";
+}
+
+static std::string event_of(const std::string& line) {
+  for (const Notice& notice : NOTICES) {
+    if (line.find(notice.line) != std::string::npos) return notice.event;
+  }
+  return complaint_of(line);
+}
+
+ModuleWatch::ModuleWatch(const ModuleLibrary& module, bool lines_go_on)
+    : module_(module), mask_(*module.gZOPModuleLogMask), before_(current_log()) {
+  catch_log([this, lines_go_on](int priority, const std::string& line) {
+    take(line);
+    if (lines_go_on && before_) before_(priority, line);
+  });
+  module.vurn_set_log_mask(mask_ | WATCHED);
+}
+
+ModuleWatch::~ModuleWatch() {
+  module_.vurn_set_log_mask(mask_);
+  catch_log(before_);
+}
+
+void ModuleWatch::take(const std::string& line) {
+  constexpr std::string_view STATE = "newState=";
+  std::lock_guard lock(mutex_);
+  size_t state = line.find(STATE);
+  if (state != std::string::npos) {
+    state += STATE.size();
+    deferred_ = line.substr(state, line.find(' ', state) - state);
+    return;
+  }
+  std::string event = event_of(line);
+  bool is_new = !event.empty() && (events_.empty() || events_.back() != event);
+  if (is_new && events_.size() < MOST_EVENTS) events_.push_back(event);
+}
+
+std::vector<std::string> ModuleWatch::take_events() {
+  std::lock_guard lock(mutex_);
+  return std::exchange(events_, {});
+}
+
+std::string ModuleWatch::deferred() const {
+  std::lock_guard lock(mutex_);
+  return deferred_;
+}
+
+// ---- samples ----
+
+// Null until the modem's first screen is there: what stands in the report before is no news.
+static nlohmann::ordered_json read_report(const ModuleLibrary& m) {
+  std::string report = log_string(m);
+  return has_screen(report) ? report_as_json(m, report) : nullptr;
+}
+
+// vurn_open would wait for a device that is not there.
+void Sampler::reopen(Sample& sample) {
+  {
+    QuietOutput quiet;
+    module_.vurn_close(0);
+    if (device_problem(mapped_device())) return;
+    if (module_.vurn_open() != VURN_OK) return;
+  }
+  sample.bars = read_bars(module_);
+}
+
+Sample Sampler::take() {
+  Sample sample;
+  sample.bars = read_bars(module_);
+  if (is_lost(sample.bars)) reopen(sample);
+  sample.link_is_open = !is_lost(sample.bars);
+  if (sample.link_is_open) {
+    sample.report = read_report(module_);
+  } else {
+    sample.bars.reason = "no modem on the port";
+  }
+  sample.time = modem_now();
+  sample.deferred = watch_.deferred();
+  sample.events = watch_.take_events();
+  add_changes(sample);
+  return sample;
+}
+
+struct Followed {
+  const char* section;
+  const char* label;
+};
+static const Followed FOLLOWED[] = {
+    {"network", "Network Name"},
+    {"network", "MCC MNC"},
+    {"network", "Band"},
+    {"network", "C1"},
+    {"state", "Roaming"},
+    {"state", "System Mode"},
+    {"state", "Data Service Mode"},
+    {"status", "Service Status"},
+    {"status", "Reg Status"},
+    {"status", "Call Status"},
+    {"status", "GMM Attach State"},
+    {"status", "PDP State"},
+    {"status", "SIM Status"},
+};
+
+void Sampler::add_changes(Sample& sample) {
+  if (sample.link_is_open != was_open_) {
+    sample.events.push_back(sample.link_is_open ? "the link is back" : "the link is lost");
+  }
+  was_open_ = sample.link_is_open;
+  if (sample.report.is_null()) return;
+  for (const Followed& row : FOLLOWED) {
+    std::string before = last_.text(row.section, row.label);
+    std::string now = sample.text(row.section, row.label);
+    if (last_.report.is_null() || now == before) continue;
+    const char* name = strcmp(row.label, "C1") == 0 ? "Cell" : row.label;
+    sample.events.push_back(fmt::format("{}: {} -> {}", name, before, now));
+  }
+  last_ = sample;
+}
+
+}  // namespace zopctl

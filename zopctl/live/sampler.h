@@ -1,0 +1,52 @@
+// Looks at an open modem again and again, and opens it again when it was away.
+#pragma once
+
+#include <mutex>
+
+#include "zopctl/host/host_calls.h"
+#include "zopctl/live/sample.h"
+
+namespace zopctl {
+
+// The module's log while it lives: what happens, and the state of the deferred-action thread. Its
+// lines go on to the log sink of before, if they may be shown.
+class ModuleWatch {
+ public:
+  ModuleWatch(const ModuleLibrary& module, bool lines_go_on);
+  ~ModuleWatch();
+  ModuleWatch(const ModuleWatch&) = delete;
+  ModuleWatch& operator=(const ModuleWatch&) = delete;
+
+  std::vector<std::string> take_events();
+  std::string deferred() const;
+
+ private:
+  void take(const std::string& line);
+
+  const ModuleLibrary& module_;
+  unsigned mask_;
+  LogSink before_;
+  mutable std::mutex mutex_;  // the module's threads log too
+  std::vector<std::string> events_;
+  std::string deferred_ = "idle";
+};
+
+class Sampler {
+ public:
+  Sampler(const ModuleLibrary& module, bool log_lines_go_on)
+      : module_(module), watch_(module, log_lines_go_on) {}
+
+  // As long as the modem takes to answer; some seconds when it is silent or must be opened.
+  Sample take();
+
+ private:
+  void reopen(Sample& sample);
+  void add_changes(Sample& sample);
+
+  const ModuleLibrary& module_;
+  ModuleWatch watch_;
+  Sample last_;  // with the last report there was
+  bool was_open_ = true;
+};
+
+}  // namespace zopctl

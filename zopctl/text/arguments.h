@@ -1,0 +1,26 @@
+// What the user has said to a verb.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace zopctl {
+
+// Arguments of a verb by name, as the user gave them.
+class Arguments {
+ public:
+  std::map<std::string, std::string> texts;
+  std::map<std::string, std::vector<std::string>> lists;
+  bool yes = false;   // --yes: what can break a device is meant
+  bool json = false;  // for verbs that print as they go
+
+  bool has(const std::string& name) const { return texts.count(name) != 0; }
+  const std::string& text(const std::string& name) const { return texts.at(name); }
+
+  // A number from min to max, decimal or 0x. Throws UsageError.
+  uint32_t number(const std::string& name, uint32_t min, uint32_t max) const;
+};
+
+}  // namespace zopctl

@@ -1,0 +1,48 @@
+// Bytes as text. What a modem sends never reaches the user's terminal as control characters.
+#include "zopctl/text/bytes_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "zopctl/text/failure.h"
+
+namespace zopctl {
+
+std::string hex_of(std::span<const uint8_t> bytes) {
+  return fmt::format("{:02x}", fmt::join(bytes, " "));
+}
+
+std::vector<uint8_t> bytes_of_hex(const std::string& what, const std::string& text, size_t most) {
+  std::string digits;
+  for (char c : text) {
+    if (isspace(static_cast<unsigned char>(c)) == 0) digits += c;
+  }
+  bool good = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+  if (!good || digits.empty() || digits.size() % 2 != 0 || digits.size() > 2 * most) {
+    throw UsageError(fmt::format("{} is 1 to {} bytes in hexadecimal", what, most));
+  }
+  std::vector<uint8_t> bytes;
+  bytes.reserve(digits.size() / 2);
+  for (size_t i = 0; i < digits.size(); i += 2) {
+    bytes.push_back(static_cast<uint8_t>(std::stoul(digits.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
+std::string printable(std::span<const uint8_t> field) {
+  std::string text(field.begin(), std::find(field.begin(), field.end(), 0));
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
+  }
+  return text;
+}
+
+std::string size_text(uint64_t bytes) {
+  if (bytes < 1000) return fmt::format("{} bytes", bytes);
+  double kilobytes = static_cast<double>(bytes) / 1000;
+  if (kilobytes < 1000) return fmt::format("{:.1f} kB", kilobytes);
+  return fmt::format("{:.1f} MB", kilobytes / 1000);
+}
+
+}  // namespace zopctl

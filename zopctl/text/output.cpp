@@ -1,0 +1,81 @@
+// The two printers.
+#include "zopctl/text/output.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace zopctl {
+
+struct Colours {
+  const char* title;
+  const char* label;
+  const char* bad;
+  const char* off;
+};
+
+static Colours colours() {
+  bool wanted = isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+  if (!wanted) return {"", "", "", ""};
+  return {"\033[1m", "\033[2m", "\033[31m", "\033[0m"};
+}
+
+static size_t widest_label(const Findings& findings) {
+  size_t width = 0;
+  for (const Section& section : findings) {
+    for (const Item& item : section.items) width = std::max(width, item.label.size());
+  }
+  return width;
+}
+
+void print_table(const Findings& findings) {
+  Colours c = colours();
+  size_t width = widest_label(findings);
+  const char* separator = "";
+  for (const Section& section : findings) {
+    fmt::print("{}{}{}{}\n", separator, c.title, section.title, c.off);
+    separator = "\n";
+    for (const Item& item : section.items) {
+      std::string shown = item.value.is_null() ? "-  (" + item.shown + ")" : item.shown;
+      fmt::print("  {}{:{}}{}  {}{}{}\n", c.label, item.label, width, c.off,
+                 item.failed ? c.bad : "", shown, c.off);
+    }
+  }
+}
+
+void print_json(const Findings& findings) {
+  nlohmann::ordered_json root;
+  auto problems = nlohmann::ordered_json::array();
+  for (const Section& section : findings) {
+    for (const Item& item : section.items) {
+      root[section.key][item.key] = item.value;
+      if (item.value.is_null()) {
+        problems.push_back({{"item", section.key + "." + item.key},
+                            {"reason", item.shown},
+                            {"failure", item.failed}});
+      }
+    }
+  }
+  root["problems"] = problems;
+  // Bytes that are no UTF-8 come from a modem's texts: they are replaced, not refused.
+  fmt::print("{}\n", root.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
+bool any_failed(const Findings& findings) {
+  auto failed = [](const Section& section) {
+    return std::ranges::any_of(section.items, &Item::failed);
+  };
+  return std::ranges::any_of(findings, failed);
+}
+
+Findings one_section(const char* key, const char* title, std::vector<Item> items) {
+  return {{key, title, std::move(items)}};
+}
+
+Item shown(const char* key, const char* label, nlohmann::ordered_json value, std::string text) {
+  return {key, label, std::move(value), std::move(text), false};
+}
+
+}  // namespace zopctl

@@ -1,0 +1,65 @@
+// zopctl bars: what the host shows, once or as it changes.
+#include "zopctl/host/bars.h"
+#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/signals.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/text/words.h"
+#include "zopctl/verbs/verbs.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <chrono>
+
+namespace zopctl {
+
+using Json = nlohmann::ordered_json;
+
+static Findings findings_of(const Bars& found) {
+  Item bars = {"bars", "Bars", found.bars, bars_picture(found.bars), false};
+  if (found.result != VURN_OK) bars = {"bars", "Bars", nullptr, found.reason, true};
+  Section section{"signal", "Signal", {bars}};
+  if (!found.reason.empty() && found.result == VURN_OK) {
+    section.items.push_back({"reason", "Reason", found.reason, found.reason, false});
+  }
+  return {section};
+}
+
+// One line a look: for people, or a JSON object.
+static void print_sample(const Bars& found, bool json) {
+  auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+  if (json) {
+    Json sample = {{"time", fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", now)}, {"bars", nullptr}};
+    if (found.result == VURN_OK) sample["bars"] = found.bars;
+    if (!found.reason.empty()) sample["reason"] = found.reason;
+    fmt::print("{}\n", sample.dump());
+  } else {
+    fmt::print("{:%H:%M:%S}  {}  {}\n", now, bars_picture(found.bars), found.reason);
+  }
+  if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
+}
+
+// A modem that was unplugged is opened again as soon as it is back.
+static void reopen_lost(const ModuleLibrary& m, const Bars& found) {
+  if (!is_lost(found)) return;
+  QuietOutput quiet;
+  m.vurn_close(0);
+  m.vurn_open();  // the next look tells
+}
+
+// Until the user ends it.
+static void watch(const ModuleLibrary& m, uint32_t seconds, bool json) {
+  for (;;) {
+    Bars found = read_bars(m);
+    print_sample(found, json);
+    reopen_lost(m, found);
+    wait_seconds(seconds);
+  }
+}
+
+Findings bars_show(const ModuleLibrary& m, const Arguments& arguments) {
+  if (arguments.has("--watch")) watch(m, arguments.number("--watch", 1, 86400), arguments.json);
+  return findings_of(read_bars(m));
+}
+
+}  // namespace zopctl

@@ -1,0 +1,164 @@
+// zopctl nv, config, profile, errlog: what the modem keeps and how it is set up.
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "zopctl/text/bytes_text.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/text/words.h"
+#include "zopctl/verbs/verbs.h"
+
+namespace zopctl {
+
+using Json = nlohmann::ordered_json;
+
+static Findings done(const char* key, const char* title, std::string what) {
+  return one_section(key, title, {shown("done", "Done", true, std::move(what))});
+}
+
+static void require_nv(uint32_t nv_status) {
+  if (nv_status == 0) return;
+  const char* words = nv_status == 5 ? "never written" : "refused";
+  throw Failure(fmt::format("NV status {} ({})", nv_status, words));
+}
+
+Findings nv_read(const ModuleLibrary& m, const Arguments& arguments) {
+  uint32_t item = arguments.number("ITEM", 0, 0xFFFF);
+  uint32_t length = arguments.has("--length") ? arguments.number("--length", 1, ZOP_NV_DATA_SIZE)
+                                              : static_cast<uint32_t>(ZOP_NV_DATA_SIZE);
+  std::vector<uint8_t> data(ZOP_NV_DATA_SIZE);
+  uint32_t nv_status = 0;
+  require(m.zop_nv_read(item, data.data(), length, &nv_status), "NV read");
+  require_nv(nv_status);
+  data.resize(length);
+  return one_section("nv", "NV item",
+                     {shown("item", "Item", item, std::to_string(item)),
+                      shown("data", "Data", hex_of(data), hex_of(data))});
+}
+
+Findings nv_write(const ModuleLibrary& m, const Arguments& arguments) {
+  uint32_t item = arguments.number("ITEM", 0, 0xFFFF);
+  std::vector<uint8_t> data = bytes_of_hex("DATA", arguments.text("DATA"), ZOP_NV_DATA_SIZE);
+  uint32_t nv_status = 0;
+  require(m.zop_nv_write(item, data.data(), static_cast<uint32_t>(data.size()), &nv_status),
+          "NV write");
+  require_nv(nv_status);
+  return done("nv", "NV item", fmt::format("item {} written, {} bytes", item, data.size()));
+}
+
+// A value that the modem may not have: shown with the reason when it fails.
+static Item value(const char* key, const char* label, unsigned (*get)(uint32_t*)) {
+  uint32_t number = 0;
+  unsigned result = get(&number);
+  if (result != ZOP_SUCCESS) return {key, label, nullptr, zop_result(result), true};
+  return shown(key, label, number, std::to_string(number));
+}
+
+Findings config_show(const ModuleLibrary& m, const Arguments&) {
+  int32_t band_code = 0;
+  require(m.zop_get_band(&band_code), "band");
+  uint32_t a = 0, b = 0;
+  require(m.zop_get_backup_status(&a, &b), "backup status");
+  return one_section(
+      "config", "Configuration",
+      {shown("band", "Band", {{"code", band_code}, {"text", band(band_code)}}, band(band_code)),
+       value("preferred_mode", "Preferred mode", m.zop_get_pref_mode),
+       value("service_domain", "Service domain", m.zop_get_pref_service_domain),
+       value("mgrf_supported", "MGRF supported", m.zop_get_mgrf_supported),
+       value("band_order", "Band order", m.zop_get_acq_band_order),
+       shown("backup_ready", "Backup", a == 0, a == 0 ? "ready" : "not ready"),
+       shown("backup_value", "Backup value", b, std::to_string(b))});
+}
+
+Findings config_set_band(const ModuleLibrary& m, const Arguments& arguments) {
+  uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
+  require(m.zop_set_band(code), "set band");
+  return done("config", "Configuration", "band " + band(static_cast<int32_t>(code)));
+}
+
+Findings config_set_mode(const ModuleLibrary& m, const Arguments& arguments) {
+  uint32_t mode = arguments.number("MODE", 0, 255);
+  require(m.zop_set_pref_mode(mode), "set preferred mode");
+  return done("config", "Configuration", fmt::format("preferred mode {}", mode));
+}
+
+Findings config_set_search_order(const ModuleLibrary& m, const Arguments& arguments) {
+  uint32_t kind = arguments.text("KIND") == "gsm" ? ZOP_SEARCH_GSM : ZOP_SEARCH_WCDMA;
+  uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
+  unsigned result = m.zop_set_network_search_order(kind, code);
+  if (result == ZOP_ERR_BAD_RESPONSE) {
+    throw Failure("set search order: a band of another kind, or " + zop_result(result));
+  }
+  require(result, "set search order");
+  return done("config", "Configuration", "search " + band(static_cast<int32_t>(code)) + " first");
+}
+
+Findings config_diag_port(const ModuleLibrary& m, const Arguments& arguments) {
+  uint32_t port = arguments.number("PORT", 0, 1);
+  require(m.zop_set_diag_port(port), "set diagnostic port");
+  return done("config", "Configuration", fmt::format("diagnostic port {}", port));
+}
+
+Findings config_factory_test(const ModuleLibrary& m, const Arguments& arguments) {
+  bool on = arguments.text("STATE") == "on";
+  require(m.zop_enable_factory_test(on ? 1 : 0), "factory test mode");
+  return done("config", "Configuration", on ? "factory test mode on" : "factory test mode off");
+}
+
+Findings config_reset(const ModuleLibrary& m, const Arguments&) {
+  require(m.zop_set_reset(), "reset");
+  return done("config", "Configuration", "the modem restarts; its device goes and comes back");
+}
+
+Findings config_error_fatal(const ModuleLibrary& m, const Arguments&) {
+  require(m.zop_set_error_fatal(), "error fatal");
+  return done("config", "Configuration", "the modem has crashed as asked");
+}
+
+static bool is_empty(std::span<const uint8_t> bytes) {
+  return std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
+}
+
+Findings profile_list(const ModuleLibrary& m, const Arguments&) {
+  std::vector<uint8_t> profiles(static_cast<size_t>(ZOP_PDP_PROFILE_SIZE) * ZOP_PDP_PROFILE_COUNT);
+  require(m.zop_read_pdp_profile(profiles.data()), "profiles");
+  std::vector<Item> items;
+  for (size_t k = 0; k < ZOP_PDP_PROFILE_COUNT; ++k) {
+    std::span<const uint8_t> profile(profiles.data() + k * ZOP_PDP_PROFILE_SIZE,
+                                     ZOP_PDP_PROFILE_SIZE);
+    std::string number = std::to_string(2 * k + 1);
+    Json bytes = hex_of(profile);
+    std::string text = is_empty(profile) ? "(empty)" : hex_of(profile.first(32)) + " ...";
+    items.push_back({"profile_" + number, "Profile " + number, bytes, text, false});
+  }
+  return one_section("profiles", "PDP profiles", items);
+}
+
+Findings profile_write(const ModuleLibrary& m, const Arguments& arguments) {
+  zop_pdp_record record = {};
+  std::vector<uint8_t> bytes =
+      bytes_of_hex("RECORD", arguments.text("RECORD"), sizeof record.bytes);
+  std::copy(bytes.begin(), bytes.end(), record.bytes);
+  require(m.zop_write_pdp_profile(record), "write profile");
+  return done("profiles", "PDP profiles", fmt::format("profile {} written", record.bytes[0]));
+}
+
+Findings errlog_read(const ModuleLibrary& m, const Arguments&) {
+  uint8_t log[ZOP_ERROR_LOG_SIZE];
+  require(m.zop_get_err_log(log), "error log");
+  return one_section(
+      "errlog", "Error log",
+      {shown("records", "Records", log[0], std::to_string(log[0])),
+       shown("newest", "Newest", printable(std::span(log).subspan(1)),
+             printable(std::span(log).subspan(1))),
+       shown("raw", "First bytes", hex_of(log), hex_of(std::span(log).first(16)) + " ...")});
+}
+
+Findings errlog_clear(const ModuleLibrary& m, const Arguments& arguments) {
+  constexpr uint32_t ALL = 255;
+  uint32_t index = arguments.has("INDEX") ? arguments.number("INDEX", 0, 254) : ALL;
+  require(m.zop_get_err_clr(index), "clear error log");
+  return done("errlog", "Error log", index == ALL ? "all records cleared" : "record cleared");
+}
+
+}  // namespace zopctl

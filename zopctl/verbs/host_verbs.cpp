@@ -1,0 +1,90 @@
+// zopctl mcc, event, call-test: the rest of what a host does with the module. The platform's events
+// are played by this program.
+#include <fmt/format.h>
+
+#include "include/nubi.h"
+#include "zopctl/host/log_capture.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/text/words.h"
+#include "zopctl/verbs/verbs.h"
+
+struct NubiEvent {
+  const char* source;
+  const char* name;
+  int parameter;
+};
+
+// The module binds to these.
+#define EXPORTED extern "C" __attribute__((visibility("default")))
+EXPORTED const char* NubiGetEventName(const NubiEvent* event) { return event->name; }
+EXPORTED const char* NubiGetEventSource(const NubiEvent* event) { return event->source; }
+EXPORTED int NubiGetIntParam(const NubiEvent* event, int* value) {
+  *value = event->parameter;
+  return 0;
+}
+
+namespace zopctl {
+
+static void require_host(int result, const char* what) {
+  if (result != VURN_OK) throw Failure(std::string(what) + ": " + vurn_result(result));
+}
+
+Findings mcc_show(const ModuleLibrary& m, const Arguments&) {
+  int mcc = 0;
+  LogCapture log(m, VURN_LOG_INFO);
+  require_host(m.vurn_get_mcc(&mcc), "country");
+  bool changed = log.has("zop:mccchanged:");
+  return one_section(
+      "country", "Country",
+      {shown("mcc", "MCC", mcc, fmt::format("{:03}", mcc)),
+       shown("changed", "Changed", changed, changed ? "yes, since the last time" : "no")});
+}
+
+Findings event_ring(const ModuleLibrary& m, const Arguments& arguments) {
+  int origin = static_cast<int>(arguments.number("ORIGIN", 0, 0x7FFFFFFF));
+  NubiEvent event = {"com.orvane.hal", "wanRing", origin};
+  require_host(m.vurn_report_event(&event), "event");
+  nlohmann::ordered_json counts = nlohmann::ordered_json::array();
+  std::string text;
+  for (uint32_t count : m.gDiagInfo->ring_counts) {
+    counts.push_back(count);
+    text += fmt::format("{}{}", text.empty() ? "" : ", ", count);
+  }
+  return one_section("rings", "Ring wake-ups, by origin 0 to 4 and others",
+                     {shown("counts", "Counts", counts, text),
+                      shown("last_origin", "Last", m.gDiagInfo->last_ring_origin,
+                            std::to_string(m.gDiagInfo->last_ring_origin))});
+}
+
+Findings event_downloaded(const ModuleLibrary& m, const Arguments&) {
+  NubiEvent event = {"com.orvane.framework", "fileDownloaded", 0};
+  LogCapture log(m, VURN_LOG_INFO);
+  require_host(m.vurn_report_event(&event), "event");
+  std::string line = log.text().substr(0, log.text().find('\n'));
+  return one_section("event", "File downloaded", {shown("line", "Log line", line, line)});
+}
+
+Findings call_test_start(const ModuleLibrary& m, const Arguments& arguments) {
+  int test = static_cast<int>(arguments.number("TEST", 0, 1000));
+  LogCapture log(m, VURN_LOG_ERROR);
+  int result = m.vurn_originate_call_test(test);
+  if (result != VURN_OK) {
+    throw Failure("the call test did not start: " + vurn_result(result) + "\n" + log.text());
+  }
+  std::string text = fmt::format("test {} is under way; zopctl call-test stop ends it", test);
+  return one_section("call_test", "Call test", {shown("test", "Started", test, text)});
+}
+
+// The module knows only of a test that this process has started: it is told that there is one.
+Findings call_test_stop(const ModuleLibrary& m, const Arguments&) {
+  LogCapture log(m, VURN_LOG_ERROR);
+  *m.sTestNum = 1;
+  int result = m.vurn_stop_call_test();
+  if (result != VURN_OK) {
+    throw Failure("the call test did not stop: " + vurn_result(result) + "\n" + log.text());
+  }
+  return one_section("call_test", "Call test",
+                     {shown("stopped", "Stopped", true, "call ended, factory test mode off")});
+}
+
+}  // namespace zopctl

@@ -1,0 +1,84 @@
+// zopctl signal, cells: what the modem hears.
+#include <fmt/format.h>
+
+#include "zopctl/host/quiet_output.h"
+#include "zopctl/text/bytes_text.h"
+#include "zopctl/text/words.h"
+#include "zopctl/verbs/verbs.h"
+
+namespace zopctl {
+
+using Json = nlohmann::ordered_json;
+
+static Item level(const char* key, const char* label, const char* unit, unsigned (*get)(int32_t*)) {
+  int32_t value = 0;
+  unsigned result = get(&value);
+  if (result != ZOP_SUCCESS) return {key, label, nullptr, zop_result(result), true};
+  return shown(key, label, value, fmt::format("{} {}", value, unit));
+}
+
+static Item bars(const ModuleLibrary& m) {
+  int32_t value = 0;
+  unsigned result = 0;
+  {
+    QuietOutput quiet;
+    result = m.zop_get_bars(&value);
+  }
+  if (result != ZOP_SUCCESS) return {"bars", "Bars", nullptr, zop_result(result), true};
+  if (value < 0) return {"bars", "Bars", value, "none: limited service", false};
+  return shown("bars", "Bars", value, bars_picture(value));
+}
+
+Findings signal_show(const ModuleLibrary& m, const Arguments&) {
+  return one_section(
+      "signal", "Signal",
+      {level("rssi", "RSSI", "dBm", m.zop_get_rssi), level("rscp", "RSCP", "dBm", m.zop_get_rscp),
+       level("tx_power", "Tx power", "dBm", m.zop_get_txpower),
+       level("pathloss", "Path loss", "dB", m.zop_get_pathloss), bars(m)});
+}
+
+static int signed16(const uint8_t* p) { return static_cast<int16_t>(le16(p)); }
+
+static Item wcdma_set(const char* key, const char* label, unsigned (*get)(uint8_t*, uint32_t*)) {
+  uint8_t cells[ZOP_CELL_RECORD_SIZE * 255];
+  uint32_t count = 255;
+  unsigned result = get(cells, &count);
+  if (result != ZOP_SUCCESS) return {key, label, nullptr, zop_result(result), true};
+  Json list = Json::array();
+  std::string text;
+  for (uint32_t i = 0; i < count; ++i) {
+    const uint8_t* cell = cells + size_t{ZOP_CELL_RECORD_SIZE} * i;
+    int code = le16(cell + 2);
+    int ecio = signed16(cell + 4);
+    list.push_back({{"scrambling_code", code}, {"ecio", ecio}});
+    text += fmt::format("{}{} ({} dB)", text.empty() ? "" : ", ", code, ecio);
+  }
+  return shown(key, label, list, text.empty() ? "(none)" : text);
+}
+
+static Item gsm_neighbors(const ModuleLibrary& m) {
+  uint8_t bytes[ZOP_NEIGHBOR_LIST_SIZE];
+  unsigned result = m.zop_get_neighbor_cell_list(bytes);
+  if (result != ZOP_SUCCESS) return {"gsm_neighbors", "GSM", nullptr, zop_result(result), true};
+  Json list = Json::array();
+  std::string text;
+  uint32_t count = std::min<uint32_t>(le16(bytes), 32);
+  for (uint32_t i = 0; i < count; ++i) {
+    const uint8_t* cell = bytes + 4 + size_t{5} * i;
+    int rssi = signed16(cell);
+    int arfcn = le16(cell + 2);
+    list.push_back({{"arfcn", arfcn}, {"bsic", cell[4]}, {"rssi", rssi}});
+    text += fmt::format("{}{} ({} dBm)", text.empty() ? "" : ", ", arfcn, rssi);
+  }
+  return shown("gsm_neighbors", "GSM neighbours", list, text.empty() ? "(none)" : text);
+}
+
+Findings cells_show(const ModuleLibrary& m, const Arguments&) {
+  return one_section(
+      "cells", "Cells, WCDMA by scrambling code and Ec/Io, GSM by ARFCN and RSSI",
+      {wcdma_set("active", "WCDMA active", m.zop_get_active_set_list),
+       wcdma_set("monitored", "WCDMA monitored", m.zop_get_monitored_set_list),
+       wcdma_set("detected", "WCDMA detected", m.zop_get_detected_set_list), gsm_neighbors(m)});
+}
+
+}  // namespace zopctl

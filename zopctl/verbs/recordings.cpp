@@ -1,0 +1,66 @@
+// zopctl parse-log and html: what modems have left behind, to read. No modem is needed.
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "page/page.h"
+#include "page/page_file.h"
+#include "records/log_parser.h"
+#include "records/recording_reader.h"
+#include "zopctl/host/signals.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/verbs/verbs.h"
+
+namespace zopctl {
+
+namespace fs = std::filesystem;
+
+static void tell(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", text); }
+
+static const records::Caller CALLER = {check_signals, tell};
+
+Findings parse_log(const ModuleLibrary& module, const Arguments& arguments) {
+  records::LogParser parser(*module.gLogItems, stdout, CALLER);
+  auto files = arguments.lists.find("FILE");
+  if (files == arguments.lists.end()) {
+    parser.read("-");
+  } else {
+    for (const std::string& file : files->second) parser.read(file);
+  }
+  parser.end();
+  return {};
+}
+
+static std::string output_of(const Arguments& arguments, const std::vector<std::string>& inputs) {
+  if (!arguments.has("--output")) {
+    if (isatty(STDOUT_FILENO) != 0) throw UsageError("where to? Give -o page.html");
+    return "-";
+  }
+  const std::string& output = arguments.text("--output");
+  for (const std::string& input : inputs) {
+    std::error_code error;
+    if (fs::is_regular_file(input, error) && fs::equivalent(input, output, error)) {
+      throw UsageError(output + " is read from; write the page to another file");
+    }
+  }
+  return output;
+}
+
+Findings html(const ModuleLibrary& module, const Arguments& arguments) {
+  const std::vector<std::string>& inputs = arguments.lists.at("INPUT");
+  if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
+    throw UsageError("standard input can be read once only");
+  }
+  std::string output = output_of(arguments, inputs);
+  std::vector<records::Recording> recordings;
+  for (const std::string& input : inputs) {
+    auto read = records::read_recordings(input, *module.gLogItems, CALLER);
+    std::move(read.begin(), read.end(), std::back_inserter(recordings));
+  }
+  page::write_page(output, page::page_of(recordings), check_signals);
+  return {};
+}
+
+}  // namespace zopctl

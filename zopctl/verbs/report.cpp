@@ -1,0 +1,133 @@
+// zopctl report, exception: the diagnostic report as a host reads it, and as it goes to syslog.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <sstream>
+
+#include "zopctl/host/log_capture.h"
+#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/report_text.h"
+#include "zopctl/host/signals.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/text/words.h"
+#include "zopctl/verbs/verbs.h"
+
+namespace zopctl {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int FRESH_DATA_S = 15;
+constexpr int REPORTS_OF_AN_EXCEPTION = 5;
+constexpr int EXCEPTION_S = 30;
+
+// The first report switches field testing on; then a screen comes within two seconds.
+static std::string fresh_log_string(const ModuleLibrary& m) {
+  if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for the modem's field-test data ...\n");
+  for (int second = 0; second < FRESH_DATA_S; ++second) {
+    std::string report = log_string(m);
+    if (has_screen(report)) return report;
+    wait_seconds(1);
+  }
+  throw Failure(
+      fmt::format("no field-test data within {} s; zopctl doctor looks at the link", FRESH_DATA_S));
+}
+
+static void print_object(const Json& object) {
+  fmt::print("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace));
+}
+
+// The modem's texts must not move the terminal.
+static void print_text(std::string text) {
+  for (char& c : text) {
+    if ((static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == 0x7F) c = '?';
+  }
+  fmt::print("{}", text);
+}
+
+Findings report_show(const ModuleLibrary& m, const Arguments& arguments) {
+  std::string report = arguments.has("--wait") ? fresh_log_string(m) : log_string(m);
+  if (arguments.json) {
+    print_object(report_as_json(m, report));
+  } else {
+    print_text(report);
+  }
+  return {};
+}
+
+// ---- exceptions ----
+
+// A host's names of its exceptions, by code. 3 to 7 are the ones that the module does not report.
+static const char* const EXCEPTION_NAMES[] = {
+    "no carrier",    "dial failed",     "ppp timeout", "user hang-up",   "idle hang-up",
+    "shutting down", "no subscription", "flight mode", "authentication", "modem reset",
+};
+constexpr uint32_t FIRST_SILENT = 3, LAST_SILENT = 7;
+
+// The lines of the reports, from "t=" on.
+static std::vector<std::string> report_lines(const std::string& log) {
+  std::vector<std::string> found;
+  std::istringstream lines(log);
+  for (std::string line; std::getline(lines, line);) {
+    constexpr char MARK[] = "zop:diag: ";
+    size_t at = line.find(MARK);
+    if (at != std::string::npos) found.push_back(line.substr(at + strlen(MARK)));
+  }
+  return found;
+}
+
+static bool ends_report(const std::string& line) { return line.find(",n=") != std::string::npos; }
+
+static int count_reports(const std::vector<std::string>& lines) {
+  return static_cast<int>(std::count_if(lines.begin(), lines.end(), ends_report));
+}
+
+// One object a report: its pairs.
+static Json reports_as_json(const std::vector<std::string>& lines) {
+  Json reports = Json::array();
+  Json report = Json::object();
+  for (const std::string& line : lines) {
+    std::istringstream pairs(line.substr(0, line.size() - 1));  // without the closing colon
+    for (std::string pair; std::getline(pairs, pair, ',');) {
+      size_t equals = pair.find('=');
+      if (equals != std::string::npos) report[pair.substr(0, equals)] = pair.substr(equals + 1);
+    }
+    if (!ends_report(line)) continue;
+    reports.push_back(report);
+    report = Json::object();
+  }
+  return reports;
+}
+
+static std::vector<std::string> wait_for_reports(const LogCapture& log) {
+  for (int second = 0; second < EXCEPTION_S; ++second) {
+    std::vector<std::string> lines = report_lines(log.text());
+    if (count_reports(lines) >= REPORTS_OF_AN_EXCEPTION) return lines;
+    wait_seconds(1);
+  }
+  throw Failure(fmt::format("fewer than {} reports within {} s; zopctl doctor looks at the link",
+                            REPORTS_OF_AN_EXCEPTION, EXCEPTION_S));
+}
+
+Findings exception_report(const ModuleLibrary& m, const Arguments& arguments) {
+  uint32_t code = arguments.number("CODE", 0, std::size(EXCEPTION_NAMES) - 1);
+  if (code >= FIRST_SILENT && code <= LAST_SILENT) {
+    throw UsageError("the module does not report the codes 3 to 7");
+  }
+  LogCapture log(m, VURN_LOG_INFO);
+  {
+    QuietOutput quiet;
+    int result = m.vurn_log_message(code, const_cast<const char**>(EXCEPTION_NAMES));
+    if (result != VURN_OK) throw Failure("the exception: " + vurn_result(result));
+  }
+  if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for five reports ...\n");
+  std::vector<std::string> lines = wait_for_reports(log);
+  if (arguments.json) {
+    print_object({{"exception", EXCEPTION_NAMES[code]}, {"reports", reports_as_json(lines)}});
+  } else {
+    for (const std::string& line : lines) print_text(line + "\n");
+  }
+  return {};
+}
+
+}  // namespace zopctl

@@ -1,0 +1,119 @@
+// zopctl sim: the card and its PIN. Codes come from an option, from a prompt without echo or from
+// standard input; they are never shown.
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+
+#include "zopctl/host/signals.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/text/words.h"
+#include "zopctl/verbs/verbs.h"
+
+namespace zopctl {
+
+static std::string prompt_without_echo(const std::string& what) {
+  termios before;
+  tcgetattr(STDIN_FILENO, &before);
+  termios quiet = before;
+  quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+  fprintf(stderr, "%s: ", what.c_str());
+  tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+  std::string code;
+  std::getline(std::cin, code);
+  tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
+  fputc('\n', stderr);
+  return code;
+}
+
+// A code of 4 to 8 digits, padded with zeros to the 8 bytes that the card takes.
+struct Code {
+  uint8_t bytes[ZOP_PIN_SIZE] = {};
+  uint32_t length = 0;
+};
+
+static Code code_of(const Arguments& arguments, const std::string& option, const char* what) {
+  std::string text;
+  if (arguments.has(option)) {
+    text = arguments.text(option);
+  } else if (isatty(STDIN_FILENO) != 0) {
+    text = prompt_without_echo(what);
+  } else {
+    std::getline(std::cin, text);
+  }
+  check_signals();
+  bool digits = text.find_first_not_of("0123456789") == std::string::npos;
+  if (!digits || text.size() < 4 || text.size() > ZOP_PIN_SIZE) {
+    throw UsageError(std::string(what) + " has 4 to 8 digits");
+  }
+  Code code;
+  code.length = static_cast<uint32_t>(text.size());
+  for (size_t i = 0; i < text.size(); ++i) code.bytes[i] = static_cast<uint8_t>(text[i]);
+  return code;
+}
+
+static std::vector<Item> card_state(const ModuleLibrary& m) {
+  uint32_t status = 0, lock = 0, retries = 0;
+  require(m.zop_simcard_status(&status, &lock, &retries), "SIM status");
+  return {shown("status", "Status", {{"code", status}, {"text", sim_status(status)}},
+                sim_status(status)),
+          shown("lock", "PIN", {{"code", lock}, {"text", lock_status(lock)}}, lock_status(lock)),
+          shown("pin_retries", "PIN tries left", retries, std::to_string(retries))};
+}
+
+// Shows what came of an operation and the state of the card after it.
+static Findings outcome(const ModuleLibrary& m, uint32_t refused) {
+  std::vector<Item> items = card_state(m);
+  Item result = shown("accepted", "Accepted", refused == 0, refused == 0 ? "yes" : "no");
+  result.failed = refused != 0;
+  items.insert(items.begin(), result);
+  return one_section("sim", "SIM", items);
+}
+
+Findings sim_status_verb(const ModuleLibrary& m, const Arguments&) {
+  return one_section("sim", "SIM", card_state(m));
+}
+
+using OneCode = unsigned (*)(const uint8_t*, uint32_t, uint32_t*);
+using TwoCodes = unsigned (*)(const uint8_t*, uint32_t, const uint8_t*, uint32_t, uint32_t*);
+
+static Findings with_pin(const ModuleLibrary& m, const Arguments& arguments, OneCode operate,
+                         const char* what) {
+  Code pin = code_of(arguments, "--pin", "PIN");
+  uint32_t refused = 0;
+  require(operate(pin.bytes, pin.length, &refused), what);
+  return outcome(m, refused);
+}
+
+static Findings with_new_pin(const ModuleLibrary& m, const Code& old_code,
+                             const Arguments& arguments, TwoCodes operate, const char* what) {
+  Code pin = code_of(arguments, "--new-pin", "new PIN");
+  uint32_t refused = 0;
+  require(operate(old_code.bytes, old_code.length, pin.bytes, pin.length, &refused), what);
+  return outcome(m, refused);
+}
+
+Findings sim_verify(const ModuleLibrary& m, const Arguments& arguments) {
+  return with_pin(m, arguments, m.zop_simcard_verify, "verify");
+}
+
+Findings sim_enable(const ModuleLibrary& m, const Arguments& arguments) {
+  return with_pin(m, arguments, m.zop_simcard_enable, "enable");
+}
+
+Findings sim_disable(const ModuleLibrary& m, const Arguments& arguments) {
+  return with_pin(m, arguments, m.zop_simcard_disable, "disable");
+}
+
+Findings sim_change(const ModuleLibrary& m, const Arguments& arguments) {
+  Code old_pin = code_of(arguments, "--pin", "old PIN");
+  return with_new_pin(m, old_pin, arguments, m.zop_simcard_change, "change");
+}
+
+Findings sim_unblock(const ModuleLibrary& m, const Arguments& arguments) {
+  Code key = code_of(arguments, "--key", "unblocking key");
+  return with_new_pin(m, key, arguments, m.zop_simcard_unblock, "unblock");
+}
+
+}  // namespace zopctl
