@@ -130,6 +130,7 @@ TEST_F(ZopctlHtml, a_browser_shows_what_was_recorded_and_fetches_nothing) {
   for (const char* part : {
            "<title>Modem: drive.jsonl and 1 more</title>",
            "&lt;script&gt;document.title='pwned'&lt;/script&gt;</span>",
+           "<style>\n:root {",
            "<h2>report.json</h2>",
            "004999010640000",
            "Weakest RSSI: -119&nbsp;dBm at 2026-11-21 00:00:30",
