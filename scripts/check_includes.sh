@@ -24,6 +24,11 @@ check commands include core link
 check report include core commands link
 check module include core commands link report
 check download include core link commands
+check simulator/line
+check simulator/download simulator/line
+check simulator/model include simulator/line simulator/download
+check simulator/requests include simulator/line simulator/model
+check simulator/scenario include simulator/line simulator/download simulator/model simulator/requests
 check simulator include
 check records include
 check page records
