@@ -162,14 +162,14 @@ const std::vector<Call>& every_call() {
 
 const std::vector<Silent>& silent_functions() {
   static const std::vector<Silent> list = {
-      {"vurn_close", "sends nothing; an exchange of the listener under way ends first"},
+      {"vurn_close", "sends nothing; an exchange of the listener under way is given up"},
       {"vurn_get_module_flags", "a constant"},
       {"vurn_set_log_mask", "sets a word"},
       {"vurn_try_to_use_home_network", "does nothing"},
       {"vurn_update_prl", "tells whether the module is open"},
       {"vurn_report_event", "counts and logs"},
       {"zop_close", "closes the port"},
-      {"zop_debug_stop", "sends nothing; an exchange of the listener under way ends first"},
+      {"zop_debug_stop", "sends nothing; an exchange of the listener under way is given up"},
       {"zop_check_buffer_size", "compares two numbers"},
       {"zop_get_tq2_version", "a constant"},
       {"zop_download_firmware", "a constant"},

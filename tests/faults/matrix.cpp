@@ -201,8 +201,7 @@ static std::string complaint_about(const Call& call, const Healthy& healthy, con
   return "";
 }
 
-// Empty when the host has recovered. What is still on its way when the port is opened comes as the
-// answer to a later question.
+// Empty when the host has recovered, whatever is still on its way when the port is opened.
 static std::string recover(Scene& scene, const Call& call, const Healthy& healthy, FaultKind kind) {
   scene.close();
   if (scene.port_is_open()) return "the port stays open";
@@ -235,7 +234,7 @@ Row make_row(const Call& call, const Healthy& healthy, const Fault& fault) {
   std::string hindrance = recover(scene, call, healthy, fault.kind);
   row.recovered = hindrance.empty();
   row.complaint = complaint_about(call, healthy, row, scene);
-  if (row.complaint.empty() && fault.kind != FaultKind::LATE_AT_ONCE) row.complaint = hindrance;
+  if (row.complaint.empty()) row.complaint = hindrance;
   return row;
 }
 
@@ -247,7 +246,6 @@ void count(const Row& row, FunctionRow& function) {
   cell.wrong = cell.wrong || row.output == Row::WRONG;
   cell.partial = cell.partial || row.output == Row::PARTIAL;
   cell.next_wrong = cell.next_wrong || row.next == Row::NEXT_WRONG;
-  cell.recovered = cell.recovered && row.recovered;
 }
 
 }  // namespace test

@@ -38,7 +38,7 @@ Time time_limit(const Call& call);
 struct Cell {
   std::set<int> results;
   Time longest{0};
-  bool wrong = false, partial = false, next_wrong = false, recovered = true;
+  bool wrong = false, partial = false, next_wrong = false;
   size_t rows = 0;
 };
 struct FunctionRow {

@@ -33,7 +33,6 @@ yet).
 | `!` | a good result with a wrong output |
 | `~` | a good result; what could not be read is missing, or older |
 | `>` | whatever the call ends with, the next one on the same link gets a wrong answer |
-| `x` | after closing and opening, the first answer is still wrong |
 
 | fault | what happens |
 |---|---|
@@ -64,12 +63,10 @@ work for four seconds.
   comes with what it asked. A modem that refuses a query often reads as 0. Judge implausible values
   by a second query.
 - **An answer that comes twice shifts the following ones** (`>`): each question then gets the answer
-  of the one before, until the link is opened again. The same happens when a damaged byte looks like
-  the end of an answer: that call fails with 7, and the rest of its answer waits for the next. After
-  a result 7 or 2, close and open before asking again.
-- **A late answer outlives its link** (`x`): it passes for the probe's answer when the link is
-  opened again too soon. Wait a second or two after a time-out before opening, or compare a value
-  that is known (`vurn_get_imsi`) after it; closing and opening once more puts it right.
+  of the one before, until the link is opened again. An answer that a damaged byte ends too early
+  makes the next call fail as well, and is then out of the way.
+- **A late answer is dropped when it comes**, also behind a new open: after a time-out a host may
+  close and open at once.
 - **The report shows what it could get** (`~`): `vurn_get_log_string`, `vurn_log_message`,
   `vurn_enable_logging` and `vurn_open` do not fail for a value that is missing.
 - **The versions of the report and of the first log line are read once a process**, by the first
@@ -84,7 +81,6 @@ static std::string text_of(const Cell& cell) {
   if (cell.wrong) text += '!';
   if (cell.partial) text += '~';
   if (cell.next_wrong) text += '>';
-  if (!cell.recovered) text += 'x';
   if (cell.longest >= WORTH_TELLING) text += fmt::format(", {:.1f} s", seconds(cell.longest));
   return text;
 }
