@@ -1,14 +1,18 @@
-# Writes a header with a text file as a constexpr string that begins on a new line:
-#   cmake -DINPUT=... -DOUTPUT=... -DNAMESPACE=... -DNAME=... -P embed_text.cmake
-# A comment at the head of the file is for who edits it, and stays there.
-file(READ "${INPUT}" text)
-string(REGEX REPLACE "^/\\*[^*]*\\*/\n" "" text "${text}")
-file(WRITE "${OUTPUT}" "#pragma once
+# Writes a header with a text file as a constexpr string that begins on a new line. A comment at the
+# head of the file is for who edits it, and stays there. Done when configuring: who reads sources
+# without building them finds the header.
+function(zop_embed_text input output namespace name)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${input}")
+  file(READ "${input}" text)
+  string(REGEX REPLACE "^/\\*[^*]*\\*/\n" "" text "${text}")
+  file(WRITE "${output}.new" "#pragma once
 
-namespace ${NAMESPACE} {
+namespace ${namespace} {
 
-inline constexpr char ${NAME}[] = R\"text(
+inline constexpr char ${name}[] = R\"text(
 ${text})text\";
 
-}  // namespace ${NAMESPACE}
+}  // namespace ${namespace}
 ")
+  configure_file("${output}.new" "${output}" COPYONLY)  # touched only when it differs
+endfunction()

@@ -273,6 +273,7 @@ TEST_F(SickLine, damage_shifts_no_answers) {
   for (auto& row : rows) {
     late = LateModem();
     ASSERT_EQ(zop_open(DEVICE), 0u);
+    late.latency = 100ms;
     late.spoilt = row.answer;
     if (row.result == 0) zop_set_backup(3);
     uint32_t rac;
