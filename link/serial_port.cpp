@@ -188,19 +188,21 @@ int32_t diag_status() { return SER_SIG != 0 ? 1 : 0; }
 // ---- waiting ----
 
 // 1 when the port is ready for events; otherwise PORT_TIMEOUT, PORT_ABANDONED or PORT_ERROR. What
-// comes on a port that was closed meanwhile is another exchange's.
+// comes on a port that was closed meanwhile is another exchange's, and what comes after the moment
+// until is too late: a modem that never stops talking is not listened to for ever.
 static int32_t wait_for_port(const PortUse& port, short events, uint32_t until) {
   if (port.fd <= 0) return PORT_ERROR;
   for (;;) {
     if (!port.is_wanted()) return PORT_ABANDONED;
     int32_t left = ms_until(until);
-    int limit = left < 0 ? 0 : left < LOOK_MS ? left : int{LOOK_MS};
+    if (left < 0) return PORT_TIMEOUT;
+    int limit = left < LOOK_MS ? left : int{LOOK_MS};
     pollfd line = {port.fd, events, 0};
     int ready = poll(&line, 1, limit);
     if (ready < 0 && errno != EINTR) return PORT_ERROR;
     if (!port.is_current()) return PORT_ERROR;
     if (ready > 0) return 1;
-    if (left <= 0) return PORT_TIMEOUT;
+    if (left == 0) return PORT_TIMEOUT;
   }
 }
 

@@ -15,7 +15,8 @@ class LateModem : public FarEnd {
   bool one_at_a_time = false;  // the latency is that of its work, not of its way
   Time gap{0};                 // between two bytes; none: whole answers
   std::function<bool(const Bytes& request)> ignores = [](const Bytes&) { return false; };
-  Answer spoilt;  // in place of the next answer
+  bool babbles = false;  // a frame of nobody's every 7 ms
+  Answer spoilt;         // in place of the next answer
   std::map<Bytes, uint8_t> asked;
   int requests = 0;
 
@@ -34,10 +35,13 @@ class LateModem : public FarEnd {
     for (auto& [at, piece] : due_) at = std::min(at, now + 500ms);
   }
   std::optional<Time> next_due() const override {
+    if (babbles) return next_babble_;
     if (due_.empty()) return std::nullopt;
     return due_.front().first;
   }
   Bytes take(Time now) override {
+    if (babbles && now < next_babble_) return {};
+    if (babbles) return next_babble_ = now + 7ms, frame(hex("d0 01 02"));
     Bytes all;
     for (; !due_.empty() && due_.front().first <= now; due_.pop_front()) {
       all.insert(all.end(), due_.front().second.begin(), due_.front().second.end());
@@ -66,6 +70,7 @@ class LateModem : public FarEnd {
     for (uint8_t byte : wire) due_.push_back({at += gap, {byte}});
   }
   Bytes wire_;
+  Time next_babble_{0};
   std::deque<std::pair<Time, Bytes>> due_;
 };
 
@@ -163,6 +168,11 @@ TEST_F(SickLine, every_wait_has_its_bound) {
   auto silence = [&] { late.ignores = [](const Bytes&) { return true; }; };
   auto trickle = [&] { late.gap = 900ms; };
   auto stuck = [&] { world.takes = 0; };
+  auto babble = [&] {  // an answer of the same kind is owed then
+    late.babbles = true;
+    zop_set_backup(3);
+    zop_get_rac(&rac);
+  };
   struct {
     const char* name;
     std::function<void()> fall_sick;
@@ -173,6 +183,7 @@ TEST_F(SickLine, every_wait_has_its_bound) {
       {"silence", silence, query, ZOP_ERR_NO_RESPONSE, 5s + 2ms},
       {"a trickle", trickle, query, ZOP_ERR_NO_RESPONSE, 15s + 2ms},
       {"a line that takes nothing", stuck, query, ZOP_ERR_NO_RESPONSE, 5s},
+      {"a babble", babble, query, ZOP_ERR_NO_RESPONSE, 15s + 2ms},
       {"open in silence", silence, open, 1, 5 * (1s + 100us)},
       {"open in a trickle", trickle, open, 1, 5 * (3s + 100us)},
       {"open of a line that takes nothing", stuck, open, 1, 5 * (5s + 100us)},
