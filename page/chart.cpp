@@ -21,8 +21,8 @@ std::string value_text(SeriesId series, float value) {
 TimeLine::TimeLine(HtmlWriter& html, const Recording& recording)
     : html_(html), recording_(recording), axis_(recording) {
   const Words& words = recording.words[LINK_STATE];
-  lost_ = spans_of(recording, axis_, [&](const Sample& sample) {
-    return words.word(sample.states[LINK_STATE]) == "lost" ? 1U : 0U;
+  lost_ = spans_of(recording, axis_, [&](const Moment& moment) {
+    return words.word(moment.states[LINK_STATE]) == "lost" ? 1U : 0U;
   });
 }
 
@@ -101,24 +101,24 @@ void TimeLine::line(SeriesId series, double least, double most) {
 // Under the pointer a graph tells time and values: strips without ink, each with a title.
 void TimeLine::probes() {
   size_t next = 0;
-  const auto& samples = recording_.samples;
+  const auto& moments = recording_.moments;
   for (size_t i = 0; i < PROBES; ++i) {
     double end = static_cast<double>(i + 1) / PROBES;
-    if (next == samples.size() || axis_.share(samples[next].time) >= end) continue;
-    const Sample& sample = samples[next];
-    std::string text = time_text(sample.time) + " UTC";
+    if (next == moments.size() || axis_.share(moments[next].time) >= end) continue;
+    const Moment& moment = moments[next];
+    std::string text = time_text(moment.time) + " UTC";
     for (size_t id = 0; id < SERIES_COUNT; ++id) {
-      if (std::isnan(sample.values[id])) continue;
+      if (std::isnan(moment.values[id])) continue;
       text += fmt::format("\n{} {}", QUANTITIES[id].name,
-                          value_text(static_cast<SeriesId>(id), sample.values[id]));
+                          value_text(static_cast<SeriesId>(id), moment.values[id]));
     }
-    double start = axis_.share(sample.time);
+    double start = axis_.share(moment.time);
     html_.open("rect", {{"class", "probe"},
                         {"x", percent(start)},
                         {"width", percent(std::max(end - start, 0.5 / PROBES))},
                         {"height", "100%"}});
     html_.element("title", {}, text).close();
-    while (next < samples.size() && axis_.share(samples[next].time) < end) ++next;
+    while (next < moments.size() && axis_.share(moments[next].time) < end) ++next;
   }
 }
 
@@ -129,9 +129,9 @@ struct Range {
 
 static Range range_of(const Recording& recording, const std::vector<SeriesId>& series) {
   Range range;
-  for (const Sample& sample : recording.samples) {
+  for (const Moment& moment : recording.moments) {
     for (SeriesId id : series) {
-      float value = sample.values[id];
+      float value = moment.values[id];
       if (std::isnan(value)) continue;
       range.least = range.any ? std::min(range.least, value) : value;
       range.most = range.any ? std::max(range.most, value) : value;
@@ -171,8 +171,8 @@ void TimeLine::graph(const char* title, const std::vector<SeriesId>& series, int
 }
 
 void TimeLine::bars() {
-  auto state = [](const Sample& sample) {
-    float bars = sample.values[BARS];
+  auto state = [](const Moment& moment) {
+    float bars = moment.values[BARS];
     return std::isnan(bars) ? 0U : static_cast<uint32_t>(bars) + 1;
   };
   std::vector<Span> spans = spans_of(recording_, axis_, state);

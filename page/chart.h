@@ -47,9 +47,9 @@ class TimeLine {
 std::string state_style(TrackId track, const Words& words, uint32_t state);
 
 // Class of a cell's level, q0 (hardly heard) to q5.
-std::string level_style(const Cell& cell, float level);
+std::string level_style(const CellId& cell, float level);
 
-std::string cell_name(const Cell& cell);
+std::string cell_name(const CellId& cell);
 
 // "-75 dBm"; a dash when it is missing.
 std::string value_text(SeriesId series, float value);

@@ -29,7 +29,7 @@ static void write_link(HtmlWriter& html, const std::string& id, std::string_view
 }
 
 static void write_contents_of(HtmlWriter& html, const Recording& recording, size_t part) {
-  if (!recording.samples.empty()) write_link(html, part_id(part, "-time"), "Over time");
+  if (!recording.moments.empty()) write_link(html, part_id(part, "-time"), "Over time");
   if (!recording.latest_cells().cells.empty()) write_link(html, part_id(part, "-cells"), "Cells");
   if (!recording.events.empty()) write_link(html, part_id(part, "-events"), "Events");
   write_link(html, part_id(part, "-report"), "Report");
@@ -52,10 +52,10 @@ static void write_contents(HtmlWriter& html, const std::vector<Recording>& recor
 
 static std::string extent_of(const Recording& recording) {
   std::string text = "from " + recording.source;
-  if (recording.samples.empty()) return text;
-  int64_t first = recording.samples.front().time;
-  int64_t last = recording.samples.back().time;
-  text += fmt::format(", {} samples in {}, {} to {} UTC", recording.samples.size(),
+  if (recording.moments.empty()) return text;
+  int64_t first = recording.moments.front().time;
+  int64_t last = recording.moments.back().time;
+  text += fmt::format(", {} samples in {}, {} to {} UTC", recording.moments.size(),
                       duration_text(last - first), time_text(first),
                       first / 86'400'000 == last / 86'400'000 ? clock_text(last) : time_text(last));
   if (recording.without_time != 0) {
@@ -72,7 +72,7 @@ static void write_part(HtmlWriter& html, const Recording& recording, size_t part
   html.open("article", {{"id", part_id(part)}}).element("h2", {}, recording.title);
   html.element("p", {{"class", "extent"}}, extent_of(recording));
   write_summary(html, recording);
-  if (!recording.samples.empty()) {
+  if (!recording.moments.empty()) {
     open_block(html, part_id(part, "-time"), "Over time");
     TimeLine(html, recording).draw();
     html.close();

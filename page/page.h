@@ -18,7 +18,7 @@ std::string page_of(const std::vector<Recording>& recordings);
 // How things stood last, as tiles, and over time what stands out, as a list.
 void write_summary(HtmlWriter& html, const Recording& recording);
 
-// The cells of the last sample that had any.
+// The cells of the last moment that has any.
 void write_cells(HtmlWriter& html, const Recording& recording);
 
 void write_events(HtmlWriter& html, const Recording& recording);

@@ -15,7 +15,7 @@ constexpr size_t FEW_EVENT_ROWS = 30;  // so many are shown at once
 
 static const char* const SETS[] = {"Active", "Monitored", "Detected"};
 
-static void write_cell(HtmlWriter& html, const Cell& cell, const CellReading& reading) {
+static void write_cell(HtmlWriter& html, const CellId& cell, const CellReading& reading) {
   float least = cell.gsm ? -110 : -24, most = cell.gsm ? -40 : 0;
   double share = std::clamp((reading.level - least) / (most - least), 0.02F, 1.0F);
   html.open("tr").element("th", {{"scope", "row"}}, cell_name(cell));
@@ -58,11 +58,11 @@ static void write_cell_table(HtmlWriter& html, const Recording& recording,
 }
 
 void write_cells(HtmlWriter& html, const Recording& recording) {
-  const Sample& sample = recording.latest_cells();
-  if (sample.time != 0) {
-    html.element("p", {{"class", "extent"}}, "at " + time_text(sample.time) + " UTC");
+  const Moment& moment = recording.latest_cells();
+  if (moment.time != 0) {
+    html.element("p", {{"class", "extent"}}, "at " + time_text(moment.time) + " UTC");
   }
-  for (bool gsm : {false, true}) write_cell_table(html, recording, sample.cells, gsm);
+  for (bool gsm : {false, true}) write_cell_table(html, recording, moment.cells, gsm);
 }
 
 // ---- events ----

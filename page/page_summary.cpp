@@ -43,8 +43,8 @@ static void bars_tile(HtmlWriter& html, float bars) {
 // "least to most" of a series over time.
 static std::string spread(const Recording& recording, SeriesId series) {
   std::vector<float> values;
-  for (const Sample& sample : recording.samples) {
-    if (!std::isnan(sample.values[series])) values.push_back(sample.values[series]);
+  for (const Moment& moment : recording.moments) {
+    if (!std::isnan(moment.values[series])) values.push_back(moment.values[series]);
   }
   if (values.size() < 2) return "";
   std::sort(values.begin(), values.end());
@@ -73,8 +73,8 @@ static void write_tiles(HtmlWriter& html, const Recording& recording) {
        "registration: " + or_dash(item(recording, "status", "Reg Status")));
   tile(html, "Packet data", item(recording, "status", "PDP State"),
        item(recording, "state", "Data Service Mode"));
-  bars_tile(html, recording.samples.empty() ? recording.latest_level().values[BARS]
-                                            : recording.samples.back().values[BARS]);
+  bars_tile(html, recording.moments.empty() ? recording.latest_level().values[BARS]
+                                            : recording.moments.back().values[BARS]);
   for (SeriesId series : {RSSI, RSCP, ECIO, TX_POWER}) level_tile(html, recording, series);
   html.close();
 }
@@ -115,9 +115,9 @@ static void note_states(HtmlWriter& html, const Recording& recording, const Time
                         TrackId track, const std::string& state, const std::string& what) {
   const Words& words = recording.words[track];
   const Words& link = recording.words[LINK_STATE];
-  auto of = [&](const Sample& sample) {  // a lost link has a note of its own
-    bool lost = track != LINK_STATE && link.word(sample.states[LINK_STATE]) == "lost";
-    return lost ? 0 : sample.states[track];
+  auto of = [&](const Moment& moment) {  // a lost link has a note of its own
+    bool lost = track != LINK_STATE && link.word(moment.states[LINK_STATE]) == "lost";
+    return lost ? 0 : moment.states[track];
   };
   std::vector<Span> spans = spans_of(recording, axis, of);
   for (uint32_t number = 1; number < std::min<size_t>(words.count(), 20); ++number) {
@@ -129,11 +129,11 @@ static void note_states(HtmlWriter& html, const Recording& recording, const Time
 }
 
 static void note_weakest(HtmlWriter& html, const Recording& recording, SeriesId series) {
-  const Sample* weakest = nullptr;
-  for (const Sample& sample : recording.samples) {
-    float value = sample.values[series];
+  const Moment* weakest = nullptr;
+  for (const Moment& moment : recording.moments) {
+    float value = moment.values[series];
     if (!std::isnan(value) && (weakest == nullptr || value < weakest->values[series])) {
-      weakest = &sample;
+      weakest = &moment;
     }
   }
   if (weakest == nullptr) return;
@@ -146,8 +146,8 @@ static void note_changes(HtmlWriter& html, const Recording& recording, TrackId t
                          const char* what) {
   size_t changes = 0;
   uint32_t before = 0;
-  for (const Sample& sample : recording.samples) {
-    uint32_t state = sample.states[track];
+  for (const Moment& moment : recording.moments) {
+    uint32_t state = moment.states[track];
     if (state != 0 && before != 0 && state != before) ++changes;
     if (state != 0) before = state;
   }
@@ -168,7 +168,7 @@ static void write_notes(HtmlWriter& html, const Recording& recording) {
 
 void write_summary(HtmlWriter& html, const Recording& recording) {
   write_tiles(html, recording);
-  if (recording.samples.size() > 1) write_notes(html, recording);
+  if (recording.moments.size() > 1) write_notes(html, recording);
 }
 
 }  // namespace page

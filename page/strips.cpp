@@ -58,16 +58,16 @@ std::string state_style(TrackId track, const Words& words, uint32_t state) {
 }
 
 // Ec/Io from -21 dB up by 3 dB, RSSI from -105 dBm up by 9 dB.
-static uint32_t level_step(const Cell& cell, float level) {
+static uint32_t level_step(const CellId& cell, float level) {
   float step = cell.gsm ? (level + 105) / 9 : (level + 21) / 3;
   return static_cast<uint32_t>(std::clamp(step + 1, 0.0F, static_cast<float>(LEVELS - 1)));
 }
 
-std::string level_style(const Cell& cell, float level) {
+std::string level_style(const CellId& cell, float level) {
   return fmt::format("q{}", level_step(cell, level));
 }
 
-std::string cell_name(const Cell& cell) {
+std::string cell_name(const CellId& cell) {
   return cell.gsm ? fmt::format("ARFCN {} / {}", cell.code, cell.bsic)
                   : fmt::format("SC {}", cell.code);
 }
@@ -112,7 +112,7 @@ void TimeLine::shares(const std::vector<Span>& spans, const Words& words, TrackI
 
 void TimeLine::track(TrackId track) {
   const Words& words = recording_.words[track];
-  auto state = [track](const Sample& sample) { return sample.states[track]; };
+  auto state = [track](const Moment& moment) { return moment.states[track]; };
   std::vector<Span> spans = spans_of(recording_, axis_, state);
   if (spans.empty()) return;
   std::string description;
@@ -133,8 +133,8 @@ void TimeLine::track(TrackId track) {
 
 // ---- cells ----
 
-static const CellReading* reading_of(const Sample& sample, uint32_t cell) {
-  for (const CellReading& reading : sample.cells) {
+static const CellReading* reading_of(const Moment& moment, uint32_t cell) {
+  for (const CellReading& reading : moment.cells) {
     if (reading.cell == cell) return &reading;
   }
   return nullptr;
@@ -144,8 +144,8 @@ static const CellReading* reading_of(const Sample& sample, uint32_t cell) {
 static std::vector<uint32_t> most_heard(const Recording& recording) {
   std::vector<std::pair<int64_t, uint32_t>> heard(recording.cells.size());
   for (uint32_t cell = 0; cell < heard.size(); ++cell) heard[cell].second = cell;
-  for (const Sample& sample : recording.samples) {
-    for (const CellReading& reading : sample.cells) --heard[reading.cell].first;
+  for (const Moment& moment : recording.moments) {
+    for (const CellReading& reading : moment.cells) --heard[reading.cell].first;
   }
   std::sort(heard.begin(), heard.end());
   std::vector<uint32_t> cells;
@@ -159,13 +159,13 @@ static std::vector<uint32_t> most_heard(const Recording& recording) {
 // How strong the cell was, and below it when it was in the active set.
 void TimeLine::cell(uint32_t cell) {
   std::string name = cell_name(recording_.cells[cell]);
-  auto level = [&](const Sample& sample) {
-    const CellReading* reading = reading_of(sample, cell);
+  auto level = [&](const Moment& moment) {
+    const CellReading* reading = reading_of(moment, cell);
     return reading == nullptr ? 0 : 1 + level_step(recording_.cells[cell], reading->level);
   };
-  auto active = [&](const Sample& sample) {
-    const CellReading* reading = reading_of(sample, cell);
-    return reading != nullptr && reading->set == 0 ? 1U : 0U;
+  auto active = [&](const Moment& moment) {
+    const CellReading* reading = reading_of(moment, cell);
+    return reading != nullptr && reading->set == Cell::ACTIVE ? 1U : 0U;
   };
   open_row(name.c_str(), "");
   open_drawing("strip", name + " over time", "How strong the cell was heard.");

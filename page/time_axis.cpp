@@ -16,9 +16,9 @@ constexpr size_t SPAN_COLUMNS = 600;
 // ---- the axis ----
 
 TimeAxis::TimeAxis(const Recording& recording) : from_(0), to_(SECOND) {
-  if (!recording.samples.empty()) {
-    from_ = recording.samples.front().time;
-    to_ = std::max(from_ + SECOND, recording.end_of(recording.samples.size() - 1));
+  if (!recording.moments.empty()) {
+    from_ = recording.moments.front().time;
+    to_ = std::max(from_ + SECOND, recording.end_of(recording.moments.size() - 1));
   }
   set_ticks();
 }
@@ -106,9 +106,9 @@ static std::vector<Span> thinned(const std::vector<Span>& spans, const TimeAxis&
 
 std::vector<Span> spans_of(const Recording& recording, const TimeAxis& axis, const StateOf& state) {
   std::vector<Span> spans;
-  for (size_t i = 0; i < recording.samples.size(); ++i) {
-    const Sample& sample = recording.samples[i];
-    append(spans, {sample.time, recording.end_of(i), state(sample)});
+  for (size_t i = 0; i < recording.moments.size(); ++i) {
+    const Moment& moment = recording.moments[i];
+    append(spans, {moment.time, recording.end_of(i), state(moment)});
   }
   return spans.size() <= SPAN_COLUMNS ? spans : thinned(spans, axis);
 }
@@ -118,12 +118,12 @@ std::vector<Span> spans_of(const Recording& recording, const TimeAxis& axis, con
 static std::vector<Point> all_points(const Recording& recording, SeriesId series) {
   std::vector<Point> points;
   bool broken = true;
-  for (size_t i = 0; i < recording.samples.size(); ++i) {
-    const Sample& sample = recording.samples[i];
-    bool present = !std::isnan(sample.values[series]);
-    if (present) points.push_back({sample.time, sample.values[series], broken});
-    bool last = i + 1 == recording.samples.size();
-    bool gap = !last && recording.end_of(i) != recording.samples[i + 1].time;
+  for (size_t i = 0; i < recording.moments.size(); ++i) {
+    const Moment& moment = recording.moments[i];
+    bool present = !std::isnan(moment.values[series]);
+    if (present) points.push_back({moment.time, moment.values[series], broken});
+    bool last = i + 1 == recording.moments.size();
+    bool gap = !last && recording.end_of(i) != recording.moments[i + 1].time;
     broken = !present || gap;
   }
   return points;

@@ -45,7 +45,7 @@ struct Span {
 
 // Neighbours that are the same as one span; 0 is no state and makes none. Of too many, the rarest
 // state of a column wins it: a short fault stays in sight.
-using StateOf = std::function<uint32_t(const Sample&)>;
+using StateOf = std::function<uint32_t(const Moment&)>;
 std::vector<Span> spans_of(const Recording& recording, const TimeAxis& axis, const StateOf& state);
 
 struct Point {

@@ -17,17 +17,13 @@ namespace records {
 constexpr size_t CHUNK = 1 << 20;
 constexpr size_t LONGEST_LINE = 1 << 16;  // what is longer is no line of a log
 
-LogParser::LogParser(const zop_log_item* items, std::FILE* out, const Caller& caller)
+LogParser::LogParser(ItemTable items, std::FILE* out, const Caller& caller)
     : out_(out),
       caller_(caller),
       reports_([this](const LogReport& report) { print(report); },
                [this](const LogReport& report) { tell(report); },
-               [this](uint64_t line) { tell_stray(line); }) {
-  for (const zop_log_item* item = items; item->type != ZOP_ITEM_END; ++item) {
-    bool number = item->type == ZOP_ITEM_UNSIGNED || item->type == ZOP_ITEM_SIGNED;
-    if (number && item->label != nullptr) numbers_.insert(item->label);
-  }
-}
+               [this](uint64_t line) { tell_stray(line); }),
+      items_(std::move(items)) {}
 
 // ---- reading ----
 
@@ -82,36 +78,24 @@ void LogParser::write_out() {
   text_.clear();
 }
 
-void LogParser::print_value(std::string_view name, std::string_view value) {
-  if (value == "---" || value == "----") {
-    text_ += "null";
-    return;
-  }
-  int64_t number = 0;
-  const char* end = value.data() + value.size();
-  bool numeric = numbers_.contains(name);
-  if (numeric) {
-    auto [stop, error] = std::from_chars(value.data(), end, number);
-    numeric = error == std::errc{} && stop == end;
-  }
-  if (numeric) {
-    text_ += std::to_string(number);
+void LogParser::print_value(const Value& value) {
+  if (const auto* number = std::get_if<int64_t>(&value)) {
+    text_ += std::to_string(*number);
+  } else if (const auto* text = std::get_if<std::string_view>(&value)) {
+    append_json(text_, *text);
   } else {
-    append_json(text_, value);
+    text_ += "null";
   }
 }
 
 void LogParser::print_pairs(std::string_view pairs, const char*& comma) {
   while (!pairs.empty()) {
-    std::string_view pair = pairs.substr(0, pairs.find(','));
-    pairs.remove_prefix(std::min(pair.size() + 1, pairs.size()));
-    size_t equals = std::min(pair.find('='), pair.size());
-    std::string_view name = pair.substr(0, equals);
+    Pair pair = take_pair(pairs);
     text_ += comma;
     comma = ",";
-    append_json(text_, name);
+    append_json(text_, pair.label);
     text_ += ':';
-    print_value(name, pair.substr(std::min(equals + 1, pair.size())));
+    print_value(items_.value(pair.label, pair.value));
   }
 }
 

@@ -5,20 +5,18 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
-#include "include/zop_diag_info.h"
 #include "records/log_reports.h"
 #include "records/reading.h"
+#include "records/report.h"
 
 namespace records {
 
 class LogParser {
  public:
-  // Whole reports go to out, which stays the caller's; broken ones are told. items is the module's
-  // table, which tells what is a number.
-  LogParser(const zop_log_item* items, std::FILE* out, const Caller& caller);
+  // Whole reports go to out, which stays the caller's; broken ones are reported to it.
+  LogParser(ItemTable items, std::FILE* out, const Caller& caller);
 
   // The log's next file; "-" is standard input. Throws Failure.
   void read(const std::string& name);
@@ -31,7 +29,7 @@ class LogParser {
   void take_lines(std::string_view text);
   void print(const LogReport& report);
   void print_pairs(std::string_view pairs, const char*& comma);
-  void print_value(std::string_view name, std::string_view value);
+  void print_value(const Value& value);
   void tell(const LogReport& report);
   void tell_stray(uint64_t line);
   std::string place(uint64_t line) const;
@@ -40,9 +38,9 @@ class LogParser {
   std::FILE* out_;
   Caller caller_;
   LogReports reports_;
-  std::unordered_set<std::string_view> numbers_;  // names of items that are numbers
-  std::string text_;                              // for out_
-  std::string rest_;                              // the begin of a line
+  ItemTable items_;
+  std::string text_;  // for out_
+  std::string rest_;  // the begin of a line
   struct File {
     std::string name;
     uint64_t lines_before;

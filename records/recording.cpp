@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <sstream>
 
 #include "records/utf8_text.h"
 
@@ -44,26 +43,7 @@ const std::array<Track, TRACK_COUNT> TRACKS = {{
     {"Deferred action", nullptr, "deferred"},
 }};
 
-// ---- JSON ----
-
-static const Json NOTHING;
-
-static const Json& member(const Json& object, const char* name) {
-  if (!object.is_object()) return NOTHING;
-  auto found = object.find(name);
-  return found == object.end() ? NOTHING : *found;
-}
-
-const Json& item_of(const Json& report, const char* section, const char* label) {
-  return member(member(report, section), label);
-}
-
-std::string text_of(const Json& value) {
-  if (value.is_null()) return "";
-  if (!value.is_string()) return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-  const auto& text = value.get_ref<const std::string&>();
-  return text == "---" || text == "----" ? "" : text;
-}
+// ---- values ----
 
 static float number_of(const Json& value, float least, float most) {
   double number = 0;
@@ -126,51 +106,37 @@ uint32_t Words::number(const std::string& word) {
 
 static std::string state_word(const Json& value) { return shortened(text_of(value), LONGEST_WORD); }
 
-void Recording::add_cell(Sample& sample, Cell cell, int set, int level) {
-  auto found = std::find(cells.begin(), cells.end(), cell);
+void Recording::add_cell(Moment& moment, const Cell& cell) {
+  CellId id = {cell.is_gsm(), cell.code, cell.bsic};
+  auto found = std::find(cells.begin(), cells.end(), id);
   auto index = static_cast<uint32_t>(found - cells.begin());
   if (found == cells.end()) {
     if (cells.size() >= MOST_CELLS) return;
-    cells.push_back(cell);
+    cells.push_back(id);
   }
-  auto least = cell.gsm ? -140 : -32;
-  sample.cells.push_back(
-      {index, std::clamp(set, 0, 2), static_cast<float>(std::clamp(level, least, 0))});
+  int least = id.gsm ? -140 : -32;
+  moment.cells.push_back({index, cell.set, static_cast<float>(std::clamp(cell.level, least, 0))});
 }
 
-// "0;100;-5 1;101;-11": set, scrambling code and Ec/Io; of GSM RSSI, ARFCN and BSIC.
-void Recording::take_cells(Sample& sample, const Json& report) {
-  for (bool gsm : {false, true}) {
-    const Json& list =
-        gsm ? item_of(report, "gsm", "N1") : item_of(report, "wcdma", "Active/Monitored Sets");
-    if (!list.is_string()) continue;
-    std::istringstream text(list.get_ref<const std::string&>());
-    for (std::string word; sample.cells.size() < MOST_CELLS_AT_ONCE && text >> word;) {
-      int a = 0, b = 0, c = 0, used = 0;
-      if (sscanf(word.c_str(), "%6d;%6d;%6d%n", &a, &b, &c, &used) != 3) continue;
-      if (static_cast<size_t>(used) != word.size()) continue;
-      if (gsm) {
-        add_cell(sample, {true, b, c}, 1, a);
-      } else {
-        add_cell(sample, {false, b, 0}, a, c);
-      }
-    }
+void Recording::take_cells(Moment& moment, const Json& report) {
+  for (const Cell& cell : cells_of(report)) {
+    if (moment.cells.size() < MOST_CELLS_AT_ONCE) add_cell(moment, cell);
   }
 }
 
-void Recording::take_report(Sample& sample, const Json& report) {
-  sample.values[RSSI] = level_of(item_of(report, "state", "RSSI"));
-  sample.values[RSCP] = level_of(item_of(report, "wcdma", "RSCP"));
-  sample.values[TX_POWER] = number_of(item_of(report, "state", "Tx Power"), -80, 40);
+void Recording::take_report(Moment& moment, const Json& report) {
+  moment.values[RSSI] = level_of(item_of(report, "state", "RSSI"));
+  moment.values[RSCP] = level_of(item_of(report, "wcdma", "RSCP"));
+  moment.values[TX_POWER] = number_of(item_of(report, "state", "Tx Power"), -80, 40);
   for (size_t track = 0; track < TRACK_COUNT; ++track) {
     if (TRACKS[track].section == nullptr) continue;
     const Json& value = item_of(report, TRACKS[track].section, TRACKS[track].label);
-    sample.states[track] = words[track].number(state_word(value));
+    moment.states[track] = words[track].number(state_word(value));
   }
-  take_cells(sample, report);
-  for (const CellReading& reading : sample.cells) {
-    bool active = !cells[reading.cell].gsm && reading.set == 0;
-    float& best = sample.values[ECIO];
+  take_cells(moment, report);
+  for (const CellReading& reading : moment.cells) {
+    bool active = reading.set == Cell::ACTIVE;
+    float& best = moment.values[ECIO];
     if (active) best = std::isnan(best) ? reading.level : std::max(best, reading.level);
   }
 }
@@ -191,27 +157,27 @@ void Recording::set_report(const Json& report) {
 
 // What a report says while the link is lost is of before.
 void Recording::add_sample(const Json& line) {
-  const Json& report = member(line, "report");
-  bool lost = text_of(member(line, "link")) == "lost";
+  const Json& report = member_of(line, "report");
+  bool lost = text_of(member_of(line, "link")) == "lost";
   if (report.is_object() && (!lost || latest.empty())) latest = report;
-  auto time = time_of(member(line, "time"));
+  auto time = time_of(member_of(line, "time"));
   if (!time) {
     ++without_time;
     return;
   }
-  Sample sample;
-  sample.time = *time;
+  Moment moment;
+  moment.time = *time;
   for (TrackId track : {LINK_STATE, NO_BARS, DEFERRED}) {
-    sample.states[track] = words[track].number(state_word(member(line, TRACKS[track].label)));
+    moment.states[track] = words[track].number(state_word(member_of(line, TRACKS[track].label)));
   }
   if (!lost) {
-    take_report(sample, report);
-    sample.values[BARS] = bars_of(member(line, "bars"));
-    bool unexplained = std::isnan(sample.values[BARS]) && sample.states[NO_BARS] == 0;
-    if (unexplained) sample.states[NO_BARS] = words[NO_BARS].number("no reason given");
+    take_report(moment, report);
+    moment.values[BARS] = bars_of(member_of(line, "bars"));
+    bool unexplained = std::isnan(moment.values[BARS]) && moment.states[NO_BARS] == 0;
+    if (unexplained) moment.states[NO_BARS] = words[NO_BARS].number("no reason given");
   }
-  add_events(*time, member(line, "events"));
-  samples.push_back(std::move(sample));
+  add_events(*time, member_of(line, "events"));
+  moments.push_back(std::move(moment));
 }
 
 void Recording::add_log_report(const Json& time, const Json& report) {
@@ -221,22 +187,22 @@ void Recording::add_log_report(const Json& time, const Json& report) {
     ++without_time;
     return;
   }
-  Sample sample;
-  sample.time = *when;
-  take_report(sample, report);
-  sample.values[BARS] = bars_of(item_of(report, "state", "Bars"));
+  Moment moment;
+  moment.time = *when;
+  take_report(moment, report);
+  moment.values[BARS] = bars_of(item_of(report, "state", "Bars"));
   std::string exception = state_word(item_of(report, "error", "Exc"));
   if (!exception.empty()) add_events(*when, Json::array({"exception: " + exception}));
-  samples.push_back(std::move(sample));
+  moments.push_back(std::move(moment));
 }
 
 void Recording::finish() {
   auto earlier = [](const auto& a, const auto& b) { return a.time < b.time; };
-  std::stable_sort(samples.begin(), samples.end(), earlier);
+  std::stable_sort(moments.begin(), moments.end(), earlier);
   std::stable_sort(events.begin(), events.end(), earlier);
   std::vector<int64_t> steps;
-  for (size_t i = 1; i < samples.size(); ++i) {
-    int64_t step = samples[i].time - samples[i - 1].time;
+  for (size_t i = 1; i < moments.size(); ++i) {
+    int64_t step = moments[i].time - moments[i - 1].time;
     if (step > 0) steps.push_back(step);
   }
   if (steps.empty()) return;
@@ -245,25 +211,25 @@ void Recording::finish() {
   interval = *middle;
 }
 
-int64_t Recording::end_of(size_t sample) const {
-  int64_t start = samples[sample].time;
-  if (sample + 1 == samples.size()) return start + interval;
-  int64_t next = samples[sample + 1].time;
-  bool lost = words[LINK_STATE].word(samples[sample].states[LINK_STATE]) == "lost";
+int64_t Recording::end_of(size_t moment) const {
+  int64_t start = moments[moment].time;
+  if (moment + 1 == moments.size()) return start + interval;
+  int64_t next = moments[moment + 1].time;
+  bool lost = words[LINK_STATE].word(moments[moment].states[LINK_STATE]) == "lost";
   bool gap = next - start > 3 * interval + (lost ? REOPENING_MS : SILENCE_MS);
   return gap ? start + interval : next;
 }
 
-const Sample& Recording::latest_cells() const {
-  auto heard = [](const Sample& sample) { return !sample.cells.empty(); };
-  auto found = std::find_if(samples.rbegin(), samples.rend(), heard);
-  return found == samples.rend() ? at_rest_ : *found;
+const Moment& Recording::latest_cells() const {
+  auto heard = [](const Moment& moment) { return !moment.cells.empty(); };
+  auto found = std::find_if(moments.rbegin(), moments.rend(), heard);
+  return found == moments.rend() ? at_rest_ : *found;
 }
 
-const Sample& Recording::latest_level() const {
-  auto heard = [](const Sample& sample) { return !std::isnan(sample.values[RSSI]); };
-  auto found = std::find_if(samples.rbegin(), samples.rend(), heard);
-  return found == samples.rend() ? at_rest_ : *found;
+const Moment& Recording::latest_level() const {
+  auto heard = [](const Moment& moment) { return !std::isnan(moment.values[RSSI]); };
+  auto found = std::find_if(moments.rbegin(), moments.rend(), heard);
+  return found == moments.rend() ? at_rest_ : *found;
 }
 
 }  // namespace records

@@ -6,15 +6,14 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-namespace records {
+#include "records/report.h"
 
-using Json = nlohmann::ordered_json;
+namespace records {
 
 // Numbers over time. Those that the modem did not give, or that can't be, are not a number.
 enum SeriesId : size_t { RSSI, RSCP, ECIO, TX_POWER, BARS, SERIES_COUNT };
@@ -60,21 +59,23 @@ class Words {
   std::unordered_map<std::string, uint32_t> numbers_;
 };
 
-struct Cell {
+// What tells a cell from others.
+struct CellId {
   bool gsm;
   int code;  // scrambling code, of GSM the ARFCN
   int bsic;  // of GSM
-  bool operator==(const Cell&) const = default;
+  bool operator==(const CellId&) const = default;
 };
 struct CellReading {
   uint32_t cell;  // in Recording::cells
-  int set;        // 0 active, 1 monitored, 2 detected; of GSM always 1
-  float level;    // Ec/Io in dB, of GSM RSSI in dBm
+  Cell::Set set;
+  float level;  // Ec/Io in dB, of GSM RSSI in dBm
 };
 
 constexpr float MISSING = std::numeric_limits<float>::quiet_NaN();
 
-struct Sample {
+// A sample as it is drawn.
+struct Moment {
   int64_t time = 0;  // ms since 1970, UTC
   std::array<float, SERIES_COUNT> values = {MISSING, MISSING, MISSING, MISSING, MISSING};
   std::array<uint32_t, TRACK_COUNT> states{};
@@ -90,10 +91,10 @@ class Recording {
  public:
   std::string title;   // of its part of the page
   std::string source;  // the file
-  std::vector<Sample> samples;
+  std::vector<Moment> moments;
   std::vector<Event> events;
   std::array<Words, TRACK_COUNT> words;
-  std::vector<Cell> cells;
+  std::vector<CellId> cells;
   Json latest = Json::object();  // by section
   size_t without_time = 0;       // samples that could not be placed
   int64_t interval = 1000;       // ms from sample to sample, usually
@@ -105,28 +106,22 @@ class Recording {
   // All has been added.
   void finish();
 
-  // When what a sample says ends: at the next one, but not across a gap.
-  int64_t end_of(size_t sample) const;
-  // The last sample with cells, and the last one with a level; without one an empty sample.
-  const Sample& latest_cells() const;
-  const Sample& latest_level() const;
+  // When a moment ends: at the next one, but not across a gap.
+  int64_t end_of(size_t moment) const;
+  // The last moment with cells, and the last one with a level; an empty one when there is none.
+  const Moment& latest_cells() const;
+  const Moment& latest_level() const;
 
  private:
-  void take_report(Sample& sample, const Json& report);
-  void take_cells(Sample& sample, const Json& report);
-  void add_cell(Sample& sample, Cell cell, int set, int level);
+  void take_report(Moment& moment, const Json& report);
+  void take_cells(Moment& moment, const Json& report);
+  void add_cell(Moment& moment, const Cell& cell);
   void add_events(int64_t time, const Json& list);
 
-  Sample at_rest_;  // what a report without a time says
+  Moment at_rest_;  // what a report without a time says
 };
 
 // "2026-11-21T14:20:05.120Z" in ms since 1970.
 std::optional<int64_t> time_of(const Json& text);
-
-// An item of a report; null when there is none.
-const Json& item_of(const Json& report, const char* section, const char* label);
-
-// An item as text, empty when the modem did not give it.
-std::string text_of(const Json& value);
 
 }  // namespace records

@@ -16,15 +16,10 @@
 
 namespace records {
 
-constexpr char LOG_SECTION[] = "other";  // of items that the module does not know
-
 class RecordingReader {
  public:
-  RecordingReader(std::FILE* file, std::string name, const zop_log_item* items,
-                  const Caller& caller)
-      : name_(std::move(name)), file_(file), caller_(caller) {
-    learn_sections(items);
-  }
+  RecordingReader(std::FILE* file, std::string name, const ItemTable& items, const Caller& caller)
+      : name_(std::move(name)), file_(file), caller_(caller), items_(items) {}
   ~RecordingReader() { free(line_); }
   RecordingReader(const RecordingReader&) = delete;
   RecordingReader& operator=(const RecordingReader&) = delete;
@@ -32,7 +27,6 @@ class RecordingReader {
   std::vector<Recording> read();
 
  private:
-  void learn_sections(const zop_log_item* items);
   bool next_line();
   void take_line();
   void take(const Json& object);
@@ -52,29 +46,13 @@ class RecordingReader {
   std::string_view text_;  // in line_
   bool ended_ = false;     // the line by its newline
   uint64_t number_ = 0;
-  std::unordered_map<std::string, std::string> sections_;  // by label
+  const ItemTable& items_;
   std::vector<Recording> recordings_;
   std::unordered_map<std::string, size_t> by_host_;
 };
 
 void RecordingReader::fail(const std::string& why) const {
   throw Failure(fmt::format("{}:{}: {}", name_, number_, why));
-}
-
-// "      ********* MODEM *********" heads the section "modem".
-void RecordingReader::learn_sections(const zop_log_item* items) {
-  std::string section = LOG_SECTION;
-  for (const zop_log_item* item = items; item->type != ZOP_ITEM_END; ++item) {
-    if (item->label == nullptr) continue;
-    if (item->type == ZOP_ITEM_HEADER) {
-      section.clear();
-      for (const char* c = item->label; *c != '\0'; ++c) {
-        if (*c >= 'A' && *c <= 'Z') section += static_cast<char>(*c - 'A' + 'a');
-      }
-    } else {
-      sections_[item->label] = item->type == ZOP_ITEM_EXCEPTION ? "error" : section;
-    }
-  }
 }
 
 bool RecordingReader::next_line() {
@@ -105,8 +83,7 @@ Recording& RecordingReader::recording(const std::string& host) {
 void RecordingReader::take_log_report(const Json& report) {
   Json by_section = Json::object();
   for (const auto& [label, value] : report["items"].items()) {
-    auto section = sections_.find(label);
-    by_section[section == sections_.end() ? LOG_SECTION : section->second][label] = value;
+    by_section[items_.section(label)][label] = value;
   }
   std::string host = report.contains("host") ? text_of(report["host"]) : "";
   recording(host).add_log_report(report.contains("time") ? report["time"] : Json(), by_section);
@@ -190,11 +167,11 @@ std::vector<Recording> RecordingReader::read() {
 }
 
 std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
-                                       const zop_log_item* items, const Caller& caller) {
+                                       const ItemTable& items, const Caller& caller) {
   return RecordingReader(file, name, items, caller).read();
 }
 
-std::vector<Recording> read_recordings(const std::string& path, const zop_log_item* items,
+std::vector<Recording> read_recordings(const std::string& path, const ItemTable& items,
                                        const Caller& caller) {
   bool is_standard = path == "-";
   std::string name = is_standard ? "standard input" : path;

@@ -5,20 +5,18 @@
 #include <string>
 #include <vector>
 
-#include "include/zop_diag_info.h"
 #include "records/reading.h"
 #include "records/recording.h"
 
 namespace records {
 
-// One recording a file, of a log one a device; closes the file. items is the module's table, which
-// tells the section of each item. Throws Failure with the file's name and the line for what is none
-// of these; a last line that its recorder could not end is told and left out.
+// One recording a file, of a log one a device; closes the file. Throws Failure with the file's name
+// and the line for what is none of these; an incomplete last line is reported and left out.
 std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
-                                       const zop_log_item* items, const Caller& caller);
+                                       const ItemTable& items, const Caller& caller);
 
 // The same of a path; "-" is standard input.
-std::vector<Recording> read_recordings(const std::string& path, const zop_log_item* items,
+std::vector<Recording> read_recordings(const std::string& path, const ItemTable& items,
                                        const Caller& caller);
 
 }  // namespace records

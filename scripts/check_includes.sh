@@ -33,8 +33,8 @@ check simulator include
 check records include
 check page records
 check zopctl/text include
-check zopctl/host include simulator zopctl/text
-check zopctl/live zopctl/text zopctl/host
+check zopctl/host include simulator records zopctl/text
+check zopctl/live records zopctl/text zopctl/host
 check zopctl/firmware simulator zopctl/text zopctl/host
 check zopctl/verbs include records page zopctl/text zopctl/host
 check zopctl include simulator

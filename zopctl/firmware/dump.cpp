@@ -12,7 +12,7 @@
 #include "zopctl/firmware/line_follower.h"
 #include "zopctl/firmware/progress.h"
 #include "zopctl/host/host_calls.h"
-#include "zopctl/host/module_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"

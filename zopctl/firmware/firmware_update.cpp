@@ -11,10 +11,10 @@
 #include "zopctl/firmware/line_follower.h"
 #include "zopctl/firmware/progress.h"
 #include "zopctl/host/host_calls.h"
-#include "zopctl/host/module_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
-#include "zopctl/text/bytes_text.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/text/failure.h"
 
 namespace zopctl {

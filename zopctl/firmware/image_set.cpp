@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "zopctl/text/bytes_text.h"
+#include "zopctl/text/printable.h"
 
 namespace zopctl {
 

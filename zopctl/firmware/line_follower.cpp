@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/printable.h"
 
 namespace zopctl {
 

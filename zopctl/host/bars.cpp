@@ -2,7 +2,7 @@
 #include "zopctl/host/bars.h"
 
 #include "zopctl/host/log_capture.h"
-#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/text/words.h"
 
 namespace zopctl {

@@ -1,13 +1,13 @@
 // Pieces of the line put together to frames. A write that fails is told once, and the work goes on.
 #include "zopctl/host/capture.h"
 
-#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 
+#include "zopctl/host/standard_output.h"
 #include "zopctl/text/failure.h"
 
 namespace zopctl {
@@ -16,9 +16,9 @@ constexpr uint8_t FLAG = 0x7E;
 
 static FILE* open_capture(const std::string& path) {
   if (path != "-") return fopen(path.c_str(), "wbe");
-  int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  FILE* output = duplicate_standard_output("wb");
   dup2(STDERR_FILENO, STDOUT_FILENO);
-  return output < 0 ? nullptr : fdopen(output, "wb");
+  return output;
 }
 
 Capture::Capture(const std::string& path, bool redacted)

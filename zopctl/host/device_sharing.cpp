@@ -7,9 +7,10 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
+
+#include "zopctl/text/printable.h"
 
 namespace zopctl {
 
@@ -61,9 +62,7 @@ static bool holds(const fs::path& process, dev_t device) {
 static std::string name_of(const fs::path& process) {
   std::string name = content_of(process / "comm");
   name.resize(name.find_last_not_of('\n') + 1);
-  std::ranges::replace_if(
-      name, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
-  return name;
+  return printable(name);
 }
 
 std::optional<std::string> holder_of(const std::string& device) {

@@ -20,10 +20,12 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "zopctl/host/device_sharing.h"
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+
+#include "zopctl/host/device_sharing.h"
+#include "zopctl/text/printable.h"
 
 namespace zopctl {
 
@@ -176,14 +178,12 @@ static int interface_address(unsigned long request, void* argument) {
 static void log_line(int priority, const char* format, va_list arguments) {
   char line[2048];
   vsnprintf(line, sizeof line, format, arguments);
-  for (char* c = line; *c != '\0'; ++c) {  // texts of a modem: nothing that moves a terminal
-    if (static_cast<unsigned char>(*c) < 0x20 || *c == 0x7F) *c = '?';
-  }
+  std::string shown = printable(line);
   std::lock_guard lock(log_mutex);
-  if (settings().log_sink) return settings().log_sink(priority, line);
+  if (settings().log_sink) return settings().log_sink(priority, shown);
   using Syslog = void (*)(int, const char*, ...);
   static auto real = reinterpret_cast<Syslog>(dlsym(RTLD_NEXT, "syslog"));
-  real(priority, "%s", line);
+  real(priority, "%s", shown.c_str());
 }
 
 }  // namespace zopctl

@@ -1,6 +1,7 @@
-// The module's log lines of one call, for a verb that wants to know what the result does not say.
+// The module's log, heard by a verb that wants to know what a result does not say.
 #pragma once
 
+#include <functional>
 #include <mutex>
 #include <string>
 
@@ -9,26 +10,42 @@
 
 namespace zopctl {
 
-class LogCapture {
+// While it lives more of the log is on, and take gets each line, from any thread. The lines go on
+// to where they went before, if they may.
+class LogTap {
  public:
-  LogCapture(const ModuleLibrary& module, unsigned bits)
+  using Take = std::function<void(const std::string& line)>;
+  LogTap(const ModuleLibrary& module, unsigned bits, Take take, bool lines_go_on = true)
       : module_(module), mask_(*module.gZOPModuleLogMask), before_(current_log()) {
     module.vurn_set_log_mask(mask_ | bits);
-    catch_log([this](int priority, const std::string& line) {
-      {
-        std::lock_guard lock(mutex_);
-        text_ += line;
-        text_ += '\n';
-      }
-      if (before_) before_(priority, line);
+    LogSink before = lines_go_on ? before_ : nullptr;
+    catch_log([take = std::move(take), before](int priority, const std::string& line) {
+      take(line);
+      if (before) before(priority, line);
     });
   }
-  ~LogCapture() {
+  ~LogTap() {
     catch_log(before_);
     module_.vurn_set_log_mask(mask_);
   }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
+  LogTap(const LogTap&) = delete;
+  LogTap& operator=(const LogTap&) = delete;
+
+ private:
+  const ModuleLibrary& module_;
+  unsigned mask_;
+  LogSink before_;
+};
+
+// The lines of one call, kept.
+class LogCapture {
+ public:
+  LogCapture(const ModuleLibrary& module, unsigned bits)
+      : tap_(module, bits, [this](const std::string& line) {
+          std::lock_guard lock(mutex_);
+          text_ += line;
+          text_ += '\n';
+        }) {}
 
   // So far; the module's threads may add to it.
   std::string text() const {
@@ -38,11 +55,9 @@ class LogCapture {
   bool has(const std::string& part) const { return text().find(part) != std::string::npos; }
 
  private:
-  const ModuleLibrary& module_;
-  unsigned mask_;
-  LogSink before_;
   mutable std::mutex mutex_;
   std::string text_;
+  LogTap tap_;  // ends first
 };
 
 }  // namespace zopctl

@@ -11,7 +11,7 @@
 
 #include "zopctl/host/device_sharing.h"
 #include "zopctl/host/host_calls.h"
-#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"

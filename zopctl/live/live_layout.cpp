@@ -9,9 +9,12 @@
 
 #include "zopctl/host/host_calls.h"
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/text/words.h"
 
 namespace zopctl {
+
+using records::Cell;
 
 constexpr int SMALLEST_WIDTH = 30, SMALLEST_HEIGHT = 8;
 constexpr int SCALE_WIDTH = 5;             // "-113 " before a graph
@@ -84,7 +87,7 @@ static int signal_fields(int y, const LiveView& view) {
   attr_t colour = COLOR_PAIR(bars.bars >= 3 ? GOOD : bars.bars > 0 ? FAIR : BAD);
   auto rssi = newest(view.rssi), ecio = newest(view.ecio);
   return fields(y, {{"Bars", bars_picture(bars.bars), A_BOLD | colour},
-                    {"", plain(bars.reason), COLOR_PAIR(BAD)},
+                    {"", printable_ascii(bars.reason), COLOR_PAIR(BAD)},
                     {"RSSI", with_unit(rssi, "dBm"), quality(rssi, RSSI_QUALITY)},
                     {"Ec/Io", with_unit(ecio, "dB"), quality(ecio, ECIO_QUALITY)},
                     {"RSCP", view.sample.text("wcdma", "RSCP")},
@@ -146,23 +149,23 @@ static int graphs(int y, const LiveView& view, bool utf8) {
 // ---- cells ----
 
 static std::string cell_label(const Cell& cell) {
-  switch (cell.kind) {
+  switch (cell.set) {
     case Cell::ACTIVE:
       return fmt::format("active     code {:4} {:5} dB", cell.code, cell.level);
     case Cell::MONITORED:
       return fmt::format("monitored  code {:4} {:5} dB", cell.code, cell.level);
     case Cell::DETECTED:
       return fmt::format("detected   code {:4} {:5} dB", cell.code, cell.level);
-    case Cell::NEIGHBOUR:
+    case Cell::GSM_NEIGHBOUR:
       break;
   }
   return fmt::format("neighbour ARFCN {:4} {:4} dBm", cell.code, cell.level);
 }
 
 static void draw_cell(int y, const Cell& cell) {
-  bool gsm = cell.kind == Cell::NEIGHBOUR;
+  bool gsm = cell.is_gsm();
   Scale scale = gsm ? RSSI_SCALE : ECIO_SCALE;
-  put(y, 1, cell_label(cell), cell.kind == Cell::ACTIVE ? A_BOLD : A_NORMAL);
+  put(y, 1, cell_label(cell), cell.set == Cell::ACTIVE ? A_BOLD : A_NORMAL);
   int room = std::min(COLS - CELL_LABEL_WIDTH - 1, 48);
   if (room <= 0) return;
   int level = std::clamp(cell.level, scale.bottom, scale.top) - scale.bottom;
@@ -172,7 +175,7 @@ static void draw_cell(int y, const Cell& cell) {
 }
 
 static int cells(int y, const Sample& sample) {
-  auto found = cells_of(sample);
+  auto found = records::cells_of(sample.report);
   int room = std::clamp((LINES - 1 - y - 4) / 2, 1, 12);
   int count = std::min(static_cast<int>(found.size()), room);
   for (int i = 0; i < count; ++i) draw_cell(y + i, found[static_cast<size_t>(i)]);
@@ -211,7 +214,7 @@ static int module_fields(int y, const Sample& sample) {
                  {"up", age(sample.text("wan", "pppd Age")), A_NORMAL}});
   return fields(y, {{"PDP", sample.text("status", "PDP State")},
                     {"Call", sample.text("status", "Call Status")},
-                    {"Deferred action", plain(sample.deferred)}});
+                    {"Deferred action", printable_ascii(sample.deferred)}});
 }
 
 static void events(int y, const LiveView& view) {
@@ -240,7 +243,7 @@ static void title(const LiveView& view) {
 static void footer(const LiveView& view) {
   std::string text = fmt::format(" q quit  p {}  + - every {} s",
                                  view.is_paused ? "go on" : "pause", view.interval_s);
-  if (!view.recording.empty()) text += "  recording " + plain(view.recording);
+  if (!view.recording.empty()) text += "  recording " + printable_ascii(view.recording);
   put_bar(LINES - 1, text);
 }
 

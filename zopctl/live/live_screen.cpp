@@ -1,9 +1,8 @@
-// The terminal of the live view. Standard output belongs to the module meanwhile, which may print;
-// the screen has a descriptor of its own.
+// The terminal of the live view. The module prints on standard output: the screen has a descriptor
+// of its own.
 #include "zopctl/live/live_screen.h"
 
 #include <curses.h>
-#include <fcntl.h>
 #include <fmt/chrono.h>
 #include <langinfo.h>
 #include <term.h>
@@ -15,6 +14,7 @@
 
 #include "zopctl/live/live_layout.h"
 #include "zopctl/live/terminal_rescue.h"
+#include "zopctl/text/printable.h"
 
 namespace zopctl {
 
@@ -31,11 +31,11 @@ void LiveView::add(const Sample& newest) {
   sample = newest;
   has_sample = true;
   rssi.push_back(known_rssi(newest));
-  ecio.push_back(active_ecio(newest));
+  ecio.push_back(records::active_ecio(records::cells_of(newest.report)));
   if (rssi.size() > MOST_LEVELS) rssi.pop_front(), ecio.pop_front();
   auto time = std::chrono::floor<std::chrono::seconds>(newest.time);
   for (const std::string& event : newest.events) {
-    events.push_back(fmt::format("{:%H:%M:%S}  {}", time, plain(event)));
+    events.push_back(fmt::format("{:%H:%M:%S}  {}", time, printable_ascii(event)));
   }
   while (events.size() > MOST_EVENTS) events.pop_front();
 }
@@ -61,7 +61,7 @@ static bool terminal_is_known() {
 std::unique_ptr<LiveScreen> LiveScreen::open() {
   if (!terminal_is_known()) return nullptr;
   setlocale(LC_CTYPE, "");
-  FILE* output = fdopen(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1), "w");
+  FILE* output = duplicate_standard_output();
   if (output == nullptr) return nullptr;
   remember_terminal(fileno(output));
   screen* terminal = newterm(nullptr, output, stdin);
@@ -75,12 +75,8 @@ std::unique_ptr<LiveScreen> LiveScreen::open() {
 LiveScreen::LiveScreen(FILE* output, screen* terminal)
     : output_(output),
       screen_(terminal),
-      user_output_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)),
       utf8_(strcmp(nl_langinfo(CODESET), "UTF-8") == 0),
       rescue_(std::make_unique<TerminalRescue>()) {
-  int null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-  dup2(null, STDOUT_FILENO);
-  close(null);
   set_escdelay(25);
   cbreak();
   noecho();
@@ -97,8 +93,6 @@ LiveScreen::~LiveScreen() {
   rescue_.reset();
   delscreen(screen_);
   fclose(output_);
-  dup2(user_output_, STDOUT_FILENO);
-  close(user_output_);
 }
 
 void LiveScreen::draw(const LiveView& view) {

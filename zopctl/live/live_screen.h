@@ -6,6 +6,7 @@
 #include <deque>
 #include <memory>
 
+#include "zopctl/host/standard_output.h"
 #include "zopctl/live/graph.h"
 #include "zopctl/live/sample.h"
 
@@ -45,9 +46,9 @@ class LiveScreen {
  private:
   LiveScreen(FILE* output, screen* terminal);
 
-  FILE* output_;  // the terminal; standard output itself is kept from the module
+  FILE* output_;  // the terminal
   screen* screen_;
-  int user_output_;
+  QuietOutput quiet_;
   bool utf8_;
   std::unique_ptr<TerminalRescue> rescue_;
 };

@@ -1,5 +1,5 @@
-// zopctl monitor: the modem as it lives. On a terminal a screen that moves, elsewhere a line a
-// look. The looks have a thread of their own: a silent modem must not hold up the keys.
+// zopctl monitor: a live screen on a terminal, elsewhere a line a sample. Sampling has a thread of
+// its own: a silent modem must not hold up the keys.
 #include "zopctl/live/monitor.h"
 
 #include <errno.h>
@@ -35,15 +35,15 @@ static std::string json_line(const Sample& sample) {
 // ---- the recording ----
 
 // Adds to what the file holds already. A line is there whole or not at all.
-class Recording {
+class RecordingFile {
  public:
-  explicit Recording(const std::string& file)
+  explicit RecordingFile(const std::string& file)
       : file_(file), fd_(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666)) {
     if (fd_ < 0) fail();
   }
-  ~Recording() { close(fd_); }
-  Recording(const Recording&) = delete;
-  Recording& operator=(const Recording&) = delete;
+  ~RecordingFile() { close(fd_); }
+  RecordingFile(const RecordingFile&) = delete;
+  RecordingFile& operator=(const RecordingFile&) = delete;
 
   void add(const Sample& sample);
   std::string text() const { return fmt::format("{} ({})", file_, count_); }
@@ -59,7 +59,7 @@ class Recording {
   uint64_t count_ = 0;
 };
 
-void Recording::add(const Sample& sample) {
+void RecordingFile::add(const Sample& sample) {
   std::string line = json_line(sample);
   struct stat before = {};
   bool is_file = fstat(fd_, &before) == 0 && S_ISREG(before.st_mode);
@@ -77,11 +77,11 @@ void Recording::add(const Sample& sample) {
   ++count_;
 }
 
-// ---- looking ----
+// ---- sampling ----
 
-class Looks {
+class Sampling {
  public:
-  Looks(const ModuleLibrary& module, const Arguments& arguments, bool log_lines_go_on)
+  Sampling(const ModuleLibrary& module, const Arguments& arguments, bool log_lines_go_on)
       : sampler_(module, log_lines_go_on) {
     if (arguments.has("--interval")) {
       interval_s = arguments.number("--interval", 1, LONGEST_INTERVAL_S);
@@ -114,13 +114,13 @@ class Looks {
 
  private:
   Sampler sampler_;
-  std::optional<Recording> recording_;
+  std::optional<RecordingFile> recording_;
   uint32_t left_ = 0;
   bool is_counted_ = false;
 };
 
-static void print_lines(Looks& looks, bool json) {
-  looks.run([json](const Sample& sample) {
+static void print_lines(Sampling& sampling, bool json) {
+  sampling.run([json](const Sample& sample) {
     fmt::print("{}", json ? json_line(sample) : as_line(sample) + '\n');
     if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
   });
@@ -130,39 +130,39 @@ static void print_lines(Looks& looks, bool json) {
 
 class LiveMonitor {
  public:
-  LiveMonitor(Looks& looks, LiveScreen& screen);
+  LiveMonitor(Sampling& sampling, LiveScreen& screen);
   ~LiveMonitor();
   LiveMonitor(const LiveMonitor&) = delete;
   LiveMonitor& operator=(const LiveMonitor&) = delete;
 
-  void run();  // until the user or the last look ends it
+  void run();  // until the user ends it, or the last sample
 
  private:
-  void look();
-  void tell_news() const;
+  void take_samples();
+  void announce() const;
   bool wait_for_news() const;
   bool take_keys();
   void change_interval(int step);
   void draw();
 
-  Looks& looks_;
+  Sampling& sampling_;
   LiveScreen& screen_;
-  int news_;  // an eventfd: a new sample, or the end of the looks
+  int news_;  // an eventfd: a new sample, or the end of sampling
   std::mutex mutex_;
   LiveView view_;               // newest; under the mutex
-  std::exception_ptr failure_;  // of the looks; under the mutex
-  bool has_ended_ = false;      // the looks; under the mutex
+  std::exception_ptr failure_;  // of sampling; under the mutex
+  bool has_ended_ = false;      // sampling; under the mutex
   LiveView shown_;
   std::thread thread_;
 };
 
-// The looks' thread takes no signals: they wake the one that draws.
-LiveMonitor::LiveMonitor(Looks& looks, LiveScreen& screen)
-    : looks_(looks), screen_(screen), news_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+// The sampling thread takes no signals: they wake the one that draws.
+LiveMonitor::LiveMonitor(Sampling& sampling, LiveScreen& screen)
+    : sampling_(sampling), screen_(screen), news_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   sigset_t all, before;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &before);
-  thread_ = std::thread([this] { look(); });
+  thread_ = std::thread([this] { take_samples(); });
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
@@ -172,19 +172,19 @@ LiveMonitor::~LiveMonitor() {
   close(news_);
 }
 
-void LiveMonitor::tell_news() const {
+void LiveMonitor::announce() const {
   uint64_t one = 1;
   if (write(news_, &one, sizeof one) < 0) return;  // full: there is news already
 }
 
-void LiveMonitor::look() {
+void LiveMonitor::take_samples() {
   std::exception_ptr failure;
   try {
-    looks_.run([this](const Sample& sample) {
+    sampling_.run([this](const Sample& sample) {
       std::lock_guard lock(mutex_);
       view_.add(sample);
-      view_.recording = looks_.recording();
-      tell_news();
+      view_.recording = sampling_.recording();
+      announce();
     });
   } catch (const Interrupted&) {  // the other thread knows
   } catch (...) {
@@ -193,7 +193,7 @@ void LiveMonitor::look() {
   std::lock_guard lock(mutex_);
   failure_ = failure;
   has_ended_ = true;
-  tell_news();
+  announce();
 }
 
 // False when the terminal is gone.
@@ -206,9 +206,9 @@ bool LiveMonitor::wait_for_news() const {
 }
 
 void LiveMonitor::change_interval(int step) {
-  int changed = static_cast<int>(looks_.interval_s) + step;
+  int changed = static_cast<int>(sampling_.interval_s) + step;
   if (changed >= 1 && changed <= static_cast<int>(LONGEST_INTERVAL_S)) {
-    looks_.interval_s = static_cast<unsigned>(changed);
+    sampling_.interval_s = static_cast<unsigned>(changed);
   }
 }
 
@@ -230,7 +230,7 @@ void LiveMonitor::draw() {
     shown_ = view_;
   }
   shown_.is_paused = is_paused;
-  shown_.interval_s = looks_.interval_s;
+  shown_.interval_s = sampling_.interval_s;
   screen_.draw(shown_);
 }
 
@@ -246,14 +246,14 @@ void LiveMonitor::run() {
 Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
   bool wants_screen = !arguments.json && isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
   bool log_lines_go_on = !wants_screen || isatty(STDERR_FILENO) == 0;
-  Looks looks(m, arguments, log_lines_go_on);
+  Sampling sampling(m, arguments, log_lines_go_on);
   auto screen = wants_screen ? LiveScreen::open() : nullptr;
   if (screen) {
-    LiveMonitor(looks, *screen).run();
+    LiveMonitor(sampling, *screen).run();
   } else {
     if (wants_screen)
       fmt::print(stderr, "zopctl: no live view on a terminal of this kind ($TERM)\n");
-    print_lines(looks, arguments.json);
+    print_lines(sampling, arguments.json);
   }
   return {};
 }

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/host/report_text.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
@@ -48,18 +48,8 @@ static std::string event_of(const std::string& line) {
 }
 
 ModuleWatch::ModuleWatch(const ModuleLibrary& module, bool lines_go_on)
-    : module_(module), mask_(*module.gZOPModuleLogMask), before_(current_log()) {
-  catch_log([this, lines_go_on](int priority, const std::string& line) {
-    take(line);
-    if (lines_go_on && before_) before_(priority, line);
-  });
-  module.vurn_set_log_mask(mask_ | WATCHED);
-}
-
-ModuleWatch::~ModuleWatch() {
-  module_.vurn_set_log_mask(mask_);
-  catch_log(before_);
-}
+    : log_(
+          module, WATCHED, [this](const std::string& line) { take(line); }, lines_go_on) {}
 
 void ModuleWatch::take(const std::string& line) {
   constexpr std::string_view STATE = "newState=";
@@ -87,10 +77,10 @@ std::string ModuleWatch::deferred() const {
 
 // ---- samples ----
 
-// Null until the modem's first screen is there: what stands in the report before is no news.
-static nlohmann::ordered_json read_report(const ModuleLibrary& m) {
+// Null until the modem's first screen is there: what the report holds before is old.
+static records::Json read_report(const ModuleLibrary& m) {
   std::string report = log_string(m);
-  return has_screen(report) ? report_as_json(m, report) : nullptr;
+  return has_screen(report) ? records::report_of_text(items_of(m), report) : nullptr;
 }
 
 // vurn_open would wait for a device that is not there.

@@ -3,19 +3,15 @@
 
 #include <mutex>
 
-#include "zopctl/host/host_calls.h"
+#include "zopctl/host/log_capture.h"
 #include "zopctl/live/sample.h"
 
 namespace zopctl {
 
-// The module's log while it lives: what happens, and the state of the deferred-action thread. Its
-// lines go on to the log sink of before, if they may be shown.
+// What the module's log tells: events, and the state of the deferred-action thread.
 class ModuleWatch {
  public:
   ModuleWatch(const ModuleLibrary& module, bool lines_go_on);
-  ~ModuleWatch();
-  ModuleWatch(const ModuleWatch&) = delete;
-  ModuleWatch& operator=(const ModuleWatch&) = delete;
 
   std::vector<std::string> take_events();
   std::string deferred() const;
@@ -23,12 +19,10 @@ class ModuleWatch {
  private:
   void take(const std::string& line);
 
-  const ModuleLibrary& module_;
-  unsigned mask_;
-  LogSink before_;
   mutable std::mutex mutex_;  // the module's threads log too
   std::vector<std::string> events_;
   std::string deferred_ = "idle";
+  LogTap log_;  // ends first
 };
 
 class Sampler {

@@ -1,9 +1,7 @@
-// Bytes as text. What a modem sends never reaches the user's terminal as control characters.
+// Bytes as text.
 #include "zopctl/text/bytes_text.h"
 
 #include <fmt/format.h>
-
-#include <algorithm>
 
 #include "zopctl/text/failure.h"
 
@@ -28,14 +26,6 @@ std::vector<uint8_t> bytes_of_hex(const std::string& what, const std::string& te
     bytes.push_back(static_cast<uint8_t>(std::stoul(digits.substr(i, 2), nullptr, 16)));
   }
   return bytes;
-}
-
-std::string printable(std::span<const uint8_t> field) {
-  std::string text(field.begin(), std::find(field.begin(), field.end(), 0));
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
-  }
-  return text;
 }
 
 std::string size_text(uint64_t bytes) {

@@ -16,9 +16,6 @@ std::string hex_of(std::span<const uint8_t> bytes);  // "0a 1b"
 // Throws UsageError naming what; white space is ignored, most bytes at the most.
 std::vector<uint8_t> bytes_of_hex(const std::string& what, const std::string& text, size_t most);
 
-// A text field of fixed width, without control characters.
-std::string printable(std::span<const uint8_t> field);
-
 // "1.2 MB", "17.0 kB", "512 bytes".
 std::string size_text(uint64_t bytes);
 

@@ -1,6 +1,6 @@
 // zopctl bars: what the host shows, once or as it changes.
 #include "zopctl/host/bars.h"
-#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"

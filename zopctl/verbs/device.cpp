@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"

@@ -6,7 +6,7 @@
 
 #include "zopctl/host/host_calls.h"
 #include "zopctl/host/log_capture.h"
-#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/words.h"

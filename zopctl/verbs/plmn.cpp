@@ -4,7 +4,7 @@
 #include <cstring>
 #include <sstream>
 
-#include "zopctl/text/bytes_text.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"

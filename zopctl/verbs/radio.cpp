@@ -1,7 +1,7 @@
 // zopctl signal, cells: what the modem hears.
 #include <fmt/format.h>
 
-#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"

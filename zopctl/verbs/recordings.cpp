@@ -9,6 +9,7 @@
 #include "page/page_file.h"
 #include "records/log_parser.h"
 #include "records/recording_reader.h"
+#include "zopctl/host/report_text.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/verbs/verbs.h"
@@ -22,7 +23,7 @@ static void tell(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", t
 static const records::Caller CALLER = {check_signals, tell};
 
 Findings parse_log(const ModuleLibrary& module, const Arguments& arguments) {
-  records::LogParser parser(*module.gLogItems, stdout, CALLER);
+  records::LogParser parser(items_of(module), stdout, CALLER);
   auto files = arguments.lists.find("FILE");
   if (files == arguments.lists.end()) {
     parser.read("-");
@@ -55,8 +56,9 @@ Findings html(const ModuleLibrary& module, const Arguments& arguments) {
   }
   std::string output = output_of(arguments, inputs);
   std::vector<records::Recording> recordings;
+  records::ItemTable items = items_of(module);
   for (const std::string& input : inputs) {
-    auto read = records::read_recordings(input, *module.gLogItems, CALLER);
+    auto read = records::read_recordings(input, items, CALLER);
     std::move(read.begin(), read.end(), std::back_inserter(recordings));
   }
   page::write_page(output, page::page_of(recordings), check_signals);

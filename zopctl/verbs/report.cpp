@@ -5,11 +5,13 @@
 #include <cstring>
 #include <sstream>
 
+#include "records/report.h"
 #include "zopctl/host/log_capture.h"
-#include "zopctl/host/quiet_output.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/host/report_text.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
 
@@ -37,18 +39,12 @@ static void print_object(const Json& object) {
   fmt::print("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
-// The modem's texts must not move the terminal.
-static void print_text(std::string text) {
-  for (char& c : text) {
-    if ((static_cast<unsigned char>(c) < 0x20 && c != '\n') || c == 0x7F) c = '?';
-  }
-  fmt::print("{}", text);
-}
+static void print_text(const std::string& text) { fmt::print("{}", printable(text, "\n")); }
 
 Findings report_show(const ModuleLibrary& m, const Arguments& arguments) {
   std::string report = arguments.has("--wait") ? fresh_log_string(m) : log_string(m);
   if (arguments.json) {
-    print_object(report_as_json(m, report));
+    print_object(records::report_of_text(items_of(m), report));
   } else {
     print_text(report);
   }
@@ -87,10 +83,10 @@ static Json reports_as_json(const std::vector<std::string>& lines) {
   Json reports = Json::array();
   Json report = Json::object();
   for (const std::string& line : lines) {
-    std::istringstream pairs(line.substr(0, line.size() - 1));  // without the closing colon
-    for (std::string pair; std::getline(pairs, pair, ',');) {
-      size_t equals = pair.find('=');
-      if (equals != std::string::npos) report[pair.substr(0, equals)] = pair.substr(equals + 1);
+    std::string_view pairs(line.data(), line.size() - 1);  // without the closing colon
+    while (!pairs.empty()) {
+      records::Pair pair = records::take_pair(pairs);
+      report[std::string(pair.label)] = pair.value;
     }
     if (!ends_report(line)) continue;
     reports.push_back(report);

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "zopctl/host/signals.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
 
@@ -18,15 +19,6 @@ static Item good(std::string key, std::string label, Json value, std::string sho
 
 static Item failed(std::string key, std::string label, std::string reason) {
   return {std::move(key), std::move(label), nullptr, std::move(reason), true};
-}
-
-// Control characters of a hostile modem must not reach the user's terminal.
-static std::string printable(const char* text, size_t size) {
-  std::string clean(text, strnlen(text, size));
-  for (char& c : clean) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
-  }
-  return clean;
 }
 
 // An enumeration: its number and its word for programs, the word for people.
@@ -46,7 +38,7 @@ static Item text(const char* key, const char* label, HostText get) {
   check_signals();
   char buffer[256] = {};
   if (int result = get(buffer, sizeof buffer - 1)) return failed(key, label, vurn_result(result));
-  return text_item(key, label, printable(buffer, sizeof buffer));
+  return text_item(key, label, printable(std::string_view(buffer)));
 }
 
 static Item text(const char* key, const char* label, LibraryText get) {
@@ -54,8 +46,7 @@ static Item text(const char* key, const char* label, LibraryText get) {
   uint8_t buffer[256] = {};
   uint32_t size = sizeof buffer - 1;
   if (unsigned result = get(buffer, &size)) return failed(key, label, zop_result(result));
-  char* read = static_cast<char*>(static_cast<void*>(buffer));
-  return text_item(key, label, printable(read, sizeof buffer));
+  return text_item(key, label, printable(buffer));
 }
 
 // A number of the command library.
