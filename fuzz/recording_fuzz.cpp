@@ -30,13 +30,13 @@ static void check_markup(const std::string& page) {
 }
 
 static const records::ItemTable ITEMS(gLogItems);
-static const records::Caller CALLER = {[] {}, [](const std::string&) {}};
+static const records::Callbacks CALLBACKS = {[] {}, [](const std::string&) {}};
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   FILE* file = fmemopen(const_cast<uint8_t*>(data), size, "r");
   try {
-    check_markup(page::page_of(records::read_recordings(file, "fuzz", ITEMS, CALLER)));
+    check_markup(page::page_of(records::read_recordings(file, "fuzz", ITEMS, CALLBACKS)));
   } catch (const records::Failure&) {
   }
   return 0;

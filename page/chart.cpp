@@ -1,5 +1,5 @@
-// Graphs of numbers. Places along the time are shares of the width; only the lines themselves are
-// stretched, with strokes that are not.
+// Graphs of numbers. Positions in time are shares of the width; only the lines are stretched, and
+// their strokes are not.
 #include "page/chart.h"
 
 #include <fmt/format.h>
@@ -9,8 +9,8 @@
 namespace page {
 
 constexpr int WIDTH = 10000, HEIGHT = 1000;  // of the stretched drawing
-constexpr size_t MANY_POINTS = 1500;         // of a line; more make an area of it
-constexpr size_t PROBES = 160;               // places of a graph that tell their values
+constexpr size_t MANY_POINTS = 1500;         // of a line; more of them look like an area
+constexpr size_t PROBES = 160;               // positions of a graph that show their values
 
 std::string value_text(SeriesId series, float value) {
   if (std::isnan(value)) return "\u2014";
@@ -77,7 +77,7 @@ void TimeLine::lines_of_values(double least, double most, int step) {
 
 // ---- lines ----
 
-// A point without neighbours would be no line: it is a dot.
+// A point without neighbours is drawn as a dot.
 void TimeLine::line(SeriesId series, double least, double most) {
   std::string path, dots;
   std::vector<Point> points = points_of(recording_, axis_, series);
@@ -98,7 +98,7 @@ void TimeLine::line(SeriesId series, double least, double most) {
   }
 }
 
-// Under the pointer a graph tells time and values: strips without ink, each with a title.
+// Invisible strips with a title each: the graph shows time and values under the pointer.
 void TimeLine::probes() {
   size_t next = 0;
   const auto& moments = recording_.moments;

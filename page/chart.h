@@ -1,5 +1,5 @@
-// Drawings of a recording over time, as inline SVG. All of them are as wide as the page lets them
-// be and share one time axis, so that what stands above each other is of one time.
+// Drawings of a recording over time, as inline SVG. All have the width of the page and one time
+// axis, so that things above each other happened at the same time.
 #pragma once
 
 #include <vector>
@@ -46,7 +46,7 @@ class TimeLine {
 // Class of a state's colour: good, warn, bad, none, or one of the plain ones.
 std::string state_style(TrackId track, const Words& words, uint32_t state);
 
-// Class of a cell's level, q0 (hardly heard) to q5.
+// Class of a cell's level, q0 (weakest) to q5.
 std::string level_style(const CellId& cell, float level);
 
 std::string cell_name(const CellId& cell);

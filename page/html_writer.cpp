@@ -1,6 +1,5 @@
-// Control characters are shown by their pictures: a browser would drop them or see other ones.
-// Those that turn the direction of writing are not shown: they would make a text read as another
-// one.
+// Control characters are shown as their Unicode pictures: a browser would drop or reinterpret them.
+// Characters that change the direction of writing are replaced: they can disguise a text.
 #include "page/html_writer.h"
 
 #include <fmt/format.h>
@@ -37,7 +36,7 @@ static bool misleads(std::string_view character) {
          (character >= "\u2066" && character <= "\u2069");
 }
 
-// What stands for a character in the page; empty for most: they stand for themselves.
+// The replacement of a character; empty for a character that needs none.
 static std::string replaced(std::string_view character) {
   if (character.empty() || misleads(character)) return UNREADABLE;
   if (character.size() > 1) return "";

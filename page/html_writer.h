@@ -1,5 +1,5 @@
-// HTML and inline SVG as text. Whatever is written, content or attribute, is escaped here and
-// nowhere else: no text of a modem or of a file can become markup.
+// HTML and inline SVG as text. Content and attributes are escaped here and nowhere else: no text of
+// a modem or a file can become markup.
 #pragma once
 
 #include <initializer_list>
@@ -9,7 +9,7 @@
 
 namespace page {
 
-// A share of a whole as SVG and CSS take it: 0.25 is "25%". What is no number is 0.
+// A share of a whole for SVG and CSS: 0.25 is "25%". NaN is 0.
 std::string percent(double share);
 
 struct Attribute {
@@ -23,12 +23,12 @@ class HtmlWriter {
   HtmlWriter& open(const char* tag, Attributes attributes = {});
   HtmlWriter& close();
   HtmlWriter& text(std::string_view text);
-  // An element that holds text alone.
+  // An element that holds only text.
   HtmlWriter& element(const char* tag, Attributes attributes, std::string_view text);
   // An element without content.
   HtmlWriter& empty(const char* tag, Attributes attributes);
 
-  // The program's own style sheet, as it is.
+  // The program's own style sheet, unescaped.
   HtmlWriter& style(const char* sheet);
 
   void reset(const char* first_line) { out_ = first_line; }

@@ -1,4 +1,4 @@
-// Head, contents and the parts, one a recording.
+// Head, contents, and a part for each recording.
 #include "page/page.h"
 
 #include <fmt/format.h>

@@ -15,7 +15,7 @@ std::string page_of(const std::vector<Recording>& recordings);
 
 // ---- parts of it, for one recording ----
 
-// How things stood last, as tiles, and over time what stands out, as a list.
+// The last state as tiles, and a list of what stands out over time.
 void write_summary(HtmlWriter& html, const Recording& recording);
 
 // The cells of the last moment that has any.
@@ -23,7 +23,7 @@ void write_cells(HtmlWriter& html, const Recording& recording);
 
 void write_events(HtmlWriter& html, const Recording& recording);
 
-// The latest report, a table a section.
+// The latest report, a table for each section.
 void write_report(HtmlWriter& html, const Recording& recording);
 
 }  // namespace page

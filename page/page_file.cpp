@@ -1,4 +1,4 @@
-// A page takes the place of an old one when it is whole.
+// A page replaces an old one only when it is complete.
 #include "page/page_file.h"
 
 #include <errno.h>
@@ -30,7 +30,7 @@ static void write_all(int fd, std::string_view text, const std::string& path, vo
   }
 }
 
-// A new file beside the one that it is to replace; without keep() it goes away.
+// A new file beside the one it will replace; removed unless keep() is called.
 class NewFile {
  public:
   explicit NewFile(const std::string& path)
@@ -62,7 +62,7 @@ class NewFile {
   bool kept_ = false;
 };
 
-// A device or a pipe can't be replaced: it gets the page itself, as a link's target does.
+// A device or a pipe can't be replaced: the page is written to it directly, as to a link's target.
 void write_page(const std::string& name, const std::string& text, void (*check)()) {
   if (name == "-") return write_all(STDOUT_FILENO, text, "standard output", check);
   std::error_code error;

@@ -1,4 +1,4 @@
-// Tables: cells, events, and the report with what its short labels mean.
+// Tables: cells, events, and the report with the meaning of its short labels.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 namespace page {
 
 constexpr size_t MOST_EVENT_ROWS = 1000;
-constexpr size_t FEW_EVENT_ROWS = 30;  // so many are shown at once
+constexpr size_t FEW_EVENT_ROWS = 30;  // shown without unfolding
 
 // ---- cells ----
 

@@ -1,4 +1,4 @@
-// What a reader wants to know first.
+// The tiles and the list at the top of a part.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -40,7 +40,7 @@ static void bars_tile(HtmlWriter& html, float bars) {
   html.close().close().element("span", {{"class", "more"}}, "of 5").close();
 }
 
-// "least to most" of a series over time.
+// Range and median of a series.
 static std::string spread(const Recording& recording, SeriesId series) {
   std::vector<float> values;
   for (const Moment& moment : recording.moments) {
@@ -115,7 +115,7 @@ static void note_states(HtmlWriter& html, const Recording& recording, const Time
                         TrackId track, const std::string& state, const std::string& what) {
   const Words& words = recording.words[track];
   const Words& link = recording.words[LINK_STATE];
-  auto of = [&](const Moment& moment) {  // a lost link has a note of its own
+  auto of = [&](const Moment& moment) {  // a lost link has its own note
     bool lost = track != LINK_STATE && link.word(moment.states[LINK_STATE]) == "lost";
     return lost ? 0 : moment.states[track];
   };

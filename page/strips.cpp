@@ -22,7 +22,7 @@ struct StateColour {
   const char* style;
 };
 
-// Words that say by themselves how things stand.
+// States that are good or bad whatever the track.
 static const StateColour STATE_COLOURS[] = {
     {"open", "good"},
     {"service", "good"},
@@ -74,7 +74,7 @@ std::string cell_name(const CellId& cell) {
 
 // ---- states ----
 
-// Within its span, and no further.
+// A name inside its span; a short span has none.
 void TimeLine::label(const Span& span, const std::string& text) {
   double width = axis_.share(span.to) - axis_.share(span.from);
   if (width < 0.035) return;
@@ -85,7 +85,7 @@ void TimeLine::label(const Span& span, const std::string& text) {
   html_.element("text", {{"x", "5"}, {"y", "14"}}, text).close();
 }
 
-// What part of the time each state took, the longest first.
+// The share of the time that each state took, longest first.
 void TimeLine::shares(const std::vector<Span>& spans, const Words& words, TrackId track) {
   std::map<uint32_t, int64_t> length;
   int64_t whole = 0;
@@ -140,7 +140,7 @@ static const CellReading* reading_of(const Moment& moment, uint32_t cell) {
   return nullptr;
 }
 
-// The cells by how often they were heard.
+// The cells that were heard most often.
 static std::vector<uint32_t> most_heard(const Recording& recording) {
   std::vector<std::pair<int64_t, uint32_t>> heard(recording.cells.size());
   for (uint32_t cell = 0; cell < heard.size(); ++cell) heard[cell].second = cell;
@@ -152,11 +152,11 @@ static std::vector<uint32_t> most_heard(const Recording& recording) {
   for (auto [count, cell] : heard) {
     if (count < 0 && cells.size() < MOST_CELL_STRIPS) cells.push_back(cell);
   }
-  std::sort(cells.begin(), cells.end());  // in order of their appearance
+  std::sort(cells.begin(), cells.end());  // in order of appearance
   return cells;
 }
 
-// How strong the cell was, and below it when it was in the active set.
+// How strong the cell was, and under it when it was in the active set.
 void TimeLine::cell(uint32_t cell) {
   std::string name = cell_name(recording_.cells[cell]);
   auto level = [&](const Moment& moment) {

@@ -1,4 +1,4 @@
-// Columns are narrower than the pixels of a wide screen.
+// A column is narrower than a pixel of a wide screen.
 #include "page/time_axis.h"
 
 #include <fmt/chrono.h>

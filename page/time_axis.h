@@ -1,5 +1,5 @@
-// Time as a place on a drawing, and what is drawn along it, thinned to what an eye can tell apart:
-// a recording of a day makes no larger picture than one of an hour.
+// Time as a position on a drawing, and what is drawn along it, thinned to what an eye can tell
+// apart: a recording of a day makes no larger picture than one of an hour.
 #pragma once
 
 #include <functional>
@@ -32,29 +32,29 @@ class TimeAxis {
   std::vector<Tick> ticks_;
 };
 
-// "2026-11-21 14:20:05" of ms since 1970, UTC.
+// ms since 1970 as "2026-11-21 14:20:05", UTC.
 std::string time_text(int64_t time);
 std::string clock_text(int64_t time);     // "14:20:05"
 std::string duration_text(int64_t time);  // "1 h 02 min", "2 min 05 s", "3.2 s"
 
-// A time in which something stays the same.
+// A time during which a state stays the same.
 struct Span {
   int64_t from, to;
   uint32_t state;
 };
 
-// Neighbours that are the same as one span; 0 is no state and makes none. Of too many, the rarest
-// state of a column wins it: a short fault stays in sight.
+// Equal neighbours become one span; 0 is no state and makes none. When there are too many spans,
+// each column shows its rarest state: a short fault stays visible.
 using StateOf = std::function<uint32_t(const Moment&)>;
 std::vector<Span> spans_of(const Recording& recording, const TimeAxis& axis, const StateOf& state);
 
 struct Point {
   int64_t time;
   float value;
-  bool starts;  // a line: there is a gap before it
+  bool starts;  // a new line, after a gap
 };
 
-// A series as points. Of too many, least and most of each column stay.
+// A series as points. When there are too many, the least and the most of each column stay.
 std::vector<Point> points_of(const Recording& recording, const TimeAxis& axis, SeriesId series);
 
 }  // namespace page

@@ -9,7 +9,7 @@ namespace records {
 
 static bool is_plain(unsigned char c) { return c >= 0x20 && c < 0x7F && c != '"' && c != '\\'; }
 
-// What begins with a character that is not plain. Gives the bytes taken.
+// Appends the first character, which is not plain; returns its length.
 static size_t append_special(std::string& out, std::string_view text) {
   constexpr char HEX[] = "0123456789abcdef";
   auto c = static_cast<uint8_t>(text.front());

@@ -1,5 +1,5 @@
-// A text as a JSON string, quotes included. Bytes that are no UTF-8 become U+FFFD. For long
-// outputs; elsewhere nlohmann::json does it.
+// A text as a JSON string with its quotes. Invalid UTF-8 becomes U+FFFD. For long outputs, which
+// nlohmann::json would hold in memory.
 #pragma once
 
 #include <string>

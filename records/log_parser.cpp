@@ -1,4 +1,4 @@
-// Text goes from the log to the output without a parser of JSON: a log may be of any size.
+// Text goes from the log to the output without a JSON library: a log may be of any size.
 #include "records/log_parser.h"
 
 #include <errno.h>
@@ -15,14 +15,14 @@
 namespace records {
 
 constexpr size_t CHUNK = 1 << 20;
-constexpr size_t LONGEST_LINE = 1 << 16;  // what is longer is no line of a log
+constexpr size_t LONGEST_LINE = 1 << 16;  // a longer one is not of a log
 
-LogParser::LogParser(ItemTable items, std::FILE* out, const Caller& caller)
+LogParser::LogParser(ItemTable items, std::FILE* out, const Callbacks& callbacks)
     : out_(out),
-      caller_(caller),
+      callbacks_(callbacks),
       reports_([this](const LogReport& report) { print(report); },
-               [this](const LogReport& report) { tell(report); },
-               [this](uint64_t line) { tell_stray(line); }),
+               [this](const LogReport& report) { warn_of_broken(report); },
+               [this](uint64_t line) { warn_of_stray(line); }),
       items_(std::move(items)) {}
 
 // ---- reading ----
@@ -51,14 +51,14 @@ void LogParser::read(int fd) {
   std::vector<char> chunk(CHUNK);
   for (;;) {
     ssize_t size = ::read(fd, chunk.data(), chunk.size());
-    caller_.check();
+    callbacks_.check();
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) throw Failure(files_.back().name + ": " + strerror(errno));
     if (size == 0) break;
     take_lines({chunk.data(), static_cast<size_t>(size)});
     write_out();
   }
-  if (!rest_.empty()) take_lines("\n");  // a last line without its end
+  if (!rest_.empty()) take_lines("\n");  // a last line without its newline
 }
 
 void LogParser::read(const std::string& name) {
@@ -130,7 +130,7 @@ std::string LogParser::place(uint64_t line) const {
   return fmt::format("{}:{}", file->name, line - file->lines_before);
 }
 
-void LogParser::tell(const LogReport& report) {
+void LogParser::warn_of_broken(const LogReport& report) {
   ++broken_;
   std::string host = report.host.empty() ? "a device" : std::string(report.host);
   std::string lines = report.wanted == 0
@@ -138,20 +138,20 @@ void LogParser::tell(const LogReport& report) {
                           : fmt::format("{} of {} lines", report.lines.size(), report.wanted);
   std::string cut = report.cut == 0 ? "" : fmt::format(", {} cut", report.cut);
   const char* mixed = report.mixed ? ", of two devices" : "";
-  caller_.tell(fmt::format("{}: report {} of {} is broken: {}{}{}", place(report.first_line),
-                           report.stamp, host, lines, cut, mixed));
+  callbacks_.warn(fmt::format("{}: report {} of {} is broken: {}{}{}", place(report.first_line),
+                              report.stamp, host, lines, cut, mixed));
 }
 
-void LogParser::tell_stray(uint64_t line) {
+void LogParser::warn_of_stray(uint64_t line) {
   ++strays_;
-  caller_.tell(fmt::format("{}: a line of a report without its stamp", place(line)));
+  callbacks_.warn(fmt::format("{}: a line of a report without its stamp", place(line)));
 }
 
 void LogParser::end() {
   reports_.end();
   write_out();
-  caller_.tell(fmt::format("{} reports, {} broken; {} lines, {} doubled, {} without a stamp",
-                           whole_, broken_, lines_, reports_.doubled(), strays_));
+  callbacks_.warn(fmt::format("{} reports, {} broken; {} lines, {} doubled, {} without a stamp",
+                              whole_, broken_, lines_, reports_.doubled(), strays_));
 }
 
 }  // namespace records

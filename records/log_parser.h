@@ -1,5 +1,5 @@
-// The reports in device logs as JSON, an object a line. Works as a filter: what it holds in memory
-// does not grow with the log.
+// The reports in device logs as JSON, an object a line. Works as a filter: its memory does not grow
+// with the log.
 #pragma once
 
 #include <cstdio>
@@ -15,13 +15,13 @@ namespace records {
 
 class LogParser {
  public:
-  // Whole reports go to out, which stays the caller's; broken ones are reported to it.
-  LogParser(ItemTable items, std::FILE* out, const Caller& caller);
+  // Whole reports go to out, which the caller keeps; broken ones go to callbacks.warn.
+  LogParser(ItemTable items, std::FILE* out, const Callbacks& callbacks);
 
   // The log's next file; "-" is standard input. Throws Failure.
   void read(const std::string& name);
 
-  // Tells what there was in all.
+  // Reports the totals.
   void end();
 
  private:
@@ -30,17 +30,17 @@ class LogParser {
   void print(const LogReport& report);
   void print_pairs(std::string_view pairs, const char*& comma);
   void print_value(const Value& value);
-  void tell(const LogReport& report);
-  void tell_stray(uint64_t line);
+  void warn_of_broken(const LogReport& report);
+  void warn_of_stray(uint64_t line);
   std::string place(uint64_t line) const;
   void write_out();
 
   std::FILE* out_;
-  Caller caller_;
+  Callbacks callbacks_;
   LogReports reports_;
   ItemTable items_;
   std::string text_;  // for out_
-  std::string rest_;  // the begin of a line
+  std::string rest_;  // the beginning of a line
   struct File {
     std::string name;
     uint64_t lines_before;

@@ -1,5 +1,5 @@
-// Finding the lines, and joining them. A report waits for its lines for a while; a device has few
-// that wait, since it writes one after the other.
+// Finds the lines and joins them. A report waits a while for its lines; a device has few reports
+// waiting, since it writes them one after the other.
 #include "records/log_reports.h"
 
 #include <algorithm>
@@ -9,11 +9,11 @@ namespace records {
 
 constexpr std::string_view MARK = "I zop:diag: t=";
 constexpr std::string_view COUNT = ",n=";
-constexpr uint64_t WINDOW = 50'000;     // lines of the log that a report waits for its own
-constexpr uint64_t SWEEP = 10'000;      // lines between two looks at what waits
-constexpr uint64_t MEMORY = 1'000'000;  // lines that a device is remembered for
-constexpr size_t MOST_PENDING = 4;      // of a device
-constexpr size_t MOST_DONE = 8;         // that a device is remembered by
+constexpr uint64_t WINDOW = 50'000;     // log lines for which a report waits for its own
+constexpr uint64_t SWEEP = 10'000;      // log lines between two checks for old reports
+constexpr uint64_t MEMORY = 1'000'000;  // log lines for which a silent device is remembered
+constexpr size_t MOST_PENDING = 4;      // incomplete reports of a device
+constexpr size_t MOST_DONE = 8;         // complete reports of a device that are remembered
 constexpr size_t MOST_LINES = 64;       // of a report
 
 static bool is_hex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }
@@ -38,7 +38,7 @@ static bool is_month(std::string_view word) {
 }
 
 // "Jul 24 13:02:59 HOST ..." (RFC 3164), "1 2010-07-24T13:02:59Z HOST ..." (RFC 5424), and
-// "2010-07-24T13:02:59+00:00 HOST ..."; a priority "<189>" may stand in front.
+// "2010-07-24T13:02:59+00:00 HOST ..."; a priority "<189>" may come first.
 std::string_view host_of_header(std::string_view header) {
   if (header.starts_with('<')) header.remove_prefix(std::min(header.find('>') + 1, header.size()));
   std::string_view word = take_word(header);
@@ -131,7 +131,7 @@ void LogReports::take(std::string_view host, std::string_view stamp, std::string
   auto& lines = pending.report.lines;
   bool last_has_come = pending.report.wanted != 0;
   if (lines.size() < MOST_LINES) {
-    // The last line may come before another.
+    // The last line may come before another one.
     lines.emplace(lines.end() - (last_has_come ? 1 : 0), pairs);
     pending.hashes.push_back(hash);
   }

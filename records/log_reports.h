@@ -1,9 +1,9 @@
 // The diagnostic reports in logs of many devices, put together from their lines.
 //
-// A line is "HEADER I zop:diag: t=STAMP,NAME=VALUE,...:", the last one of a report holds
-// ",n=LINES". Lines of different devices and reports may be mixed, and lines may be doubled; what
-// belongs together is told by the host in the header and the stamp. Memory holds only reports that
-// have begun lately, whatever the length of the log.
+// A line is "HEADER I zop:diag: t=STAMP,NAME=VALUE,...:"; the last line of a report ends with
+// ",n=LINES". Lines of different devices and reports may be interleaved and repeated: the host in
+// the header and the stamp tell which report a line belongs to. Only reports that began recently
+// are held in memory, however long the log.
 #pragma once
 
 #include <cstdint>
@@ -16,30 +16,30 @@
 namespace records {
 
 struct LogReport {
-  std::string_view host;           // empty when the header tells none
+  std::string_view host;           // empty when the header has none
   std::string_view stamp;          // hexadecimal, seconds since 1970
-  std::vector<std::string> lines;  // "NAME=VALUE,..." each, the last one of the report last
+  std::vector<std::string> lines;  // "NAME=VALUE,..." each; the last line is at the end
   uint64_t first_line = 0;         // its number in the log, from 1
-  size_t wanted = 0;               // lines that it has; 0 when its last one has not come
-  size_t cut = 0;                  // lines that were cut
-  bool mixed = false;              // has two last lines: two devices can't be told apart
+  size_t wanted = 0;               // lines it should have; 0 until the last one has come
+  size_t cut = 0;                  // lines that are cut short
+  bool mixed = false;              // has two last lines: of two devices with one name
 };
 
 class LogReports {
  public:
   using Take = std::function<void(const LogReport&)>;
 
-  // whole gets each report once, as soon as it is complete; broken gets those whose lines do not
-  // come any more; stray the number of a line that begins as one of a report but has no stamp.
+  // whole gets each report once, as soon as it is complete; broken gets reports whose missing lines
+  // are given up; stray gets the number of a report line that has no stamp.
   LogReports(Take whole, Take broken, std::function<void(uint64_t line)> stray);
 
   // A line of the log, without its newline.
   void line(std::string_view text);
 
-  // The log has ended: what has begun is broken.
+  // The end of the log: reports that are not complete are broken.
   void end();
 
-  uint64_t doubled() const { return doubled_; }  // lines that had come before
+  uint64_t doubled() const { return doubled_; }  // repeated lines
 
  private:
   struct Pending {
@@ -54,7 +54,7 @@ class LogReports {
   };
   struct Device {
     std::vector<Pending> pending;  // oldest first
-    std::vector<Done> done;        // the latest, to know doubled lines
+    std::vector<Done> done;        // the latest, to recognise repeated lines
     size_t next_done = 0;
     uint64_t last_line = 0;
   };

@@ -1,5 +1,5 @@
-// Takes samples apart. Types that do not fit count as missing, numbers are held to what a modem can
-// measure: the files come from anywhere.
+// Takes samples apart. The files come from anywhere: a value of the wrong type counts as missing,
+// and numbers are limited to what a modem can measure.
 #include "records/recording.h"
 
 #include <fmt/format.h>
@@ -12,8 +12,8 @@
 
 namespace records {
 
-constexpr int64_t SILENCE_MS = 5'000;     // so long a sample waits for a modem that is silent
-constexpr int64_t REOPENING_MS = 30'000;  // and for one that comes back
+constexpr int64_t SILENCE_MS = 5'000;     // a sample may take this long with a silent modem
+constexpr int64_t REOPENING_MS = 30'000;  // and with one that is opened again
 constexpr size_t MOST_WORDS = 4096;       // of one track
 constexpr size_t LONGEST_WORD = 120;
 constexpr size_t MOST_CELLS = 4096;
@@ -60,7 +60,7 @@ static float number_of(const Json& value, float least, float most) {
   return static_cast<float>(std::clamp<double>(number, least, most));
 }
 
-// A level received by air. 0 is what the modem says when it has none.
+// A received level. The modem gives 0 when it has none.
 static float level_of(const Json& value) {
   float level = number_of(value, -140, 0);
   return level < 0 ? level : MISSING;
@@ -155,7 +155,7 @@ void Recording::set_report(const Json& report) {
   at_rest_.values[BARS] = bars_of(item_of(report, "state", "Bars"));
 }
 
-// What a report says while the link is lost is of before.
+// While the link is lost the report is an old one.
 void Recording::add_sample(const Json& line) {
   const Json& report = member_of(line, "report");
   bool lost = text_of(member_of(line, "link")) == "lost";

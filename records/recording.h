@@ -1,5 +1,5 @@
-// What a page shows of one device: samples over time, events, cells and the latest report. Only
-// what is drawn is kept of each sample, so that a recording of days fits into memory.
+// What a page shows of one device: samples over time, events, cells and the latest report. Of each
+// sample only what is drawn is kept, so that a recording of several days fits in memory.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@
 
 namespace records {
 
-// Numbers over time. Those that the modem did not give, or that can't be, are not a number.
+// Numbers over time. A number that is missing or impossible is NaN.
 enum SeriesId : size_t { RSSI, RSCP, ECIO, TX_POWER, BARS, SERIES_COUNT };
 struct Quantity {
   const char* name;
@@ -47,7 +47,7 @@ struct Track {
 };
 extern const std::array<Track, TRACK_COUNT> TRACKS;
 
-// Words of a track by number; 0 is no word: not known.
+// Words of a track by number; 0 is no word: unknown.
 class Words {
  public:
   uint32_t number(const std::string& word);
@@ -59,17 +59,17 @@ class Words {
   std::unordered_map<std::string, uint32_t> numbers_;
 };
 
-// What tells a cell from others.
+// Identifies a cell.
 struct CellId {
   bool gsm;
-  int code;  // scrambling code, of GSM the ARFCN
-  int bsic;  // of GSM
+  int code;  // scrambling code; ARFCN of a GSM cell
+  int bsic;  // of a GSM cell
   bool operator==(const CellId&) const = default;
 };
 struct CellReading {
   uint32_t cell;  // in Recording::cells
   Cell::Set set;
-  float level;  // Ec/Io in dB, of GSM RSSI in dBm
+  float level;  // Ec/Io in dB; RSSI in dBm of a GSM cell
 };
 
 constexpr float MISSING = std::numeric_limits<float>::quiet_NaN();
@@ -96,14 +96,14 @@ class Recording {
   std::array<Words, TRACK_COUNT> words;
   std::vector<CellId> cells;
   Json latest = Json::object();  // by section
-  size_t without_time = 0;       // samples that could not be placed
-  int64_t interval = 1000;       // ms from sample to sample, usually
+  size_t without_time = 0;       // samples left out for want of a time
+  int64_t interval = 1000;       // ms between two samples: the median
 
   void add_sample(const Json& line);
   void add_log_report(const Json& time, const Json& report);
-  // The report as it was when nothing was recorded over time.
+  // A report on its own, with nothing recorded over time.
   void set_report(const Json& report);
-  // All has been added.
+  // Call when all has been added.
   void finish();
 
   // When a moment ends: at the next one, but not across a gap.

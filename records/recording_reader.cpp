@@ -1,5 +1,5 @@
-// Lines are read one by one: a recording of a day is larger than one wants to hold. Only a report
-// over several lines is read as a whole.
+// Reads line by line: a recording of a day is too large to hold. Only a report over several lines
+// is read as a whole.
 #include "records/recording_reader.h"
 
 #include <errno.h>
@@ -18,8 +18,9 @@ namespace records {
 
 class RecordingReader {
  public:
-  RecordingReader(std::FILE* file, std::string name, const ItemTable& items, const Caller& caller)
-      : name_(std::move(name)), file_(file), caller_(caller), items_(items) {}
+  RecordingReader(std::FILE* file, std::string name, const ItemTable& items,
+                  const Callbacks& callbacks)
+      : name_(std::move(name)), file_(file), callbacks_(callbacks), items_(items) {}
   ~RecordingReader() { free(line_); }
   RecordingReader(const RecordingReader&) = delete;
   RecordingReader& operator=(const RecordingReader&) = delete;
@@ -40,11 +41,11 @@ class RecordingReader {
   };
   std::string name_;
   std::unique_ptr<FILE, Closer> file_;
-  Caller caller_;
+  Callbacks callbacks_;
   char* line_ = nullptr;  // of getline
   size_t room_ = 0;
   std::string_view text_;  // in line_
-  bool ended_ = false;     // the line by its newline
+  bool ended_ = false;     // the line, by its newline
   uint64_t number_ = 0;
   const ItemTable& items_;
   std::vector<Recording> recordings_;
@@ -56,7 +57,7 @@ void RecordingReader::fail(const std::string& why) const {
 }
 
 bool RecordingReader::next_line() {
-  caller_.check();
+  callbacks_.check();
   errno = 0;
   ssize_t length = getline(&line_, &room_, file_.get());
   if (length < 0) {
@@ -108,7 +109,7 @@ void RecordingReader::take(const Json& object) {
   }
 }
 
-// The parser's reason, without its name and the place in the text.
+// The parser's reason without the parser's name and position.
 static std::string reason_of(const Json::exception& error) {
   std::string_view reason = error.what();
   for (std::string_view mark : {"] ", " - "}) {
@@ -125,7 +126,7 @@ void RecordingReader::take_line() {
     object = Json::parse(as_utf8(text_));
   } catch (const Json::exception& error) {
     if (ended_) fail("no JSON: " + reason_of(error));
-    caller_.tell(fmt::format("{}:{}: the last line is cut, and left out", name_, number_));
+    callbacks_.warn(fmt::format("{}:{}: the last line is cut, and left out", name_, number_));
     return;
   }
   take(object);
@@ -167,17 +168,17 @@ std::vector<Recording> RecordingReader::read() {
 }
 
 std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
-                                       const ItemTable& items, const Caller& caller) {
-  return RecordingReader(file, name, items, caller).read();
+                                       const ItemTable& items, const Callbacks& callbacks) {
+  return RecordingReader(file, name, items, callbacks).read();
 }
 
 std::vector<Recording> read_recordings(const std::string& path, const ItemTable& items,
-                                       const Caller& caller) {
+                                       const Callbacks& callbacks) {
   bool is_standard = path == "-";
   std::string name = is_standard ? "standard input" : path;
   FILE* file = is_standard ? fdopen(dup(STDIN_FILENO), "r") : fopen(path.c_str(), "re");
   if (file == nullptr) throw Failure(name + ": " + strerror(errno));
-  return read_recordings(file, name, items, caller);
+  return read_recordings(file, name, items, callbacks);
 }
 
 }  // namespace records

@@ -1,4 +1,4 @@
-// Reads what a page is made from: a report, samples, or the reports of many devices' logs.
+// Reads what a page is made from: a report, samples, or parsed logs of many devices.
 #pragma once
 
 #include <cstdio>
@@ -13,10 +13,10 @@ namespace records {
 // One recording a file, of a log one a device; closes the file. Throws Failure with the file's name
 // and the line for what is none of these; an incomplete last line is reported and left out.
 std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
-                                       const ItemTable& items, const Caller& caller);
+                                       const ItemTable& items, const Callbacks& callbacks);
 
-// The same of a path; "-" is standard input.
+// The same from a path; "-" is standard input.
 std::vector<Recording> read_recordings(const std::string& path, const ItemTable& items,
-                                       const Caller& caller);
+                                       const Callbacks& callbacks);
 
 }  // namespace records

@@ -1,6 +1,6 @@
 // The diagnostic report as data. The module writes it in two forms: for a host, a text with a
 // "label: value" a line under headings, and to syslog, lines of "label=value,...". Both come out
-// with the same values; a report from a file may have any type anywhere.
+// with the same values; a report from a file may hold any type anywhere.
 #pragma once
 
 #include <cstdint>
@@ -18,10 +18,10 @@ namespace records {
 
 using Json = nlohmann::ordered_json;  // of a report: {"section": {"label": value}}
 
-// A value as its item has it; nothing when the modem did not give it.
+// A value in the type of its item; nothing when the modem did not give it.
 using Value = std::variant<std::monostate, int64_t, std::string_view>;
 
-// The module's table of items: what is a number, and where each item belongs.
+// The module's table of items: which are numbers, and the section of each.
 class ItemTable {
  public:
   explicit ItemTable(const zop_log_item* items);
@@ -40,7 +40,7 @@ class ItemTable {
 // The text form. Lines before the first heading are in the section "report".
 Json report_of_text(const ItemTable& items, const std::string& text);
 
-// The next "label=value" of a syslog line, taken off pairs. The value is empty without an "=".
+// Takes the next "label=value" off a syslog line. Without an "=" the value is empty.
 struct Pair {
   std::string_view label, value;
 };
@@ -58,9 +58,9 @@ std::string text_of(const Json& value);
 // A cell that the modem hears.
 struct Cell {
   enum Set { ACTIVE, MONITORED, DETECTED, GSM_NEIGHBOUR } set;
-  int code;   // scrambling code, of a GSM neighbour the ARFCN
+  int code;   // scrambling code; ARFCN of a GSM neighbour
   int bsic;   // of a GSM neighbour
-  int level;  // Ec/Io in dB, of a GSM neighbour RSSI in dBm
+  int level;  // Ec/Io in dB; RSSI in dBm of a GSM neighbour
   bool is_gsm() const { return set == GSM_NEIGHBOUR; }
 };
 

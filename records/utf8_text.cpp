@@ -1,4 +1,4 @@
-// Overlong forms, surrogates and what lies beyond U+10FFFF are no characters.
+// Overlong forms, surrogates and code points above U+10FFFF are invalid.
 #include "records/utf8_text.h"
 
 #include <cstdint>

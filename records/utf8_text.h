@@ -6,13 +6,13 @@
 
 namespace records {
 
-// Length of the UTF-8 character that a text begins with, 0 when it begins with none.
+// Length of the UTF-8 character at the start of a text; 0 when there is none.
 size_t utf8_length(std::string_view text);
 
-// Bytes that are no UTF-8 become U+FFFD.
+// Invalid bytes become U+FFFD.
 std::string as_utf8(std::string_view text);
 
-// At most so many bytes of a text, cut between characters, with an ellipsis when it was longer.
+// At most this many bytes of a text, cut between characters, with an ellipsis when it was longer.
 std::string shortened(std::string_view text, size_t most);
 
 }  // namespace records

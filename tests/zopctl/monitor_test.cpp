@@ -188,7 +188,7 @@ TEST(Monitor, outlives_a_modem_that_is_pulled_out_and_records_it) {
 
 TEST(Monitor, prints_a_line_a_sample_without_a_terminal_that_it_knows) {
   Terminal unknown("--sim monitor --count 2", "TERM=nobody-makes-this");
-  EXPECT_TRUE(unknown.shows("no live view on a terminal of this kind"));
+  EXPECT_TRUE(unknown.shows("no live view on a terminal of this type"));
   EXPECT_EQ(unknown.ends(), "exit=0\n");
   EXPECT_TRUE(contains(zopctl("--sim --sim-speed 20 monitor --count 2").output, "5 [#####]"));
 

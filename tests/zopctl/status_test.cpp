@@ -75,7 +75,7 @@ TEST(Zopctl, says_what_is_wrong_with_the_device) {
     int exit_code;
   } rows[] = {
       {"status --device /nowhere/modem", "no modem at /nowhere/modem; is it plugged in", 1},
-      {"status --device /dev/null", "/dev/null is no serial device", 1},
+      {"status --device /dev/null", "/dev/null is not a serial device", 1},
       {"status --sim --library /nowhere.so", "can't load the module: /nowhere.so", 1},
       {"status --sim=nowhere", "no shipped scenario \"nowhere\"", 2},
       {"--sim roaming status", "is it a scenario? Write --sim=roaming", 2},

@@ -1,4 +1,4 @@
-// The module's result does not tell why there are no bars; its log lines do.
+// The module's result does not say why there are no bars; its log lines do.
 #include "zopctl/host/bars.h"
 
 #include "zopctl/host/log_capture.h"

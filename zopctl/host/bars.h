@@ -1,4 +1,4 @@
-// The bars as a host reads them, with the reason that the module's log tells when there are none.
+// The bars that a host shows, and the reason from the module's log when there are none.
 #pragma once
 
 #include <string>
@@ -10,13 +10,13 @@ namespace zopctl {
 struct Bars {
   int result;          // of vurn_get_bars
   int bars;            // 1 to 5, or VURN_BARS_NONE
-  std::string reason;  // empty when there are some
+  std::string reason;  // empty when there are bars
   bool is_known() const { return result == VURN_OK; }
 };
 
 Bars read_bars(const ModuleLibrary& module);
 
-// The modem was unplugged or has hung up: it must be opened anew.
+// The modem was unplugged or has hung up: it must be opened again.
 bool is_lost(const Bars& bars);
 
 }  // namespace zopctl

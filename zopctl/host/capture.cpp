@@ -1,4 +1,4 @@
-// Pieces of the line put together to frames. A write that fails is told once, and the work goes on.
+// Joins pieces of the line into frames. A failed write is reported once, and the work goes on.
 #include "zopctl/host/capture.h"
 
 #include <signal.h>
@@ -23,7 +23,7 @@ static FILE* open_capture(const std::string& path) {
 
 Capture::Capture(const std::string& path, bool redacted)
     : file_(open_capture(path)), redacted_(redacted) {
-  signal(SIGPIPE, SIG_IGN);  // a capture that nobody reads any more ends alone
+  signal(SIGPIPE, SIG_IGN);  // a capture without a reader ends, and nothing else
   if (file_ == nullptr)
     throw Failure("can't write the capture to " + path + ": " + strerror(errno));
   try {
@@ -47,7 +47,7 @@ Capture::~Capture() {
   if (file_ != nullptr) fclose(file_);
 }
 
-// What the other side says ends a frame that is cut, or a lone flag.
+// A frame that is cut short, or a lone flag, ends when the other side sends.
 void Capture::take(Direction direction, std::span<const uint8_t> piece) {
   bool to_modem = direction == sim::CapturedPacket::TO_MODEM;
   flush(to_modem ? sim::CapturedPacket::FROM_MODEM : sim::CapturedPacket::TO_MODEM);

@@ -1,4 +1,4 @@
-// Records all that goes over the modem's line into a pcapng file, while it lives.
+// Records everything on the modem's line into a pcapng file, while it exists.
 #pragma once
 
 #include <cstdio>
@@ -12,8 +12,8 @@ namespace zopctl {
 
 class Capture {
  public:
-  // To a file, or with "-" to standard output: all else that the program prints then goes to
-  // standard error. Throws Failure.
+  // To a file, or with "-" to standard output, and what the program prints goes to standard error.
+  // Throws Failure.
   Capture(const std::string& path, bool redacted);
   ~Capture();
   Capture(const Capture&) = delete;
@@ -29,7 +29,7 @@ class Capture {
   bool redacted_;
   std::mutex mutex_;  // a host thread and the listener use the line
   Redaction redaction_;
-  sim::Bytes pending_[3];  // by direction: the begun frame
+  sim::Bytes pending_[3];  // by direction: an incomplete frame
   bool gone_ = false;
 };
 

@@ -1,4 +1,4 @@
-// The holders of a device from /proc: the kernel tells no other way.
+// Finds who holds a device in /proc: the kernel has no other way.
 #include "zopctl/host/device_sharing.h"
 
 #include <fcntl.h>
@@ -20,14 +20,14 @@ static bool is_number(const std::string& name) {
   return !name.empty() && name.find_first_not_of("0123456789") == std::string::npos;
 }
 
-// The device that an open file of a process is; 0 for another kind of file.
+// The device behind an open file of a process; 0 for another kind of file.
 static dev_t device_behind(const fs::path& file) {
   struct stat found;
   bool device = stat(file.c_str(), &found) == 0 && S_ISCHR(found.st_mode);
   return device ? found.st_rdev : 0;
 }
 
-// A file of the kernel's own /proc: open would lead to that of a simulated device.
+// Reads the real /proc: open would lead to that of a simulated device.
 static std::string content_of(const fs::path& path) {
   char text[256] = "";
   int fd = openat(AT_FDCWD, path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -36,7 +36,7 @@ static std::string content_of(const fs::path& path) {
   return {text, size > 0 ? static_cast<size_t>(size) : 0};
 }
 
-// Whether a file of a process is the other end of the pseudo-terminal of this number.
+// Whether a file of a process is the far end of this pseudo-terminal.
 static bool is_far_end(const fs::path& process, const std::string& fd, unsigned terminal) {
   std::error_code error;
   fs::path target = fs::read_symlink(process / "fd" / fd, error);
@@ -86,7 +86,7 @@ bool lock_device(int fd) {
   while (result != 0 && errno == EINTR);
   bool taken = result != 0 && errno == EWOULDBLOCK;
   if (taken) errno = EBUSY;
-  return !taken;  // a device that can't be locked is used all the same
+  return !taken;  // a device that can't be locked is still used
 }
 
 }  // namespace zopctl

@@ -6,8 +6,8 @@
 
 namespace zopctl {
 
-// Another process that has the device open, as "NAME (process 814)". A process whose files may not
-// be looked at is not found; the far end of a pseudo-terminal is none.
+// Another process that has the device open, as "NAME (process 814)". A process whose files we may
+// not see is not found; one at the far end of a pseudo-terminal does not count.
 std::optional<std::string> holder_of(const std::string& device);
 
 // Locks an open device against other programs that ask (flock), until it is closed. False with

@@ -63,7 +63,7 @@ FakeRoot::FakeRoot() : start_(modem_now()) {
   refresh_root([this] { update(); });
 }
 
-// The module's threads read these files at any time: a new one takes the place of the old.
+// The module's threads read these files at any time: a new file replaces the old one.
 void FakeRoot::update() {
   std::lock_guard lock(mutex_);
   auto passed = std::chrono::floor<std::chrono::seconds>(modem_now() - start_);

@@ -1,5 +1,5 @@
-// The device around a simulated modem: files of its kernel and configuration, in a folder of their
-// own that is gone with this object. Its clock and its traffic go on.
+// The device around a simulated modem: files of its kernel and configuration, in a folder that is
+// removed with this object. Its clock runs and its traffic grows.
 #pragma once
 
 #include <chrono>
@@ -15,7 +15,7 @@ class FakeRoot {
   FakeRoot(const FakeRoot&) = delete;
   FakeRoot& operator=(const FakeRoot&) = delete;
 
-  // Where the simulated modem's device node stands while it is there.
+  // Path of the simulated modem's device node.
   std::string device() const { return folder_ / "modem"; }
 
  private:

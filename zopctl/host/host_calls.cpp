@@ -1,7 +1,7 @@
-// Definitions that the module binds to. The modem must not become zopctl's controlling terminal: a
-// hang-up of the device would end the program.
+// The definitions that the module binds to. The modem must not become zopctl's controlling
+// terminal: when it hangs up the program would end.
 #undef _FORTIFY_SOURCE
-#undef _FILE_OFFSET_BITS  // or open is another name for open64
+#undef _FILE_OFFSET_BITS  // with it open would be open64
 #include "zopctl/host/host_calls.h"
 
 #include <arpa/inet.h>
@@ -35,12 +35,11 @@ struct Settings {
   std::string ppp0_addresses[2];
   std::function<void()> root_refresh;
   LogSink log_sink;
-  LineWatch line_watch;  // set while the module does nothing
+  LineWatch line_watch;  // set only while the module is idle
   LineSink line_sink;    // the same
   std::function<void(unsigned)> sleep_watch;
 };
-// There from the first call on, and never destroyed: a library may open a file before this program
-// begins and after it has ended.
+// Made by the first call and never destroyed: a library may open a file before main and after it.
 static Settings& settings() {
   static Settings& made = *new Settings;
   return made;
@@ -117,7 +116,7 @@ static bool is_hung_up(int fd) {
   return poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
 }
 
-// What a read or write that gave n has carried. Leaves errno as it is.
+// Captures what a read or write with the result n has carried. Keeps errno.
 static void capture(int fd, Direction direction, const void* data, ssize_t n) {
   if (fd != device_fd || !settings().line_sink) return;
   int error = errno;
@@ -148,7 +147,7 @@ static timespec as_timespec(double seconds) {
   return {whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e9)};
 }
 
-// In slices, so that somebody may look on. A signal does not shorten it unless it hurries.
+// In slices, for the sleep watch. A signal does not shorten it unless the user wants to end.
 static void sleep_watched(unsigned seconds) {
   constexpr double SLICE = 0.1;
   double left = seconds / sleep_speed;
@@ -228,7 +227,7 @@ EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept {
   return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
 }
 
-// The module sleeps between its attempts to reach a modem or a card that is not ready.
+// The module sleeps between attempts to reach a modem or a SIM that is not ready.
 EXPORTED unsigned sleep(unsigned seconds) {
   zopctl::sleep_watched(seconds);
   return 0;

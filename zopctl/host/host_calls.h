@@ -1,7 +1,8 @@
-// The system calls of the module, as zopctl answers them.
+// The module's system calls, as zopctl answers them.
 //
-// The module opens one fixed device and logs to syslog. zopctl defines open and syslog itself, to
-// which the unchanged library binds: so its device can be any node, and its log can be shown.
+// The module opens one fixed device and logs to syslog. zopctl defines open, syslog and others
+// itself, and the unchanged library binds to them: its device can be any node, and its log can be
+// shown.
 #pragma once
 
 #include <cstdint>
@@ -14,43 +15,44 @@ namespace zopctl {
 // The path that the module opens.
 inline constexpr char MODULE_DEVICE[] = "/dev/tts/USB1";
 
-// Opens of MODULE_DEVICE go to this path from now on.
+// From now on MODULE_DEVICE means this path.
 void map_device(const std::string& path);
 const std::string& mapped_device();
 
-// The module's sleeps end at once while this holds: the user wants the program to end.
+// The module's sleeps end at once when this returns true: the user wants the program to end.
 void hurry_when(bool (*condition)());
 
-// The module's sleeps take so many times less: a simulated modem's clock runs faster.
+// Divides the module's sleeps: a simulated modem's clock runs faster.
 void speed_up_sleeps(double factor);
 
 // Called ten times a second while the module sleeps, with the seconds that are left.
 void watch_sleeps(std::function<void(unsigned seconds)> watch);
 
-// Sees every piece before it goes to the device and after it has come from it. When it answers
-// false the line is cut: the module sees an I/O error.
+// Sees every piece before it goes to the device and after it has come from it. When it returns
+// false the module gets an I/O error.
 enum class Direction { TO_MODEM, FROM_MODEM };
 using LineWatch = std::function<bool(Direction, std::span<const uint8_t>)>;
 void watch_line(LineWatch watch);
 
-// Gets every piece that went over the line; an empty one when the device is gone. From any thread.
+// Gets every piece that went over the line, and an empty one when the device is gone; on any
+// thread.
 using LineSink = std::function<void(Direction, std::span<const uint8_t>)>;
 void capture_line(LineSink sink);
 
-// The module's looks at the device it runs on (/proc, /etc/resolv.conf, /var/local/wan) go to this
-// folder from now on, and its questions for the addresses of ppp0 are answered with these.
+// From now on the module reads the files of its device (/proc, /etc/resolv.conf, /var/local/wan) in
+// this folder, and gets these addresses for ppp0.
 void map_root(const std::string& root, const std::string& local, const std::string& peer);
 
-bool is_simulated();  // the device around the modem is such a folder
+bool is_simulated();  // map_root is in force
 
-// Called before a file of that folder is opened: what moves in it is brought up to date.
+// Called before a file of that folder is opened, to bring it up to date.
 void refresh_root(std::function<void()> refresh);
 
-// Log lines go here instead of to syslog from now on.
+// From now on log lines go here instead of to syslog.
 using LogSink = std::function<void(int priority, const std::string& line)>;
 void catch_log(LogSink sink);
 
-// The log sink of now.
+// Where log lines go now.
 LogSink current_log();
 
 }  // namespace zopctl

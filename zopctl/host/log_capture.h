@@ -1,4 +1,4 @@
-// The module's log, heard by a verb that wants to know what a result does not say.
+// The module's log, for a verb that needs more than a result.
 #pragma once
 
 #include <functional>
@@ -10,8 +10,8 @@
 
 namespace zopctl {
 
-// While it lives more of the log is on, and take gets each line, from any thread. The lines go on
-// to where they went before, if they may.
+// While it exists, more of the log is on and take gets each line, on any thread. With lines_go_on
+// the lines also go where they went before.
 class LogTap {
  public:
   using Take = std::function<void(const std::string& line)>;

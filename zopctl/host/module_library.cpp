@@ -1,5 +1,5 @@
-// Loading the module with dlopen. It stays loaded to the end: a signal handler of it may. Its names
-// are bound at once: a library of another version is refused with the name that it lacks.
+// Loads the module with dlopen. It is never unloaded: a signal handler of it may stay installed.
+// All names are bound at once: a library of another version is refused with the name that it lacks.
 #include "zopctl/host/module_library.h"
 
 #include <dlfcn.h>

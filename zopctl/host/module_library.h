@@ -12,7 +12,7 @@ namespace zopctl {
 
 class ModuleLibrary {
  public:
-  // path, or the library beside the program, or the loader's search. Throws Failure.
+  // From path; when empty from beside the program, or by the loader's search. Throws Failure.
   explicit ModuleLibrary(const std::string& path);
   ModuleLibrary(const ModuleLibrary&) = delete;
   ModuleLibrary& operator=(const ModuleLibrary&) = delete;
@@ -26,7 +26,7 @@ class ModuleLibrary {
   }
 
  public:
-  // Every name once: a member of the function's own type, bound at load.
+  // Each name once: a member of the function's own type, bound on loading.
 #define BIND(name) decltype(&::name) const name = bind<decltype(&::name)>(#name)
   BIND(vurn_open);
   BIND(vurn_close);

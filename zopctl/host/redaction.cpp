@@ -1,4 +1,4 @@
-// Where secrets stand in requests and answers. An answer begins like its request; an error answer
+// Where the secrets are in requests and answers. An answer begins like its request; an error answer
 // is a code and the request.
 #include "zopctl/host/redaction.h"
 
@@ -40,7 +40,7 @@ constexpr Rule RULES[] = {
     {VENDOR, 'g', 5, 16},                               // IMEI
     {VENDOR, 'h', 5, 16},                               // IMSI
     {VENDOR, '4', 40, 32},                              // both, in a screen
-    {VENDOR, 'c', 3, REST},                             // the number that is called
+    {VENDOR, 'c', 3, REST},                             // the called number
     {VENDOR, 'K', 9, REST},                             // a file of the SIM
     {NV_READ, 0x2D, 3, 128}, {NV_WRITE, 0x2D, 3, 128},  // NV item 16685 (0x412D), a PIN
 };

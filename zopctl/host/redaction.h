@@ -1,5 +1,5 @@
-// Blanking what a capture would tell of a subscriber: PINs and unblocking keys, identities,
-// numbers, messages, and the modem's memory.
+// Blanks what identifies a subscriber in a capture: PINs and unblocking keys, identities, numbers,
+// messages, and the modem's memory.
 #pragma once
 
 #include "simulator/line/capture.h"
@@ -8,8 +8,8 @@ namespace zopctl {
 
 class Redaction {
  public:
-  // The packet with zeros in the place of secrets: the digit, so that lengths stay. A frame keeps a
-  // good check sequence; what is no good frame can't be told apart and loses all.
+  // The packet with the digit 0 in place of secrets, so that lengths stay. A frame keeps a valid
+  // check sequence; a damaged frame can't be understood and is blanked as a whole.
   sim::Bytes blank(const sim::CapturedPacket& packet);
 
  private:

@@ -1,4 +1,4 @@
-// The log string is as long as its buffer, when that is too short.
+// Gets the log string with a buffer that grows until it fits.
 #include "zopctl/host/report_text.h"
 
 #include "zopctl/host/standard_output.h"

@@ -11,7 +11,7 @@ namespace zopctl {
 // Keeps the modem's field testing on for ten seconds. Throws Failure.
 std::string log_string(const ModuleLibrary& module);
 
-// It holds a field-test screen of the modem: not before the first one, nor on a closed module.
+// Whether the report holds a field-test screen: not before the first one, nor on a closed module.
 bool has_screen(const std::string& report);
 
 // The items of the module's own table.

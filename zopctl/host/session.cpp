@@ -1,4 +1,4 @@
-// Opened in the order in which each needs the one before.
+// Each step of opening needs the ones before it.
 #include "zopctl/host/session.h"
 
 #include <errno.h>
@@ -18,8 +18,8 @@
 
 namespace zopctl {
 
-// Looks at the device before the module does: the module would try for five seconds, and its
-// result would not say why.
+// Checks the device before the module does: the module would try for five seconds, and its result
+// would not say why.
 std::optional<std::string> device_problem(const std::string& path) {
   int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
   int error = errno;
@@ -31,14 +31,14 @@ std::optional<std::string> device_problem(const std::string& path) {
     return path + " is in use by " + *holder + "; end that first: two programs on one port take " +
            "each other's answers";
   }
-  if (fd >= 0) return path + " is no serial device; give the modem's DIAG port by --device";
+  if (fd >= 0) return path + " is not a serial device; give the modem's DIAG port with --device";
   switch (error) {
     case ENOENT:
     case ENODEV:
     case ENXIO:
       return "no modem at " + path +
-             "; is it plugged in and its driver loaded? Another node is given by --device, "
-             "a simulated modem by --sim";
+             "; is it plugged in and its driver loaded? --device names another port, "
+             "--sim starts a simulated modem";
     case EACCES:
     case EPERM:
       return "no permission for " + path + "; run as root or join the group that owns it";
@@ -66,8 +66,8 @@ static void open_modem(const ModuleLibrary& module, Session::Need need) {
   if (int result = module.vurn_open()) {
     check_signals();
     throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
-                  ": no answer on the port, or no usable SIM; zopctl sim status tells of the SIM, "
-                  "--log error shows what the module says");
+                  ": no answer on the port, or no usable SIM; zopctl sim status shows the SIM, "
+                  "--log error what the module says");
   }
 }
 
@@ -83,7 +83,7 @@ Session::Session(const Setting& setting, Need need) : need_(need) {
     set_speed(setting.sim_speed);
   } else {
     std::string device = setting.device.empty() ? MODULE_DEVICE : setting.device;
-    map_device(std::filesystem::absolute(device));  // a verb may change the folder
+    map_device(std::filesystem::absolute(device));  // a verb may change the current folder
   }
   if (need != LIBRARY) {
     if (auto problem = device_problem(mapped_device())) throw Failure(*problem);

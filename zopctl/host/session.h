@@ -1,5 +1,5 @@
-// An open modem: device or simulator, library, vurn_open or the link alone; all of it undone at the
-// end. A SIM that is locked can be reached by the link only: vurn_open wants a ready one.
+// An open modem: device or simulator, library, and vurn_open or only the link; all closed at the
+// end. vurn_open needs a ready SIM: a locked one can be reached only by the link.
 #pragma once
 
 #include <memory>
@@ -15,7 +15,7 @@ namespace zopctl {
 
 class Session {
  public:
-  // Which modem, through which library, and what is seen of it.
+  // Which modem, through which library, and what is shown of it.
   struct Setting {
     bool simulate = false;
     std::string scenario;  // with simulate; empty: the simulator's default
@@ -26,8 +26,7 @@ class Session {
     std::string library;   // empty: found beside the program or by the loader
     std::optional<unsigned> log_mask;
   };
-  // vurn_open with its ready SIM, the serial link alone, or neither: who works with it opens what
-  // it wants.
+  // What is opened: all by vurn_open, which needs a ready SIM; only the serial link; or nothing.
   enum Need { MODULE, LINK, LIBRARY };
 
   // Throws Failure when there is no device, no library, or no modem.

@@ -14,7 +14,7 @@
 
 namespace zopctl {
 
-// Written by the signal handler and by keys, read by any thread. Atomic without a lock.
+// Written by the signal handler and by keys, read by any thread. Lock-free.
 static std::atomic<int> caught_signal = 0;
 static std::atomic<int> held_on = 0;  // what is under way must not break off
 static std::atomic<int> end_is_asked = 0;

@@ -1,5 +1,5 @@
-// Starting and ending the simulator. It gets a process group of its own, so that Ctrl-C reaches
-// zopctl alone, which closes the modem before it ends the simulator.
+// Starts and ends the simulator. It has its own process group, so that Ctrl-C reaches only zopctl,
+// which closes the modem before it ends the simulator.
 #include "zopctl/host/simulator_process.h"
 
 #include <errno.h>
@@ -28,7 +28,7 @@ static std::string program_path() {
   return fs::exists(beside) ? beside.string() : PROGRAM;
 }
 
-// Starts the program with its standard output going to the descriptor output.
+// Starts the program with this descriptor as its standard output.
 static pid_t start(const std::vector<std::string>& words, int output) {
   std::vector<char*> arguments;
   arguments.reserve(words.size() + 1);
@@ -78,7 +78,7 @@ SimulatorProcess::SimulatorProcess(const Setting& setting) {
 }
 
 int SimulatorProcess::end() {
-  kill(pid_, SIGTERM);  // one that has ended already keeps its own exit code
+  kill(pid_, SIGTERM);  // one that has ended keeps its exit code
   int status = 0;
   while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
   }

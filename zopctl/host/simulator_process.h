@@ -1,4 +1,4 @@
-// A simulated modem of zopctl's own: a process that lives no longer than this object.
+// A simulated modem: a process that ends with this object.
 #pragma once
 
 #include <sys/types.h>
@@ -9,21 +9,20 @@ namespace zopctl {
 
 class SimulatorProcess {
  public:
-  // What it simulates: a scenario (empty: its default), at the device node link, with a clock that
-  // runs speed times as fast.
+  // The scenario (empty: the default), the device node to make, and the speed of the clock.
   struct Setting {
     std::string scenario;
     std::string link;
     double speed;
   };
-  // Starts zop-modem-sim. Throws Failure with its own words.
+  // Starts zop-modem-sim. Throws Failure.
   explicit SimulatorProcess(const Setting& setting);
   ~SimulatorProcess();
   SimulatorProcess(const SimulatorProcess&) = delete;
   SimulatorProcess& operator=(const SimulatorProcess&) = delete;
 
  private:
-  int end();  // its exit code, -1 when a signal ended it
+  int end();  // returns its exit code, -1 after a signal
   pid_t pid_ = -1;
 };
 

@@ -1,4 +1,4 @@
-// Descriptors above those of the standard streams, closed in programs that this one starts.
+// Duplicates lie above the standard streams and are close-on-exec.
 #include "zopctl/host/standard_output.h"
 
 #include <fcntl.h>
@@ -34,7 +34,7 @@ QuietOutput::QuietOutput() : RedirectedOutput(open("/dev/null", O_WRONLY | O_CLO
 // ---- the module's ----
 
 ModuleOutput::ModuleOutput() {
-  signal(SIGPIPE, SIG_IGN);  // what is under way goes on when nobody reads its output any more
+  signal(SIGPIPE, SIG_IGN);  // the work goes on when nobody reads the output any more
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw Failure("no pipe for what the module says");
   fcntl(ends[0], F_SETFL, O_NONBLOCK);

@@ -1,5 +1,5 @@
-// Standard output while the module runs: the module prints on it, and this program's own output
-// must stay clean.
+// Standard output while the module runs: the module prints on it, and this program's output must
+// stay clean.
 #pragma once
 
 #include <cstdio>
@@ -9,13 +9,13 @@
 
 namespace zopctl {
 
-// Where standard output goes now, as a file of its own; null when there is no descriptor left.
+// A file that goes where standard output goes now; null when there is no descriptor left.
 FILE* duplicate_standard_output(const char* mode = "w");
 
-// Standard output goes elsewhere while it lives.
+// While it exists, standard output goes elsewhere.
 class RedirectedOutput {
  public:
-  explicit RedirectedOutput(int fd);  // takes the descriptor
+  explicit RedirectedOutput(int fd);  // which it closes
   ~RedirectedOutput();
   RedirectedOutput(const RedirectedOutput&) = delete;
   RedirectedOutput& operator=(const RedirectedOutput&) = delete;
@@ -24,13 +24,13 @@ class RedirectedOutput {
   int before_;
 };
 
-// Nothing of what the module prints is seen.
+// What the module prints is dropped.
 class QuietOutput : RedirectedOutput {
  public:
   QuietOutput();
 };
 
-// What the module prints is read by this program, whose own output goes to user() meanwhile.
+// What the module prints is read by this program, which writes its own output to user() meanwhile.
 class ModuleOutput {
  public:
   ModuleOutput();  // throws Failure
@@ -40,7 +40,7 @@ class ModuleOutput {
 
   FILE* user() const { return user_; }
 
-  // The lines that have come since the last call. The pipe holds hundreds: call this now and then.
+  // The lines since the last call. The pipe holds some hundreds: call it often enough.
   std::vector<std::string> new_lines();
 
  private:

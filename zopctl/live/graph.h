@@ -1,4 +1,4 @@
-// Moving graphs in characters.
+// Moving graphs in text.
 #pragma once
 
 #include <deque>
@@ -11,12 +11,12 @@ namespace zopctl {
 using Levels = std::deque<std::optional<int>>;
 
 struct Scale {
-  int bottom, top;  // what is beyond stands at the edge
+  int bottom, top;  // levels beyond are drawn at the edge
 };
 
-// height lines of width columns each, top first; the newest level stands at the right. A level that
-// is missing leaves its column empty. In eighths of a line by block characters of UTF-8, or in
-// whole lines of '#'.
+// height lines of width columns, top first, with the newest level at the right. A missing level
+// leaves its column empty. Drawn in eighths of a line with UTF-8 block characters, or in lines of
+// '#'.
 std::vector<std::string> graph(const Levels& levels, Scale scale, int width, int height, bool utf8);
 
 }  // namespace zopctl

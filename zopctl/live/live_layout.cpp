@@ -1,4 +1,4 @@
-// One function a block, from the top; each takes its first line and returns the next free one.
+// A function for each block, from the top: it takes its first line and returns the next free one.
 #include "zopctl/live/live_layout.h"
 
 #include <curses.h>
@@ -54,7 +54,7 @@ struct Field {
   attr_t attributes = A_BOLD;
 };
 
-// Beside each other, and on the next line when one is full.
+// Side by side, and on the next line when one is full.
 static int fields(int y, const std::vector<Field>& row) {
   int x = 1;
   for (const Field& field : row) {
@@ -200,14 +200,14 @@ static std::string errors(const Sample& sample) {
   return rx.empty() && tx.empty() ? "" : fmt::format("{}/{}", rx, tx);
 }
 
-// "2:00:13 (Nov 21 12:48:56)" without when it began.
+// "2:00:13 (Nov 21 12:48:56)" without the start.
 static std::string age(const std::string& text) { return text.substr(0, text.find(" (")); }
 
 static int module_fields(int y, const Sample& sample) {
   std::string local = sample.text("wan", "IP Address");
   std::string peer = sample.text("wan", "Dest IP Address");
   y = fields(y, {{"PPP", local},
-                 {"to", peer == local ? "" : peer, A_NORMAL},  // both tell why there is none
+                 {"to", peer == local ? "" : peer, A_NORMAL},  // both say why there is none
                  {"rx", traffic(sample, "Rx Bytes")},
                  {"tx", traffic(sample, "Tx Bytes")},
                  {"errors", errors(sample), A_NORMAL},

@@ -1,4 +1,4 @@
-// Where things stand in the live view. What there is no room for is left out, the least first.
+// The layout of the live view. On a small screen the least important is left out first.
 #pragma once
 
 #include "zopctl/live/live_screen.h"

@@ -1,5 +1,5 @@
-// The terminal of the live view. The module prints on standard output: the screen has a descriptor
-// of its own.
+// The terminal of the live view. The module prints on standard output: the screen has its own
+// descriptor.
 #include "zopctl/live/live_screen.h"
 
 #include <curses.h>
@@ -50,7 +50,7 @@ static void use_colours() {
   init_pair(PLOT, COLOR_CYAN, -1);
 }
 
-// newterm does not give back what it has taken when it fails.
+// newterm does not undo its work when it fails.
 static bool terminal_is_known() {
   int error = 0;
   if (setupterm(nullptr, STDOUT_FILENO, &error) != OK) return false;
@@ -84,7 +84,7 @@ LiveScreen::LiveScreen(FILE* output, screen* terminal)
   keypad(stdscr, TRUE);
   nodelay(stdscr, TRUE);
   idlok(stdscr, TRUE);
-  idcok(stdscr, TRUE);  // a graph moves by a character sequence, not by being sent anew
+  idcok(stdscr, TRUE);  // a graph moves by a control sequence instead of being drawn again
   use_colours();
 }
 

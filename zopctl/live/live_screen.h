@@ -1,5 +1,5 @@
-// The live view: what zopctl monitor shows on a terminal. Draws the newest sample only, so that a
-// slow line is never behind.
+// The live view of zopctl monitor. It draws only the newest sample, so that a slow terminal never
+// falls behind.
 #pragma once
 
 #include <cstdio>
@@ -21,17 +21,17 @@ struct LiveView {
   Sample sample;
   bool has_sample = false;
   Levels rssi, ecio;
-  std::deque<std::string> events;  // newest last, with their time
+  std::deque<std::string> events;  // with their time, newest last
   unsigned interval_s = 1;
   bool is_paused = false;
-  std::string recording;  // file and count; empty without one
+  std::string recording;  // file and count; empty when not recording
 
   void add(const Sample& newest);
 };
 
 class LiveScreen {
  public:
-  // Null when the terminal is of no kind that is known.
+  // Null on a terminal of unknown type.
   static std::unique_ptr<LiveScreen> open();
   ~LiveScreen();
   LiveScreen(const LiveScreen&) = delete;
@@ -39,7 +39,7 @@ class LiveScreen {
 
   void draw(const LiveView& view);
 
-  // The next key that was typed, -1 without one; RESIZED when the terminal has another size.
+  // The next key, -1 when there is none; RESIZED when the size of the terminal has changed.
   static constexpr int RESIZED = -2;
   int key();
 

@@ -34,7 +34,7 @@ static std::string json_line(const Sample& sample) {
 
 // ---- the recording ----
 
-// Adds to what the file holds already. A line is there whole or not at all.
+// Appends to a file. A line is written whole or not at all.
 class RecordingFile {
  public:
   explicit RecordingFile(const std::string& file)
@@ -92,12 +92,12 @@ class Sampling {
     }
     if (!arguments.has("--record")) return;
     if (arguments.text("--record") == "-") {
-      throw UsageError("--record wants a file; monitor --json prints the samples");
+      throw UsageError("--record needs a file; monitor --json prints the samples");
     }
     recording_.emplace(arguments.text("--record"));
   }
 
-  // Until the user ends it or all are taken. Throws Interrupted and Failure.
+  // Until the user ends it or the last sample is taken. Throws Interrupted and Failure.
   void run(const std::function<void(const Sample&)>& show) {
     for (;;) {
       Sample sample = sampler_.take();
@@ -174,7 +174,7 @@ LiveMonitor::~LiveMonitor() {
 
 void LiveMonitor::announce() const {
   uint64_t one = 1;
-  if (write(news_, &one, sizeof one) < 0) return;  // full: there is news already
+  if (write(news_, &one, sizeof one) < 0) return;  // full: a wake-up is pending
 }
 
 void LiveMonitor::take_samples() {
@@ -186,7 +186,7 @@ void LiveMonitor::take_samples() {
       view_.recording = sampling_.recording();
       announce();
     });
-  } catch (const Interrupted&) {  // the other thread knows
+  } catch (const Interrupted&) {  // the drawing thread knows
   } catch (...) {
     failure = std::current_exception();
   }
@@ -199,7 +199,7 @@ void LiveMonitor::take_samples() {
 // False when the terminal is gone.
 bool LiveMonitor::wait_for_news() const {
   pollfd sources[] = {{STDIN_FILENO, POLLIN, 0}, {news_, POLLIN, 0}, {end_descriptor(), POLLIN, 0}};
-  if (poll(sources, std::size(sources), -1) < 0) return true;  // a signal: another size
+  if (poll(sources, std::size(sources), -1) < 0) return true;  // a signal: the size has changed
   uint64_t count;
   if (sources[1].revents != 0 && read(news_, &count, sizeof count) < 0) return true;
   return (sources[0].revents & (POLLHUP | POLLERR)) == 0;
@@ -252,7 +252,7 @@ Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
     LiveMonitor(sampling, *screen).run();
   } else {
     if (wants_screen)
-      fmt::print(stderr, "zopctl: no live view on a terminal of this kind ($TERM)\n");
+      fmt::print(stderr, "zopctl: no live view on a terminal of this type ($TERM)\n");
     print_lines(sampling, arguments.json);
   }
   return {};

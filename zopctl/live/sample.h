@@ -27,7 +27,7 @@ struct Sample {
 
 records::Json as_json(const Sample& sample);
 
-// For people, on one line.
+// On one line, for people.
 std::string as_line(const Sample& sample);
 
 }  // namespace zopctl

@@ -1,5 +1,5 @@
-// One sample is one vurn_get_bars and one vurn_get_log_string: the first asks the modem, the second
-// keeps its field testing on, so that screens come by themselves and fill the next report.
+// A sample is one vurn_get_bars, which asks the modem, and one vurn_get_log_string, which keeps its
+// field testing on, so that screens arrive and fill the next report.
 #include "zopctl/live/sampler.h"
 
 #include <fmt/format.h>
@@ -31,7 +31,7 @@ static const Notice NOTICES[] = {
     {"PDP Deactivate callback", "data connection (PDP) deactivated"},
 };
 
-// "... E zop:NAME:fields:text" from its letter on; empty for another priority.
+// "... E zop:NAME:fields:text" from its letter on; empty for lines of lower priority.
 static std::string complaint_of(const std::string& line) {
   for (const char* mark : {"E zop:", "W zop:"}) {
     size_t at = line.find(mark);
@@ -77,13 +77,13 @@ std::string ModuleWatch::deferred() const {
 
 // ---- samples ----
 
-// Null until the modem's first screen is there: what the report holds before is old.
+// Null until the modem's first screen has come: the report holds old values before.
 static records::Json read_report(const ModuleLibrary& m) {
   std::string report = log_string(m);
   return has_screen(report) ? records::report_of_text(items_of(m), report) : nullptr;
 }
 
-// vurn_open would wait for a device that is not there.
+// Checks the device first: vurn_open would wait for one that is not there.
 void Sampler::reopen(Sample& sample) {
   {
     QuietOutput quiet;

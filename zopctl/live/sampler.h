@@ -1,4 +1,4 @@
-// Looks at an open modem again and again, and opens it again when it was away.
+// Takes samples of an open modem, and opens it again after it was away.
 #pragma once
 
 #include <mutex>
@@ -8,7 +8,7 @@
 
 namespace zopctl {
 
-// What the module's log tells: events, and the state of the deferred-action thread.
+// Events and the state of the deferred-action thread, from the module's log.
 class ModuleWatch {
  public:
   ModuleWatch(const ModuleLibrary& module, bool lines_go_on);
@@ -30,7 +30,7 @@ class Sampler {
   Sampler(const ModuleLibrary& module, bool log_lines_go_on)
       : module_(module), watch_(module, log_lines_go_on) {}
 
-  // As long as the modem takes to answer; some seconds when it is silent or must be opened.
+  // Takes as long as the modem to answer; some seconds when it is silent or must be opened.
   Sample take();
 
  private:
@@ -39,7 +39,7 @@ class Sampler {
 
   const ModuleLibrary& module_;
   ModuleWatch watch_;
-  Sample last_;  // with the last report there was
+  Sample last_;  // with the last report
   bool was_open_ = true;
 };
 

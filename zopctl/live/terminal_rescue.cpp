@@ -1,5 +1,5 @@
-// All that a signal handler needs is made before: the terminal's settings, and the text that leaves
-// the full screen.
+// What the signal handler needs is prepared in advance: the terminal's settings, and the text that
+// leaves the full screen.
 #include "zopctl/live/terminal_rescue.h"
 
 #include <curses.h>
@@ -36,10 +36,10 @@ static void on_fatal_signal(int signal) {
   for (size_t i = 0; i < std::size(FATAL_SIGNALS); ++i) {
     if (FATAL_SIGNALS[i] == signal) sigaction(signal, &actions_before[i], nullptr);
   }
-  raise(signal);  // comes when this handler returns
+  raise(signal);  // delivered when this handler returns
 }
 
-// A capability as the terminal takes it: the marks of its waiting times "$<5>" left out.
+// A capability without its padding marks "$<5>".
 static std::string capability(const char* name) {
   const char* text = tigetstr(name);
   if (text == nullptr || text == reinterpret_cast<const char*>(-1)) return "";

@@ -1,10 +1,10 @@
-// Gives the terminal back, as it was, whatever ends the program: a second signal and a crash too.
+// Restores the terminal whatever ends the program, even a second signal or a crash.
 #pragma once
 
 namespace zopctl {
 
-// While it lives. Made after the screen's library has set the terminal up, with the settings of
-// before taken by remember_terminal().
+// Call remember_terminal() before the screen's library sets the terminal up, and create a
+// TerminalRescue after it.
 void remember_terminal(int fd);
 
 class TerminalRescue {

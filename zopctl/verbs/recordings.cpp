@@ -18,12 +18,12 @@ namespace zopctl {
 
 namespace fs = std::filesystem;
 
-static void tell(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", text); }
+static void warn(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", text); }
 
-static const records::Caller CALLER = {check_signals, tell};
+static const records::Callbacks CALLBACKS = {check_signals, warn};
 
 Findings parse_log(const ModuleLibrary& module, const Arguments& arguments) {
-  records::LogParser parser(items_of(module), stdout, CALLER);
+  records::LogParser parser(items_of(module), stdout, CALLBACKS);
   auto files = arguments.lists.find("FILE");
   if (files == arguments.lists.end()) {
     parser.read("-");
@@ -58,7 +58,7 @@ Findings html(const ModuleLibrary& module, const Arguments& arguments) {
   std::vector<records::Recording> recordings;
   records::ItemTable items = items_of(module);
   for (const std::string& input : inputs) {
-    auto read = records::read_recordings(input, items, CALLER);
+    auto read = records::read_recordings(input, items, CALLBACKS);
     std::move(read.begin(), read.end(), std::back_inserter(recordings));
   }
   page::write_page(output, page::page_of(recordings), check_signals);
