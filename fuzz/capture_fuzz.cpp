@@ -1,4 +1,4 @@
-// Arbitrary files as captures, and what a replayed modem makes of them.
+// Reads arbitrary files as captures, and replays them.
 #include "simulator/replay.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

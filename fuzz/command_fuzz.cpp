@@ -1,5 +1,5 @@
 // Feeds arbitrary answers to every command in turn: as the payload of a good frame, to get past the
-// check sequence, and as they are. The first byte picks the command, so that a find names it.
+// check sequence, and as they are. The first byte selects the command.
 #include <cstdlib>
 #include <cstring>
 #include <memory>

@@ -1,7 +1,7 @@
-// Feeds arbitrary replies to the three roads that read them: a dump, a download, the NV items after
-// one. The first byte picks the road; then each reply is a length byte, a scale, and its bytes. A
-// reply goes out as a good frame, to get past the check sequence, or as it is. When all are used up
-// the device is gone, which must end every road.
+// Feeds arbitrary replies to the three operations that read them: a dump, a download, and the NV
+// items after one. The first byte selects the operation; then each reply is a length byte, a scale,
+// and its bytes. A reply is sent as a good frame, to get past the check sequence, or as is. After
+// the last one the device is gone, which must end every operation.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

@@ -1,5 +1,5 @@
-// Fuzzes the frame decoder with arbitrary bytes, held against its own rules: it reads and writes
-// only the bytes it was given, leaves a refused input alone, and what it accepts encodes back to an
+// Feeds arbitrary bytes to the frame decoder and checks its rules: it reads and writes only the
+// bytes it was given, leaves a refused input alone, and what it accepts encodes back to an
 // equivalent frame. To get past the check sequence, every input is also tried as a payload.
 #include <algorithm>
 #include <cstdint>
@@ -13,7 +13,7 @@ static void require(bool condition) {
   if (!condition) abort();
 }
 
-// Decodes in a heap buffer of exactly the given size, so that a sanitizer sees every step outside.
+// Decodes in a heap buffer of exactly this size, so that a sanitizer detects every access outside.
 static int decode(std::vector<uint8_t>& buffer) {
   return DiagPacketRXCRC(buffer.data(), static_cast<uint32_t>(buffer.size()));
 }

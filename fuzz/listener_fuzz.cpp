@@ -1,6 +1,6 @@
-// Arbitrary answers to the event listener: flags, event records and screens, which then stand in
-// the report. Each answer is a count, in twos, and its bytes; they go behind the header that
-// the request expects or, when the count is odd, make the whole payload.
+// Feeds arbitrary answers to the event listener: flags, event records and screens, which the
+// report then shows. Each answer is a count, in units of two, and its bytes; they follow the header
+// that the request expects or, when the count is odd, are the whole payload.
 #include <cstdlib>
 #include <memory>
 

@@ -1,5 +1,5 @@
-// Arbitrary bytes as a log: what comes out as a whole report has all its lines, no line is told
-// twice, and each text is written as JSON that a reader takes.
+// Reads arbitrary bytes as a log: a complete report has all its lines, no line is reported twice,
+// and each text is written as valid JSON.
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
@@ -10,7 +10,7 @@ static void require(bool holds) {
   if (!holds) abort();
 }
 
-// ",n=" and a number end the last line of a report; one that no computer word holds is none.
+// ",n=" and a number end the last line of a report; a number that overflows does not count.
 static bool says_how_many(const std::string& line) {
   constexpr size_t MOST_DIGITS = 19;
   size_t at = line.rfind(",n=");
@@ -20,7 +20,7 @@ static bool says_how_many(const std::string& line) {
   return line.find_first_not_of("0123456789", number) == std::string::npos;
 }
 
-// Counts the lines that reports are made of; they may be no more than there were.
+// Counts the lines of all reports; there may not be more than the log had.
 class Count {
  public:
   void whole(const records::LogReport& report) {

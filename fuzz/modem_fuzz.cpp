@@ -1,6 +1,6 @@
-// What a host may send to the simulated modem. The first byte picks where it starts; then each
-// request is its length in two bytes, the lower one first, and its bytes, sent as a good frame or,
-// when bit 15 of the length is set, as they are. The device comes back from every restart.
+// Feeds arbitrary requests to the simulated modem. The first byte selects its first mode; then each
+// request is a little-endian length of two bytes and its bytes, sent as a good frame or, when
+// bit 15 of the length is set, as they are. The device comes back from every restart.
 #include <cstdlib>
 
 #include "simulator/modem.h"

@@ -1,4 +1,4 @@
-// Arbitrary files as recordings: what is read becomes a page whose only markup is the page's own.
+// Reads arbitrary files as recordings: the page made of them has no markup but its own.
 #include <cstdlib>
 
 #include "page/page.h"

@@ -1,5 +1,5 @@
-// Puts each file of the given folders through a fuzz target once, where there is no fuzzer: what
-// was found before stays mended, and a corpus counts for the coverage.
+// Runs a fuzz target once on each file of some folders, in builds without a fuzzer: faults found
+// before stay fixed, and a corpus counts for the coverage.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>

@@ -1,5 +1,5 @@
-// Arbitrary files as scenarios: each is refused with its place, or gives a modem that answers under
-// the faults it asks for, and whose time line runs to its end.
+// Reads arbitrary files as scenarios: each is refused with file and line, or gives a modem that
+// answers with the faults it asks for and whose time line runs to its end.
 #include <cstdlib>
 
 #include "simulator/modem.h"

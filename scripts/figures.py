@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes docs/figures.md and its plots from the results of the benchmarks.
+"""Writes docs/figures.md and its plots from the benchmark results.
 
 Usage: figures.py RESULTS.json... Plots are SVG, by gnuplot."""
 import datetime
@@ -14,11 +14,11 @@ FOLDER = "docs/figures"
 SIZES = [3, 16, 48, 133, 240, 350]
 MEGABYTES = [20, 100]
 
-# name: what it is, and the floor in words
+# name: what was measured, and its floor
 WORDS = {
     "encode": ("frame of {} bytes encoded", "plain CRC loop over them"),
     "decode": ("frame of {} bytes decoded", "copy of it, plain CRC loop"),
-    "get_rssi": ("one `zop_get_rssi`", "raw ping-pong of the same bytes"),
+    "get_rssi": ("one `zop_get_rssi`", "raw write and read of the same bytes"),
     "vurn_open_close": ("`vurn_open` and `vurn_close`", "their exchanges, raw"),
     "bars": ("one `vurn_get_bars`", "its exchanges, raw"),
     "download": ("download of 16 MiB", "its frames and pauses, raw"),
@@ -30,7 +30,7 @@ WORDS = {
 }
 FLOOR_WORDS = {"count_lines": "`wc -l`", "grep": "`grep -c`"}
 
-# What is to be reached: a ratio at most, or a time in ns.
+# Limits: the largest ratio, or the longest time in ns.
 RATIO_AT_MOST = {"encode/133": 1.05, "decode/133": 1.05, "encode/240": 1.05, "decode/240": 1.05,
                  "encode/350": 1.05, "decode/350": 1.05, "get_rssi": 1.05, "download": 1.05,
                  "dump": 1.05}
@@ -47,10 +47,10 @@ def time_text(ns):
 def reach(name, time, ratio):
     if name in RATIO_AT_MOST:
         good = ratio <= RATIO_AT_MOST[name]
-        return f"× {RATIO_AT_MOST[name]} at most: {'yes' if good else '**no**'}"
+        return f"× {RATIO_AT_MOST[name]} at most: {'met' if good else '**missed**'}"
     if name in TIME_AT_MOST:
         good = time <= TIME_AT_MOST[name]
-        return f"{time_text(TIME_AT_MOST[name])} at most: {'yes' if good else '**no**'}"
+        return f"{time_text(TIME_AT_MOST[name])} at most: {'met' if good else '**missed**'}"
     return ""
 
 
@@ -81,11 +81,11 @@ def plots(times):
     per_byte = {label: [(size, times[f"{name}/{size}"] / size) for size in SIZES]
                 for name, label in (("encode", "encode"), ("decode", "decode"),
                                     ("crc_floor", "plain CRC loop"), ("memcpy_floor", "memcpy"))}
-    plot("codec", "Frame codec: the cost of a byte", "payload, bytes", "ns a byte", per_byte, "set key center right")
+    plot("codec", "Frame codec: cost per byte", "payload, bytes", "ns per byte", per_byte, "set key center right")
     logs = {label: [(0, 0)] + [(mb, times[f"{name}/{mb}"] / 1e6) for mb in MEGABYTES]
             for name, label in (("parse_log", "zopctl parse-log"), ("count_lines", "wc -l"),
                                 ("grep", "grep -c"))}
-    plot("parse_log", "A log of many devices", "log, MB", "ms", logs, "set key top left")
+    plot("parse_log", "Log of many devices", "log, MB", "ms", logs, "set key top left")
     ratios = [(name, times[name] / times[floor]) for name, floor in FLOORS
               if not name.startswith(("parse_log", "zopctl"))]
     labels = ", ".join(f"'{name}' {i}".replace("_", " ") for i, (name, _) in enumerate(ratios))
@@ -117,29 +117,29 @@ def page(times, allocations, memory):
     return f"""# Figures
 
 Made by `make figures` on {datetime.date.today()}: {processor()}, {os.cpu_count()} cores,
-{platform.system()} {platform.release()}. Medians of five runs. Each figure stands beside a floor
-that was measured in the same run, and what counts is the ratio: the times are this machine's.
+{platform.system()} {platform.release()}. Medians of five runs. Each figure has a floor measured in
+the same run. The ratio is what counts: the times depend on the machine.
 
-| what | time | its floor | time | ratio | to be reached |
+| what | time | floor | its time | ratio | limit |
 | --- | --- | --- | --- | --- | --- |
 {table}
 
-![times as multiples of their floors](figures/ratios.svg)
+![times as multiples of the floors](figures/ratios.svg)
 
-`vurn_open` also gives the line 0.1 ms to settle, and looks through the running processes for the PPP
-daemon's age. `zopctl --sim status` takes {time_text(times['zopctl_status'])} from start to end,
-with the simulated modem that it starts.
+`vurn_open` also waits 0.1 ms for the line to settle, and searches the running processes for the age of
+the PPP daemon. `zopctl --sim status` takes {time_text(times['zopctl_status'])} from start to end,
+including the simulated modem that it starts.
 
 Heap allocations on the measured paths of the module ({counted} benchmarks count them): {allocated:.0f}.
-A short frame costs its fixed part, the flags and the check; from about a hundred bytes on the codec
-costs what its CRC costs:
+In a short frame the fixed part, flags and check bytes, dominates; from about a hundred bytes on the
+codec costs as much as its CRC:
 
-![cost of a byte by size](figures/codec.svg)
+![cost per byte by payload size](figures/codec.svg)
 
 `zopctl parse-log` reads {100e6 / (times['parse_log/100'] / 1e9) / 1e6:.0f} MB a second; its memory
 does not grow with the log ({peaks}):
 
-![time by size of the log](figures/parse_log.svg)
+![time by log size](figures/parse_log.svg)
 """
 
 

@@ -1,5 +1,5 @@
 #!/bin/sh
-# What the last run of each fuzz target came to, from its log. Usage: fuzz_table.sh BUILD TARGET...
+# The results of the last run of each fuzz target, from its log. Usage: fuzz_table.sh BUILD TARGET...
 build=$1
 shift
 cat <<HEAD
@@ -7,7 +7,7 @@ cat <<HEAD
 
 \`make fuzz\` runs every target of \`fuzz/\` under the address and undefined-behaviour sanitizers and
 writes this page. An input that found a fault stays in the corpus as \`fault-*\`; the tests replay
-every corpus. Edges are those of target and code together, when the run ended.
+every corpus. Edges are those covered in target and code when the run ended.
 
 | target | what it does | seconds | executions | edges | corpus files | faults found so far |
 |---|---|---:|---:|---:|---:|---:|

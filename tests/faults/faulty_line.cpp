@@ -22,8 +22,8 @@ static constexpr Time SECOND_AFTER = 1ms;  // a copy, behind the first
 
 const char* name_of(FaultKind kind) {
   static constexpr const char* NAMES[] = {
-      "silence",      "late", "late, reopened at once", "cut",     "bad check", "flipped bit",
-      "byte in",      "lost", "other answer",           "refusal", "twice",     "gone",
+      "silence",       "late",      "late, reopened at once", "cut",     "bad check", "flipped bit",
+      "byte inserted", "byte lost", "other answer",           "refusal", "twice",     "gone",
       "gone and back"};
   static_assert(std::size(NAMES) == FAULT_KINDS);
   return NAMES[static_cast<int>(kind)];

@@ -14,65 +14,63 @@ static double seconds(Time time) { return std::chrono::duration<double>(time).co
 
 static const char TITLE[] = R"(# What a host sees when the line fails
 
-Written by `make faults`. Each function of the module is asked once while one of its answers is
-damaged: at every byte of every answer that the call gets, in virtual time. Then the line is mended,
-the host closes and opens, and asks again.
+Written by `make faults`. Each function of the module is called once while one of its answers is
+damaged, at every byte of every answer in turn, in virtual time. Then the line works again: the host
+closes, opens and calls once more.
 
 )";
 
 static const char LEGEND[] = R"(
 ## How to read it
 
-A cell shows the results that were seen, and the longest time that the call took when that is worth
-telling. `zop_` results are those of `zop.h` (0 success, 1 not open, 2 no response, 7 bad response,
-10 and 11 the modem refuses), `vurn_` results those of `vurn.h` (0 success, 2 failed, 13 no time
-yet).
+A cell shows the results that occurred, and the longest time of a call if it is 0.05 s or more. `zop_`
+results are those of `zop.h` (0 success, 1 not open, 2 no response, 7 bad response, 10 and 11 the
+modem refuses), `vurn_` results those of `vurn.h` (0 success, 2 failed, 13 no time yet).
 
 | mark | meaning |
 |---|---|
-| `!` | a good result with a wrong output |
-| `~` | a good result; what could not be read is missing, or older |
-| `>` | whatever the call ends with, the next one on the same link gets a wrong answer |
+| `!` | success, with a wrong output |
+| `~` | success; values that could not be read are missing or old |
+| `>` | the next call on the same link gets a wrong answer, whatever the result of this one |
 
 | fault | what happens |
 |---|---|
 | silence | this answer and all later ones do not come |
-| late | from this byte on the answer is 5.5 s late; the host opens again when it has passed |
-| late, reopened at once | the same, and the host opens again at the time-out |
+| late | from this byte on the answer is 5.5 s late; the host opens again after it has come |
+| late, reopened at once | the same, but the host opens again right after the time-out |
 | cut | the answer ends at this byte, without its flag |
 | bad check | the check bytes are wrong |
-| flipped bit | each bit of this byte (in calls of many answers, one) |
-| byte in | 00, 7D or 7E is put in before this byte |
-| lost | this byte is missing |
-| other answer | the modem answers as to another request |
+| flipped bit | each bit of this byte in turn (only one in calls with many answers) |
+| byte inserted | 00, 7D or 7E is inserted before this byte |
+| byte lost | this byte is missing |
+| other answer | the modem answers another request |
 | refusal | the modem's error answer: 19, 20, 21, 24, 66 or 71, then the request |
-| twice | the answer comes twice, at once or one behind the other |
+| twice | the answer comes twice, in one piece or in two |
 | gone | the device goes away at this byte and comes back after the call |
-| gone and back | the device goes away at this byte and is back at once |
+| gone and back | the device goes away at this byte and comes back immediately |
 
-Every fault closes the link or leaves it usable; no row needs more than closing and opening. The
-longest wait is the 5 s of one answer: a time-out closes the link, and what a call still wanted to
-ask then fails at once. Opening waits 5 times 1 s for a modem that does not answer its probe. The
-limit begins anew with each piece of an answer: a modem that trickles, a byte every few seconds, is
-waited for until it has sent a flag or 360 bytes. `zop_debug_start` is watched with its listener at
-work for four seconds.
+After every fault the link is closed or still usable; to recover, closing and opening is always
+enough. The longest wait here is the 5 s for one answer: a time-out closes the link, and the call's
+remaining exchanges fail at once. Opening waits 5 times 1 s for a modem that does not answer its
+probe. The 5 s start again with each piece of an answer, which may take 15 s in all. `zop_debug_start`
+is observed for four seconds while its listener runs.
 
-## What hosts should make of it
+## What this means for hosts
 
-- **A refusal or another request's answer is accepted** (`!`): only `zop_get_rssi` compares what
-  comes with what it asked. A modem that refuses a query often reads as 0. Judge implausible values
-  by a second query.
-- **An answer that comes twice shifts the following ones** (`>`): each question then gets the answer
-  of the one before, until the link is opened again. An answer that a damaged byte ends too early
-  makes the next call fail as well, and is then out of the way.
-- **A late answer is dropped when it comes**, also behind a new open: after a time-out a host may
-  close and open at once.
-- **The report shows what it could get** (`~`): `vurn_get_log_string`, `vurn_log_message`,
-  `vurn_enable_logging` and `vurn_open` do not fail for a value that is missing.
-- **The versions of the report and of the first log line are read once a process**, by the first
-  `vurn_open` that gets a hardware version: if that one was wrong by another's answer, it stays.
-  `vurn_get_firmware_version` asks anew each time.
-- **`zop_end_call_test` does not look at its answer**, and `zop_set_backup` step 3 has none.
+- **A refusal, or the answer to another request, is accepted** (`!`): only `zop_get_rssi` compares the
+  answer with its request. A query that the modem refuses often reads as 0. Check implausible values
+  with a second query.
+- **A duplicated answer shifts the following ones** (`>`): each request then gets the answer to the
+  one before, until the link is opened again. An answer that a damaged byte cuts short makes the next
+  call fail too, and only that one.
+- **A late answer is dropped when it comes**, even after a new open: after a time-out a host may close
+  and open at once.
+- **The report shows what could be read** (`~`): `vurn_get_log_string`, `vurn_log_message`,
+  `vurn_enable_logging` and `vurn_open` do not fail when a value is missing.
+- **The versions in the report and in the first log line are read once per process**, by the first
+  `vurn_open` that gets a hardware version. If that was the answer to another request, the wrong value
+  stays. `vurn_get_firmware_version` asks each time.
+- **`zop_end_call_test` ignores its answer**, and `zop_set_backup` step 3 has none.
 )";
 
 static std::string text_of(const Cell& cell) {
