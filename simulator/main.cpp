@@ -25,11 +25,11 @@ The first line on standard output is the path of the terminal to open.
 
 Examples:
   zop-modem-sim                                 a healthy modem on WCDMA
-  zop-modem-sim roaming --trace                 a shipped scenario, every frame shown
-  zop-modem-sim ./my.toml --link /tmp/modem     a scenario of your own, at a fixed name
+  zop-modem-sim roaming --trace                 a shipped scenario, showing every frame
+  zop-modem-sim ./my.toml --link /tmp/modem     a scenario of your own, at a fixed path
   zop-modem-sim --fault silence:request=rssi,count=1
   zop-modem-sim --fault bad-crc:chance=0.05 --seed 7
-  zop-modem-sim --replay field.pcapng           the modem of a capture, fault and all
+  zop-modem-sim --replay field.pcapng           a modem that answers from a capture
 
 Faults: silence, delay=MS, bad-crc, cut=BYTES, pieces=BYTES, wrong-echo=OFFSET, extra=BYTES,
 hang-up=BYTES, duplicate, error=CODE, status=CODE, flip=BIT; each may be followed by
@@ -52,7 +52,7 @@ struct Options {
   bool man = false;
 };
 
-// Where shipped scenarios may stand: installed beside the program, or in the tree it was built in.
+// Where shipped scenarios are: installed beside the program, or in the source tree.
 static std::vector<fs::path> scenario_folders() {
   fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
   return {program / "../share/zop-module/scenarios", program / "../../scenarios"};
@@ -138,7 +138,7 @@ static sim::Modem::Trace trace_of(const Options& options) {
   return [file](const std::string& line) { *file << line << std::endl; };
 }
 
-// A descriptor that becomes readable when the program is asked to end.
+// A descriptor that becomes readable when the program is to end.
 static int end_signals(const Options& options) {
   sigset_t signals;
   sigemptyset(&signals);
@@ -164,7 +164,7 @@ static void act(sim::Terminal& terminal, const sim::Output& output) {
   }
 }
 
-// The modem's own time: since its start, at a speed of its own.
+// Time on the modem's clock since its start.
 class Clock {
  public:
   explicit Clock(double speed) : speed_(speed) {}
@@ -183,7 +183,7 @@ class Clock {
   double speed_;
 };
 
-// afterwards is called when something has come from the host, before it sees the answer.
+// Calls afterwards whenever the host has sent something, before it sees the answer.
 template <typename Modem>
 static void run(Modem& modem, sim::Terminal& terminal, int end, const Clock& clock,
                 const std::function<void()>& afterwards) {
@@ -229,15 +229,15 @@ int main(int argc, char** argv) {
                                   "name of a shipped scenario, or a path to a .toml");
   app.add_option("--link", options.link, "make a symbolic link to the terminal at this path");
   app.add_flag("--trace", options.trace_to_stderr, "show every request and answer");
-  app.add_option("--trace-file", options.trace, "write them to a file instead");
-  app.add_option("--fault", options.faults, "switch a fault on; may be repeated")->take_all();
+  app.add_option("--trace-file", options.trace, "write the trace to this file instead");
+  app.add_option("--fault", options.faults, "inject a fault; may be repeated")->take_all();
   app.add_option("--replay", options.replay,
-                 "answer as the modem of this capture did (zopctl --capture)")
+                 "answer as the modem in this capture did (zopctl --capture)")
       ->excludes(scenario);
   app.add_option("--state", options.state,
                  "keep PIN state, NV items, profiles, messages and firmware version in this file");
-  app.add_option("--seed", options.seed, "seed of faults by chance");
-  app.add_option("--speed", options.speed, "let the modem's clock run so many times faster")
+  app.add_option("--seed", options.seed, "seed of the faults with chance=P");
+  app.add_option("--speed", options.speed, "run the modem's clock this many times faster")
       ->check(CLI::Range(0.001, 1000.0));
   app.add_flag("--exit-with-parent", options.exit_with_parent,
                "end when the starting process ends");

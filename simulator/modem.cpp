@@ -1,6 +1,5 @@
-// The modem: frames in, answers out, the time line in between. A fault damages the one answer that
-// it strikes; the model has done its work by then, as a real modem's has. Only a refused request
-// does nothing.
+// The modem: frames in, answers out, the time line in between. A fault damages one answer; the
+// request has taken effect by then, as on a real modem. Only a refused request has no effect.
 #include "simulator/modem.h"
 
 #include <algorithm>
@@ -28,7 +27,7 @@ Modem::Modem(Scenario scenario, unsigned seed, Trace trace)
   if (model_.device.crashed != 0) start_in(Mode::BOOT_ROM);
 }
 
-// Frames of the download protocols begin with a flag as well.
+// Frames of the download protocols begin with a flag too.
 static Bytes flagged(const Bytes& payload) {
   Bytes wire = frame(payload);
   wire.insert(wire.begin(), FLAG);
@@ -39,7 +38,7 @@ void Modem::receive(View bytes, Time now) {
   advance(now);
   bool lone_flag = bytes.size() == 1 && bytes[0] == FLAG;
   if (lone_flag && mode_ == Mode::PROGRAMMER && !download_.last_answer().empty()) {
-    trace(trace_note(now, "a lone flag: the last answer again"));
+    trace(trace_note(now, "a lone flag: repeats the last answer"));
     return send(flagged(download_.last_answer()), now);
   }
   for (uint8_t byte : bytes) {
@@ -96,7 +95,7 @@ void Modem::answer(View request, Time now) {
   send(frame(payload), now);
 }
 
-// The answer still goes out; then the device is away while it boots, and a PIN is wanted again.
+// The answer is still sent; then the device is gone while it boots, and it needs the PIN again.
 void Modem::restart(Time now, Mode next) {
   if (model_.sim.lock == ZOP_PIN_VERIFIED) model_.sim.lock = ZOP_PIN_ENABLED;
   if (model_.sim.lock == ZOP_PIN_ENABLED) model_.sim.status = ZOP_SIM_NOT_INITIALISED;
@@ -109,7 +108,7 @@ void Modem::restart(Time now, Mode next) {
   put({now + RESTART_DELAY + away, Output::COMES_BACK, {}});
 }
 
-// A modem that was programmed runs what it was given.
+// A programmed modem runs its new firmware.
 void Modem::start_in(Mode mode) {
   if (mode_ == Mode::PROGRAMMER) model_.device.partition = download_.programmer.partition;
   if (mode_ == Mode::PROGRAMMER && mode == Mode::DIAGNOSTIC) {

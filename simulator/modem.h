@@ -29,13 +29,13 @@ class Modem {
   // Bytes from the host.
   void receive(View bytes, Time now);
 
-  // Lets time pass: the scenario's time line runs up to now.
+  // Runs the scenario's time line up to now.
   void advance(Time now);
 
   // When the modem next does something by itself.
   std::optional<Time> next_due() const;
 
-  // The next thing that it does, if that is due by now.
+  // Its next action, if it is due by now.
   std::optional<Output> take_output(Time now);
 
   Model& model() { return model_; }

@@ -1,4 +1,4 @@
-// Finding requests in a capture.
+// Looking up requests in a capture.
 #include "simulator/replay.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ Replay::Replay(std::vector<CapturedPacket> packets, Modem::Trace trace) : trace_
       exchanges_.back().answers.push_back({after, std::move(packet.bytes)});
     }
   }
-  if (exchanges_.empty()) throw CaptureError("the capture holds no request");
+  if (exchanges_.empty()) throw CaptureError("the capture has no requests");
 }
 
 // The payload of a frame, with or without an opening flag.
@@ -34,7 +34,7 @@ static Bytes payload_of(View wire) {
   return {};
 }
 
-// Command and subcommand: what tells requests with other arguments, or blanked ones, apart.
+// Command and subcommand: arguments may differ, or be blanked in the capture.
 static bool same_command(View one, View other) {
   constexpr size_t COMMAND = 2;
   Bytes a = payload_of(one), b = payload_of(other);
@@ -43,7 +43,7 @@ static bool same_command(View one, View other) {
   return !a.empty() && a == b;
 }
 
-// Each request has its own turn: two threads of the host may ask in another order than they did.
+// Each request has its own position: two threads of the host may now ask in another order.
 const Replay::Exchange* Replay::find(View request) {
   auto least_played = [&](auto matches) {
     Exchange* found = nullptr;
@@ -73,11 +73,11 @@ void Replay::answer(View request, Time now) {
   }
 }
 
-// The module polls for events whenever half a second has passed; silence would make it close the
-// link for a fault that the captured modem did not have. Frames of the download protocols, which
+// The module polls for events every half second; silence would make it close the link for a fault
+// that the captured modem did not have. Frames of the download protocols, which
 // begin with a flag, have no such refusal.
 void Replay::refuse(View request, Time now) {
-  if (trace_) trace_(trace_note(now, "the capture holds no such request"));
+  if (trace_) trace_(trace_note(now, "not in the capture"));
   Bytes payload = payload_of(request);
   if (payload.empty() || request.front() == FLAG) return;
   put({now, Output::SENDS, frame(refusal(BAD_COMMAND, payload))});
@@ -88,7 +88,7 @@ void Replay::put(Output output) {
   output_.insert(later, std::move(output));
 }
 
-// A frame ends in a flag behind other bytes; a lone flag is a request by itself.
+// A frame ends in a flag after other bytes; a lone flag is a request by itself.
 void Replay::receive(View bytes, Time now) {
   bool lone_flag = pending_.empty() && bytes.size() == 1 && bytes[0] == FLAG;
   if (lone_flag) return answer(bytes, now);

@@ -1,9 +1,9 @@
 // A modem that answers as a captured one did.
 //
-// Each request is looked for in the capture: the same bytes, or else the same command; asked again,
-// it finds the next such request, and after the last one the first. What the captured modem sent
-// then, the replayed one sends, after the same time: late answers, damaged ones, none at all, a
-// hang-up. A request that the capture does not hold is refused.
+// Each request is looked up in the capture: the same bytes, or else the same command. A repeated
+// request finds the next such one, and after the last one the first again. The replayed modem sends
+// what the captured one sent, after the same time: late or damaged answers, none, a hang-up. A
+// request that is not in the capture is refused.
 #pragma once
 
 #include <deque>
@@ -18,10 +18,10 @@ namespace sim {
 
 class Replay {
  public:
-  // Packets of load_capture. Throws CaptureError when no request is among them.
+  // Packets as from load_capture. Throws CaptureError when there is no request among them.
   Replay(std::vector<CapturedPacket> packets, Modem::Trace trace);
 
-  // As those of Modem.
+  // As in Modem.
   void receive(View bytes, Time now);
   std::optional<Time> next_due() const;
   std::optional<Output> take_output(Time now);
@@ -44,7 +44,7 @@ class Replay {
 
   std::vector<Exchange> exchanges_;
   Modem::Trace trace_;
-  Bytes pending_;  // of a request
+  Bytes pending_;  // of an incomplete request
   std::deque<Output> output_;
 };
 

@@ -18,7 +18,7 @@ static bool is_error_answer(uint8_t code) {
   return std::ranges::find(CODES, code) != std::end(CODES);
 }
 
-// The range of a payload that holds secrets. An error answer carries the request behind its code.
+// The range of a payload that holds secrets. An error answer has the request after its code.
 static std::pair<size_t, size_t> secret_part(View payload) {
   if (!payload.empty() && is_error_answer(payload[0])) {
     auto [first, last] = secret_part(payload.subspan(1));

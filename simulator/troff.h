@@ -1,11 +1,11 @@
-// Text for a manual page, made literal.
+// Escapes text for a manual page.
 #pragma once
 
 #include <string>
 
 namespace sim {
 
-// A dash is an option's, and a dot or a quote at the start of a line is text, not a command.
+// Options need the dash as it is; a dot or quote at the start of a line would be a command.
 inline std::string troff(const std::string& text) {
   std::string out;
   bool line_start = true;

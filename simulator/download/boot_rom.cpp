@@ -1,4 +1,4 @@
-// Strict: a packet of another length, or an address that does not follow, is refused with a NAK.
+// Strict: a packet of the wrong length, or a write that leaves a gap, is refused with a NAK.
 #include "simulator/download/boot_rom.h"
 
 #include <algorithm>

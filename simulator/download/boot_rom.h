@@ -1,5 +1,5 @@
-// The modem's boot ROM (DMSS download): takes a program into its RAM and starts it, and lets a host
-// read what a crash has left. Multi-byte fields are big-endian.
+// The modem's boot ROM (DMSS download): loads a program into its RAM and starts it, and lets a host
+// read the memory after a crash. Multi-byte fields are big-endian.
 #pragma once
 
 #include <optional>
@@ -18,16 +18,16 @@ struct MemoryRegion {
   std::string name;
 };
 
-// Content that tells where it was read from: each word of 32 bits, big-endian, is its own address.
+// Content that shows where it was read from: each big-endian 32-bit word is its own address.
 Bytes memory_of_addresses(uint32_t base, size_t length);
 
 class BootRom {
  public:
-  // The answer to a packet; nothing when the program that was started gives none.
+  // The answer to a packet; empty when there is none.
   Bytes answer(View packet);
 
   Bytes ram;             // what has been written, from RAM_ADDRESS on
-  bool started = false;  // by a go to its start
+  bool started = false;  // by a go packet to RAM_ADDRESS
   std::vector<MemoryRegion> regions;
 
   static constexpr uint32_t RAM_ADDRESS = 0x00800028;

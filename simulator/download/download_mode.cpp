@@ -1,4 +1,4 @@
-// The packets by name, and where they lead.
+// The packets by name, and the modes they lead to.
 #include "simulator/download/download_mode.h"
 
 #include <algorithm>

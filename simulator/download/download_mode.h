@@ -17,10 +17,10 @@ class DownloadMode {
   // The answer to a packet of this mode; empty when there is none.
   Bytes answer(Mode mode, View packet);
 
-  // What the modem answered last: a lone flag asks for it again.
+  // The modem's last answer: a lone flag asks for it again.
   const Bytes& last_answer() const { return last_answer_; }
 
-  // The mode that the last packet leads to, when that is another.
+  // The mode that the last packet switches to, if it does.
   std::optional<Mode> leads_to(Mode mode) const;
 
   BootRom rom;

@@ -1,4 +1,4 @@
-// Strict: nothing is taken before a hello, and no write that does not follow the one before.
+// Strict: accepts nothing before a hello, and only writes that continue the one before.
 #include "simulator/download/programmer.h"
 
 #include <algorithm>

@@ -10,13 +10,13 @@ namespace sim {
 
 class Programmer {
  public:
-  // The answer to a packet; empty when it gives none.
+  // The answer to a packet; empty when there is none.
   Bytes answer(View packet);
 
-  Bytes partition;              // of the modem; a table that differs wants the override flag
+  Bytes partition;              // of the modem; a different table needs the override flag
   std::map<int, Bytes> images;  // by type, as they were written
   bool erased = false;          // by an override
-  bool reset = false;           // the modem starts anew
+  bool reset = false;           // the modem restarts
 
  private:
   Bytes take_partition(View packet);

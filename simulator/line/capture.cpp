@@ -16,9 +16,8 @@ enum Option : uint16_t { END = 0, COMMENT = 1, NAME = 2, FLAGS = 2, RESOLUTION =
 constexpr uint32_t ORDER_MARK = 0x1A2B3C4D;
 constexpr uint16_t LINK_TYPE = 147;  // USER0
 constexpr uint32_t DIRECTION_BITS = 3;
-constexpr uint32_t MICROSECONDS = 6;  // 10^-6 s, also when a file does not say
-constexpr uint64_t LATEST =
-    1'000'000'000'000'000'000;  // microseconds; later times are not computed with
+constexpr uint32_t MICROSECONDS = 6;                    // 10^-6 s, the default of the format
+constexpr uint64_t LATEST = 1'000'000'000'000'000'000;  // microseconds; later times are cut to this
 constexpr char GONE[] = "the device is gone";
 
 // ---- writing ----
@@ -118,7 +117,7 @@ class Reader {
   void take_interface();
   std::optional<CapturedPacket> take_packet() const;
 
-  // The value of an option that begins at at; nothing when there is none.
+  // The value of an option in the list that begins at at, if it is there.
   std::optional<View> option(size_t at, Option wanted) const {
     while (at + 4 <= body_.size()) {
       uint32_t code = number(body_, at, 2), length = number(body_, at + 2, 2);
@@ -146,13 +145,13 @@ bool Reader::next_block() {
     big_endian_ = false;
     uint32_t order = number(file_, 8, 4);
     big_endian_ = order != ORDER_MARK;
-    if (number(file_, 8, 4) != ORDER_MARK) fail("no pcapng file");
+    if (number(file_, 8, 4) != ORDER_MARK) fail("not a pcapng file");
     in_section_ = true;
     resolutions_.clear();
   }
-  if (!in_section_) fail("no pcapng file");
+  if (!in_section_) fail("not a pcapng file");
   uint32_t length = number(file_, 4, 4);
-  if (length < 12 || length % 4 != 0) fail("a block has no possible length");
+  if (length < 12 || length % 4 != 0) fail("a block has an impossible length");
   if (length > file_.size()) return false;  // cut
   body_ = file_.subspan(8, length - 12);
   file_ = file_.subspan(length);
@@ -163,7 +162,7 @@ void Reader::take_interface() {
   uint32_t resolution = MICROSECONDS;
   if (auto value = option(8, RESOLUTION); value && !value->empty()) resolution = (*value)[0];
   constexpr uint32_t FINEST = 12;
-  if (resolution > FINEST) fail("times in a unit that is not known here");
+  if (resolution > FINEST) fail("times in an unsupported unit");
   bool ours = number(body_, 0, 2) == LINK_TYPE;
   resolutions_.push_back(ours ? resolution + 1 : 0);
 }
@@ -171,7 +170,7 @@ void Reader::take_interface() {
 std::optional<CapturedPacket> Reader::take_packet() const {
   uint32_t interface = number(body_, 0, 4);
   if (interface >= resolutions_.size() || resolutions_[interface] == 0)
-    fail("packets of another kind of line: this is no capture of a modem's DIAG port");
+    fail("packets of another link type: not a capture of a modem's DIAG port");
   uint64_t time = uint64_t{number(body_, 4, 4)} << 32 | number(body_, 8, 4);
   uint32_t resolution = resolutions_[interface] - 1;
   for (; resolution > MICROSECONDS; --resolution) time /= 10;
@@ -190,7 +189,7 @@ std::optional<CapturedPacket> Reader::take_packet() const {
 }
 
 std::vector<CapturedPacket> parse_capture(View file, const std::string& name) {
-  if (file.size() < 12) throw CaptureError(name + ": no pcapng file");
+  if (file.size() < 12) throw CaptureError(name + ": not a pcapng file");
   return Reader(file, name).read();
 }
 

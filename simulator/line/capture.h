@@ -1,7 +1,6 @@
-// Captures of the line as pcapng files: every frame as it went over the wire, with its flags and
-// check bytes, of link type USER0, direction in the packet's flags. What is no frame (a lone flag,
-// the rest before a hang-up) is a packet as well, and so is a hang-up: it has no bytes and a
-// comment.
+// Captures of the line as pcapng files: every frame as sent, with its flags and check bytes, of
+// link type USER0, direction in the packet's flags. Bytes outside a frame (a lone flag, the rest
+// before a hang-up) are packets too, and so is a hang-up: a packet with a comment and no bytes.
 #pragma once
 
 #include <chrono>
@@ -31,7 +30,7 @@ struct CaptureError : std::runtime_error {
 };
 
 // The packets of a capture, in order. A file that is cut within a packet gives those before it.
-// Both throw CaptureError for what is no capture of such a line; name stands for the file.
+// Both throw CaptureError for any other file; name is the file's in its message.
 std::vector<CapturedPacket> parse_capture(View file, const std::string& name);
 std::vector<CapturedPacket> load_capture(const std::string& path);
 

@@ -1,4 +1,4 @@
-// Framing. A frame that grows past what any host sends is dropped up to its next flag.
+// Framing. A frame longer than any host sends is dropped up to the next flag.
 #include "simulator/line/frame.h"
 
 #include <boost/crc.hpp>

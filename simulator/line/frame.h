@@ -1,6 +1,6 @@
 // The modem's side of the wire: HDLC-like frames with a CRC-16/X.25 (RFC 1662).
 //
-// Written apart from the module's codec, with Boost's CRC, so that one mistake can't hide in both.
+// Written separately from the module's codec, with Boost's CRC: one mistake can't hide in both.
 #pragma once
 
 #include <cstdint>

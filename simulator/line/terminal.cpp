@@ -1,4 +1,4 @@
-// Pseudo-terminals by the book: raw before the host opens them, never our controlling terminal.
+// Pseudo-terminals: raw before the host opens them, never our controlling terminal.
 #include "simulator/line/terminal.h"
 
 #include <fcntl.h>

@@ -23,7 +23,7 @@ class Terminal {
   const std::string& path() const { return path_; }
 
   Bytes read();            // what the host has written, possibly nothing
-  void write(View bytes);  // drops what does not fit, as a modem whose host does not read
+  void write(View bytes);  // drops what does not fit, like a modem whose host does not read
 
  private:
   void remove_dead_link();

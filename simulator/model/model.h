@@ -1,8 +1,7 @@
 // What the simulated modem knows: plain values that requests read and scenarios set.
 //
 // The defaults are a healthy device: SIM ready, registered at home on WCDMA with good signal.
-// Numbers are the modem's own codes, as they go over the wire, by the names that hosts compare
-// with.
+// Numbers are the modem's own codes as sent, by their names in the public headers.
 #pragma once
 
 #include <cstdint>
@@ -61,7 +60,7 @@ struct Network {
   int registration = ZOP_REGISTRATION_SUCCESS;
   int roaming = ZOP_ROAMING_HOME;
   int service = ZOP_SERVICE_FULL;
-  int home_allowed = 1;  // whether the modem goes to its home network when asked
+  int home_allowed = 1;  // whether the modem agrees to go to its home network
   int carrier = 0;
 };
 
@@ -130,14 +129,14 @@ struct Device {
   int debug_mode = 0;    // flags events
   int events = 0;        // EVENT_ bits that no host has fetched
   int backup_ready = 0;  // 0 ready
-  int backup_value = 1;  // 0: the NV items want a backup or restore
-  int end_status = 0;    // of the call that ended last
-  std::string called;    // number of the call under way or of the last one
+  int backup_value = 1;  // 0: asks for a backup or restore of the NV items
+  int end_status = 0;    // of the last call
+  std::string called;    // number of the current or last call
   std::vector<std::string> errors = {"boot: watchdog reset"};
-  int crash_dump = 0;  // after a crash: waits for a memory dump instead of starting anew
+  int crash_dump = 0;  // after a crash: waits for a memory dump instead of restarting
   std::map<int, Bytes> nv_backup;
-  int crashed = 0;  // is started in its boot ROM, as if it had just crashed
-  Bytes partition;  // its partition table; a download of another one erases the file system
+  int crashed = 0;  // starts in its boot ROM, as if it had just crashed
+  Bytes partition;  // its partition table; downloading another one erases the file system
   std::vector<MemoryRegion> memory = {
       {1, 0x00800000, memory_of_addresses(0x00800000, 300'000), "RAM", "ram.bin"},
       {1, 0xFFFF0000, memory_of_addresses(0xFFFF0000, 4096), "boot ROM", "rom.bin"}};

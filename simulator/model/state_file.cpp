@@ -1,5 +1,5 @@
-// The state as JSON, replaced in one step: a new file is written beside the old, brought to the
-// disk and renamed over it.
+// The state as JSON, replaced atomically: a new file is written beside the old one, synced to disk
+// and renamed over it.
 #include "simulator/model/state_file.h"
 
 #include <fcntl.h>
@@ -55,7 +55,7 @@ static void apply_state(const Json& state, Model& m) {
   state.at("outbox").get_to(m.outbox);
 }
 
-// A PIN that was verified is wanted again after power-on.
+// A verified PIN is needed again after power-on.
 static void power_on(Sim& sim) {
   if (sim.lock == ZOP_PIN_VERIFIED) sim.lock = ZOP_PIN_ENABLED;
   if (sim.lock == ZOP_PIN_ENABLED) sim.status = ZOP_SIM_NOT_INITIALISED;
@@ -67,7 +67,7 @@ void StateFile::load(Model& model) {
     std::ifstream file(path_);
     apply_state(Json::parse(file), model);
   } catch (const Json::exception& error) {
-    throw std::runtime_error(path_ + " is no state of a simulated modem: " + error.what());
+    throw std::runtime_error(path_ + " is not the state of a simulated modem: " + error.what());
   }
   power_on(model.sim);
 }

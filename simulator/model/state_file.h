@@ -13,10 +13,10 @@ class StateFile {
   // An empty path keeps nothing. A file that does not exist yet is made at the first save.
   explicit StateFile(std::string path) : path_(std::move(path)) {}
 
-  // Puts what the file keeps into the model. Throws std::runtime_error naming the file.
+  // Loads the file into the model. Throws std::runtime_error naming the file.
   void load(Model& model);
 
-  // Writes the file when the model has changed. The old state stands until the new one is whole.
+  // Writes the file when the model has changed. The old file stays until the new one is complete.
   void save(const Model& model);
 
  private:

@@ -89,12 +89,12 @@ void backup_step(const Incoming& in, Answer& a) {
   Device& device = in.model.device;
   if (in.request[0] == BACKUP) device.nv_backup = in.model.nv;
   if (in.request[0] == RESTORE) in.model.nv = device.nv_backup;
-  if (in.request[0] == BACKUP) device.backup_value = 0;  // and wants to have it back
+  if (in.request[0] == BACKUP) device.backup_value = 0;  // and asks for a restore
   if (in.request[0] == RESTORE) device.backup_value = 1;
   a.zeros(2).u16(1);
 }
 
-// The items are made anew; what was written is gone until it is restored.
+// The items get their defaults; written values are lost until they are restored.
 void rebuild_nv(const Incoming& in, Answer& a) {
   in.model.nv = Model().nv;
   a.then = Answer::RESTARTS_WITHOUT_ANSWER;
@@ -133,7 +133,7 @@ void end_call(const Incoming& in, Answer&) {
   in.model.state.call = ZOP_CALL_IDLE;
 }
 
-// A record that is fetched clears its flag.
+// Fetching a record clears its flag.
 static void fetched(const Incoming& in, int event) { in.model.device.events &= ~event; }
 
 void event_originated(const Incoming& in, Answer& a) {

@@ -70,7 +70,7 @@ static void timestamp(I in, A a) {
   a.u32(ticks & 0xFFFFFFFF).u32(ticks >> 32);
 }
 
-// Sets a value of the model to the request's byte, when it is up to most.
+// Sets a value of the model to the request's byte, which may be up to most.
 static void set(I in, A a, int& place, int most) {
   int value = in.request[3];
   if (value > most) return a.status(1);
@@ -233,7 +233,7 @@ Bytes refusal(int code, View request) {
   return answer;
 }
 
-// A request with a subcommand is answered with its header and a status, another with its command.
+// The header and a status for a request with a subcommand, else only the command.
 static Answer begin_answer(const Request& row) {
   Answer answer;
   answer.u8(row.command);

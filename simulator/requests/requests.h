@@ -1,4 +1,4 @@
-// The requests that the modem knows: one table, a row a request.
+// The requests that the modem knows: one table, one row per request.
 #pragma once
 
 #include <chrono>
@@ -40,7 +40,7 @@ class Answer {
   enum { STAYS, RESTARTS, RESTARTS_WITHOUT_ANSWER, ENTERS_BOOT_ROM } then = STAYS;
 };
 
-// A request that has come in, and the modem that it asks.
+// A received request, and the state of the modem.
 struct Incoming {
   Model& model;
   View request;
@@ -68,7 +68,7 @@ const Request* find_request_named(const std::string& name);
 // An error answer.
 Bytes refusal(int code, View request);
 
-// What the modem answers to one request, and does then.
+// The answer to a request, and what the modem does afterwards.
 Answer answer_to(const Incoming& in);
 
 }  // namespace sim

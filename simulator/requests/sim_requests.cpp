@@ -24,7 +24,7 @@ static std::string code_at(const Incoming& in, size_t offset) {
 // The result of an operation: 0 accepted, 1 refused.
 static void result(Answer& a, bool accepted) { a.zeros(3).u8(accepted ? 0 : 1); }
 
-// A right PIN gives all tries back, a wrong one takes one away; the last one blocks the card.
+// A correct PIN restores all tries, a wrong one costs one; the last one blocks the card.
 static bool try_pin(Sim& sim, const std::string& pin) {
   if (sim.lock == ZOP_PIN_BLOCKED || sim.retries == 0) return false;
   if (pin == sim.pin) {
@@ -83,7 +83,7 @@ void pin_enable(const Incoming& in, Answer& a) {
   result(a, accepted);
 }
 
-// Too many wrong keys end the card for good.
+// Too many wrong keys disable the card for good.
 void pin_unblock(const Incoming& in, Answer& a) {
   Sim& sim = in.model.sim;
   std::string new_pin = code_at(in, SECOND_CODE);
@@ -114,7 +114,7 @@ void sim_file(const Incoming& in, Answer& a) {
 
 static void plmn(Answer& a, const Plmn& entry) { a.text(entry.mcc, 3).text(entry.mnc, 3); }
 
-// Count and up to room entries with technology bytes, from the entry at first on.
+// Count and up to room entries with technology bytes, beginning with the entry at first.
 static void plmn_block(Answer& a, const std::vector<Plmn>& list, size_t first, size_t room) {
   size_t count = std::min(room, list.size() - std::min(first, list.size()));
   a.u8(static_cast<int>(count));
@@ -125,10 +125,10 @@ static void plmn_block(Answer& a, const std::vector<Plmn>& list, size_t first, s
   a.zeros((room - count) * 8);
 }
 
-// A block from the 1-based entry of the request on, behind the length of the whole list.
+// The length of the whole list, then a block from the request's 1-based entry on.
 static void numbered_block(const Incoming& in, Answer& a, const std::vector<Plmn>& list) {
   size_t first = in.request[3] == 0 ? 256 : in.request[3];
-  a.u8(static_cast<int>(std::min<size_t>(255, list.size())));  // all that the field holds
+  a.u8(static_cast<int>(std::min<size_t>(255, list.size())));  // the largest that fits
   plmn_block(a, list, first - 1, BLOCK_ENTRIES);
 }
 

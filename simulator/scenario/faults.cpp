@@ -1,4 +1,4 @@
-// Parsing and drawing of faults.
+// Parsing faults, and choosing the one that hits a request.
 #include "simulator/scenario/faults.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ static Number number(const std::string& text, const std::string& what) {
   Number value{};
   auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc{} || end != text.data() + text.size()) {
-    throw std::invalid_argument(what + ": \"" + text + "\" is no number");
+    throw std::invalid_argument(what + ": \"" + text + "\" is not a number");
   }
   return value;
 }
@@ -45,7 +45,7 @@ static void set_kind(Fault& fault, const std::string& text) {
   if (row == std::end(KINDS)) {
     std::string known;
     for (const KindRow& kind : KINDS) known += std::string(known.empty() ? "" : ", ") + kind.name;
-    throw std::invalid_argument("no fault \"" + name + "\"; there are " + known);
+    throw std::invalid_argument("unknown fault \"" + name + "\"; known are " + known);
   }
   fault.kind = row->kind;
   fault.value = row->usual;
@@ -63,7 +63,7 @@ static void set_option(Fault& fault, const std::string& option) {
   std::string value = equals == std::string::npos ? "" : option.substr(equals + 1);
   if (key == "request") {
     if (find_request_named(value) == nullptr && !is_packet_name(value)) {
-      throw std::invalid_argument("no request \"" + value + "\"");
+      throw std::invalid_argument("unknown request \"" + value + "\"");
     }
     fault.request = value;
   } else if (key == "skip") {
@@ -73,8 +73,8 @@ static void set_option(Fault& fault, const std::string& option) {
   } else if (key == "chance") {
     fault.chance = number<double>(value, key);
   } else {
-    throw std::invalid_argument("no option \"" + key +
-                                "\"; there are request, skip, count, chance");
+    throw std::invalid_argument("unknown option \"" + key +
+                                "\"; it is one of request, skip, count, chance");
   }
 }
 
@@ -89,7 +89,7 @@ Fault parse_fault(const std::string& text) {
     colon = end;
   }
   bool good = fault.skip >= 0 && fault.count >= -1 && fault.chance >= 0 && fault.chance <= 1;
-  if (!good) throw std::invalid_argument("skip and count are not negative, chance is 0 to 1");
+  if (!good) throw std::invalid_argument("skip and count can't be negative, chance is 0 to 1");
   return fault;
 }
 

@@ -32,15 +32,15 @@ struct Fault {
   FaultKind kind = FaultKind::SILENCE;
   int value = 0;
   std::string request;  // name of the request, empty for all
-  int skip = 0;         // matching requests left in peace first
-  int count = -1;       // then so many are hit, -1 all
+  int skip = 0;         // matching requests left alone first
+  int count = -1;       // then this many are hit, -1 all
   double chance = 1.0;
 };
 
 // A fault from its textual form. Throws std::invalid_argument with the reason.
 Fault parse_fault(const std::string& text);
 
-// The switches and what is left of them.
+// The switches and their remaining counts.
 class Faults {
  public:
   explicit Faults(std::vector<Fault> faults = {}, unsigned seed = 1)

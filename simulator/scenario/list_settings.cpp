@@ -98,7 +98,7 @@ Plmn parse_plmn(const std::string& text) {
   bool known = technology == "umts" || technology == "gsm";
   if (!digits || mcc.size() != 3 || mnc.size() < 2 || mnc.size() > 3 || !known) {
     throw std::invalid_argument("\"" + text +
-                                "\" is no PLMN; one is \"310-410\" or \"001-01 gsm\"");
+                                "\" is not a PLMN like \"310-410\" or \"001-01 gsm\"");
   }
   if (technology == "gsm") return {mcc, mnc, 0, 128};
   return {mcc, mnc, 128, 0};

@@ -36,13 +36,13 @@ struct PlmnSetting {
 const RecordSetting* find_record_setting(const std::string& key);
 const PlmnSetting* find_plmn_setting(const std::string& key);
 
-// As describe_settings, of the lists.
+// As describe_settings, for the lists.
 std::vector<std::string> describe_lists();
 
-// An entry written "MCC-MNC", with " gsm" behind it for GSM. Throws std::invalid_argument.
+// An entry written "MCC-MNC", with " gsm" appended for GSM. Throws std::invalid_argument.
 Plmn parse_plmn(const std::string& text);
 
-// Bounds of the memory that is set, all its regions together, and of the partition table.
+// Limits of device.memory, all regions together, and of the partition table.
 enum : int64_t { MOST_REGIONS = 40, LARGEST_MEMORY = 0x1000'0000, LARGEST_PARTITION = 2048 };
 enum : int { NV_BYTES = 128 };
 

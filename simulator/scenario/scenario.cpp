@@ -1,5 +1,5 @@
 // Reading scenarios. Every key must be known and every value in its range: a misspelt scenario
-// would show a modem that nobody asked for.
+// would simulate a modem that nobody asked for.
 #include "simulator/scenario/scenario.h"
 
 #include <toml++/toml.h>
@@ -15,7 +15,7 @@ namespace sim {
 
 using Changes = std::vector<std::function<void(Model&)>>;
 
-// Where things stand in the file, for the error text.
+// Positions in the file, for error messages.
 struct Place {
   const std::string& file;
   [[noreturn]] void error(const toml::source_region& region, const std::string& reason) const {
@@ -23,7 +23,7 @@ struct Place {
   }
 };
 
-// What a number may be, and how errors name it.
+// The values that a number may have, and its name in errors.
 struct Range {
   std::string key;
   int min, max;
@@ -37,8 +37,8 @@ static int value_in_range(const Place& place, const Range& setting, const toml::
     std::string known;
     for (Word w : setting.words) known += std::string(known.empty() ? "" : ", ") + w.name;
     place.error(node.source(),
-                setting.key + ": no word \"" + *word + "\"" +
-                    (known.empty() ? "; it takes a number" : "; there are " + known));
+                setting.key + ": unknown word \"" + *word + "\"" +
+                    (known.empty() ? "; it takes a number" : "; known are " + known));
   }
   if (auto flag = node.value_exact<bool>()) return *flag ? 1 : 0;
   auto number = node.value_exact<int64_t>();
@@ -130,13 +130,13 @@ static void add_plmns(const Place& place, const PlmnSetting& setting, const toml
   changes.push_back([&setting, plmns](Model& model) { setting.place(model) = plmns; });
 }
 
-// A number or text of a memory region, or what it is without.
+// A number or text of a memory region, or its default.
 template <typename Value>
 static Value field_of(const Place& place, const toml::table& region, const char* key, Value usual) {
   const toml::node* node = region.get(key);
   if (node == nullptr) return usual;
   auto value = node->value_exact<Value>();
-  if (!value) place.error(node->source(), std::string("device.memory.") + key + ": no such value");
+  if (!value) place.error(node->source(), std::string("device.memory.") + key + ": wrong type");
   return *value;
 }
 
@@ -157,7 +157,7 @@ static MemoryRegion region_of(const Place& place, const toml::node& node, size_t
   for (auto&& [key, value] : *table) {
     constexpr const char* KEYS[] = {"name", "base", "length", "description", "preference", "fill"};
     if (std::ranges::find(KEYS, key.str()) == std::end(KEYS))
-      place.error(value.source(), "no device.memory." + std::string(key.str()));
+      place.error(value.source(), "unknown device.memory." + std::string(key.str()));
   }
   auto base = static_cast<uint32_t>(number_of(place, *table, "base", 0, 0xFFFFFFFF));
   auto length =
@@ -200,7 +200,7 @@ static void add_change(const Place& place, const std::string& key, const toml::n
     Bytes data = bytes_of(place, key, node, LARGEST_PARTITION);
     changes.push_back([data](Model& model) { model.device.partition = data; });
   } else {
-    place.error(node.source(), "no setting \"" + key + "\"");
+    place.error(node.source(), "unknown setting \"" + key + "\"");
   }
 }
 
@@ -219,7 +219,7 @@ static bool flag(const Place& place, const toml::node& node, const char* key) {
   return true;
 }
 
-// What the modem flags to a listening host, and what has happened to it then.
+// The events that a listening host sees, and how they change the modem.
 struct EventWord {
   const char* name;
   void (*raise)(Model&);
@@ -261,7 +261,7 @@ static Happening read_happening(const Place& place, const toml::table& entry) {
   Happening happening;
   auto seconds = entry["time"].value<double>();
   if (!seconds || !(*seconds >= 0 && *seconds < 1e9)) {
-    place.error(entry.source(), "an entry of the time line needs a time in seconds");
+    place.error(entry.source(), "a time line entry needs a time in seconds");
   }
   happening.at = std::chrono::duration_cast<Time>(std::chrono::duration<double>(*seconds));
   for (auto&& [name, node] : entry) {
@@ -276,7 +276,7 @@ static Happening read_happening(const Place& place, const toml::table& entry) {
     } else if (is_section(key)) {
       add_section(place, key, node, happening.changes);
     } else {
-      place.error(node.source(), "no \"" + key + "\" in an entry of the time line");
+      place.error(node.source(), "unknown key \"" + key + "\" in a time line entry");
     }
   }
   return happening;
@@ -339,7 +339,7 @@ static Scenario read_scenario(const Place& place, toml::table& root) {
     } else if (is_section(key)) {
       add_section(place, key, node, initial);
     } else {
-      place.error(node.source(), "no section \"" + key + "\"");
+      place.error(node.source(), "unknown section \"" + key + "\"");
     }
   }
   for (auto& change : initial) change(scenario.model);

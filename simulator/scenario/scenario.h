@@ -1,8 +1,7 @@
-// A scenario: the modem's state at the start, and what happens to it as time goes by.
+// A scenario: the modem's state at the start, and how it changes over time.
 //
-// TOML. Tables set the state; each [[at]] entry changes it later, raises a hang-up or a return;
-// each
-// [[fault]] is a fault switch in its textual form:
+// TOML. Tables set the state; each [[at]] entry changes it later, or unplugs or replugs the device;
+// each [[fault]] is a fault switch in its textual form:
 //
 //   [radio]
 //   rssi = -75
@@ -35,7 +34,7 @@ struct Happening {
 struct Scenario {
   std::string title;
   Model model;
-  bool clock_is_set = false;        // by the scenario; otherwise the modem starts now
+  bool clock_is_set = false;        // by the scenario; otherwise it starts at the present time
   std::vector<Happening> timeline;  // in order of time
   std::vector<Fault> faults;
 };
@@ -45,7 +44,7 @@ struct ScenarioError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Read a scenario. Both throw ScenarioError; name stands for the file in its text.
+// Both throw ScenarioError; name is the file's in its message.
 Scenario parse_scenario(const std::string& toml, const std::string& name);
 Scenario load_scenario(const std::string& path);
 

@@ -1,4 +1,4 @@
-// The table of settings. Words name the values that people write; numbers are taken as well.
+// The table of settings. Values may be written as words or as numbers.
 #include "simulator/scenario/settings.h"
 
 #include <algorithm>

@@ -60,7 +60,7 @@ TEST(SimulatorProgram, bad_usage_is_told_in_one_line) {
   } rows[] = {
       {{"nowhere"}, "zop-modem-sim: no shipped scenario \"nowhere\"; --list-scenarios shows them"},
       {{"./nowhere.toml"}, "zop-modem-sim: ./nowhere.toml: can't be read"},
-      {{"--fault", "rain"}, "zop-modem-sim: --fault: no fault \"rain\""},
+      {{"--fault", "rain"}, "zop-modem-sim: --fault: unknown fault \"rain\""},
   };
   for (auto& row : rows) {
     row.words.insert(row.words.begin(), SIMULATOR);
