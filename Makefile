@@ -1,4 +1,4 @@
-# Every target does its whole set-up and is safe to repeat. `make help` lists them.
+# Every target installs what it needs and may be repeated. `make help` lists them.
 .POSIX:
 .SUFFIXES:
 .PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench figures clean
@@ -23,27 +23,27 @@ build: setup ## build the release into build/release
 test: build ## build, and run every test
 	@ctest --test-dir $(RELEASE) -j $(JOBS) --output-on-failure
 
-demo: build ## show a host that reads, updates and dumps simulated modems
+demo: build ## read, update and dump simulated modems
 	@sh scripts/demo.sh $(RELEASE)
 
 arm: ## cross build for 32-bit ARM, and its tests under qemu
 	@sh scripts/setup.sh arm
 	@sh scripts/arm.sh
 
-size: build arm ## sizes of the stripped module beside their limits
+size: build arm ## sizes of the stripped module, and their limits
 	@sh scripts/size.sh
 
-deb: ## Debian packages of what is committed, tried in a scratch root
+deb: ## Debian packages of the committed sources, tried in a scratch root
 	@sh scripts/setup.sh deb
 	@sh scripts/deb.sh
 
-abi-baseline: build ## record the library's interface anew, after a change that is meant
+abi-baseline: build ## record the library's interface again, after an intended change
 	@sh scripts/abi.sh record $(RELEASE)/libzop_module.so.0
 
-format: setup ## lay out the sources
+format: setup ## format the sources
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format -i
 
-check-format: setup ## fail when a source is not laid out
+check-format: setup ## fail when a source is not formatted
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run -Werror
 
 tidy: setup ## static checks by cppcheck, gcc's analyzer and clang-tidy
@@ -63,7 +63,7 @@ coverage: setup ## how much of the module the tests run: build/coverage/report.h
 fuzz: setup ## fuzz every target; FUZZ_SECONDS for each, 600 by default
 	@sh scripts/fuzz.sh $${FUZZ_SECONDS:-600}
 
-faults: setup ## every function against every fault of the line; writes docs/faults.md
+faults: setup ## try every function with every fault of the line; writes docs/faults.md
 	@sh scripts/faults.sh
 
 bench: setup ## benchmarks beside their floors

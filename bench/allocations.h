@@ -1,4 +1,4 @@
-// Counts heap allocations of the measured code: the module promises none.
+// Counts heap allocations of the measured code: the module must make none.
 #pragma once
 
 #include <atomic>

@@ -1,5 +1,5 @@
-// A pseudo-terminal whose far end answers every frame, for as long as it lives. The answer is made
-// by a function on a thread of its own.
+// A pseudo-terminal whose far end answers every frame. A function on a thread of its own makes the
+// answers.
 #pragma once
 
 #include <fcntl.h>
@@ -19,7 +19,7 @@
 
 class AnsweringTerminal {
  public:
-  // The answer as it goes over the wire; valid until the next call.
+  // The answer as sent; valid until the next call.
   using Answer = std::function<std::span<const uint8_t>(std::span<const uint8_t> frame)>;
 
   explicit AnsweringTerminal(Answer answer) : answer_(std::move(answer)) {
@@ -60,7 +60,7 @@ class AnsweringTerminal {
     }
   }
   Answer answer_;
-  std::vector<uint8_t> frame_ = std::vector<uint8_t>(8192);  // made before anything is measured
+  std::vector<uint8_t> frame_ = std::vector<uint8_t>(8192);  // made before measuring
   int master_;
   int held_open_;
   std::atomic<bool> stop_ = false;

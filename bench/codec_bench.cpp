@@ -1,5 +1,5 @@
 // The frame codec beside a plain table CRC over the same bytes, and memcpy. Payloads of a query, an
-// NV item and a field-test screen, with the share of stuffed bytes that their contents have.
+// NV item and a field-test screen, with their usual share of stuffed bytes.
 #include <benchmark/benchmark.h>
 
 #include <dlfcn.h>
@@ -15,7 +15,7 @@
 
 std::atomic<long> allocation_count = 0;
 
-// The module is C-like: its allocations would go through malloc.
+// The module has no operator new: its allocations would go through malloc.
 extern "C" void* malloc(size_t size) {
   static void* (*const real)(size_t) =
       reinterpret_cast<void* (*)(size_t)>(dlsym(RTLD_NEXT, "malloc"));
@@ -52,8 +52,8 @@ static void crc_floor(benchmark::State& state) {
   count_bytes(state);
 }
 
-// What a decoder can't do without. It rewrites its input, so both get a fresh copy each round; the
-// check bytes run through the loop too.
+// The work that every decoder must do. Decoding rewrites the input, so both get a fresh copy each
+// round; the check bytes go through the loop too.
 static void fresh_copy_and_crc(benchmark::State& state) {
   Bytes bytes = payload(static_cast<size_t>(state.range(0)));
   Bytes wire = wire_of(bytes);

@@ -1,6 +1,6 @@
 // A firmware download and a memory dump over a pseudo-terminal, each beside its floor: the same
-// frames on the same terminal, made beforehand, with the pauses that the protocol wants, a plain
-// check of each answer and nothing else. The modem's end is a thread that answers at once.
+// frames on the same terminal, prepared beforehand, with the protocol's pauses, a plain check of
+// each answer and nothing else. A thread plays the modem and answers at once.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/select.h>
@@ -23,7 +23,7 @@
 namespace fs = std::filesystem;
 using Bytes = std::vector<uint8_t>;
 
-// 16 MiB, or a little when it only has to be seen to work.
+// 16 MiB, or less when it only has to be shown to work.
 static size_t image_size() {
   return std::getenv("BENCH_SMOKE") != nullptr ? size_t{256} << 10 : size_t{16} << 20;
 }
@@ -70,7 +70,7 @@ class Folder {
   }();
 };
 
-// The modules' own progress lines go nowhere.
+// Discards the module's progress lines.
 class Silence {
  public:
   Silence() : saved_(dup(STDOUT_FILENO)) {
@@ -111,7 +111,7 @@ static AnsweringTerminal::Answer programmer() {
   };
 }
 
-// Sends a frame, takes what comes back and looks at its check sequence. False when nothing comes.
+// Sends a frame, reads the answer and checks its check sequence. False when no answer comes.
 static bool exchanged(int fd, const Bytes& frame) {
   for (size_t sent = 0; sent < frame.size();) {
     ssize_t n = write(fd, frame.data() + sent, frame.size() - sent);
@@ -200,7 +200,7 @@ static Bytes region_list() {
   return packet;
 }
 
-// The boot ROM of a crashed modem. Its replies are made beforehand.
+// The boot ROM of a crashed modem. Its replies are prepared beforehand.
 static AnsweringTerminal::Answer crashed_modem() {
   std::vector<Bytes> replies;
   Bytes bytes = image();
@@ -231,7 +231,7 @@ static void dump(benchmark::State& state) {
   }
 }
 
-// With as many bytes written to a file.
+// Also writes the same number of bytes to a file.
 static void dump_floor(benchmark::State& state) {
   std::vector<Bytes> frames = {framed({0x10})};
   for (uint32_t at = 0; at < image_size(); at += MOST_READ)

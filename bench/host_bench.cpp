@@ -14,9 +14,9 @@
 #include "include/vurn.h"
 #include "simulator/modem.h"
 
-static std::string module_device;  // what the module opens as its device
+static std::string module_device;  // opened by the module as its device
 
-// The module's open, as the linker finds it first.
+// The module's open: the linker finds this one first.
 extern "C" int open(const char* path, int flags, ...) {
   va_list arguments;
   va_start(arguments, flags);
@@ -26,7 +26,7 @@ extern "C" int open(const char* path, int flags, ...) {
   return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
-// A simulated modem that answers at once, and remembers what it was asked.
+// A simulated modem that answers at once and records its requests.
 class AnsweringModem {
  public:
   AnsweringModem() : terminal_([this](std::span<const uint8_t> frame) { return answer(frame); }) {

@@ -1,5 +1,5 @@
 // zopctl parse-log beside `wc -l` and `grep` over the same log: programs from start to end, with
-// the memory each took. The log is that of many devices whose reports come mixed.
+// the memory each took. The log has the interleaved reports of many devices.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -29,7 +29,7 @@ static std::string log_line(int device, int report) {
   return line + ",n=1:\n";
 }
 
-// A log file of so many megabytes, there as long as the program.
+// A log file of this many megabytes, deleted when the program ends.
 class LogFile {
  public:
   explicit LogFile(size_t megabytes) {

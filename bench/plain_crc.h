@@ -1,4 +1,4 @@
-// The check sequence of a frame as a plain loop over a table: what no codec can do without.
+// The check sequence of a frame as a plain table loop: the work that every codec must do.
 #pragma once
 
 #include <array>

@@ -8,7 +8,7 @@
 #include "include/zop_diag_info.h"
 #include "report/rendering.h"
 
-// A record with what a healthy WCDMA modem sends, and full network lists.
+// The record of a healthy WCDMA modem, with full network lists.
 static void fill_record() {
   static bool filled = false;
   if (filled) return;

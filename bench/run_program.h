@@ -1,4 +1,4 @@
-// A program from start to end, its output thrown away.
+// Runs a program to its end and discards its output.
 #pragma once
 
 #include <fcntl.h>
@@ -10,14 +10,14 @@
 #include <string>
 #include <vector>
 
-// Peak of its memory in kB; -1 when it failed.
+// Its peak memory in kB; -1 when it failed.
 inline long run_program(const std::vector<std::string>& words) {
   std::vector<char*> arguments;
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
-  for (int fd : {STDOUT_FILENO, STDERR_FILENO}) {  // grep looks at nothing when it is /dev/null
+  for (int fd : {STDOUT_FILENO, STDERR_FILENO}) {  // grep skips its work on /dev/null
     posix_spawn_file_actions_addopen(&files, fd, "/dev/zero", O_WRONLY, 0);
   }
   pid_t pid = -1;

@@ -1,4 +1,4 @@
-# The dissector with the names of the requests that the simulated modem knows.
+# Writes the dissector with the names of the simulated modem's requests.
 # Usage: cmake -DSIMULATOR=... -DSOURCE=... -DOUTPUT=... -P dissector.cmake
 execute_process(COMMAND ${SIMULATOR} --list-requests
   OUTPUT_VARIABLE lines COMMAND_ERROR_IS_FATAL ANY)

@@ -1,4 +1,4 @@
-# Where things go: library, development files and tools as three components, each a Debian package.
+# Library, development files and tools: three components, each a Debian package.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -24,7 +24,7 @@ install(FILES
   ${CMAKE_BINARY_DIR}/zop_moduleConfig.cmake ${CMAKE_BINARY_DIR}/zop_moduleConfigVersion.cmake
   DESTINATION ${ZOP_CMAKEDIR} COMPONENT development)
 file(RELATIVE_PATH ZOP_PREFIX_FROM_PC
-  /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)  # the tree may be moved
+  /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)  # relative: the tree may be moved
 configure_file(cmake/zop_module.pc.in ${CMAKE_BINARY_DIR}/zop_module.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/zop_module.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
@@ -32,7 +32,7 @@ install(FILES examples/host.c
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT development)
 
 # ---- tools ----
-# zopctl loads the library that was installed with it, wherever that is.
+# zopctl loads the library installed with it, wherever the tree is.
 set_target_properties(zopctl PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 install(TARGETS zopctl zop-modem-sim RUNTIME COMPONENT tools)
 install(FILES ${CMAKE_BINARY_DIR}/zopctl.1 ${CMAKE_BINARY_DIR}/zop-modem-sim.1

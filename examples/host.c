@@ -1,9 +1,9 @@
-/* The smallest useful host: opens the modem on /dev/tts/USB1, tells what it is and how well it
- * hears the network, and closes it.
+/* The smallest useful host: opens the modem on /dev/tts/USB1, prints its identity and signal, and
+ * closes it.
  *
  *   cc host.c $(pkg-config --cflags --libs zop_module) -o host
  *
- * The module's own log lines go to syslog; the mask says which. */
+ * The module's log lines go to syslog; the mask selects them. */
 #include <stdio.h>
 #include <vurn.h>
 #include <zop_diag_info.h>
@@ -38,6 +38,6 @@ int main(void) {
   /* The record that the diagnostic report is made of; valid while the module is loaded. */
   printf("%-10s %u\n", "Rings", gDiagInfo.ring_counts[0]);
 
-  vurn_close(1); /* and ends the module's threads */
+  vurn_close(1); /* also ends the module's threads */
   return 0;
 }

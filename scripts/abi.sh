@@ -1,6 +1,6 @@
 #!/bin/sh
-# Holds the exported names and types of the built library against the baseline in the tree, and the
-# baseline against CHANGELOG.md, which names each one. Usage: abi.sh check|record LIBRARY
+# Compares the exported names and types of the built library with the baseline in the tree, and
+# checks that CHANGELOG.md names the baseline. Usage: abi.sh check|record LIBRARY
 set -e
 here=$(dirname "$0")/..
 baseline=$here/packaging/libzop_module.abi
@@ -16,11 +16,11 @@ case $1 in
     ;;
   check)
     if [ "$(uname -m)" != x86_64 ]; then
-      echo "skipped: the baseline is of x86_64"
+      echo "skipped: the baseline is for x86_64"
       exit 77
     fi
     abidiff --headers-dir2 "$here/include" "$baseline" "$library" || {
-      echo "abi: the interface differs from its record. If it is meant to: make abi-baseline" >&2
+      echo "abi: the interface differs from its record. If that is intended: make abi-baseline" >&2
       exit 1
     }
     grep -q "interface $(name_of_baseline)" "$here/CHANGELOG.md" || {

@@ -1,6 +1,6 @@
 #!/bin/sh
-# The module through gcc's analyzer, which follows pointers and descriptors across calls. Of C++ it
-# knows the part that the module is written in.
+# Runs gcc's analyzer over the module; it follows pointers and descriptors across calls. It supports
+# only the part of C++ that the module uses.
 set -e
 build=build/analyzer
 mkdir -p "$build"

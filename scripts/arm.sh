@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds everything for 32-bit ARM, runs the tests of the module and of the simulated modem by
-# qemu-user, then lets the ARM zopctl read the ARM simulated modem.
+# Builds everything for 32-bit ARM, runs the tests of the module and of the simulated modem
+# under qemu-user, then lets the ARM zopctl read the ARM simulated modem.
 set -e
 build=build/arm
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \

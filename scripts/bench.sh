@@ -1,6 +1,6 @@
 #!/bin/sh
 # Builds and runs the benchmarks, then shows each figure as a ratio to its floor of the same run.
-# BENCH_SMOKE=1 runs each for a moment, to see that it works; its ratios mean little.
+# BENCH_SMOKE=1 only checks that each one works: its ratios mean little.
 # Usage: bench.sh BUILD
 set -e
 build=$1
@@ -16,7 +16,7 @@ run() {
   grep ERROR "$log" && exit 1
   return 0
 }
-# Programs apart from the rest: to a program's memory counts that of the process that starts it.
+# Programs run separately: their peak memory includes that of the process that starts them.
 programs='parse_log|count_lines|grep|zopctl_|empty_program'
 run bench_programs "$programs"
 run bench_module "-$programs"

@@ -31,7 +31,7 @@ FLOORS = [
 ]
 
 
-# Five times the log may take this much more memory.
+# A log five times as long may take this much more memory.
 GROWTH_KB = 2000
 
 
@@ -49,7 +49,7 @@ def medians(results):
 
 
 def read(names):
-    """The medians of all the results together."""
+    """The medians over all result files."""
     together = {"benchmarks": []}
     for name in names:
         with open(name, encoding="utf-8") as file:
@@ -63,12 +63,12 @@ def main():
         ratio = times[name] / times[floor]
         print(f"{name:15} {times[name]:12.1f} ns   {floor:18} {times[floor]:12.1f} ns   x {ratio:.2f}")
     for name, kilobytes in memory.items():
-        print(f"{name:15} {kilobytes:11.0f} kB at most")
+        print(f"{name:15} {kilobytes:11.0f} kB peak")
     allocating = [name for name, count in allocations.items() if count > 0]
     if allocating:
-        sys.exit(f"bench: these allocate: {', '.join(allocating)}")
+        sys.exit(f"bench: heap allocations in {', '.join(allocating)}")
     if memory["parse_log/100"] > memory["parse_log/20"] + GROWTH_KB:
-        sys.exit("bench: the memory of parse_log grows with the log")
+        sys.exit("bench: parse_log needs more memory for a longer log")
 
 
 if __name__ == "__main__":

@@ -1,10 +1,10 @@
 #!/bin/sh
-# Holds the include lines of every room against the table of who may call whom (ARCHITECTURE.md).
+# Checks the include lines of every room against the table of rooms in ARCHITECTURE.md.
 # Usage: check_includes.sh [SOURCE_DIR]
 cd "${1:-.}" || exit 1
 failures=0
 
-# check ROOM ALLOWED...: the sources of one folder. A room may always include itself and its rooms.
+# check ROOM ALLOWED...: the sources of one folder. A room may include itself and the rooms in it.
 check() {
   room=$1
   shift

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Runs all tests, the replay of the fuzz corpora among them, in a build that counts what runs, and
-# reports how much of each room did: as text here, line by line in build/coverage/report.html.
-# Fails when a room is below the limits.
+# Runs all tests, including the fuzz corpora, in a build that counts executed lines and branches.
+# Prints the share of each room; build/coverage/report.html shows it line by line. Fails when a room
+# is below the limits.
 set -e
 least_lines=95
 least_branches=85
@@ -11,7 +11,7 @@ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZOP_COVERAGE=ON --log
   > /dev/null
 find "$build" -name '*.gcda' -delete
 cmake --build "$build" -j "$(nproc)"
-# What is checked of built files tells nothing about a build like this one.
+# Checks of the built files do not apply to this build.
 ctest --test-dir "$build" -j "$(nproc)" --output-on-failure -E '^(library|install|packaging)\.'
 
 rooms='link commands report download'
@@ -26,5 +26,5 @@ for room in $rooms; do
   echo "coverage: $room: $(echo "$summary" | grep -E '^(lines|branches)' | paste -sd ' ')"
 done
 [ "$result" -eq 0 ] || echo "coverage: $least_lines % of lines and $least_branches % of branches" \
-  "are wanted of each room; see $build/report.html" >&2
+  "are required of each room; see $build/report.html" >&2
 exit "$result"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Static checks by cppcheck. It does not know __VA_OPT__, so it is given a log header without.
+# Static checks by cppcheck. It does not know __VA_OPT__, so it gets a log header without it.
 set -e
 build=build/cppcheck
 mkdir -p "$build/core"
@@ -10,7 +10,7 @@ check() {
     --suppress=missingIncludeSystem "-DNLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(...)=" -I"$build" -I. \
     --file-list=- "$@"
 }
-# In the module its remarks on style count too, but for the taste for algorithms instead of loops.
+# In the module style counts too, except for the advice to use algorithms instead of loops.
 git ls-files 'core/*.cpp' 'link/*.cpp' 'commands/*.cpp' 'report/*.cpp' 'module/*.cpp' \
   'download/*.cpp' | check --enable=warning,performance,portability,style --suppress=useStlAlgorithm
 git ls-files 'simulator/*.cpp' 'records/*.cpp' 'page/*.cpp' 'zopctl/*.cpp' |

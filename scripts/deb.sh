@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the Debian packages from what is committed, looks at them with lintian, and tries them in a
-# scratch root. They stand in build/deb afterwards.
+# Builds the Debian packages from the committed sources into build/deb, checks them with lintian,
+# and tries them in a scratch root.
 set -e
 version=$(sed -n '1s/.*(\(.*\)).*/\1/p' packaging/debian/changelog)
 build=build/deb

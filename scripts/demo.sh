@@ -1,5 +1,5 @@
 #!/bin/sh
-# The demonstration: zopctl loads the module and lets it read a simulated modem, write new firmware
+# A demonstration: zopctl loads the module and lets it read a simulated modem, write new firmware
 # to it and save the memory of one that has crashed. Needs no modem and leaves nothing behind.
 # Usage: demo.sh BUILD_DIR
 set -e
@@ -13,7 +13,7 @@ say() {
   echo
 }
 
-# A small image set: a version in it, noise around.
+# A small image set: random bytes, and a version.
 noise() { head -c "$2" /dev/urandom > "$folder/$1"; }
 noise QSC6270.ram 50000
 noise partition.mbn 600

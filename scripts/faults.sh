@@ -1,6 +1,6 @@
 #!/bin/sh
-# Every function against every fault of the line, under sanitizers; writes docs/faults.md, and every
-# row to build/address/faults.json.
+# Tries every function with every fault of the line, under sanitizers. Writes docs/faults.md, and
+# every row to build/address/faults.json.
 set -e
 build=$(sh scripts/sanitized_build.sh address zop_faults)
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:abort_on_error=1

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Runs each fuzz target for a while, from the corpus in the tree. A run that is long enough to mean
-# something writes docs/fuzzing.md. Usage: fuzz.sh SECONDS
+# Runs each fuzz target for SECONDS, starting from the corpus in the tree. A long run also writes
+# docs/fuzzing.md. Usage: fuzz.sh SECONDS
 set -e
 seconds=$1
 enough=180

@@ -1,5 +1,5 @@
 #!/bin/sh
-# The results of the last run of each fuzz target, from its log. Usage: fuzz_table.sh BUILD TARGET...
+# Results of the last run of each fuzz target, from its log. Usage: fuzz_table.sh BUILD TARGET...
 build=$1
 shift
 cat <<HEAD

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs one fuzz target. What it finds goes to BUILD/corpus, so that the next run goes on from there.
+# Runs one fuzz target. New inputs go to BUILD/corpus, from which the next run continues.
 # Usage: fuzz_target.sh BUILD TARGET SECONDS
 build=$1
 target=$2
@@ -8,8 +8,8 @@ found=$build/corpus/$target
 log=$build/log_fuzz_$target
 export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
 mkdir -p "$found"
-# A run that never ends is seen from outside: inside, a World's clock jumps. Aborted, the target
-# keeps its input.
+# Endless runs are detected from outside, because the clock of a World jumps. An aborted target
+# saves its input.
 timeout -s ABRT $(($3 + 120)) "$build/fuzz_$target" "$found" "$corpus" -max_total_time="$3" \
   -timeout=0 -max_len=5100 -print_final_stats=1 -artifact_prefix="$build/$target-" \
   > "$log" 2>&1 || {

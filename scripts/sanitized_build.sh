@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds with clang and sanitizers: "address" with that of undefined behaviour and the fuzz targets,
-# or "thread". Ends with the build's folder. Usage: sanitized_build.sh KIND [TARGET...]
+# Builds with clang and sanitizers: "address" (with undefined behaviour and the fuzz targets) or
+# "thread". Prints the build folder. Usage: sanitized_build.sh KIND [TARGET...]
 set -e
 kind=$1
 shift

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Installs the packages of packages.txt that are missing: those that everything needs, and those of
-# the sections named. Needs no network when none is missing. Says one line when something can't be
-# had. Usage: setup.sh [SECTION...]
+# Installs the missing packages of packages.txt: the common ones, and those of the given sections.
+# Needs no network when none is missing. Prints one line when it fails.
+# Usage: setup.sh [SECTION...]
 here=$(dirname "$0")
 packages=$(awk -v wanted=" $* " '
   /^#/ { next }
@@ -30,12 +30,12 @@ install() {
     > "$log" 2>&1
 }
 refresh() { $as_root apt-get update > "$log" 2>&1; }
-# Libraries of another architecture, for a cross build: its packages must be known first.
+# Libraries for a cross build: their architecture must be known to dpkg first.
 for architecture in $(echo "$missing" | tr ' ' '\n' | sed -n 's/.*://p' | sort -u); do
   dpkg --print-foreign-architectures | grep -qx "$architecture" && continue
   { $as_root dpkg --add-architecture "$architecture" && refresh; } ||
     fail "could not get the packages of $architecture"
 done
-# The package lists may be absent or old: refresh them and try once more.
+# The package lists may be missing or old: update them and try once more.
 install || { refresh && install; } ||
   fail "could not install$missing: $(grep -E '^(E|Err)' "$log" | head -1)"

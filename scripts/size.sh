@@ -1,5 +1,5 @@
 #!/bin/sh
-# Shows the sizes of the stripped module on each target that was built, and fails past a limit.
+# Prints the size of the stripped module for each target, and fails above a limit.
 set -e
 here=$(dirname "$0")
 copy=$(mktemp)
@@ -10,7 +10,7 @@ while read -r target most most_bss; do
   module=build/$target/libzop_module.so.0
   strip=strip
   [ "$target" = arm ] && strip=arm-linux-gnueabi-strip
-  [ -e "$module" ] || { echo "size: no $module; make build and make arm make them" >&2; exit 1; }
+  [ -e "$module" ] || { echo "size: no $module; run make build and make arm" >&2; exit 1; }
   $strip -o "$copy" "$module"
   set -- $(size "$copy" | tail -1)
   printf '%-8s %9d %9d %9d   %d %%, %d %%\n' "$target" "$1" "$2" "$3" \

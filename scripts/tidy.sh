@@ -13,7 +13,7 @@ check() {
 : > "$build/tidy.log"
 git ls-files 'core/*.cpp' 'link/*.cpp' 'commands/*.cpp' 'report/*.cpp' 'module/*.cpp' \
   'download/*.cpp' | check
-# Of the tools' functions a ninth of the usual paths, in two thirds of the time.
+# For the tools a ninth of the default paths, which takes two thirds of the time.
 to_analyzer=--extra-arg=-Xclang
 git ls-files 'simulator/*.cpp' 'records/*.cpp' 'page/*.cpp' 'zopctl/*.cpp' |
   check $to_analyzer --extra-arg=-analyzer-config $to_analyzer --extra-arg=max-nodes=25000

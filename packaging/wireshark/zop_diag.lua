@@ -1,6 +1,6 @@
--- Wireshark dissector of the modem's DIAG port, of its boot ROM's and its programmer's download
--- protocols, for captures of zopctl --capture (link type USER0). It shows requests and answers by
--- name; names of requests are put in when it is built.
+-- Wireshark dissector of the modem's DIAG port and of the download protocols of its boot ROM and
+-- its programmer, for captures of zopctl --capture (link type USER0). It shows requests and answers
+-- by name; the build inserts the names of requests.
 
 local requests = {}  -- protocol -> "CC SS" or "CC --" -> name
 local function request(protocol, command, subcommand, name)
@@ -85,7 +85,7 @@ zop.experts = { bad_frame, refused }
 
 local direction_of = Field.new("frame.packet_flags_direction")
 local TO_MODEM = 2
-local request_of = {}  -- packet number -> what it answers; filled on the first pass
+local request_of = {}  -- packet number -> its request; filled on the first pass
 local last_request = nil
 
 function zop.init()
@@ -107,7 +107,7 @@ local function crc16(bytes, count)
   return bit.bxor(crc, 0xFFFF)
 end
 
--- The payload of a frame, or nil and what is wrong with it.
+-- The payload of a frame, or nil and the fault.
 local function unframe(buffer)
   local wire = buffer:bytes()
   local first, last = 0, wire:len() - 1
@@ -266,7 +266,7 @@ local function show_regions(tvb, tree)
   return words
 end
 
--- An address, and what follows it; the boot ROM's fields are big-endian, the programmer's little.
+-- An address and the data after it; the boot ROM's fields are big-endian, the programmer's little.
 local function show_block(tvb, tree, big_endian, data_at)
   if tvb:len() < 5 then return "" end
   local range = tvb(1, 4)
