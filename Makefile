@@ -66,10 +66,10 @@ fuzz: setup ## fuzz every target; FUZZ_SECONDS for each, 600 by default
 faults: setup ## try every function with every fault of the line; writes docs/faults.md
 	@sh scripts/faults.sh
 
-bench: setup ## benchmarks beside their floors
+bench: setup ## benchmarks, compared with their floors
 	@sh scripts/bench.sh $(RELEASE)
 
-figures: bench ## the benchmarks as a page with plots, docs/figures.md
+figures: bench ## the same as a page with plots, docs/figures.md
 	@sh scripts/setup.sh figures
 	@python3 scripts/figures.py $(RELEASE)/bench_programs.json $(RELEASE)/bench_module.json
 

@@ -1,5 +1,5 @@
-// The frame codec beside a plain table CRC over the same bytes, and memcpy. Payloads of a query, an
-// NV item and a field-test screen, with their usual share of stuffed bytes.
+// The frame codec compared with a plain table CRC over the same bytes, and memcpy. Payloads of a
+// query, an NV item and a field-test screen, with their usual share of stuffed bytes.
 #include <benchmark/benchmark.h>
 
 #include <dlfcn.h>

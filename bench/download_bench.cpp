@@ -1,6 +1,6 @@
-// A firmware download and a memory dump over a pseudo-terminal, each beside its floor: the same
-// frames on the same terminal, prepared beforehand, with the protocol's pauses, a plain check of
-// each answer and nothing else. A thread plays the modem and answers at once.
+// A firmware download and a memory dump over a pseudo-terminal, each compared with its floor: the
+// same frames on the same terminal, prepared beforehand, with the protocol's pauses, a plain check
+// of each answer and nothing else. A thread plays the modem and answers at once.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/select.h>

@@ -1,5 +1,5 @@
-// What a host waits for: vurn_open and one poll of the bars against the simulated modem, beside the
-// same requests written and read raw on the same terminal. zopctl from start to end.
+// What a host waits for: vurn_open and one poll of the bars with the simulated modem, compared with
+// the same requests written and read raw on the same terminal. Also whole runs of zopctl.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <stdarg.h>

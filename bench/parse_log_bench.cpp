@@ -1,5 +1,5 @@
-// zopctl parse-log beside `wc -l` and `grep` over the same log: programs from start to end, with
-// the memory each took. The log has the interleaved reports of many devices.
+// zopctl parse-log compared with `wc -l` and `grep` over the same log: whole runs, with the memory
+// each took. The log has the interleaved reports of many devices.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-// One report in both forms beside one snprintf for each of its items.
+// One report in both forms, compared with one snprintf for each of its items.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>

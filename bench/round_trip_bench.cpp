@@ -1,5 +1,5 @@
-// One zop_get_rssi over a pseudo-terminal beside a raw write, select, read of the same bytes on the
-// same terminal. The modem's end is a thread that answers each frame with a fixed one.
+// One zop_get_rssi over a pseudo-terminal, compared with a raw write, select, read of the same
+// bytes on the same terminal. The modem's end is a thread that answers each frame with a fixed one.
 #include <benchmark/benchmark.h>
 #include <sys/select.h>
 #include <unistd.h>

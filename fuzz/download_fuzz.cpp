@@ -61,7 +61,7 @@ static fs::path home, folder;  // the fuzzer's own paths are relative to home
 static void dump() {
   mem_dump_process();
   diag_close();
-  for (auto& entry : fs::directory_iterator(folder)) {  // nothing beside the images and the dump
+  for (auto& entry : fs::directory_iterator(folder)) {  // nothing but the images and the dump
     std::string name = entry.path().filename();
     require(name == "images" || name.starts_with("dump_"));
     if (name != "images") fs::remove_all(entry.path());

@@ -13,7 +13,7 @@
 using namespace std::chrono_literals;
 using namespace test;
 
-enum { SCALE = 2 };  // to reach whole screens
+enum { SCALE = 2 };  // enough for a whole screen
 
 static Bytes next_answer(std::span<const uint8_t>& rest, const Bytes& request) {
   size_t size = std::min<size_t>(rest[0] * SCALE, rest.size() - 1);

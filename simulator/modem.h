@@ -1,4 +1,4 @@
-// The simulated modem without any input or output of its own: bytes and times go in, bytes and
+// The simulated modem without its input and output: bytes and times go in, bytes and
 // times come out. The program runs it on a terminal in real time, tests run it in virtual time.
 #pragma once
 

@@ -120,7 +120,7 @@ struct State {
 // Bits of the event flags.
 enum { EVENT_ORIGINATED = 1, EVENT_ACTIVATED = 2, EVENT_DEACTIVATED = 4, EVENT_ENDED = 8 };
 
-// Configuration and what the host has made the modem do.
+// Configuration, and the effects of the host's commands.
 struct Device {
   int test_mode = 0;  // factory test
   int diag_port = 0;
