@@ -49,7 +49,7 @@ enum {
   ZOP_OPEN_UP = 0,
   ZOP_OPEN_NO_ANSWER = 1, /* or the device can't be opened */
   ZOP_OPEN_READ_ERROR = 2,
-  ZOP_OPEN_RESERVED = 3
+  ZOP_OPEN_RESERVED = 3 /* not returned */
 };
 
 /* First byte of a vendor request: [207, subcommand, 0, payload]. */

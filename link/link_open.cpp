@@ -1,7 +1,5 @@
 // Link open, probe and close. The probe's answer is not inspected: any bytes that end in a flag
 // within one second count as "a modem is there".
-#include "link/link_open.h"
-
 #include <string.h>
 #include <unistd.h>
 
@@ -18,18 +16,15 @@ enum { OPEN_ATTEMPTS = 5, SETTLE_US = 100 };
 static constexpr uint8_t PROBE[] = {0x1D, 0x1C, 0x3B, 0x7E};
 enum { PROBE_REQUEST = 1 };
 
-constinit uint32_t block_init_event = 0;
-
-int32_t diag_init_check_1() {
-  block_init_event = 1;
+// Sends the probe and waits one second for any frame. 1 when one came, PORT_TIMEOUT when none came
+// or the probe could not be written, PORT_ERROR when the read failed.
+static int32_t diag_init_check_1() {
   clear_memory();
   memcpy(ft_buff, PROBE, sizeof PROBE);
   Response response = {fr_buff};
   int32_t received = line_exchange({ft_buff, PROBE_REQUEST}, PROBE_POLICY, &response);
   if (received == PORT_UNSENT || received == PORT_TIMEOUT) return PORT_TIMEOUT;
-  if (received <= 0) return PORT_ERROR;
-  block_init_event = 0;
-  return 1;
+  return received > 0 ? 1 : int32_t{PORT_ERROR};
 }
 
 // A link starts without a listener: one that ran before was stopped by zop_close.
@@ -40,11 +35,9 @@ static unsigned end_open(unsigned result) {
 
 unsigned int zop_open(const char* path) {
   for (int attempt = 0; attempt < OPEN_ATTEMPTS; ++attempt) {
-    diag_settle();  // what still fails on the old link schedules no shutdown of the new one
-    zop_debug_end_callback_status = 0;
-    int32_t opened = open_settled(path);
-    if (opened == PORT_TIMEOUT) return ZOP_OPEN_RESERVED;  // a result that it never gives
-    if (opened == PORT_ERROR) {
+    bool opened = diag_open(path) == 1;
+    zop_debug_end_callback_status = 0;  // cancels a stop that the old link has scheduled
+    if (!opened) {
       sleep(1);
       continue;
     }

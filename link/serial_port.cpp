@@ -30,7 +30,6 @@ constinit std::atomic<uint32_t> SIO_USED_LOCK = 0;
 constinit uint8_t efs_clear = 0;
 
 static constinit termios oldtio = {};  // settings found at open, restored at close
-static constinit termios newtio = {};  // settings while open
 static constinit std::atomic<uint32_t> last_open_id = 0;
 
 // Uses under way in the upper 12 bits, a descriptor that waits for their end in the lower 20. One
@@ -140,7 +139,7 @@ static int open_above_standard_streams(const char* path) {
 static void apply_line_settings(int fd) {
   fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
   tcgetattr(fd, &oldtio);
-  newtio = {};
+  termios newtio = {};
   newtio.c_iflag = IGNPAR;
   newtio.c_oflag = OPOST;
   newtio.c_cflag = B115200 | CS8 | CREAD;  // no CLOCAL, no parity, one stop bit, no flow control
@@ -150,13 +149,15 @@ static void apply_line_settings(int fd) {
   tcsetattr(fd, TCSANOW, &newtio);
 }
 
-void diag_settle() {
+// Waits for the exchanges under way on other threads: with the port closed they end within 0.1 s.
+static void wait_for_uses_to_end() {
   uint32_t until = monotonic_ms() + SETTLE_LIMIT_MS;
-  diag_close();
   while (port_uses >= ONE_USE && ms_until(until) > 0) usleep(BUSY_PAUSE_US);
 }
 
-int32_t open_settled(const char* path) {
+int32_t diag_open(const char* path) {
+  diag_close();
+  wait_for_uses_to_end();
   prv_note_process();
   int fd = open_above_standard_streams(path);
   if (fd > static_cast<int>(WAITING_DESCRIPTOR)) {
@@ -167,11 +168,6 @@ int32_t open_settled(const char* path) {
   if (++last_open_id == 0) ++last_open_id;  // 0 is no claim
   SER_SIG = fd;
   return fd >= 0 ? 1 : PORT_ERROR;
-}
-
-int32_t diag_open(const char* path) {
-  diag_settle();
-  return open_settled(path);
 }
 
 void diag_close() {

@@ -57,13 +57,8 @@ class PortUse {
   bool (*wanted_)();
 };
 
-// Closes the port, and waits for the exchanges under way on other threads, which end within 0.1 s.
-void diag_settle();
-
-// Opens the device read-write and sets it to 115200 baud 8N1, raw. The port is closed and settled.
-int32_t open_settled(const char* path);
-
-// Settles and opens. 1, or PORT_ERROR.
+// Closes the port if it is open, waits for the exchanges under way on other threads, opens the
+// device read-write and sets it to 115200 baud 8N1, raw. 1, or PORT_ERROR.
 int32_t diag_open(const char* path);
 
 // Restores the line settings found at open and closes the port. Always leaves SER_SIG at 0.

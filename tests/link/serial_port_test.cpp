@@ -125,8 +125,7 @@ TEST_F(SerialPort, a_port_that_is_replaced_ends_the_exchange_and_stays) {
   {
     PortUse port;
     ASSERT_TRUE(claim_port(port));
-    diag_close();
-    ASSERT_EQ(open_settled(DEVICE), 1);
+    ASSERT_EQ(diag_open(DEVICE), 1);
     EXPECT_NE(SER_SIG, port.fd);
     modem.answers = {{{hex("01 7e")}}};
     ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
