@@ -37,7 +37,7 @@ unsigned zop_set_band(uint32_t band) {
 static unsigned mode_control(uint32_t value) {
   ft_buff[0] = MODE_CONTROL;
   ft_buff[1] = static_cast<uint8_t>(value);
-  return mode_tracking_exchange(PLAIN_REQUEST);
+  return exchange(PLAIN_REQUEST);
 }
 
 unsigned zop_mode_change(uint32_t mode) {
@@ -74,7 +74,7 @@ unsigned zop_set_backup(uint32_t step) {
     send_unanswered({ft_buff, 1});
     return ZOP_SUCCESS;
   }
-  if (unsigned error = mode_tracking_direct_exchange(1)) return error;
+  if (unsigned error = direct_exchange(1)) return error;
   return inverted_status();
 }
 

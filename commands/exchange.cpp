@@ -10,7 +10,6 @@
 
 constinit uint8_t ft_buff[RESPONSE_SIZE] = {};  // request
 constinit uint8_t fr_buff[RESPONSE_SIZE] = {};  // response, unframed
-constinit uint32_t iSubSystemID = 0;
 
 void clear_memory() {
   memset(ft_buff, 0, sizeof ft_buff);
@@ -18,14 +17,6 @@ void clear_memory() {
 }
 
 int zop_check_buffer_size(int have, int need) { return have >= need ? 1 : 0; }
-
-// Accepts every answer, whatever its first byte: modems in the field answer some commands under
-// another code.
-static int amss_invalid_rsp_check(unsigned response_byte0, unsigned request_byte0) {
-  (void)response_byte0;
-  (void)request_byte0;
-  return 0;
-}
 
 unsigned capacity(uint32_t* size, uint32_t minimum) {
   if (zop_check_buffer_size(static_cast<int>(*size), static_cast<int>(minimum))) return ZOP_SUCCESS;
@@ -76,12 +67,12 @@ static unsigned result_of(int32_t received, const Response& response) {
   return ZOP_SUCCESS;
 }
 
+// Any first byte of the answer will do: modems in the field answer some commands under another
+// code.
 static unsigned exchange_by(const ExchangePolicy& policy, int length) {
   Response response = {fr_buff};
   int32_t received = send_buffer(length, false, policy, &response);
-  if (unsigned error = result_of(received, response)) return error;
-  if (amss_invalid_rsp_check(fr_buff[0], ft_buff[0]) < 0) return ZOP_ERR_BAD_RESPONSE;
-  return ZOP_SUCCESS;
+  return result_of(received, response);
 }
 
 unsigned exchange(int length) { return exchange_by(COMMAND_POLICY, length); }
@@ -94,15 +85,6 @@ unsigned unlocked_exchange(const Request& request, uint8_t (&answer)[RESPONSE_SI
   int32_t received = line_exchange(request, COMMAND_POLICY, &response);
   return result_of(received, response);
 }
-
-static unsigned track_mode(unsigned result) {
-  if (result == ZOP_ERR_BAD_RESPONSE) iSubSystemID = 0;
-  return result;
-}
-
-unsigned mode_tracking_exchange(int length) { return track_mode(exchange(length)); }
-
-unsigned mode_tracking_direct_exchange(int length) { return track_mode(direct_exchange(length)); }
 
 unsigned status(StatusRule rule) {
   bool failed = false;

@@ -43,9 +43,6 @@ constexpr Field bytes(uint16_t offset, uint16_t length, void* out) {
   return {Field::BYTES, offset, length, out};
 }
 
-// System code of the diagnostic report, kept by the commands that track the mode.
-extern uint32_t iSubSystemID;
-
 // ZOP_ERR_BUFFER_TOO_SMALL with the minimum in *size, or ZOP_SUCCESS.
 unsigned capacity(uint32_t* size, uint32_t minimum);
 
@@ -68,10 +65,6 @@ unsigned exchange(int length);
 
 // As exchange, in one attempt.
 unsigned direct_exchange(int length);
-
-// The same; an answer that can't be unframed also resets iSubSystemID.
-unsigned mode_tracking_exchange(int length);
-unsigned mode_tracking_direct_exchange(int length);
 
 // As exchange, with buffers of the caller's own, for callers without the module's lock; or
 // ZOP_ERR_NOT_OPEN.

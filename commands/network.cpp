@@ -141,22 +141,6 @@ unsigned zop_get_network_time(uint8_t* time19) {
   return vendor_query(0x14, STATUS_BYTE3, {bytes(5, ZOP_NETWORK_TIME_SIZE, time19)});
 }
 
-// The report numbers two of the modes differently: GSM is 8 and WCDMA is 4 in its system codes.
-static uint32_t report_system_code(uint32_t mode) {
-  switch (mode) {
-    case ZOP_SYSTEM_GSM:
-      return 8;
-    case ZOP_SYSTEM_WCDMA:
-      return 4;
-    default:
-      return mode;
-  }
-}
-
 unsigned zop_get_system_mode(uint32_t* mode) {
-  if (unsigned error = begin_vendor(0x1F)) return error;
-  if (unsigned error = mode_tracking_exchange(PLAIN_REQUEST)) return error;
-  copy_fields({u8(5, mode)});
-  iSubSystemID = report_system_code(*mode);
-  return ZOP_SUCCESS;
+  return vendor_query(0x1F, STATUS_IGNORED, {u8(5, mode)});
 }

@@ -98,14 +98,14 @@ unsigned zop_send_sms(const char* number, const char* text) {
 unsigned zop_test(uint32_t value) {
   if (unsigned error = begin_vendor('p')) return error;
   ft_buff[REQUEST_PAYLOAD] = static_cast<uint8_t>(value);
-  if (unsigned error = mode_tracking_direct_exchange(PLAIN_REQUEST + 1)) return error;
+  if (unsigned error = direct_exchange(PLAIN_REQUEST + 1)) return error;
   return inverted_status();
 }
 
 unsigned zop_get_err_log(uint8_t* log264) {
   if (unsigned error = begin()) return error;
   ft_buff[0] = ERROR_LOG_READ;
-  if (unsigned error = mode_tracking_exchange(1)) return error;
+  if (unsigned error = exchange(1)) return error;
   copy_fields({bytes(1, ZOP_ERROR_LOG_SIZE, log264)});
   return ZOP_SUCCESS;
 }
@@ -115,7 +115,7 @@ unsigned zop_get_err_clr(uint32_t index) {
   if (index > 255) return ZOP_ERR_BAD_RESPONSE;
   ft_buff[0] = ERROR_LOG_CLEAR;
   ft_buff[1] = static_cast<uint8_t>(index);
-  return mode_tracking_exchange(2);
+  return exchange(2);
 }
 
 unsigned zop_debug_mode_start() {

@@ -23,8 +23,8 @@ static constexpr ImageFile IMAGE_FILES[IMAGE_COUNT] = {
     {"fsbl.mbn", 17},   {"osbl.mbn", 16},     {"amss.mbn", 5},
 };
 
-constinit Image gImages[IMAGE_COUNT] = {{-1, -1, 0, 0, 0}, {-1, -1, 0, 0, 0}, {-1, -1, 0, 0, 0},
-                                        {-1, -1, 0, 0, 0}, {-1, -1, 0, 0, 0}, {-1, -1, 0, 0, 0}};
+constinit Image gImages[IMAGE_COUNT] = {{-1, 0, 0, 0}, {-1, 0, 0, 0}, {-1, 0, 0, 0},
+                                        {-1, 0, 0, 0}, {-1, 0, 0, 0}, {-1, 0, 0, 0}};
 constinit uint8_t gCurrentImage = IMAGE_RAM;
 constinit uint8_t gModemOnly = 0;
 constinit int32_t FW_DL_STATUS = 0;
@@ -85,7 +85,7 @@ static bool open_image(ImageRow row) {
     close(fd);
     return false;
   }
-  gImages[row] = {fd, -1, 0, static_cast<uint32_t>(file.st_size), IMAGE_FILES[row].type};
+  gImages[row] = {fd, 0, static_cast<uint32_t>(file.st_size), IMAGE_FILES[row].type};
   return true;
 }
 
@@ -109,7 +109,7 @@ bool take_protocol_buffers() {
 int load_config() {
   free_config();  // what an earlier download may have left open
   gCurrentImage = IMAGE_RAM;
-  for (Image& image : gImages) image = {-1, -1, 0, 0, 0};
+  for (Image& image : gImages) image = {-1, 0, 0, 0};
   for (uint8_t row = 0; row < IMAGE_COUNT; ++row) {
     if (!open_image(static_cast<ImageRow>(row))) return 0;
   }
@@ -125,10 +125,7 @@ static void close_descriptor(int32_t* fd) {
 // The receive buffer is not given back: a host may still look at the last answer. The next download
 // takes a new one.
 int free_config() {
-  for (Image& image : gImages) {
-    close_descriptor(&image.descriptor);
-    close_descriptor(&image.second_descriptor);
-  }
+  for (Image& image : gImages) close_descriptor(&image.descriptor);
   free(dload_tbuf);
   dload_tbuf = nullptr;
   dload_rbuf = nullptr;

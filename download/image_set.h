@@ -18,9 +18,8 @@ enum ImageRow : uint8_t {
 };
 
 struct Image {
-  int32_t descriptor;         // -1 when not open
-  int32_t second_descriptor;  // -1; closed with the first, and of no other use
-  uint32_t sent;              // bytes, less than size while the image is being sent
+  int32_t descriptor;  // -1 when not open
+  uint32_t sent;       // bytes, less than size while the image is being sent
   uint32_t size;
   uint32_t type;  // what the streaming download calls it
 };

@@ -28,10 +28,8 @@ enum { DIRECTORY_MODE = 0666, FILE_MODE = 0666, SEARCHABLE = 0755 };
 struct Region {
   int32_t descriptor;  // -1 when the file is closed again
   uint32_t done;       // bytes saved
-  uint8_t preference;  // the modem's; not used
   uint32_t base;
   uint32_t length;
-  char description[TEXT_SIZE];
   char path[TEXT_SIZE];
 };
 static constinit Region gRegions[MOST_REGIONS] = {};
@@ -129,42 +127,30 @@ static void close_file(int32_t* descriptor) {
 
 // ---- the list of regions ----
 
-// Moves *at behind the text that it stands at. False when nothing before the end terminates it.
-static bool skip_text(const uint8_t** at, const uint8_t* end) {
-  const void* terminator = memchr(*at, 0, static_cast<size_t>(end - *at));
-  if (terminator == nullptr) return false;
-  *at = static_cast<const uint8_t*>(terminator) + 1;
-  return true;
-}
-
-// Moves *at behind an entry with both of its texts. False when it is not whole.
-static bool skip_entry(const uint8_t** at, const uint8_t* end) {
-  if (end - *at < ENTRY_TEXTS) return false;
-  *at += ENTRY_TEXTS;
-  for (int text = 0; text < 2; ++text) {
-    if (!skip_text(at, end)) return false;
-  }
-  return true;
-}
-
-// The text at *at, which moves behind it; none when nothing terminates it.
+// The text at *at, which moves past it; null when nothing before the end terminates it.
 static const char* take_text(const uint8_t** at, const uint8_t* end) {
   const void* text = *at;
-  return skip_text(at, end) ? static_cast<const char*>(text) : "";
+  const void* terminator = memchr(text, 0, static_cast<size_t>(end - *at));
+  if (terminator == nullptr) return nullptr;
+  *at = static_cast<const uint8_t*>(terminator) + 1;
+  return static_cast<const char*>(text);
 }
 
-// An entry that is whole: both of its texts are there.
-static void take_entry(const uint8_t** at, const uint8_t* end) {
-  Region& region = gRegions[gRegionCount];
-  region = {};
-  region.preference = (*at)[0];
-  region.base = get_be32(*at + ENTRY_BASE);
-  region.length = get_be32(*at + ENTRY_LENGTH);
+// The region of the entry at *at, which moves past it, and its file name; null when the entry is
+// cut short. The first of its two texts is a description, which nobody reads.
+static const char* take_entry(const uint8_t** at, const uint8_t* end, Region* region) {
+  if (end - *at < ENTRY_TEXTS) return nullptr;
+  *region = {};
+  region->base = get_be32(*at + ENTRY_BASE);
+  region->length = get_be32(*at + ENTRY_LENGTH);
   *at += ENTRY_TEXTS;
-  snprintf(region.description, sizeof region.description, "%s", take_text(at, end));
-  if (!make_file(&region, take_text(at, end))) return;
+  return take_text(at, end) != nullptr ? take_text(at, end) : nullptr;
+}
+
+static void add_region(Region* region, const char* name) {
+  if (!make_file(region, name)) return;
   printf("DUMP_MODE: FILE=");
-  print_escaped(region.path);
+  print_escaped(region->path);
   say("");
   ++gRegionCount;
 }
@@ -183,14 +169,16 @@ bool accept_region_list(const Reply& reply) {
   uint32_t length = get_be16(reply.bytes + LIST_LENGTH);
   if (length > reply.length - LIST) return false;
   const uint8_t* end = reply.bytes + LIST + length;
+  Region checked;
   for (const uint8_t* at = reply.bytes + LIST; at < end;) {
-    if (!skip_entry(&at, end)) return false;
+    if (take_entry(&at, end, &checked) == nullptr) return false;
   }
   gBadList = false;
   gRefused = !open_directory();
   for (const uint8_t* at = reply.bytes + LIST; at < end && !gRefused;) {
     if (gRegionCount == MOST_REGIONS) return leave_out_the_rest();
-    take_entry(&at, end);
+    Region& region = gRegions[gRegionCount];
+    add_region(&region, take_entry(&at, end, &region));
   }
   return true;
 }

@@ -18,8 +18,6 @@ enum : uint8_t { STATUS_GOOD = 0 };
 
 static constexpr char HELLO[] = "QCOM fast download protocol host";  // 32 characters are sent
 
-constinit uint8_t efs_rebuilding = 0;
-
 static constinit uint32_t gChunk = 0;           // bytes of the stream write under way
 static constinit bool gReplyIsPending = false;  // a write went out whose reply was lost
 
@@ -41,7 +39,6 @@ static uint32_t build_security(uint8_t* packet) {
 static uint32_t build_partition(uint8_t* packet) {
   packet[0] = STREAM_PARTITION;
   packet[1] = efs_clear;  // overrides the modem's own table
-  if (efs_clear != 0) efs_rebuilding = 1;
   return PARTITION_DATA + read_image(packet + PARTITION_DATA, MOST_STREAMED);
 }
 

@@ -14,9 +14,6 @@ enum StreamingCode : uint8_t {
   STREAM_OPEN = 0x1B,
 };
 
-// Set once a partition table has been sent that overrides the modem's: its file system is rebuilt.
-extern uint8_t efs_rebuilding;
-
 // One attempt, and up to twenty of them in ten passes. 1 when the expected reply came, else 0.
 int hostdl_cmd_write(uint8_t code);
 int hostdl_wrapper_write(uint8_t code);

@@ -1,5 +1,5 @@
-// Binary identity fields as text. None allocates; several do not terminate what they write (told
-// there), and callers zero the destination first.
+// Binary identity fields as text. The module itself uses byte_to_HexAscii only. Several do not
+// terminate what they write, as their comments say; callers zero the destination first.
 #pragma once
 
 #include <stdint.h>

@@ -49,6 +49,6 @@ void read_owed_answers();
 
 // One answer as it came over the wire, into RAW_ANSWER_SIZE bytes, for whoever has sent with
 // diag_write: its length with the closing flag, PORT_TIMEOUT after 5 s (1 s for the second) without
-// a byte, or PORT_ERROR. A failure closes the port.
+// a byte, or PORT_ERROR. A failure closes the port. The module itself uses line_exchange.
 int32_t diag_read(uint8_t* buffer);
 int32_t diag_read_wait_1sec(uint8_t* buffer);

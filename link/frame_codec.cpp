@@ -11,9 +11,7 @@ enum : uint16_t { FCS_INIT = 0xFFFF, FCS_GOOD = 0xF0B8 };
 static_assert(2 * (MAX_FRAME_PAYLOAD + 2) + 2 <= FRAME_BUFFER_SIZE);
 
 constinit uint8_t m_pTxBuf[FRAME_BUFFER_SIZE] = {};
-constinit int32_t m_nTxLen = 0;
 constinit uint8_t m_pRxDataBufs[FRAME_BUFFER_SIZE] = {};
-constinit uint8_t* m_pRxData = m_pRxDataBufs;
 constinit int32_t m_nRxLen = 0;
 
 // FCS-16 table of RFC 1662, appendix C.2.
@@ -92,7 +90,6 @@ int32_t decode_frame(const uint8_t* frame, uint32_t length, uint8_t* payload,
 }
 
 int32_t DiagPacketRXCRC(uint8_t* buffer, uint32_t length) {
-  m_pRxData = m_pRxDataBufs;
   if (decode_frame(buffer, length, m_pRxDataBufs, &m_nRxLen) != 0) return -1;
   bool stuffed = static_cast<uint32_t>(m_nRxLen) + 2 != length;
   if (stuffed) memcpy(buffer, m_pRxDataBufs, static_cast<size_t>(m_nRxLen));
@@ -105,6 +102,5 @@ int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_fl
   PortUse port;
   if (length > MAX_FRAME_PAYLOAD || !claim_port(port)) return PORT_ERROR;
   uint32_t framed = encode_frame(m_pTxBuf, data, length, leading_flag != 0);
-  m_nTxLen = static_cast<int32_t>(framed);
   return write_claimed(port, m_pTxBuf, framed);
 }

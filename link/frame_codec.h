@@ -13,9 +13,7 @@ enum {
 };
 
 extern uint8_t m_pTxBuf[FRAME_BUFFER_SIZE];       // last frame built
-extern int32_t m_nTxLen;                          // its length
 extern uint8_t m_pRxDataBufs[FRAME_BUFFER_SIZE];  // last answer, unstuffed
-extern uint8_t* m_pRxData;                        // its start
 extern int32_t m_nRxLen;                          // its length without the check bytes
 
 // Frames data and writes it to the port, with a flag in front when leading_flag is not 0.

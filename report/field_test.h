@@ -10,7 +10,8 @@
 // module's; nobody takes the module's with this one held.
 extern pthread_mutex_t gFtdMutex;
 
-// The exception that is reported, as the host named it. Written under gModuleMutex.
+// The exception that is reported, as the host named it. Written under gModuleMutex. The renderer
+// takes the code too, and shows the name alone.
 extern std::atomic<uint32_t> gExceptionCode;
 extern std::atomic<const char*> gExceptionName;
 

@@ -210,19 +210,6 @@ TEST_F(Operations, the_backup_step_without_answer_frees_the_port) {
   EXPECT_EQ(SIO_USED_LOCK, 0u);
 }
 
-TEST_F(Operations, mode_tracking_commands_reset_the_system_code) {
-  unsigned (*commands[])() = {[] { return zop_mode_change(1); },
-                              [] { return zop_set_network_search_order(5, 81); },
-                              [] { return zop_set_backup(1); }, [] { return zop_test(0); },
-                              [] { return zop_get_err_clr(0); }};
-  for (auto command : commands) {
-    iSubSystemID = 4;
-    modem.answers = {{{hex("01 02 03 7e")}}};
-    EXPECT_EQ(command(), ZOP_ERR_BAD_RESPONSE);
-    EXPECT_EQ(iSubSystemID, 0u);
-  }
-}
-
 TEST_F(Operations, cell_sets) {
   uint8_t cells[6 * 32];
   memset(cells, 0xEE, sizeof cells);

@@ -219,25 +219,6 @@ TEST_F(Queries, a_powerup_flag_above_1_is_a_failure) {
   EXPECT_EQ(shown, "4711");
 }
 
-TEST_F(Queries, system_mode_keeps_the_report_code) {
-  struct {
-    const char* answer;
-    uint32_t mode, code;
-  } rows[] = {{"03", 3, 8}, {"05", 5, 4}, {"00", 0, 0}, {"08", 8, 8}};
-  for (auto& row : rows) {
-    std::string shown;
-    run(scalar(zop_get_system_mode), shown, vendor_answer("cf 1f 00", 0, row.answer));
-    EXPECT_EQ(shown, std::to_string(row.mode));
-    EXPECT_EQ(iSubSystemID, row.code);
-  }
-  iSubSystemID = 8;
-  diag_open(DEVICE);
-  modem.answers = {{{hex("01 7e")}}};
-  uint32_t mode;
-  EXPECT_EQ(zop_get_system_mode(&mode), ZOP_ERR_BAD_RESPONSE);
-  EXPECT_EQ(iSubSystemID, 0u);
-}
-
 TEST_F(Queries, serial_number_is_hexadecimal_most_significant_first) {
   std::string shown;
   EXPECT_EQ(run(text(zop_get_radio_serial_number, 8), shown, hex("01 01 02 03 fa")), ZOP_SUCCESS);
