@@ -119,6 +119,8 @@ typedef struct {
   int32_t lock_status;
   int32_t pin_retries;
   int32_t data_service_mode;
+  /* PLMN lists. Their counts are the modem's own: no more than 20 entries a block, 10 of the home
+   * list and 20 of the forbidden list are there. */
   uint8_t oplmn[7][161]; /* operator PLMN list in blocks of 20 entries */
   uint8_t hplmn[161];
   uint8_t rplmn[6];

@@ -20,7 +20,7 @@
 #include "report/field_test.h"
 #include "report/rendering.h"
 #include "report/snapshot.h"
-#include "report/uptime.h"
+#include "report/wan_data.h"
 
 static constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
 

@@ -10,7 +10,7 @@
 #include "core/module_state.h"
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
-#include "report/bounded_copy.h"
+#include "report/text.h"
 
 // A modem text without a terminator of its own, into a field of the record.
 template <unsigned SIZE>

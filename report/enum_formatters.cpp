@@ -3,7 +3,7 @@
 
 #include "report/formatters.h"
 #include "report/names.h"
-#include "report/scratch.h"
+#include "report/text.h"
 
 enum Case { AS_IS, LOWER };  // LOWER: from the second character on
 enum Screen { ANY_SCREEN, WCDMA_SCREEN, GSM_SCREEN };

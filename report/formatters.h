@@ -21,6 +21,10 @@ zop_log_format prv_format_pppd_age;
 zop_log_format prv_format_ftd_age;
 zop_log_format prv_format_ftd_age_seconds;
 
+// The radio technology of the last screen.
+inline bool prv_is_wcdma_screen() { return gDiagInfo.screen.system_mode == ZOP_SCREEN_WCDMA; }
+inline bool prv_is_gsm_screen() { return gDiagInfo.screen.system_mode == ZOP_SCREEN_GSM; }
+
 // Of WCDMA screens, of GSM screens: empty on the other.
 zop_log_format prv_format_wcdma_cells;
 zop_log_format prv_format_rscp;

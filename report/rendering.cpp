@@ -5,14 +5,16 @@
 #include "report/rendering.h"
 
 #include <ctype.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <stdio.h>
 #include <string.h>
 #include <time.h>
 
 #include "core/log.h"
 #include "core/module_state.h"
 #include "include/zop_diag_info.h"
-#include "report/scratch.h"
-#include "report/text_fields.h"
+#include "report/text.h"
 
 // Bytes of one syslog line before its line count; and what a pair needs besides name and value.
 enum { LINE_SIZE = 1200, COUNT_ROOM = 16, PAIR_EXTRA = 3 };
@@ -61,6 +63,41 @@ static Text prv_float(const zop_log_item& item) {
   BoundedWriter out = prv_scratch();
   out.append("%.3f", static_cast<double>(value));
   return prv_text_of(out);
+}
+
+// The texts of the record. A modem may fill a field and put no zero after it: what follows a
+// network's name is the IMEI.
+struct TextField {
+  size_t offset;
+  size_t size;
+};
+
+// clang-format off
+static constexpr TextField TEXT_FIELDS[] = {
+    {offsetof(zop_diag_info, screen.network_name), sizeof gDiagInfo.screen.network_name},
+    {offsetof(zop_diag_info, screen.imei),         sizeof gDiagInfo.screen.imei},
+    {offsetof(zop_diag_info, screen.imsi),         sizeof gDiagInfo.screen.imsi},
+    {offsetof(zop_diag_info, firmware),            sizeof gDiagInfo.firmware},
+    {offsetof(zop_diag_info, hardware),            sizeof gDiagInfo.hardware},
+    {offsetof(zop_diag_info, library),             sizeof gDiagInfo.library},
+    {offsetof(zop_diag_info, phone_number),        sizeof gDiagInfo.phone_number},
+    {offsetof(zop_diag_info, iccid),               sizeof gDiagInfo.iccid},
+    {offsetof(zop_diag_info, local_address),       sizeof gDiagInfo.local_address},
+    {offsetof(zop_diag_info, peer_address),        sizeof gDiagInfo.peer_address},
+};
+// clang-format on
+
+// Bytes from text to the end of its field; elsewhere in the record to the record's end. A text
+// outside the record ends with its zero.
+static size_t prv_text_room(const char* text) {
+  const char* record = static_cast<const char*>(static_cast<const void*>(&gDiagInfo));
+  if (text < record || text >= record + sizeof gDiagInfo) return PTRDIFF_MAX;
+  size_t at = static_cast<size_t>(text - record);
+  for (const TextField& field : TEXT_FIELDS) {
+    size_t end = field.offset + field.size;
+    if (at >= field.offset && at < end) return end - at;
+  }
+  return sizeof gDiagInfo - at;
 }
 
 static Text prv_string(const zop_log_item& item) {

@@ -14,7 +14,6 @@
 #include "report/field_test.h"
 #include "report/rendering.h"
 #include "report/supplement.h"
-#include "report/uptime.h"
 #include "report/wan_data.h"
 
 enum { PLMN_REFETCH_S = 10, APOLOGY_MIN_SIZE = 85 };

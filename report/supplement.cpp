@@ -17,11 +17,6 @@ static bool prv_good(unsigned error, const char* parameter) {
   return error == ZOP_SUCCESS;
 }
 
-// A list begins with its count.
-static void prv_clamp_count(uint8_t* list, uint8_t most) {
-  if (list[0] > most) list[0] = most;
-}
-
 // The operator's list comes in blocks: an error ends it, and what was fetched before counts.
 void prv_get_supplement_data() {
   prv_good(zop_get_data_service_mode(&gDiagInfo.data_service_mode), "data_service_mode");
@@ -39,7 +34,6 @@ void prv_get_supplement_data() {
       }
       LOG_D(VURN_LOG_STUCK, "D zop:fetched a block containing %d (of %d) oplmn entries", block[0],
             static_cast<int>(total));
-      prv_clamp_count(block, BLOCK_ENTRIES);
       ++blocks;
       if (total < first + BLOCK_ENTRIES) break;
     }
@@ -51,9 +45,7 @@ void prv_get_supplement_data() {
     LOG_D(VURN_LOG_STUCK, "D zop:fetched %d oplmn entries in %d blocks", static_cast<int>(total),
           blocks);
     prv_good(zop_get_uim_data_hplmn(gDiagInfo.hplmn), "hplmn");
-    prv_clamp_count(gDiagInfo.hplmn, HPLMN_ENTRIES);
     prv_good(zop_get_uim_data_fplmn(gDiagInfo.fplmn), "fplmn");
-    prv_clamp_count(gDiagInfo.fplmn, FPLMN_ENTRIES);
   }
   prv_good(zop_get_uim_data_rplmn(gDiagInfo.rplmn), "rplmn");
 }

@@ -4,7 +4,7 @@
 #include <time.h>
 
 #include "report/formatters.h"
-#include "report/scratch.h"
+#include "report/text.h"
 
 enum : uint32_t { NOT_KNOWN = 0xFFFFFFFF, NOT_LOOKED_AT = 0xFFFFFFFE };
 enum { HOUR = 3600, DAY = 86400 };

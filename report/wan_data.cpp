@@ -1,4 +1,4 @@
-// Addresses, counters, name servers, and the age of pppd. Nothing here asks the modem.
+// Addresses, counters, name servers, the age of pppd, and uptime. Nothing here asks the modem.
 #define LOG_SOURCE "zop_module"
 
 #include "report/wan_data.h"
@@ -193,4 +193,17 @@ void prv_get_wan_data() {
   prv_get_counters();
   prv_get_name_servers();
   prv_get_pppd();
+}
+
+// The device's kernel adds the seconds asleep as a fourth number.
+void prv_get_uptime() {
+  FILE* file = fopen("/proc/uptime", "re");
+  if (file == nullptr) return;
+  unsigned long seconds;
+  unsigned long hundredths;
+  unsigned long asleep;
+  int read = fscanf(file, "%lu.%lu %*u.%*u %*u %lu", &seconds, &hundredths, &asleep);
+  fclose(file);
+  if (read >= 2) gDiagInfo.awake_seconds = static_cast<uint32_t>(seconds + (hundredths >= 50));
+  if (read >= 3) gDiagInfo.asleep_seconds = static_cast<uint32_t>(asleep);
 }

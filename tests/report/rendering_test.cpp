@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "report/field_test.h"
-#include "report/scratch.h"
+#include "report/text.h"
 #include "tests/module/module_fixture.h"
 
 using namespace std::chrono_literals;
