@@ -84,13 +84,6 @@ TEST_F(StatusGetters, never_pass_a_small_buffer_on) {
   EXPECT_TRUE(modem.payloads.empty());
 }
 
-TEST_F(StatusGetters, rssi_is_signed) {
-  answers["cf 20 00"] = "cf 20 00 00 00 8f ff";
-  open();
-  EXPECT_EQ(vurn_get_rssi(&number), VURN_OK);
-  EXPECT_EQ(number, -113);
-}
-
 TEST_F(StatusGetters, roaming_is_0_or_1_for_the_host_and_raw_in_the_record) {
   open();
   for (int raw : {0, 1, 2, 255}) {
