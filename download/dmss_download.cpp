@@ -13,7 +13,7 @@
 #include "link/serial_port.h"
 
 enum : uint32_t { RAM_ADDRESS = 0x00800028 };
-enum { WRITE_DATA = 7, MOST_WRITTEN = 1017 };  // offset and bytes of one write
+enum { WRITE_DATA = 7, MAX_WRITE = 1017 };  // offset and bytes of one write
 enum { ATTEMPTS = 10, RETRY_PAUSE_US = 5000 };
 enum : uint8_t { ACK = 0x02, PARAMETERS = 0x08, MEMORY_DEBUG_INFO = 0x11, MEMORY_DATA = 0x13 };
 
@@ -21,7 +21,7 @@ static constinit uint32_t gChunk = 0;  // bytes of the write under way
 
 static uint32_t build_write(uint8_t* packet) {
   packet[0] = DMSS_WRITE;
-  gChunk = read_image(packet + WRITE_DATA, MOST_WRITTEN);
+  gChunk = read_image(packet + WRITE_DATA, MAX_WRITE);
   put_be32(packet + 1, RAM_ADDRESS + gImages[gCurrentImage].sent);
   put_be16(packet + 5, gChunk);
   return gChunk == 0 ? 0 : WRITE_DATA + gChunk;

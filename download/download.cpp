@@ -13,7 +13,7 @@ enum { PROGRAMMER_START_S = 10 };
 static bool open_port() { return diag_status() == 1 || diag_open(DEVICE) == 1; }
 
 static bool fail_with(const char* message) {
-  say(message);
+  print_line(message);
   return false;
 }
 

@@ -37,7 +37,7 @@ static constinit char gDirectory[PATH_SIZE] = "";  // ends in "/"; empty when no
 static constinit char gSecondPath[PATH_SIZE] = "";
 static constinit int32_t gPrintedPercent = -1;  // of any download
 
-void say(const char* line) {
+void print_line(const char* line) {
   puts(line);
   fflush(stdout);  // hosts read it through a pipe
 }
@@ -58,7 +58,7 @@ const char* modem_set_config(const char* directory, const char* second_path, int
   size_t length = strlen(directory);
   bool has_slash = length > 0 && directory[length - 1] == '/';
   if (length + (has_slash ? 0 : 1) >= PATH_SIZE || strlen(second_path) >= PATH_SIZE) {
-    say("CONFIG: a path is longer than 127 characters, refused");
+    print_line("CONFIG: a path is longer than 127 characters, refused");
     gDirectory[0] = gSecondPath[0] = '\0';
     return gSecondPath;
   }

@@ -47,7 +47,7 @@ bool take_protocol_buffers();
 uint32_t read_image(uint8_t* data, uint32_t size);
 
 // A line on standard output, where hosts read the progress.
-void say(const char* line);
+void print_line(const char* line);
 
 // Prints "STAGE3: Write ...% Done" when the percentage has changed.
 void modem_status_update(int32_t percent);

@@ -19,7 +19,7 @@
 #include "link/serial_port.h"
 
 static constexpr char DEVICE[] = "/dev/tts/USB1";
-enum { MOST_REGIONS = 20, TEXT_SIZE = 128, MOST_READ = 1024 };
+enum { MAX_REGIONS = 20, TEXT_SIZE = 128, MAX_READ = 1024 };
 enum { LIST_LENGTH = 1, LIST = 3 };                          // in the list's reply
 enum { ENTRY_BASE = 1, ENTRY_LENGTH = 5, ENTRY_TEXTS = 9 };  // in an entry
 enum { DATA_ADDRESS = 1, DATA_LENGTH = 5, DATA = 7 };        // in the reply of a read
@@ -32,14 +32,14 @@ struct Region {
   uint32_t length;
   char path[TEXT_SIZE];
 };
-static constinit Region gRegions[MOST_REGIONS] = {};
+static constinit Region gRegions[MAX_REGIONS] = {};
 static constinit uint32_t gRegionCount = 0;
 static constinit uint32_t gCurrentRegion = 0;
 static constinit char gDirectory[TEXT_SIZE] = "";  // its name, without a slash
 static constinit int32_t gDirectoryDescriptor = -1;
 static constinit bool gBadList = false;         // the last list of regions was not whole
-static constinit bool gLeftOut = false;         // not all regions are saved; why has been said
-static constinit bool gRefused = false;         // the dump ends; why has been said
+static constinit bool gRegionSkipped = false;   // not all regions are saved; why has been said
+static constinit bool gDumpEnded = false;       // the dump ends; why has been said
 static constinit int32_t gPrintedPercent = -1;  // of any dump
 
 static void modem_status_dump(int32_t percent) {
@@ -62,11 +62,11 @@ static void print_escaped(const char* text) {
   }
 }
 
-static bool leave_out(const char* reason, const char* text) {
-  gLeftOut = true;
+static bool skip_region(const char* reason, const char* text) {
+  gRegionSkipped = true;
   printf("DUMP_MODE: left out, %s: \"", reason);
   print_escaped(text);
-  say("\"");
+  print_line("\"");
   return false;
 }
 
@@ -80,7 +80,7 @@ static bool refuse_directory(const char* reason) {
 // bit: only the superuser could write into such a directory.
 static bool open_directory() {
   if (mkdir(gDirectory, DIRECTORY_MODE) != 0 && errno != EEXIST) {
-    say("DUMP_MODE: can't create direcory");
+    print_line("DUMP_MODE: can't create direcory");
     return false;
   }
   gDirectoryDescriptor = open(gDirectory, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
@@ -107,17 +107,18 @@ static bool is_our_file(const char* name) {
 // nothing is written over.
 static bool make_file(Region* region, const char* name) {
   constexpr int FLAGS = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  if (!is_file_name(name)) return leave_out("no file name", name);
+  if (!is_file_name(name)) return skip_region("no file name", name);
   int length = snprintf(region->path, sizeof region->path, "%s/%s", gDirectory, name);
   for (int number = 2; length < TEXT_SIZE; ++number) {
     const char* in_directory = region->path + strlen(gDirectory) + 1;
     region->descriptor = openat(gDirectoryDescriptor, in_directory, FLAGS, FILE_MODE);
     if (region->descriptor >= 0) return true;
-    if (errno != EEXIST) return leave_out(strerror(errno), region->path);
-    if (!is_our_file(in_directory)) return leave_out("something else is in its way", region->path);
+    if (errno != EEXIST) return skip_region(strerror(errno), region->path);
+    if (!is_our_file(in_directory))
+      return skip_region("something else is in its way", region->path);
     length = snprintf(region->path, sizeof region->path, "%s/%s.%d", gDirectory, name, number);
   }
-  return leave_out("file name too long", name);
+  return skip_region("file name too long", name);
 }
 
 static void close_file(int32_t* descriptor) {
@@ -151,13 +152,13 @@ static void add_region(Region* region, const char* name) {
   if (!make_file(region, name)) return;
   printf("DUMP_MODE: FILE=");
   print_escaped(region->path);
-  say("");
+  print_line("");
   ++gRegionCount;
 }
 
-static bool leave_out_the_rest() {
-  gLeftOut = true;
-  say("DUMP_MODE: left out, all regions after the 20th");
+static bool skip_the_rest() {
+  gRegionSkipped = true;
+  print_line("DUMP_MODE: left out, all regions after the 20th");
   return true;
 }
 
@@ -174,9 +175,9 @@ bool accept_region_list(const Reply& reply) {
     if (take_entry(&at, end, &checked) == nullptr) return false;
   }
   gBadList = false;
-  gRefused = !open_directory();
-  for (const uint8_t* at = reply.bytes + LIST; at < end && !gRefused;) {
-    if (gRegionCount == MOST_REGIONS) return leave_out_the_rest();
+  gDumpEnded = !open_directory();
+  for (const uint8_t* at = reply.bytes + LIST; at < end && !gDumpEnded;) {
+    if (gRegionCount == MAX_REGIONS) return skip_the_rest();
     Region& region = gRegions[gRegionCount];
     add_region(&region, take_entry(&at, end, &region));
   }
@@ -187,7 +188,7 @@ bool accept_region_list(const Reply& reply) {
 
 static uint32_t asked_length(const Region& region) {
   uint32_t left = region.length - region.done;
-  return left < MOST_READ ? left : uint32_t{MOST_READ};
+  return left < MAX_READ ? left : uint32_t{MAX_READ};
 }
 
 uint32_t build_memory_read(uint8_t* packet) {
@@ -219,7 +220,7 @@ bool save_memory(const Reply& reply) {
   if (length > asked_length(region)) length = asked_length(region);
   if (length == 0) return false;
   if (!write_all(region.descriptor, reply.bytes + DATA, length, region.done)) {
-    gRefused = true;
+    gDumpEnded = true;
     const char* reason = strerror(errno);
     printf("DUMP_MODE: can't write ");
     print_escaped(region.path);
@@ -248,7 +249,7 @@ static bool read_region() {
                         static_cast<int32_t>(region.done * left / region.length));
     }
     bool good = dload_wrapper_write(DMSS_MEMORY_READ) == 1;
-    if (gRefused || (!good && diag_status() == 0)) return false;
+    if (gDumpEnded || (!good && diag_status() == 0)) return false;
   }
   return true;
 }
@@ -267,19 +268,19 @@ static bool dump() {
   if (!take_protocol_buffers()) return false;
   if (diag_status() == 0 && diag_open(DEVICE) != 1) {
     diag_close();
-    say("DUMP_MODE: can't open the port");
+    print_line("DUMP_MODE: can't open the port");
     return false;
   }
   if (dload_wrapper_write(DMSS_MEMORY_DEBUG) == 0) {
-    if (gBadList) say("DUMP_MODE: the list of regions is damaged, refused");
+    if (gBadList) print_line("DUMP_MODE: the list of regions is damaged, refused");
     return false;
   }
-  if (gRefused) return false;
+  if (gDumpEnded) return false;
   for (gCurrentRegion = 0; gCurrentRegion < gRegionCount; ++gCurrentRegion) {
     if (!read_region()) return false;
     close_file(&gRegions[gCurrentRegion].descriptor);
   }
-  return !gLeftOut;
+  return !gRegionSkipped;
 }
 
 // A file that nothing came for is not left behind: it would take its name from the next dump.
@@ -293,7 +294,7 @@ static void close_files() {
   close_file(&gDirectoryDescriptor);
 }
 
-static void give_buffers_back() {
+static void release_buffers() {
   free(dload_tbuf);
   free(dload_rbuf);
   dload_tbuf = dload_rbuf = nullptr;
@@ -303,11 +304,11 @@ int mem_dump_process() {
   modem_status_dump(0);
   for (Region& region : gRegions) region = {};
   gRegionCount = gCurrentRegion = 0;
-  gRefused = gLeftOut = gBadList = false;
+  gDumpEnded = gRegionSkipped = gBadList = false;
   name_directory();
   bool saved = dump();
   close_files();
-  give_buffers_back();
+  release_buffers();
   if (saved) modem_status_dump(100);
   return 1;
 }

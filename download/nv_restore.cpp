@@ -122,7 +122,7 @@ static bool same_version_family() {
 
 static bool nv_backup() {
   if (diag_wrapper_write(DIAG_NV_BACKUP) == 0) return false;
-  say("DLOAD: NV Backup");
+  print_line("DLOAD: NV Backup");
   sleep(AFTER_BACKUP_S);
   return true;
 }
@@ -133,7 +133,7 @@ static bool nv_rebuild(const char* path) {
   ft_buff[0] = DIAG_NV_REBUILD;
   send_unanswered({ft_buff, 1});
   zop_close();
-  say("DLOAD: NV Rebuild");
+  print_line("DLOAD: NV Rebuild");
   sleep(SETTLE_S);
   if (!reconnect(path)) return false;
   if (diag_wrapper_write(DIAG_MODE_CONTROL) == 0) return false;
@@ -144,7 +144,7 @@ static bool nv_rebuild(const char* path) {
 static bool nv_restore() {
   if (gReadinessValue == 0) {
     if (diag_wrapper_write(DIAG_NV_RESTORE) == 0) return false;
-    say("DLOAD: NV Restore");
+    print_line("DLOAD: NV Restore");
   }
   zop_close();
   sleep(SETTLE_S);

@@ -10,7 +10,7 @@
 #include "download/image_set.h"
 #include "link/serial_port.h"
 
-enum { MOST_STREAMED = 2048, STREAM_DATA = 5, PARTITION_DATA = 2 };
+enum { MAX_STREAM = 2048, STREAM_DATA = 5, PARTITION_DATA = 2 };
 enum { PASSES = 10, RETRY_PAUSE_US = 5000, REPLY_PAUSE_US = 500 };
 enum { AFTER_LOST_REPLY_US = 1000, AROUND_IMAGE_US = 2000 };
 enum : uint8_t { VERSION = 3, FEATURES = 0x09, UNTRUSTED = 0x01, FLAG = 0x7E };
@@ -39,7 +39,7 @@ static uint32_t build_security(uint8_t* packet) {
 static uint32_t build_partition(uint8_t* packet) {
   packet[0] = STREAM_PARTITION;
   packet[1] = efs_clear;  // overrides the modem's own table
-  return PARTITION_DATA + read_image(packet + PARTITION_DATA, MOST_STREAMED);
+  return PARTITION_DATA + read_image(packet + PARTITION_DATA, MAX_STREAM);
 }
 
 // A table that differs from the modem's wants its file system erased, and all images written.
@@ -64,7 +64,7 @@ static bool accept_open(const Reply& reply) {
 static uint32_t build_stream(uint8_t* packet) {
   packet[0] = STREAM_WRITE;
   put_le32(packet + 1, gImages[gCurrentImage].sent);
-  gChunk = read_image(packet + STREAM_DATA, MOST_STREAMED);
+  gChunk = read_image(packet + STREAM_DATA, MAX_STREAM);
   return gChunk == 0 ? 0 : STREAM_DATA + gChunk;
 }
 
@@ -134,15 +134,15 @@ static bool send_partition_table() {
 }
 
 static bool fail_with(const char* message) {
-  say(message);
+  print_line(message);
   return false;
 }
 
 static bool partition_stage() {
-  if (efs_clear != 0) say("STAGE2: Erasing Start");
+  if (efs_clear != 0) print_line("STAGE2: Erasing Start");
   if (!send_partition_table()) return fail_with("STAGE2: Err-Erasing");
   if (efs_clear == 0) return true;
-  say("STAGE2: Erasing Start");
+  print_line("STAGE2: Erasing Start");
   if (!enter_programmer() || !send_partition_table()) return fail_with("STAGE2: Err-Erasing");
   return true;
 }
@@ -170,7 +170,7 @@ static bool write_image(uint8_t row) {
 }
 
 static bool write_stage() {
-  say("STAGE3: Writing Start");
+  print_line("STAGE3: Writing Start");
   uint8_t first = gModemOnly != 0 ? IMAGE_AMSS : IMAGE_DBL;
   for (uint8_t row = first; row < IMAGE_COUNT; ++row) {
     if (!write_image(row)) return fail_with("STAGE3: Err-Writing");
@@ -179,7 +179,7 @@ static bool write_stage() {
 }
 
 int hostdl_process() {
-  say("STAGE1: Loading Success");
+  print_line("STAGE1: Loading Success");
   (void)hostdl_wrapper_write(STREAM_HELLO);  // wakes a programmer that has just started
   if (!enter_programmer()) return fail_with("STAGE1: Err-RAM Entry");
   if (!partition_stage() || !write_stage()) return 0;

@@ -253,7 +253,7 @@ unsigned zop_debug_stop() {
 }
 
 // Any thread of the host may have been left with the lock, in a signal handler that exits.
-void leave_listener(const timespec& end) {
+void stop_listener_until(const timespec& end) {
   THREAD_STATUS = LISTENER_STOPPED;
   if (!take_listener_thread()) return;
   if (pthread_mutex_timedlock(&wake_mutex, &end) == 0) {
@@ -275,7 +275,7 @@ bool time_call_by_listener(uint32_t timeout_s) {
 
 // ---- alarms ----
 
-void take_alarm_handlers_away() {
+void remove_alarm_handlers() {
   struct sigaction action;
   if (sigaction(SIGALRM, nullptr, &action) != 0) return;
   if (action.sa_handler != callback_debug_close && action.sa_handler != callback_function) return;

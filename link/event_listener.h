@@ -36,10 +36,10 @@ void callback_function(int signal);
 
 // At the end of the library: stops the listener and waits for it until the wall clock says end, and
 // no longer. The link is closed.
-void leave_listener(const timespec& end);
+void stop_listener_until(const timespec& end);
 
 // A host that unloads the module must not be sent into code that is gone.
-void take_alarm_handlers_away();
+void remove_alarm_handlers();
 
 // SIGALRM: stops the listener of a link that has failed.
 void callback_debug_close(int signal);

@@ -69,42 +69,42 @@ static void unframe(const uint8_t* raw, int32_t length, Response* response) {
 
 // Whether the frame is taken. On a line that owes nothing every one is; whatever may not have been
 // the own answer leaves that owed.
-static bool is_own(RequestHead own, const ExchangePolicy& policy, const Response& response) {
+static bool is_accepted(RequestHead own, const ExchangePolicy& policy, const Response& response) {
   bool any_owed = is_any_owed();
   bool follows_a_cut = any_owed && answer_was_cut.exchange(false);
   if (response.length < 0) {
-    if (!follows_a_cut && !policy.takes_older) note_owed(own);
+    if (!follows_a_cut && !policy.accepts_older) note_owed(own);
     return !follows_a_cut;
   }
-  if (!any_owed && policy.takes_others) return true;
+  if (!any_owed && policy.accepts_others) return true;
   uint32_t length = static_cast<uint32_t>(response.length);
   if (is_answer_to(own, response.bytes, length)) {
     if (!is_owed(own)) forget_owed();
     return true;
   }
-  if (take_owed(response.bytes, length) || !policy.takes_others) return false;
+  if (remove_owed(response.bytes, length) || !policy.accepts_others) return false;
   note_owed(own);
   return true;
 }
 
-static uint32_t sooner(uint32_t a, uint32_t b) { return static_cast<int32_t>(a - b) < 0 ? a : b; }
+static uint32_t earlier(uint32_t a, uint32_t b) { return static_cast<int32_t>(a - b) < 0 ? a : b; }
 
 // The answer to own, or whatever it is on a line that owes nothing. raw is RAW_ANSWER_SIZE bytes.
 static int32_t receive_raw(const PortUse& port, RequestHead own, const ExchangePolicy& policy,
                            uint8_t* raw, Response* response) {
   int32_t held = 0;
   int32_t result = 0;
-  uint32_t end = monotonic_ms() + policy.most_ms;
+  uint32_t end = monotonic_ms() + policy.total_ms;
   for (int empty_reads = 0; result >= 0;) {
     int32_t room = room_behind(raw, held);
-    uint32_t until = sooner(monotonic_ms() + policy.silence_ms, end);
+    uint32_t until = earlier(monotonic_ms() + policy.silence_ms, end);
     result = PORT_ERROR;  // full, and no frame ends here
     if (room > 0) result = read_port(port, raw + held, static_cast<uint32_t>(room), until);
     if (result == 0 && ++empty_reads == MAX_EMPTY_READS) result = PORT_ERROR;
     if (result > 0) held += result;
     while (int32_t length = frame_length(raw, held)) {
       unframe(raw, length, response);
-      if (is_own(own, policy, *response)) return length;
+      if (is_accepted(own, policy, *response)) return length;
       held -= length;
       memmove(raw, raw + length, static_cast<size_t>(held));
     }
@@ -142,7 +142,7 @@ int32_t diag_read_wait_1sec(uint8_t* buffer) { return read_raw(buffer, PROBE_POL
 // A request that is answered like none that is owed, answered or refused by every modem: time
 // stamp, build version, version. Once its answer is there, nothing older comes any more. Results of
 // send and receive.
-static int32_t read_up_to_now(const PortUse& port, Response* response) {
+static int32_t resynchronise(const PortUse& port, Response* response) {
   static constexpr uint8_t MARKS[] = {0x1D, 0x7C, 0x00};
   for (const uint8_t& mark : MARKS) {
     RequestHead head = head_of(&mark, 1);
@@ -153,21 +153,21 @@ static int32_t read_up_to_now(const PortUse& port, Response* response) {
   return PORT_TIMEOUT;  // a modem that has not answered any of them
 }
 
-static int32_t converse(const PortUse& port, const Request& request, const ExchangePolicy& policy,
-                        bool takes_older, Response* response) {
+static int32_t transact(const PortUse& port, const Request& request, const ExchangePolicy& policy,
+                        bool accepts_older, Response* response) {
   RequestHead head = head_of(request.bytes, request.length);
   int32_t result = port.is_wanted() ? 1 : int32_t{PORT_ABANDONED};
-  if (result > 0 && is_owed(head) && !takes_older) result = read_up_to_now(port, response);
+  if (result > 0 && is_owed(head) && !accepts_older) result = resynchronise(port, response);
   if (result > 0) result = send(port, request);
   if (result > 0) result = receive(port, head, policy, response);
   return result;
 }
 
-static int32_t attempt(const Request& request, const ExchangePolicy& policy, bool takes_older,
+static int32_t attempt(const Request& request, const ExchangePolicy& policy, bool accepts_older,
                        Response* response) {
   PortUse port(policy.wanted);
   if (!policy.claim(port)) return policy.claim == try_claim_port ? PORT_BUSY : PORT_UNSENT;
-  int32_t result = converse(port, request, policy, takes_older, response);
+  int32_t result = transact(port, request, policy, accepts_older, response);
   if (result <= 0 && result != PORT_ABANDONED) return fail_port(port, result);
   if (result == PORT_ABANDONED) discard_unsent(port);
   release_port(port);
@@ -178,7 +178,7 @@ static int32_t attempt(const Request& request, const ExchangePolicy& policy, boo
 // link was opened again meanwhile. The answer to any of the attempts will do.
 int32_t line_exchange(const Request& request, const ExchangePolicy& policy, Response* response) {
   for (int attempts = 1;; ++attempts) {
-    int32_t received = attempt(request, policy, policy.takes_older || attempts > 1, response);
+    int32_t received = attempt(request, policy, policy.accepts_older || attempts > 1, response);
     if (received != PORT_TIMEOUT || policy.attempts == 1) return received;
     usleep(RETRY_PAUSE_US);
     if (attempts == policy.attempts) return PORT_TIMEOUT;
@@ -202,6 +202,6 @@ void read_owed_answers() {
   if (!claim_port(port)) return;
   uint8_t bytes[RESPONSE_SIZE] = {};
   Response response = {bytes};
-  (void)read_up_to_now(port, &response);  // what is still owed then is dropped later
+  (void)resynchronise(port, &response);  // what is still owed then is dropped later
   release_port(port);
 }

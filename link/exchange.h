@@ -24,12 +24,12 @@ struct ExchangePolicy {
   bool (*claim)(const PortUse&);  // claim_port, or try_claim_port, which does not wait
   int attempts;                   // after a time-out
   uint32_t silence_ms;            // the longest wait for a byte of the answer
-  uint32_t most_ms;               // for the whole answer
+  uint32_t total_ms;              // for the whole answer
   bool (*wanted)() = nullptr;     // false abandons the exchange within 0.1 s; null: always true
   // Whose answer will do besides its own: the late one of an earlier request of the same kind; and,
   // as some modems answer under another code, one that echoes no request that is owed.
-  bool takes_older = false;
-  bool takes_others = true;
+  bool accepts_older = false;
+  bool accepts_others = true;
 };
 
 inline constexpr ExchangePolicy COMMAND_POLICY = {claim_port, 3, 5000, 15'000};

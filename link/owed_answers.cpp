@@ -3,14 +3,14 @@
 
 #include <atomic>
 
-enum { MOST_OWED = 8, HEAD_BYTES = 3 };
+enum { MAX_OWED = 8, HEAD_BYTES = 3 };
 
 // The modem refuses a request with one of these and the request's bytes behind it: bad command, bad
 // parameter, bad length, bad mode, locked, security.
 static constexpr uint8_t REFUSALS[] = {19, 20, 21, 24, 66, 71};
 
 // The number of bytes in the top byte; 0 is a free place.
-static constinit std::atomic<RequestHead> owed[MOST_OWED] = {};
+static constinit std::atomic<RequestHead> owed[MAX_OWED] = {};
 static constinit std::atomic<uint32_t> next_place = 0;
 
 RequestHead head_of(const uint8_t* request, uint32_t length) {
@@ -34,7 +34,7 @@ bool is_answer_to(RequestHead head, const uint8_t* answer, uint32_t length) {
 }
 
 void note_owed(RequestHead head) {
-  if (head != 0) owed[next_place++ % MOST_OWED] = head;
+  if (head != 0) owed[next_place++ % MAX_OWED] = head;
 }
 
 bool is_any_owed() {
@@ -51,7 +51,7 @@ bool is_owed(RequestHead head) {
   return false;
 }
 
-bool take_owed(const uint8_t* answer, uint32_t length) {
+bool remove_owed(const uint8_t* answer, uint32_t length) {
   for (auto& place : owed) {
     RequestHead head = place;
     if (head == 0 || !is_answer_to(head, answer, length)) continue;

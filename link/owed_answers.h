@@ -22,7 +22,7 @@ bool is_any_owed();
 bool is_owed(RequestHead head);
 
 // Takes one owed answer off the list when this is it.
-bool take_owed(const uint8_t* answer, uint32_t length);
+bool remove_owed(const uint8_t* answer, uint32_t length);
 
 // The modem answers in order: what it has skipped does not come any more.
 void forget_owed();

@@ -17,7 +17,7 @@ enum {
   MAX_WRITES = 15,
   MAX_BUSY_TESTS = 100,
   BUSY_PAUSE_US = 2000,
-  LOOK_MS = 50,  // between two looks at whether a wait is still wanted
+  CHECK_INTERVAL_MS = 50,  // between two looks at whether a wait is still wanted
   WRITE_LIMIT_MS = 5000,
   SETTLE_LIMIT_MS = 5000,  // of threads that get no processor
   DLOAD_LIMIT_MS = 4000,
@@ -192,7 +192,7 @@ static int32_t wait_for_port(const PortUse& port, short events, uint32_t until) 
     if (!port.is_wanted()) return PORT_ABANDONED;
     int32_t left = ms_until(until);
     if (left < 0) return PORT_TIMEOUT;
-    int limit = left < LOOK_MS ? left : int{LOOK_MS};
+    int limit = left < CHECK_INTERVAL_MS ? left : int{CHECK_INTERVAL_MS};
     pollfd line = {port.fd, events, 0};
     int ready = poll(&line, 1, limit);
     if (ready < 0 && errno != EINTR) return PORT_ERROR;

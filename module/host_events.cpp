@@ -40,7 +40,7 @@ static void prv_count_ring(int origin) {
 static const char* prv_text(const char* text) { return text != nullptr ? text : "(none)"; }
 
 // Once, and as soon as somebody wants to hear it: without the calls every event is lost.
-static void prv_tell_of_unbound_calls() {
+static void prv_log_unbound_calls() {
   static constinit std::atomic<bool> told = false;
   if (!log_enabled(VURN_LOG_ERROR) || told.exchange(true)) return;
   LOG_E("E zop:nubi:name=%d,source=%d:event calls of the platform are not bound",
@@ -49,7 +49,7 @@ static void prv_tell_of_unbound_calls() {
 
 int vurn_report_event(const struct NubiEvent* event) {
   if (NubiGetEventName == nullptr || NubiGetEventSource == nullptr) {
-    prv_tell_of_unbound_calls();
+    prv_log_unbound_calls();
     return VURN_OK;
   }
   const char* name = prv_text(NubiGetEventName(event));

@@ -188,15 +188,15 @@ int vurn_close(int join) {
 // in code that is gone. No lock and no thread is waited for without a limit: a thread of the host,
 // this one even, may have been stopped with any of them. Closing the link ends an exchange under
 // way; what the deferred-action thread has started meanwhile is stopped behind it.
-__attribute__((destructor)) static void prv_leave_host() {
+__attribute__((destructor)) static void prv_unload() {
   if (prv_is_noted_process()) {
     timespec end = prv_wall_clock_in(UNLOAD_WAIT_S);
     diag_close();
-    leave_listener(end);
-    prv_leave_deferred_action_thread(end);
-    leave_listener(end);
+    stop_listener_until(end);
+    prv_stop_deferred_action_thread_until(end);
+    stop_listener_until(end);
   }
-  take_alarm_handlers_away();
+  remove_alarm_handlers();
 }
 
 // ---- what needs no modem ----

@@ -10,13 +10,13 @@
 
 // Offsets in the records. Lengths are the modem's, and bounded by the record.
 enum { END_CALL_TYPE = 1, END_CALL_STATUS = 2 };
-enum { NUMBER = 2, NUMBER_MOST = 81, NUMBER_LENGTH = 83 };
+enum { NUMBER = 2, MAX_NUMBER = 81, NUMBER_LENGTH = 83 };
 enum {
   PEAK_THROUGHPUT = 4,
   MEAN_THROUGHPUT = 6,
   ADDRESS_LENGTH = 26,
   ADDRESS = 27,
-  ADDRESS_MOST = 20
+  MAX_ADDRESS = 20
 };
 enum { PEAK_UNIT = 1000, MEAN_UNIT = 100 };  // octets per second
 
@@ -30,7 +30,7 @@ void call_end_callback(const uint8_t* record) {
 
 void call_orginate_callback(const uint8_t* record) {
   char number[86];
-  int length = prv_at_most(record[NUMBER_LENGTH], NUMBER_MOST);
+  int length = prv_at_most(record[NUMBER_LENGTH], MAX_NUMBER);
   memcpy(number, record + NUMBER, static_cast<size_t>(length));
   number[length] = '\0';
   LOG_D(VURN_LOG_EVENTS, "D zop:Call originate callback called");
@@ -40,7 +40,7 @@ void call_orginate_callback(const uint8_t* record) {
 void pdp_activation_callback(const uint8_t* record) {
   char address[100] = "";
   int used = 0;
-  int length = prv_at_most(record[ADDRESS_LENGTH], ADDRESS_MOST);
+  int length = prv_at_most(record[ADDRESS_LENGTH], MAX_ADDRESS);
   for (int i = 0; i < length; ++i) {
     used += snprintf(address + used, sizeof address - static_cast<size_t>(used),
                      i == 0 ? "%d" : ".%d", record[ADDRESS + i]);

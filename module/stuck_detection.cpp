@@ -119,7 +119,7 @@ bool prv_get_modem_stuck_all_plmns_fplmn(int32_t service_status) {
 }
 
 // The list: a count, then up to 20 networks of 6 characters. Room for 21, as hosts have had it.
-enum { MCC_SIZE = 3, PLMN_SIZE = 6, FPLMN_MOST = 20, FPLMN_ROOM = 1 + 21 * PLMN_SIZE };
+enum { MCC_SIZE = 3, PLMN_SIZE = 6, MAX_FPLMNS = 20, FPLMN_ROOM = 1 + 21 * PLMN_SIZE };
 
 int prv_is_current_plmn_forbidden() {
   uint8_t plmn[PLMN_SIZE];
@@ -139,7 +139,7 @@ int prv_is_current_plmn_forbidden() {
     return 0;
   }
   int count = list[0];
-  if (count > FPLMN_MOST) count = FPLMN_MOST;
+  if (count > MAX_FPLMNS) count = MAX_FPLMNS;
   const uint8_t* entry = list + 1;
   for (int i = 0; i < count; ++i, entry += PLMN_SIZE) {
     if (memcmp(entry, plmn, PLMN_SIZE) == 0) return 1;

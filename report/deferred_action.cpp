@@ -41,7 +41,7 @@ void prv_deferred_action_event(int event) {
   pthread_cond_signal(&gDeferredCond);
 }
 
-void prv_forget_switch_off() {
+void prv_discard_switch_off() {
   ScopedLock lock(gDeferredMutex);
   if (gDeferredEvent == DEFERRED_TURNED_OFF_FIELD_TESTING) gDeferredEvent = DEFERRED_NONE;
 }
@@ -149,7 +149,7 @@ void prv_join_deferred_action_thread() {
   if (joins) pthread_join(gDeferredThread, nullptr);
 }
 
-void prv_leave_deferred_action_thread(const timespec& end) {
+void prv_stop_deferred_action_thread_until(const timespec& end) {
   if (pthread_mutex_timedlock(&gDeferredMutex, &end) != 0) return;
   gDeferredStop = true;
   pthread_cond_signal(&gDeferredCond);

@@ -12,7 +12,7 @@ void prv_deferred_action_event(int event);
 
 // Takes "turned off field testing" out of the slot: it is on again, and the thread would take it
 // for off. Under gModuleMutex.
-void prv_forget_switch_off();
+void prv_discard_switch_off();
 
 // Starts the thread. 0, or the error of its creation. Under gModuleMutex, once.
 int prv_start_deferred_action_thread();
@@ -26,4 +26,4 @@ bool prv_is_deferred_action_thread_stopped();
 void prv_join_deferred_action_thread();
 
 // Both, at the end of the library: until the wall clock says end, and no longer.
-void prv_leave_deferred_action_thread(const timespec& end);
+void prv_stop_deferred_action_thread_until(const timespec& end);

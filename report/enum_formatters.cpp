@@ -41,7 +41,7 @@ template <const auto& NAMES, int32_t (*READ)(const void*), Case LETTERS = AS_IS,
 static int prv_format_enum(const zop_log_item* item, const char** text, int* length) {
   BoundedWriter out = prv_scratch();
   if (prv_is_shown(SCREEN)) prv_append_name(out, NAMES, READ(item->value), LETTERS);
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 #define ENUM_FORMATTER(name, ...)                                           \
@@ -74,5 +74,5 @@ int prv_format_sim_status(const zop_log_item*, const char** text, int* length, i
   out.append(", PIN");
   prv_append_name(out, PIN_STATE_NAMES, gDiagInfo.lock_status, LOWER);
   out.append(", R%d", gDiagInfo.pin_retries);
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }

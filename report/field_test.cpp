@@ -44,7 +44,7 @@ void prv_set_field_testing(bool on, bool lockModule) {
     if (status != 0) LOG_E("E zop:startdeb:status=%d:can't start debugging", status);
     if (status == 0) LOG_D(VURN_LOG_GENERAL, "D zop:turned on field testing");
     start_failed = status != ZOP_SUCCESS && status != ALREADY_RUNS;
-    if (!start_failed) prv_forget_switch_off();
+    if (!start_failed) prv_discard_switch_off();
   }
   // Before another thread gets the lock: its request would be lost behind this.
   if (start_failed) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);

@@ -26,7 +26,7 @@ int prv_format_plmn(const zop_log_item* item, const char** text, int* length, in
   BoundedWriter out = prv_scratch();
   bool none = plmn[0] == 0 && plmn[3] == 0;
   if (!none) out.append("%.3s;%.3s", prv_text(plmn), prv_text(plmn + 3));
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_plmn_list(const zop_log_item* item, const char** text, int* length, int) {
@@ -37,7 +37,7 @@ int prv_format_plmn_list(const zop_log_item* item, const char** text, int* lengt
     out.append_entry("%.3s;%.3s ", prv_text(plmn), prv_text(plmn + 3));
     plmn += PLMN_SIZE;
   }
-  return prv_give_list(out, text, length);
+  return prv_finish_list(out, text, length);
 }
 
 static const char* prv_technology(const uint8_t* entry, char* text, size_t size) {
@@ -63,7 +63,7 @@ static void prv_append_block(BoundedWriter& out, const uint8_t* block, int most)
 int prv_format_plmn_block(const zop_log_item* item, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   prv_append_block(out, prv_bytes(item->value), HPLMN_ENTRIES);
-  return prv_give_list(out, text, length);
+  return prv_finish_list(out, text, length);
 }
 
 int prv_format_oplmn(const zop_log_item*, const char** text, int* length, int) {
@@ -72,7 +72,7 @@ int prv_format_oplmn(const zop_log_item*, const char** text, int* length, int) {
        ++block) {
     prv_append_block(out, gDiagInfo.oplmn[block], BLOCK_ENTRIES);
   }
-  return prv_give_list(out, text, length);
+  return prv_finish_list(out, text, length);
 }
 
 // ---- cells ----
@@ -94,19 +94,19 @@ int prv_format_wcdma_cells(const zop_log_item*, const char** text, int* length, 
     if (!prv_is_wcdma_screen() || (code == 0 && ecio == 0)) break;
     out.append_entry("%d;%d;%d ", get_le16(cell.set), code, ecio);
   }
-  return prv_give_list(out, text, length);
+  return prv_finish_list(out, text, length);
 }
 
 int prv_format_rscp(const zop_log_item* item, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   if (prv_is_wcdma_screen()) out.append("-%u", get_unaligned_uint16_t(item->value));
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_drx(const zop_log_item* item, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   if (prv_is_wcdma_screen()) out.append("%u", get_unaligned_uint16_t(item->value));
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_gsm_neighbors(const zop_log_item*, const char** text, int* length, int) {
@@ -117,7 +117,7 @@ int prv_format_gsm_neighbors(const zop_log_item*, const char** text, int* length
     const zop_gsm_neighbor& cell = gsm.neighbors[i];
     out.append_entry("%d;%d;%d ", prv_signed16(cell.rssi), get_le16(cell.arfcn), cell.bsic);
   }
-  return prv_give_list(out, text, length);
+  return prv_finish_list(out, text, length);
 }
 
 int prv_format_gsm_best(const zop_log_item*, const char** text, int* length, int) {
@@ -129,17 +129,17 @@ int prv_format_gsm_best(const zop_log_item*, const char** text, int* length, int
     out.append_entry("%d;%d;%d;%d ", get_unaligned_int32_t(cell.c), get_le16(cell.d), cell.a,
                      cell.b);
   }
-  return prv_give_list(out, text, length);
+  return prv_finish_list(out, text, length);
 }
 
 int prv_format_pathloss(const zop_log_item* item, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   if (prv_is_gsm_screen()) out.append("%d", get_unaligned_int32_t(item->value));
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_mfrm(const zop_log_item* item, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   if (prv_is_gsm_screen()) out.append("%u", *prv_bytes(item->value));
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }

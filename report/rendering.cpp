@@ -124,7 +124,7 @@ static Text prv_plain_value(const zop_log_item& item, int index) {
 }
 
 // One item on its way into the report.
-struct Shown {
+struct Rendered {
   Text label;
   Text value;
 };
@@ -139,33 +139,35 @@ static void prv_trim_first_header(Text* label) {
 
 // Headers, the exception, and rows that are neither. False to leave the item out.
 static bool prv_special_value(const zop_log_item& item, int index, const char* excName,
-                              Shown* shown) {
-  shown->value = {"", 0};
+                              Rendered* rendered) {
+  rendered->value = {"", 0};
   if (item.type == ZOP_ITEM_EXCEPTION) {
     if (excName == nullptr) return false;
-    shown->value = {excName, strlen(excName)};
+    rendered->value = {excName, strlen(excName)};
   } else if (item.type == ZOP_ITEM_HEADER) {
-    if (index == 0) prv_trim_first_header(&shown->label);
+    if (index == 0) prv_trim_first_header(&rendered->label);
   } else {
     static constexpr char UNKNOWN[] = "UNKNOWN SPECIAL";
     BoundedWriter out = prv_scratch();
     out.append("item=%d", index);
     LOG_E("E zop:itemnolabel:%s:oops", out.text());
-    *shown = {{UNKNOWN, strlen(UNKNOWN)}, prv_text_of(out)};
+    *rendered = {{UNKNOWN, strlen(UNKNOWN)}, prv_text_of(out)};
   }
   return true;
 }
 
-static bool prv_value(const zop_log_item& item, int index, const char* excName, Shown* shown) {
+static bool prv_value(const zop_log_item& item, int index, const char* excName,
+                      Rendered* rendered) {
   if (item.format != nullptr) {
     const char* text = "";
     int length = 0;
     if (item.format(&item, &text, &length, 0) == 0) return false;
-    shown->value = {text, static_cast<size_t>(length)};
+    rendered->value = {text, static_cast<size_t>(length)};
     return true;
   }
-  if ((item.flags & ZOP_ITEM_SPECIAL) != 0) return prv_special_value(item, index, excName, shown);
-  shown->value = prv_plain_value(item, index);
+  if ((item.flags & ZOP_ITEM_SPECIAL) != 0)
+    return prv_special_value(item, index, excName, rendered);
+  rendered->value = prv_plain_value(item, index);
   return true;
 }
 
@@ -194,15 +196,16 @@ static void prv_put_value(LogString* out, const Text& value) {
 }
 
 // An item that does not fit is left out; a later, shorter one may still go in.
-static void prv_add_to_log_string(LogString* out, const zop_log_item& item, const Shown& shown) {
-  if (out->used + shown.label.length + shown.value.length + PAIR_EXTRA > out->room) {
+static void prv_add_to_log_string(LogString* out, const zop_log_item& item,
+                                  const Rendered& rendered) {
+  if (out->used + rendered.label.length + rendered.value.length + PAIR_EXTRA > out->room) {
     out->whole = false;
     return;
   }
-  prv_put(out, shown.label.at, shown.label.length);
-  bool bare_header = item.type == ZOP_ITEM_HEADER && shown.value.length == 0;
-  if (!bare_header && shown.label.length > 0) prv_put(out, ": ", 2);
-  if (!bare_header) prv_put_value(out, shown.value);
+  prv_put(out, rendered.label.at, rendered.label.length);
+  bool bare_header = item.type == ZOP_ITEM_HEADER && rendered.value.length == 0;
+  if (!bare_header && rendered.label.length > 0) prv_put(out, ": ", 2);
+  if (!bare_header) prv_put_value(out, rendered.value);
   prv_put(out, "\n", 1);
 }
 
@@ -228,7 +231,7 @@ static char prv_in_pair(char c, uint8_t flags) {
 }
 
 // As much of a value as there is room for. A list, whose entries a blank divides, keeps whole ones.
-static size_t prv_cut(const Text& value, size_t room) {
+static size_t prv_fitting_length(const Text& value, size_t room) {
   if (value.length <= room) return value.length;
   for (size_t length = room; length > 0; --length) {
     if (value.at[length] == ' ') return length;
@@ -237,10 +240,11 @@ static size_t prv_cut(const Text& value, size_t room) {
 }
 
 // A pair that would pass the end begins the next line; one that is longer than a line is cut.
-static void prv_add_to_syslog(SyslogLine* line, const zop_log_item& item, const Shown& shown) {
-  Text name = shown.label;
+static void prv_add_to_syslog(SyslogLine* line, const zop_log_item& item,
+                              const Rendered& rendered) {
+  Text name = rendered.label;
   if (item.key != nullptr) name = {item.key, item.keyLen};
-  size_t needed = name.length + shown.value.length + PAIR_EXTRA;
+  size_t needed = name.length + rendered.value.length + PAIR_EXTRA;
   if (line->used > 0 && line->used + needed > LINE_SIZE) {
     prv_write_line(line);
     ++line->number;
@@ -254,8 +258,8 @@ static void prv_add_to_syslog(SyslogLine* line, const zop_log_item& item, const 
   if (name.length > 0 && isalpha(static_cast<unsigned char>(name.at[0])) == 0) put('Z');
   for (size_t i = 0; i < name.length; ++i) put(name.at[i]);
   put('=');
-  size_t length = prv_cut(shown.value, static_cast<size_t>(end - out));
-  for (size_t i = 0; i < length; ++i) put(prv_in_pair(shown.value.at[i], item.flags));
+  size_t length = prv_fitting_length(rendered.value, static_cast<size_t>(end - out));
+  for (size_t i = 0; i < length; ++i) put(prv_in_pair(rendered.value.at[i], item.flags));
   line->used = static_cast<size_t>(out - line->text);
 }
 
@@ -284,13 +288,13 @@ int prv_output_somewhere(const char* excName, int toSyslog, int snapshotOnly, ch
   for (int index = 0; gLogItems[index].type != ZOP_ITEM_END; ++index) {
     const zop_log_item& item = gLogItems[index];
     if (snapshotOnly != 0 && (item.flags & ZOP_ITEM_SNAPSHOT) == 0) continue;
-    Shown shown = {{"", 0}, {"", 0}};
-    if (item.label != nullptr) shown.label = {item.label, item.labelLen};
-    if (!prv_value(item, index, excName, &shown)) continue;
+    Rendered rendered = {{"", 0}, {"", 0}};
+    if (item.label != nullptr) rendered.label = {item.label, item.labelLen};
+    if (!prv_value(item, index, excName, &rendered)) continue;
     bool in_log = buf != nullptr && (item.flags & ZOP_ITEM_LOG_STRING) != 0;
     bool in_syslog = toSyslog != 0 && (item.flags & ZOP_ITEM_SYSLOG) != 0;
-    if (in_log) prv_add_to_log_string(&log, item, shown);
-    if (in_syslog) prv_add_to_syslog(&line, item, shown);
+    if (in_log) prv_add_to_log_string(&log, item, rendered);
+    if (in_syslog) prv_add_to_syslog(&line, item, rendered);
   }
   if (toSyslog != 0) prv_end_syslog(&line);
   if (buf != nullptr && bufLen > 0) {

@@ -16,7 +16,7 @@
 #include "report/supplement.h"
 #include "report/wan_data.h"
 
-enum { PLMN_REFETCH_S = 10, APOLOGY_MIN_SIZE = 85 };
+enum { PLMN_REFETCH_S = 10, UNAVAILABLE_MIN_SIZE = 85 };
 enum { FIRST_SILENT_CODE = 3, LAST_SILENT_CODE = 7 };  // exceptions that are not reported
 
 static constinit int32_t gPlmnRequestTime = 0;  // monotonic seconds; under gModuleMutex
@@ -46,9 +46,9 @@ static void prv_note_plmn_request() {
   gRefetchPlmns = true;
 }
 
-static void prv_apologise(char* buf, unsigned len) {
+static void prv_write_unavailable(char* buf, unsigned len) {
   if (len > 0) buf[0] = '\0';
-  if (len < APOLOGY_MIN_SIZE) return;
+  if (len < UNAVAILABLE_MIN_SIZE) return;
   char when[32] = "";
   time_t now = time(nullptr);
   ctime_r(&now, when);
@@ -60,7 +60,7 @@ int vurn_get_log_string(char* buf, unsigned len) {
   prv_refresh_diagnostic_data();
   ScopedLock lock(gModuleMutex);
   if (!gModuleOpen) {
-    prv_apologise(buf, len);
+    prv_write_unavailable(buf, len);
     return VURN_OK;
   }
   prv_deferred_action_event(DEFERRED_LOG_STRING);

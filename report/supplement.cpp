@@ -8,18 +8,18 @@
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
 
-enum { TOLD_MAXIMUM = 128 };  // what the log line says; there is room for 140
+enum { LOGGED_MAXIMUM = 128 };  // what the log line says; there is room for 140
 
 static_assert(sizeof gDiagInfo.oplmn / sizeof gDiagInfo.oplmn[0] == OPLMN_BLOCKS);
 
-static bool prv_good(unsigned error, const char* parameter) {
+static bool prv_succeeded(unsigned error, const char* parameter) {
   if (error != ZOP_SUCCESS) LOG_GET_ERROR(parameter, error);
   return error == ZOP_SUCCESS;
 }
 
 // The operator's list comes in blocks: an error ends it, and what was fetched before counts.
 void prv_get_supplement_data() {
-  prv_good(zop_get_data_service_mode(&gDiagInfo.data_service_mode), "data_service_mode");
+  prv_succeeded(zop_get_data_service_mode(&gDiagInfo.data_service_mode), "data_service_mode");
   if (gRefetchPlmns) {
     gRefetchPlmns = false;
     LOG_D(VURN_LOG_STUCK, "D zop:re-fetching PLMNs");
@@ -28,7 +28,7 @@ void prv_get_supplement_data() {
     while (blocks < OPLMN_BLOCKS) {
       uint32_t first = static_cast<uint32_t>(blocks) * BLOCK_ENTRIES + 1;
       uint8_t* block = gDiagInfo.oplmn[blocks];
-      if (!prv_good(zop_get_uim_data_oplmn_partial(first, &total, block), "oplmn")) {
+      if (!prv_succeeded(zop_get_uim_data_oplmn_partial(first, &total, block), "oplmn")) {
         total = first - 1;
         break;
       }
@@ -38,14 +38,14 @@ void prv_get_supplement_data() {
       if (total < first + BLOCK_ENTRIES) break;
     }
     if (total > OPLMN_BLOCKS * BLOCK_ENTRIES) {
-      LOG_E("E zop:toomanyoplmns:found=%d,max=%d:", static_cast<int>(total), TOLD_MAXIMUM);
+      LOG_E("E zop:toomanyoplmns:found=%d,max=%d:", static_cast<int>(total), LOGGED_MAXIMUM);
       total = OPLMN_BLOCKS * BLOCK_ENTRIES;
     }
     gDiagInfo.oplmn_count = total;
     LOG_D(VURN_LOG_STUCK, "D zop:fetched %d oplmn entries in %d blocks", static_cast<int>(total),
           blocks);
-    prv_good(zop_get_uim_data_hplmn(gDiagInfo.hplmn), "hplmn");
-    prv_good(zop_get_uim_data_fplmn(gDiagInfo.fplmn), "fplmn");
+    prv_succeeded(zop_get_uim_data_hplmn(gDiagInfo.hplmn), "hplmn");
+    prv_succeeded(zop_get_uim_data_fplmn(gDiagInfo.fplmn), "fplmn");
   }
-  prv_good(zop_get_uim_data_rplmn(gDiagInfo.rplmn), "rplmn");
+  prv_succeeded(zop_get_uim_data_rplmn(gDiagInfo.rplmn), "rplmn");
 }

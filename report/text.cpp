@@ -42,15 +42,15 @@ void BoundedWriter::append_character(char c) {
 
 BoundedWriter prv_scratch() { return {gScratch, sizeof gScratch}; }
 
-int prv_give(const BoundedWriter& out, const char** text, int* length) {
+int prv_finish(const BoundedWriter& out, const char** text, int* length) {
   *text = out.text();
   *length = static_cast<int>(out.length());
   return 1;
 }
 
-int prv_give_list(BoundedWriter& out, const char** text, int* length) {
+int prv_finish_list(BoundedWriter& out, const char** text, int* length) {
   out.drop_trailing_blank();
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 static int copy_and_terminate(char* destination, const char* source, unsigned length) {

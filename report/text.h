@@ -39,10 +39,10 @@ class BoundedWriter {
 BoundedWriter prv_scratch();
 
 // Returns from a formatter with what was written: always 1, "show the item".
-int prv_give(const BoundedWriter& out, const char** text, int* length);
+int prv_finish(const BoundedWriter& out, const char** text, int* length);
 
 // The same for a list, without the blank after its last entry.
-int prv_give_list(BoundedWriter& out, const char** text, int* length);
+int prv_finish_list(BoundedWriter& out, const char** text, int* length);
 
 // Copies source_length characters (all of source when negative) into destination of size bytes and
 // terminates. Returns the bytes written with the terminator, or, when it had to truncate, the

@@ -19,7 +19,7 @@ int prv_format_mcc_mnc(const zop_log_item*, const char** text, int* length, int)
   BoundedWriter out = prv_scratch();
   out.append("%.*s %.*s", prv_width(screen.mcc, 3), screen.mcc, prv_width(screen.mnc, 3),
              screen.mnc);
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_hex_to_decimal(const zop_log_item* item, const char** text, int* length, int) {
@@ -27,7 +27,7 @@ int prv_format_hex_to_decimal(const zop_log_item* item, const char** text, int* 
   memcpy(digits, item->value, 4);
   BoundedWriter out = prv_scratch();
   out.append("%u", static_cast<unsigned>(strtoul(digits, nullptr, 16)));
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_date_time(const zop_log_item*, const char** text, int* length, int) {
@@ -35,7 +35,7 @@ int prv_format_date_time(const zop_log_item*, const char** text, int* length, in
   BoundedWriter out = prv_scratch();
   out.append("%04d/%02d/%02d %02d.%02d.%02d", get_le16(t), get_le16(t + 2), get_le16(t + 4),
              get_le16(t + 6), get_le16(t + 8), get_le16(t + 10));
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_hour_offset(const zop_log_item* item, const char** text, int* length, int) {
@@ -45,7 +45,7 @@ int prv_format_hour_offset(const zop_log_item* item, const char** text, int* len
   } else {
     out.append("%+dh", get_unaligned_int32_t(item->value) / HOUR);
   }
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_counter(const zop_log_item* item, const char** text, int* length, int) {
@@ -58,14 +58,14 @@ int prv_format_counter(const zop_log_item* item, const char** text, int* length,
   } else {
     out.append("%u", value);
   }
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 // The address words as plain numbers: readers of this report have tools that turn them round.
 int prv_format_name_servers(const zop_log_item*, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   out.append("%u, %u", gDiagInfo.name_servers[0], gDiagInfo.name_servers[1]);
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 // Only the lower half of an address goes to syslog.
@@ -76,7 +76,7 @@ int prv_format_masked_address(const zop_log_item* item, const char** text, int* 
   if (dot != nullptr) dot = strchr(dot + 1, '.');
   BoundedWriter out = prv_scratch();
   out.append("xxx.xxx%s", dot != nullptr ? dot : "");
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 // ---- times ----
@@ -123,14 +123,14 @@ int prv_format_event_history(const zop_log_item*, const char** text, int* length
     out.append(" (%c) ", kind < sizeof LETTERS ? LETTERS[kind] : '?');
     prv_append_time(out, gDiagInfo.last_ring_time);
   }
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_awake(const zop_log_item*, const char** text, int* length, int) {
   uint32_t up = gDiagInfo.awake_seconds + gDiagInfo.asleep_seconds;
   BoundedWriter out = prv_scratch();
   prv_append_age(out, gDiagInfo.awake_seconds, prv_now() - up);
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_pppd_age(const zop_log_item*, const char** text, int* length, int) {
@@ -141,7 +141,7 @@ int prv_format_pppd_age(const zop_log_item*, const char** text, int* length, int
     uint32_t age = gDiagInfo.awake_seconds - gDiagInfo.pppd_start;
     prv_append_age(out, age, prv_now() - age);
   }
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_ftd_age(const zop_log_item*, const char** text, int* length, int) {
@@ -151,7 +151,7 @@ int prv_format_ftd_age(const zop_log_item*, const char** text, int* length, int)
   } else {
     prv_append_age(out, prv_now() - gDiagInfo.screen_time, gDiagInfo.screen_time);
   }
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
 
 int prv_format_ftd_age_seconds(const zop_log_item*, const char** text, int* length, int) {
@@ -161,5 +161,5 @@ int prv_format_ftd_age_seconds(const zop_log_item*, const char** text, int* leng
   } else {
     out.append("%ds", static_cast<int>(prv_now() - gDiagInfo.screen_time));
   }
-  return prv_give(out, text, length);
+  return prv_finish(out, text, length);
 }
