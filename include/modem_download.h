@@ -1,12 +1,12 @@
 /* Firmware download, NV backup and restore, and memory dump of the modem.
  *
- * These calls take no lock and use the serial port alone: the module is closed while they run. They
- * tell their progress on standard output, a line each. Results are 1 for success and 0 for failure
- * unless told. The road of an update:
+ * These calls take no lock and need the serial port to themselves: close the module (vurn_close)
+ * before the first of them. They print their progress to standard output, one line at a time. They
+ * return 1 for success and 0 for failure unless they say otherwise. An update takes these steps:
  *
- *   zop_open, modem_diag_process        the version, and the switch to download mode
- *   modem_set_config, modem_dload_process   the images
- *   modem_dload_end_process             the new firmware, and the NV items */
+ *   zop_open, modem_diag_process            read the version, switch to download mode
+ *   modem_set_config, modem_dload_process   download the images
+ *   modem_dload_end_process                 wait for the new firmware, restore the NV items */
 #ifndef MODEM_DOWNLOAD_H
 #define MODEM_DOWNLOAD_H
 
@@ -17,34 +17,37 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
-/* Names the directory of an image set and the options of the download: modem_only leaves the boot
- * loaders alone, clear erases the modem's file system and overrules modem_only. second_path is kept
- * for the host. Both texts have at most 127 characters, the directory with its closing slash, which
- * is added when it is not there; longer ones are refused with a message, and the next download
- * finds no images. Returns the kept second path. */
+/* Sets the directory of the image set and the options of the download: modem_only does not write
+ * the boot loaders; clear erases the modem's file system and overrides modem_only. second_path is
+ * only stored. Both paths have at most 127 characters, including the directory's trailing slash,
+ * which is added if missing. A longer one is refused with a message, and the next download finds no
+ * images. Returns the stored second path. */
 const char* modem_set_config(const char* directory, const char* second_path, int modem_only,
                              int clear);
 
-/* Downloads the image set: boot ROM, RAM programmer, partition table, images. The modem is in its
- * download mode. Takes the port as it is open, or opens "/dev/tts/USB1". Sleeps 10 s between the
- * stages. Messages: "STAGE1: Loading Success", "STAGE2: Erasing Start", "STAGE3: Writing Start",
- * "STAGE3: Write 5% Done", and on failure "STAGE1: Err-Load Config", "STAGE1: Err-Load RAM",
- * "STAGE1: Err-RAM Entry", "STAGE2: Err-Erasing", "STAGE3: Err-Writing". */
+/* Downloads the image set to a modem in download mode: RAM programmer, partition table, images.
+ * Uses the open port, or opens "/dev/tts/USB1". Sleeps 10 s while the programmer starts. Messages:
+ * "STAGE1: Loading Success", "STAGE2: Erasing Start", "STAGE3: Writing Start", "STAGE3: Write 5%
+ * Done", and on failure "STAGE1: Err-Load Config", "STAGE1: Err-Load RAM", "STAGE1: Err-RAM Entry",
+ * "STAGE2: Err-Erasing", "STAGE3: Err-Writing". */
 int modem_dload_process(void);
 
-/* Reads the modem's build version and switches it to download mode. The link is open (zop_open). */
+/* Reads the modem's build version and switches it to download mode. Needs an open link (zop_open).
+ */
 int modem_diag_process(void);
 
-/* After a download with a "version_info": waits for the new firmware on the device path and, when
- * the modem asks for it, backs up, rebuilds and restores its NV items. Takes up to two minutes.
+/* Ends an update. If the image set had a "version_info" file, waits for the new firmware on the
+ * device path and, if the modem asks for it, backs up, rebuilds and restores its NV items, which
+ * takes up to two minutes. Without that file it does nothing and returns 1.
  * Messages: "DLOAD: NV Backup", "DLOAD: NV Rebuild", "DLOAD: NV Restore". */
 int modem_dload_end_process(const char* path);
 
 /* Saves the memory regions of a crashed modem to "dump_MMDDYYYY_HHMM/" in the working directory.
- * Always 1; "DUMP_MODE: PERCENT=100" tells that all regions are saved. A name that is taken gets a
- * number, NAME.2 and so on: nothing is written over. Other messages: "DUMP_MODE: FILE=" and the
- * file of a region, "DUMP_MODE: left out, " and why a region is not saved, and what ended the
- * dump. The directory and what lies in the way of a file must be this user's own. */
+ * Always returns 1; only the message "DUMP_MODE: PERCENT=100" confirms that all regions were saved.
+ * No file is overwritten: if a name is taken, the new file is called NAME.2, NAME.3 and so on.
+ * Other messages: "DUMP_MODE: FILE=" with the file of a region, "DUMP_MODE: left out, " with the
+ * reason why a region is not saved, and the reason why a dump ended early. An existing directory or
+ * file of that name must belong to the current user. */
 int mem_dump_process(void);
 
 #pragma GCC visibility pop

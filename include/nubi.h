@@ -1,8 +1,8 @@
-/* The platform's event calls, which the module uses when the host process provides them.
+/* The platform's event functions, which the host process provides.
  *
- * The module binds these three names weakly: in a host without them it still loads, and an event
- * handed to vurn_report_event is ignored with result 0; one error line in the log tells of it. The
- * texts belong to the event. */
+ * The module links to these three names weakly. In a host without them it still loads:
+ * vurn_report_event then ignores its event, returns 0, and logs one error line. The texts belong to
+ * the event. */
 #ifndef NUBI_H
 #define NUBI_H
 

@@ -1,25 +1,27 @@
-/* Modem command library: each call performs one request and response over the open link.
+/* Modem command library: each call makes one request to the modem over the open link and reads its
+ * answer.
  *
- * No call takes a lock: a host makes them one at a time, and not beside a vurn_ call of another
- * thread. Only zop_end_call_test may run beside others. It and the event listener share the port
- * with them: a call waits 0.2 s for an exchange that is under way and then closes the link. On a
- * modem that takes longer than that for an answer, keep the listener (zop_debug_start, and the
- * field testing behind a vurn_ report) off while commands are sent.
+ * Threads: no call takes a lock. A host makes these calls one at a time, and not while another
+ * thread makes a vurn_ call. Only zop_end_call_test may run concurrently with others. It and the
+ * event listener share the port with them: a call waits 0.2 s for an exchange in progress and then
+ * closes the link. If the modem takes longer than that to answer, do not send commands while the
+ * listener runs (zop_debug_start, and the field testing that vurn_ reports switch on).
  *
- * Waiting: a modem that falls silent costs a call 5 s, and the link is closed then. One answer may
- * take 15 s in all, and a line that takes no bytes fails after 5 s: 20 s for an exchange at the
- * very most. A call after an exchange that was given up may first wait as long for that answer, to
- * keep it apart from its own. zop_read_pdp_profile makes eight exchanges,
- * zop_simcard_enable and zop_simcard_change two.
+ * Duration: a modem that falls silent costs a call 5 s, and the link is then closed. One answer may
+ * take 15 s in all, and writing to a line that accepts no bytes fails after 5 s: an exchange takes
+ * at most 20 s. A call that follows an abandoned exchange may first wait that long for the late
+ * answer, so as not to mistake it for its own. zop_read_pdp_profile makes eight exchanges;
+ * zop_simcard_enable and zop_simcard_change make two.
  *
- * Outputs are written on success only, except for byte buffers that a call clears before it asks
- * (told there). Scalar outputs are 32-bit, signed where the value is. A call with a size argument
- * takes the buffer's capacity in bytes; below the minimum it returns ZOP_ERR_BUFFER_TOO_SMALL with
- * the minimum in *size, and *size is otherwise left alone. Texts are the modem's bytes, padded
- * with zeros, without a terminator of their own.
+ * Outputs are written on success only, except byte buffers that a call clears first, as noted
+ * there. Scalar outputs are 32 bits wide, signed if the value is. A size argument gives the
+ * capacity of the buffer in bytes. If it is below the call's minimum, the call returns
+ * ZOP_ERR_BUFFER_TOO_SMALL and stores the minimum in *size; otherwise *size does not change. Texts
+ * are the modem's bytes, padded with zeros; if they fill the buffer there is no terminator.
  *
  * Every call may return ZOP_ERR_NOT_OPEN, ZOP_ERR_NO_RESPONSE and ZOP_ERR_BAD_RESPONSE; the
- * comment of a call names only what it may return beyond these. */
+ * comments name only further results. "Status" there means: ZOP_ERR_MODEM_FAILURE if the modem
+ * reports a failure. */
 #ifndef ZOP_H
 #define ZOP_H
 
@@ -35,19 +37,19 @@ enum {
   ZOP_SUCCESS = 0,
   ZOP_ERR_NOT_OPEN = 1,             /* the link is not open; nothing was sent */
   ZOP_ERR_NO_RESPONSE = 2,          /* the request could not be written, or the read failed */
-  ZOP_ERR_BUFFER_TOO_SMALL = 4,     /* the minimum stands in the size argument */
+  ZOP_ERR_BUFFER_TOO_SMALL = 4,     /* the minimum is stored in *size */
   ZOP_ERR_NO_MEMORY = 6,            /* allocation failure */
   ZOP_ERR_BAD_RESPONSE = 7,         /* time-out, bad check sequence, bad length or echo */
   ZOP_ERR_PIN_TOO_LONG = 8,         /* a PIN or key of more than 8 bytes */
   ZOP_ERR_INVALID_ARGUMENT = 9,     /* argument out of range, or not supported */
   ZOP_ERR_MODEM_FAILURE = 10,       /* the modem answered with a non-zero status */
-  ZOP_ERR_HOME_NETWORK_REFUSED = 11 /* the modem will not go to the home network */
+  ZOP_ERR_HOME_NETWORK_REFUSED = 11 /* the modem refuses to go to the home network */
 };
 
 /* Results of zop_open. */
 enum {
   ZOP_OPEN_UP = 0,
-  ZOP_OPEN_NO_ANSWER = 1, /* or the device can't be opened */
+  ZOP_OPEN_NO_ANSWER = 1, /* or the device could not be opened */
   ZOP_OPEN_READ_ERROR = 2,
   ZOP_OPEN_RESERVED = 3 /* not returned */
 };
@@ -89,11 +91,11 @@ enum {
   ZOP_ERROR_LOG_SIZE = 264
 };
 
-/* ---- values of the modem, an enumeration a field ----
+/* ---- values of the modem, one enumeration for each field ----
  *
- * They are as they go over the wire, and the diagnostic record holds the same. A modem may send
- * numbers that have no name. Where -1 has one, an unsigned output and a byte of the record hold it
- * as 255. */
+ * These are the numbers on the wire, and those in the diagnostic record. A modem may send numbers
+ * that have no name here. A value of -1 appears as 255 in an unsigned output and in a byte of the
+ * record. */
 
 /* zop_simcard_status: the card. */
 enum {
@@ -107,19 +109,19 @@ enum {
   ZOP_SIM_ILLEGAL_CARD = 7
 };
 
-/* zop_simcard_status: the lock, which is the state of the PIN. */
+/* zop_simcard_status: the lock status, which is the state of the PIN. */
 enum {
   ZOP_PIN_UNKNOWN = 0,
   ZOP_PIN_OKAY = 1,
   ZOP_PIN_ENABLED = 2, /* the card waits for its PIN */
   ZOP_PIN_VERIFIED = 3,
   ZOP_PIN_BLOCKED = 4,       /* no tries left: zop_simcard_unblock */
-  ZOP_PIN_PERM_DISABLED = 5, /* switched off: no PIN is wanted, until zop_simcard_enable */
+  ZOP_PIN_PERM_DISABLED = 5, /* no PIN is asked for until zop_simcard_enable */
   ZOP_PIN_NOT_VALID = 6,
   ZOP_PIN_NOT_INITIALISED = 7
 };
 
-/* zop_get_roaming_status: every other number is roaming. Unknown in the record alone. */
+/* zop_get_roaming_status: every number but 0 means roaming. -1 occurs in the record only. */
 enum { ZOP_ROAMING_UNKNOWN = -1, ZOP_ROAMING_HOME = 0 };
 
 /* zop_get_registration_status. */
@@ -134,7 +136,7 @@ enum {
 enum {
   ZOP_SERVICE_NONE = -1,
   ZOP_SERVICE_NO_SERVICE = 0,
-  ZOP_SERVICE_LIMITED = 1, /* emergency calls at most */
+  ZOP_SERVICE_LIMITED = 1, /* emergency calls only, if any */
   ZOP_SERVICE_FULL = 2,
   ZOP_SERVICE_LIMITED_REGIONAL = 3,
   ZOP_SERVICE_POWER_SAVE = 4
@@ -154,7 +156,7 @@ enum {
   ZOP_SYSTEM_WLAN = 8
 };
 
-/* zop_get_data_service_mode. The VURN_DATA_ of vurn.h are other numbers. */
+/* zop_get_data_service_mode. Not the numbers of VURN_DATA_ in vurn.h. */
 enum {
   ZOP_DATA_UNKNOWN = -1,
   ZOP_DATA_GPRS = 0,
@@ -163,7 +165,7 @@ enum {
   ZOP_DATA_HSDPA = 3
 };
 
-/* zop_get_band; zop_set_band tells which of them can be set. */
+/* zop_get_band; the comment of zop_set_band lists those that can be set. */
 enum {
   ZOP_BAND_NONE = -1,
   ZOP_BAND_GSM_450 = 40,
@@ -186,7 +188,7 @@ enum {
   ZOP_BAND_WCDMA_1700_IX = 88
 };
 
-/* What zop_set_network_search_order orders: bands of GSM or of WCDMA. */
+/* zop_set_network_search_order: the radio technology of the band. */
 enum { ZOP_SEARCH_GSM = 3, ZOP_SEARCH_WCDMA = 5 };
 
 /* zop_get_call_status. */
@@ -210,20 +212,20 @@ enum {
 };
 
 /* The state of zop_get_mm_attach_state, zop_get_mm_lu_state, zop_get_gmm_attach_state and
- * zop_get_gmm_rau_state: what the last attach or update came to. */
+ * zop_get_gmm_rau_state: the result of the last attach or update. */
 enum {
   ZOP_ATTACH_NOT_AVAILABLE = 0,
-  ZOP_ATTACH_ACCEPTED = 1, /* as the GMM attach state: attached to the packet network */
+  ZOP_ATTACH_ACCEPTED = 1, /* GMM attach: attached to the packet network */
   ZOP_ATTACH_REJECTED = 2,
   ZOP_RA_UPDATE_ACCEPTED = 5, /* routing area */
   ZOP_RA_UPDATE_REJECTED = 6,
-  ZOP_MM_ATTACH_ACCEPTED = 11, /* the report names 11 and 12 as 1 and 2 */
+  ZOP_MM_ATTACH_ACCEPTED = 11, /* the report names 11 and 12 like 1 and 2 */
   ZOP_MM_ATTACH_REJECTED = 12,
   ZOP_LA_UPDATE_ACCEPTED = 13, /* location area */
   ZOP_LA_UPDATE_REJECTED = 14
 };
 
-/* The error of these, and the reject reason of zop_get_pdp_state, are causes of 3GPP TS 24.008. */
+/* The error of these calls and the reject reason of zop_get_pdp_state: causes of 3GPP TS 24.008. */
 enum {
   ZOP_CAUSE_NONE = 0,
   ZOP_CAUSE_PROTOCOL_ERROR = 111 /* unspecified */
@@ -265,13 +267,13 @@ enum {
 /* zop_get_egprs_indication. */
 enum { ZOP_EGPRS_NONE = -1, ZOP_EGPRS_NOT_AVAILABLE = 0, ZOP_EGPRS_AVAILABLE = 1 };
 
-/* The set of a WCDMA cell: of the lists of cells, and of the field-test screen. */
+/* The set of a WCDMA cell, in the cell lists and in the field-test screen. */
 enum { ZOP_CELL_ACTIVE = 0, ZOP_CELL_MONITORED = 1, ZOP_CELL_DETECTED = 2 };
 
-/* zop_get_bars, beside 0 to 5. */
+/* zop_get_bars, besides 0 to 5. */
 enum { ZOP_BARS_NONE = -1 };
 
-/* Records handed over by value. */
+/* Records passed by value. */
 typedef struct {
   uint8_t bytes[ZOP_UPLMN_LIST_SIZE];
 } zop_uplmn_list;
@@ -281,36 +283,35 @@ typedef struct {
 
 /* ---- link ---- */
 
-/* Opens the serial device and proves that a modem answers, in up to 5 attempts. ZOP_OPEN_UP or
- * another of its results. Exchanges of other threads on a link that it closes end within 0.1 s.
- * Without a device, or with a silent modem, it takes 5 s; on a line that takes no bytes 25 s. A
- * modem that answers late is waited for until it has answered all attempts, so that no answer is
- * left for the first command: up to 20 s more, and never more than 62 s in all. */
+/* Opens the serial device and checks that a modem answers, in up to 5 attempts. Returns a
+ * ZOP_OPEN_ code. An open link is closed first; exchanges of other threads on it end within 0.1 s.
+ * Takes 5 s without a device or with a silent modem, 25 s on a line that accepts no bytes. If a
+ * modem answers late, zop_open waits until every attempt is answered, so that the first command
+ * does not receive an old answer: up to 20 s more, and 62 s in all at most. */
 unsigned int zop_open(const char* path);
 
-/* Closes the link and ends the listening to events. */
+/* Closes the link and stops the event listener. */
 void zop_close(void);
 
-/* ---- the exchange itself, for commands of the host's own ---- */
+/* ---- the exchange itself, for the host's own commands ---- */
 
-/* Sends the first length bytes of the request buffer and reads one response. The buffer holds what
- * the last command left in it, so that this sends the same again; zop_open leaves its probe there,
- * zop_end_call_test and zop_debug_mode_start leave it alone. leading_flag non-zero puts a flag byte
- * in front. Bytes received with the closing flag; 0 when the request was not taken whole; -1 on an
- * I/O error, and when the modem is silent: that closes the link, and the next attempt fails; -2
- * when another thread has opened it each time and three attempts had no answer. */
+/* Sends the first length bytes of the request buffer and reads one answer. The buffer holds the
+ * request of the last command, so this repeats it; zop_open leaves its probe there, while
+ * zop_end_call_test and zop_debug_mode_start do not use it. A non-zero leading_flag puts a flag
+ * byte in front. Returns the bytes received, including the closing flag; 0 if the request could not
+ * be written completely; -1 on an I/O error or if the modem is silent, which closes the link; -2 if
+ * all three attempts timed out because another thread reopened the link in between. */
 int zop_send(int length, int leading_flag);
 
-/* 1 when have is at least need, else 0. */
+/* 1 if have is at least need, otherwise 0. */
 int zop_check_buffer_size(int have, int need);
 
-/* Firmware download does not go through the command library: all three return
- * ZOP_ERR_INVALID_ARGUMENT. See modem_download.h. */
+/* Not supported: these return ZOP_ERR_INVALID_ARGUMENT. modem_download.h downloads firmware. */
 unsigned int zop_download_firmware(void);
 unsigned int zop_download_firmware_status(void);
 unsigned int zop_download_firmware_end(void);
 
-/* ---- network and registration; ZOP_ERR_MODEM_FAILURE where "status" is said ---- */
+/* ---- network and registration ---- */
 
 unsigned int zop_get_roaming_status(uint32_t* roaming); /* ZOP_ROAMING_, raw */
 unsigned int zop_try_to_use_home_network(void);         /* status; ..HOME_NETWORK_REFUSED */
@@ -342,12 +343,13 @@ unsigned int zop_get_hsdpa_status(int32_t* status, int32_t* indication); /* stat
 unsigned int zop_get_egprs_indication(int32_t* egprs);                   /* status; ZOP_EGPRS_ */
 unsigned int zop_get_mm_lu_state(int32_t* state, int32_t* error);        /* status; ZOP_ATTACH_ */
 unsigned int zop_get_gmm_rau_state(int32_t* state, int32_t* error);      /* status; ZOP_ATTACH_ */
-unsigned int zop_get_powerup_flag(uint32_t* flag); /* status, and for a flag above 1 */
+unsigned int zop_get_powerup_flag(uint32_t* flag); /* status, also if the flag is above 1 */
 unsigned int zop_get_rau_type(uint32_t* type);     /* status */
 unsigned int zop_get_carrier(int32_t* carrier);    /* status */
 
 /* Network time as 19 bytes, little-endian: year, month, day, hour, minute, second, weekday (u16
- * each), offset from UTC in quarter hours (s32), daylight saving (u8). Status: no time yet. */
+ * each), offset from UTC in quarter hours (s32), daylight saving (u8). Status: the network has not
+ * sent its time. */
 unsigned int zop_get_network_time(uint8_t* time19);
 
 unsigned int zop_get_system_mode(uint32_t* mode); /* ZOP_SYSTEM_ */
@@ -366,20 +368,21 @@ unsigned int zop_get_radio_serial_number(uint8_t* hex, uint32_t* size);
 
 unsigned int zop_get_card_mode(int32_t* mode);
 
-/* Version of this library, 17 bytes with its terminator. Needs no link. */
+/* Version of this library, 17 bytes including the terminator. Needs no link. */
 unsigned int zop_get_tq2_version(uint8_t* text, uint32_t* size);
 
-/* ---- SIM card: refusals of the SIM come in *result (0 accepted, 1 refused) ----
- * Codes are up to 8 bytes, no terminator. ZOP_ERR_PIN_TOO_LONG for a longer one. */
+/* ---- SIM card ----
+ *
+ * *result is 0 if the SIM accepted the operation, 1 if it refused. PINs and keys are up to 8 bytes
+ * without a terminator; ZOP_ERR_PIN_TOO_LONG if longer. */
 
-/* SIM status (ZOP_SIM_), lock status (ZOP_PIN_), PIN retries left. ZOP_ERR_MODEM_FAILURE on a
- * non-zero status. */
+/* SIM status (ZOP_SIM_), lock status (ZOP_PIN_), PIN retries left. Status. */
 unsigned int zop_simcard_status(uint32_t* sim_status, uint32_t* lock_status, uint32_t* retries);
 
 /* Always reads 8 bytes from pin, whatever pin_len is. */
 unsigned int zop_simcard_verify(const uint8_t* pin, uint32_t pin_len, uint32_t* result);
 
-/* The length of the new PIN is not tested; what passes its 8 bytes is not sent. */
+/* The length of the new PIN is not checked; only 8 bytes of it are sent. */
 unsigned int zop_simcard_change(const uint8_t* old_pin, uint32_t old_len, const uint8_t* new_pin,
                                 uint32_t new_len, uint32_t* result);
 
@@ -388,15 +391,17 @@ unsigned int zop_simcard_enable(const uint8_t* pin, uint32_t pin_len, uint32_t* 
 unsigned int zop_simcard_unblock(const uint8_t* key, uint32_t key_len, const uint8_t* new_pin,
                                  uint32_t new_len, uint32_t* result);
 
-/* The copy of the PIN in the modem's memory, 8 bytes. *result 1: the modem refused. An accepted
- * enable or change keeps the copy up to date, the other operations leave it as it is. */
+/* The copy of the PIN in the modem's memory, 8 bytes; *result is 1 if the modem refused.
+ * zop_simcard_enable and zop_simcard_change update the copy, the other operations do not. */
 unsigned int zop_simcard_pin_write(const uint8_t* pin, uint32_t pin_len, uint32_t* result);
 unsigned int zop_simcard_pin_read(uint8_t* pin8, uint32_t ignored, uint32_t* result);
 
-/* Virtual SIM: the low byte of state. ZOP_ERR_MODEM_FAILURE on a non-zero status. */
+/* Sets the state of the virtual SIM, the low byte of state. Status. */
 unsigned int zop_vsim_status_change(uint32_t state);
 
-/* ---- PLMN lists of the SIM; ZOP_ERR_MODEM_FAILURE on a non-zero status ---- */
+/* ---- PLMN lists of the SIM; all but the forbidden list: status ----
+ *
+ * The count of a list is the modem's; read no more entries than the list holds. */
 
 unsigned int zop_get_uim_data_oplmn(uint8_t* block161); /* operator list, first block */
 unsigned int zop_get_uim_data_hplmn(uint8_t* list81);   /* home list */
@@ -404,11 +409,11 @@ unsigned int zop_get_uim_data_rplmn(uint8_t* plmn6);    /* registered PLMN */
 unsigned int zop_get_uim_data_uplmn(uint8_t* list121);  /* user list */
 unsigned int zop_set_uim_data_uplmn(zop_uplmn_list list);
 
-/* Forbidden PLMNs: count, then 20 entries of 6. The status is not looked at. */
+/* Forbidden PLMNs: count, then 20 entries of 6. */
 unsigned int zop_get_uim_data_fplmn(uint8_t* list121);
 
-/* A block of up to 20 entries from the 1-based entry first (1..256, else ZOP_ERR_BAD_RESPONSE) on,
- * and the length of the whole list. */
+/* A block of up to 20 entries, starting with entry number first, and the length of the whole list.
+ * first counts from 1; ZOP_ERR_BAD_RESPONSE if it is not 1 to 256. */
 unsigned int zop_get_uim_data_oplmn_partial(uint32_t first, uint32_t* total, uint8_t* block161);
 unsigned int zop_get_uim_data_hplmn_partial(uint32_t first, uint32_t* total, uint8_t* block161);
 
@@ -416,12 +421,12 @@ unsigned int zop_get_uim_data_hplmn_partial(uint32_t first, uint32_t* total, uin
 unsigned int zop_get_uim_data(uint32_t file_id, uint32_t offset, uint8_t* data255,
                               uint32_t* length);
 
-/* ---- NV items: *nv_status is the modem's, 0 done ---- */
+/* ---- NV items; *nv_status is 0 if the modem carried out the operation ---- */
 
 unsigned int zop_nv_read(uint32_t item, void* data, uint32_t length, uint32_t* nv_status);
 unsigned int zop_nv_write(uint32_t item, const void* data, uint32_t length, uint32_t* nv_status);
 
-/* Single items; ZOP_ERR_MODEM_FAILURE on a non-zero NV status. */
+/* Single items. ZOP_ERR_MODEM_FAILURE on a non-zero NV status. */
 unsigned int zop_set_pref_mode(uint32_t mode);
 unsigned int zop_get_pref_mode(uint32_t* mode);
 unsigned int zop_get_pref_service_domain(uint32_t* domain);
@@ -430,7 +435,7 @@ unsigned int zop_get_mgrf_supported(uint32_t* on);
 unsigned int zop_set_acq_band_order(uint32_t order);
 unsigned int zop_get_acq_band_order(uint32_t* order);
 
-/* ---- configuration; ZOP_ERR_MODEM_FAILURE on a non-zero status ---- */
+/* ---- configuration; all but the modes: status ---- */
 
 unsigned int zop_set_diag_port(uint32_t port);         /* 0 or 1, else ..INVALID_ARGUMENT */
 unsigned int zop_set_reset(void);                      /* restarts the modem */
@@ -441,19 +446,20 @@ unsigned int zop_enable_factory_test(uint32_t enable); /* 0 or 1, else ..INVALID
  * ZOP_ERR_INVALID_ARGUMENT. */
 unsigned int zop_set_band(uint32_t band);
 
-/* Operating mode, up to 255, else ZOP_ERR_BAD_RESPONSE. No status. */
+/* Operating mode, up to 255, else ZOP_ERR_BAD_RESPONSE. */
 unsigned int zop_mode_change(uint32_t mode);
 
-/* ZOP_SEARCH_GSM or ZOP_SEARCH_WCDMA, with a band of this kind that zop_set_band takes, else
- * ZOP_ERR_BAD_RESPONSE. No status. */
+/* kind is ZOP_SEARCH_GSM or ZOP_SEARCH_WCDMA, and value a band of that technology that zop_set_band
+ * accepts, else ZOP_ERR_BAD_RESPONSE. */
 unsigned int zop_set_network_search_order(uint32_t kind, uint32_t value);
 
 unsigned int zop_get_backup_status(uint32_t* a, uint32_t* b);
 
-/* Step 1 to 5 of an NV backup, else ZOP_ERR_INVALID_ARGUMENT. Step 3 has no answer. */
+/* Step 1 to 5 of an NV backup, else ZOP_ERR_INVALID_ARGUMENT. Step 3 restarts the modem, which does
+ * not answer it. */
 unsigned int zop_set_backup(uint32_t step);
 
-/* All 8 profiles, 208 bytes each. A failure ends the reading; what was read stays. */
+/* All 8 profiles, 208 bytes each. A failure ends the call; the profiles read so far are stored. */
 unsigned int zop_read_pdp_profile(uint8_t* profiles1664);
 unsigned int zop_write_pdp_profile(zop_pdp_record record);
 
@@ -464,50 +470,49 @@ unsigned int zop_get_rscp(int32_t* rscp);         /* dBm */
 unsigned int zop_get_txpower(int32_t* txpower);   /* dBm */
 unsigned int zop_get_pathloss(int32_t* pathloss); /* dB */
 
-/* WCDMA cell sets: *count is the capacity in cells and then the number of cells, 6 bytes each: set
- * (ZOP_CELL_), 0, and two u16 as the modem sent them. */
+/* WCDMA cell sets. *count is the capacity in cells on entry and the number of cells on return. A
+ * cell is 6 bytes: its set (ZOP_CELL_), 0, and two u16 as the modem sent them. */
 unsigned int zop_get_active_set_list(uint8_t* cells, uint32_t* count);
 unsigned int zop_get_monitored_set_list(uint8_t* cells, uint32_t* count);
 unsigned int zop_get_detected_set_list(uint8_t* cells, uint32_t* count);
 
-/* GSM lists: count (u32), then entries. All zeros when the count is out of range. */
+/* GSM lists: count (u32), then entries. All zeros if the modem's count is out of range. */
 unsigned int zop_get_neighbor_cell_list(uint8_t* list164);
 unsigned int zop_get_best_six_cell_list(uint8_t* list58);
 
 /* The field-test screen, zop_screen of zop_diag_info.h. */
 unsigned int zop_get_field_information(uint8_t* record345);
 
-/* Signal bars 0 to 5, ZOP_BARS_NONE in limited service. Prints what it computes from on standard
+/* Signal bars 0 to 5, or ZOP_BARS_NONE in limited service. Prints the measurements to standard
  * output. */
 unsigned int zop_get_bars(int32_t* bars);
 
 /* ---- test, call and message ---- */
 
-/* Places a call to a number of 1 to 32 characters, else ZOP_ERR_INVALID_ARGUMENT. With a
- * timeout_s above 0 it is ended after so many seconds: by the event listener when that runs, by
- * SIGALRM otherwise, whose handler stays installed. */
+/* Places a call to a number of 1 to 32 characters, else ZOP_ERR_INVALID_ARGUMENT. If timeout_s is
+ * not 0, the call is ended after that many seconds: by the event listener if it is running,
+ * otherwise by a SIGALRM handler, which stays installed. */
 unsigned int zop_originate_call_test(uint32_t timeout_s, const char* number);
 unsigned int zop_end_call_test(void);
 
-/* The caller keeps number within 35 characters and text within 254: lengths are not tested.
- * ZOP_ERR_MODEM_FAILURE on a non-zero status. */
+/* number has at most 35 characters and text at most 254; the lengths are not checked. Status. */
 unsigned int zop_send_sms(const char* number, const char* text);
 
-unsigned int zop_test(uint32_t value); /* vendor test; ..MODEM_FAILURE */
+unsigned int zop_test(uint32_t value); /* vendor test; ..MODEM_FAILURE if it fails */
 unsigned int zop_get_err_log(uint8_t* log264);
 unsigned int zop_get_err_clr(uint32_t index); /* up to 255, else ZOP_ERR_BAD_RESPONSE */
 
-/* Makes the modem send call events and field-test screens. */
+/* Makes the modem offer call events and field-test screens. Status. */
 unsigned int zop_debug_mode_start(void);
 
-/* Starts the event listener: a thread that asks the modem for its events every half second and,
- * after every polls + 1 of these, for its field-test screen. ZOP_ERR_INVALID_ARGUMENT while it
- * runs, ZOP_ERR_NO_MEMORY without memory or thread; otherwise ZOP_SUCCESS, whatever the modem says.
- */
+/* Starts the event listener, a thread that sends the modem a request every half second: polls + 1
+ * requests for events, then one for the field-test screen. ZOP_ERR_INVALID_ARGUMENT if it is
+ * already running, ZOP_ERR_NO_MEMORY if memory or the thread is not available; otherwise
+ * ZOP_SUCCESS, whatever the modem answers. */
 unsigned int zop_debug_start(unsigned int polls);
 
-/* Ends it within 0.1 s; an exchange that it is in is given up. Always ZOP_SUCCESS, also when none
- * runs. zop_debug_start and zop_debug_stop are made one at a time. */
+/* Stops the listener within 0.1 s, abandoning its current exchange. Always ZOP_SUCCESS, even if it
+ * is not running. Do not call zop_debug_start and zop_debug_stop at the same time. */
 unsigned int zop_debug_stop(void);
 
 /* Sets the modem's clock from 14 bytes. */
