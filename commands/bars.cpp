@@ -1,7 +1,7 @@
-// Signal bars from the field-test screen: two tables of thresholds.
+// Signal bars from the field-test screen, by two tables of thresholds.
 //
-// last_ecio keeps the Ec/Io of the last WCDMA computation: a screen whose first cell entry is empty
-// is judged by it. GSM resets it, and so does a damaged answer.
+// last_ecio keeps the Ec/Io of the last WCDMA screen, for a screen whose first cell entry is empty.
+// A GSM screen and a damaged answer reset it.
 #include <stdio.h>
 #include <string.h>
 
@@ -13,15 +13,15 @@ enum { NO_ECIO = -32 };
 
 static constinit int16_t last_ecio = NO_ECIO;
 
-// GSM: bars down to each path level, the level being the RSSI's magnitude.
+// GSM: bars up to each level, which is the magnitude of the RSSI.
 struct GsmStep {
   int level;
   int bars;
 };
 static constexpr GsmStep GSM_STEPS[] = {{64, 5}, {74, 4}, {84, 3}, {94, 2}, {104, 1}};
 
-// WCDMA: a row for each RSSI (dBm) down to which it holds, a column for each Ec/Io (dB).
-static constexpr int ECIO_STEPS[] = {-5, -10, -13, -16};  // and below
+// WCDMA: a row for each lowest RSSI (dBm), a column for each lowest Ec/Io (dB).
+static constexpr int ECIO_STEPS[] = {-5, -10, -13, -16};  // fifth column: below
 struct WcdmaStep {
   int rssi;
   int bars[5];
@@ -33,7 +33,7 @@ static constexpr WcdmaStep WCDMA_STEPS[] = {
 
 static int16_t get_s16(const uint8_t* p) { return static_cast<int16_t>(get_le16(p)); }
 
-// The magnitude in 16 bits: that of -32768 stays negative and reads as a strong signal.
+// The magnitude has 16 bits, so that of -32768 stays negative and counts as a strong signal.
 static int gsm_bars(int16_t rssi) {
   int level = static_cast<int16_t>(rssi < 0 ? -rssi : rssi);
   if (level == 0) return 0;
@@ -57,7 +57,7 @@ static bool is_empty(const zop_wcdma_cell& cell) {
   return memcmp(&cell, &EMPTY, sizeof cell) == 0;
 }
 
-// The best Ec/Io of the active set among the leading entries; previous when there is no entry.
+// The best Ec/Io of the active set, up to the first empty entry; previous if there is no entry.
 static int16_t select_ecio(const zop_wcdma_screen& screen, int16_t previous) {
   if (is_empty(screen.cells[0])) return previous;
   int16_t best = NO_ECIO;

@@ -21,7 +21,7 @@ unsigned zop_set_reset() { return vendor_set('D', 0); }
 
 unsigned zop_set_error_fatal() { return vendor_set('E', 0); }
 
-// Looks at its argument only once the link is known to be open.
+// A closed link is reported before a bad argument.
 unsigned zop_enable_factory_test(uint32_t enable) {
   if (unsigned error = begin()) return error;
   if (enable > 1) return ZOP_ERR_INVALID_ARGUMENT;
@@ -33,7 +33,7 @@ unsigned zop_set_band(uint32_t band) {
   return vendor_set('B', band);
 }
 
-// The modem echoes the request; there is no status.
+// The modem echoes the request, without a status.
 static unsigned mode_control(uint32_t value) {
   ft_buff[0] = MODE_CONTROL;
   ft_buff[1] = static_cast<uint8_t>(value);
@@ -62,7 +62,7 @@ unsigned zop_get_backup_status(uint32_t* a, uint32_t* b) {
   return ZOP_SUCCESS;
 }
 
-// Backup steps 1 to 5 and the command byte of each. Step 3 restarts the modem and has no answer.
+// Commands of backup steps 1 to 5. Step 3 restarts the modem, which does not answer it.
 enum { STEP_WITHOUT_ANSWER = 3 };
 static constexpr uint8_t BACKUP_COMMANDS[] = {216, 214, 218, 215, 217};
 

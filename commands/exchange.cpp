@@ -1,7 +1,7 @@
-// The command exchange over the one request and the one response buffer.
+// The command exchange over one request and one response buffer.
 //
-// A response shorter than what a command copies reads zeros: what lies behind the payload is
-// cleared as soon as it is unframed, and every field ends inside the buffer.
+// The response buffer is zeroed after the payload, so that a field beyond a short answer reads as
+// 0; every field ends inside the buffer.
 #include "commands/exchange.h"
 
 #include <string.h>
@@ -60,15 +60,14 @@ int zop_send(int length, int leading_flag) {
   return received == PORT_UNSENT ? int{PORT_ERROR} : received;
 }
 
-// A time-out counts as an answer that can't be unframed.
+// A time-out counts as a damaged answer.
 static unsigned result_of(int32_t received, const Response& response) {
   if (received <= 0 && received != PORT_TIMEOUT) return ZOP_ERR_NO_RESPONSE;
   if (received == PORT_TIMEOUT || response.length < 0) return ZOP_ERR_BAD_RESPONSE;
   return ZOP_SUCCESS;
 }
 
-// Any first byte of the answer will do: modems in the field answer some commands under another
-// code.
+// The answer's first byte is not checked: some modems answer with another command code.
 static unsigned exchange_by(const ExchangePolicy& policy, int length) {
   Response response = {fr_buff};
   int32_t received = send_buffer(length, false, policy, &response);
@@ -153,7 +152,7 @@ unsigned vendor_text(uint8_t subcommand, StatusRule rule, Buffer buffer, uint16_
   return ZOP_SUCCESS;
 }
 
-// Firmware goes through the download entry points, not through the command library.
+// The download entry points do this, not the command library.
 unsigned int zop_download_firmware() { return ZOP_ERR_INVALID_ARGUMENT; }
 unsigned int zop_download_firmware_status() { return ZOP_ERR_INVALID_ARGUMENT; }
 unsigned int zop_download_firmware_end() { return ZOP_ERR_INVALID_ARGUMENT; }

@@ -1,8 +1,8 @@
-// The exchange that every command performs: capacity, begin, exchange, status, copy.
+// The steps that every command performs: capacity, begin, exchange, status, copy.
 //
-// The verbs below are its steps, in order. A plain query is one vendor_query; a command that
-// deviates is written out with the verbs. Results are the ZOP_ codes; callers hold the module's
-// lock, since all commands share ft_buff and fr_buff.
+// The functions below are these steps, in order. A plain query is one vendor_query; other commands
+// use the steps directly. Results are the ZOP_ codes. Callers hold the module's lock, because all
+// commands share ft_buff and fr_buff.
 #pragma once
 
 #include <stddef.h>
@@ -23,10 +23,10 @@ enum {
   PLAIN_REQUEST = 3,  // length of a request without payload
 };
 
-// Which part of the command status a command looks at.
+// The part of the command status that a command checks.
 enum StatusRule { STATUS_IGNORED, STATUS_BYTE3, STATUS_WORD };
 
-// One output: type and offset of the answer's field, and where the caller wants it.
+// One output: type, offset and length of the answer's field, and where to store it.
 struct Field {
   enum Type : uint8_t { U8, S8, U16, S16, U32, BYTES } type;
   uint16_t offset;
@@ -49,44 +49,43 @@ unsigned capacity(uint32_t* size, uint32_t minimum);
 // ZOP_ERR_NOT_OPEN, or ZOP_SUCCESS with both buffers zeroed.
 unsigned begin();
 
-// As begin, but zeroes the buffers even on a closed link: the NV, PIN and SIM commands do, so that
-// no code outlives a failed attempt.
+// Like begin, but zeroes the buffers even if the link is closed: the NV, PIN and SIM commands use
+// it so that no PIN stays in memory after a failed attempt.
 unsigned begin_clearing_first();
 
-// As begin, with the vendor header for subcommand in the request.
+// Like begin, with the vendor header for subcommand in the request.
 unsigned begin_vendor(uint8_t subcommand);
 
-// Puts bytes of the caller's into the request, as many as the buffer holds behind offset.
+// Copies data into the request at offset, up to the end of the buffer.
 void put_request(size_t offset, const void* data, size_t length);
 
-// Sends the first length bytes of the request and takes the answer: ZOP_SUCCESS,
+// Sends the first length bytes of the request and reads the answer. ZOP_SUCCESS,
 // ZOP_ERR_NO_RESPONSE or ZOP_ERR_BAD_RESPONSE.
 unsigned exchange(int length);
 
-// As exchange, in one attempt.
+// Like exchange, but with one attempt only.
 unsigned direct_exchange(int length);
 
-// As exchange, with buffers of the caller's own, for callers without the module's lock; or
-// ZOP_ERR_NOT_OPEN.
+// Like exchange, with the caller's own buffers, so that it needs no lock; or ZOP_ERR_NOT_OPEN.
 unsigned unlocked_exchange(const Request& request, uint8_t (&answer)[RESPONSE_SIZE]);
 
-// ZOP_ERR_MODEM_FAILURE when the part of the status that rule names is not 0.
+// ZOP_ERR_MODEM_FAILURE if the part of the status that rule names is not 0.
 unsigned status(StatusRule rule);
 
-// The opposite of status(STATUS_BYTE3): two test commands answer 0 for a failure.
+// The opposite of status(STATUS_BYTE3): zop_set_backup and zop_test get 0 for a failure.
 unsigned inverted_status();
 
-// Copies the fields to the caller, widened to 32 bits.
+// Copies the fields to the caller, numbers widened to 32 bits.
 void copy_fields(std::initializer_list<Field> fields);
 
-// A query without payload: begin, exchange, status, copy.
+// A query without payload: all the steps.
 unsigned vendor_query(uint8_t subcommand, StatusRule rule, std::initializer_list<Field> fields);
 
-// A command with a payload of one byte and a status in byte 3.
+// A command with a payload of one byte and its status in byte 3.
 unsigned vendor_set(uint8_t subcommand, uint32_t value);
 
-// A query whose length bytes go to a caller's buffer of capacity *size, cleared over minimum bytes
-// once the link is known to be open.
+// A query that copies length bytes to a buffer of capacity *size. If the link is open, minimum
+// bytes of the buffer are cleared first.
 struct Buffer {
   void* out;
   uint32_t* size;

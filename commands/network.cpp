@@ -1,5 +1,5 @@
-// Network and registration queries: one vendor exchange each. Subcommand, status rule and fields
-// stand in the statement; offsets count from the start of the answer.
+// Network and registration queries: one vendor exchange each. Offsets count from the start of the
+// answer.
 #include <string.h>
 
 #include "commands/exchange.h"
@@ -36,7 +36,7 @@ unsigned zop_get_mnc(uint8_t* mnc, uint32_t* size) {
   return vendor_text('1', STATUS_IGNORED, {mnc, size, ZOP_MNC_SIZE}, ZOP_MNC_SIZE);
 }
 
-// Clears the caller's buffer before the link test: a closed link returns it zeroed.
+// Clears the caller's buffer even if the link is closed.
 unsigned zop_get_location_area_id(uint8_t* text, uint32_t* size) {
   if (unsigned error = capacity(size, ZOP_LOCATION_AREA_SIZE)) return error;
   memset(text, 0, ZOP_LOCATION_AREA_SIZE);
@@ -122,7 +122,7 @@ unsigned zop_get_gmm_rau_state(int32_t* state, int32_t* error) {
   return vendor_query('f', STATUS_BYTE3, {s16(5, state), s16(7, error)});
 }
 
-// A flag is 0 or 1: another value is a failure of the modem, and nothing is written.
+// A flag is 0 or 1; another value is a failure of the modem.
 unsigned zop_get_powerup_flag(uint32_t* flag) {
   uint32_t value = 0;
   if (unsigned error = vendor_query('m', STATUS_BYTE3, {u8(5, &value)})) return error;

@@ -1,5 +1,5 @@
-// NV items: the modem's own memory, 128 bytes an item, by the standard DIAG commands. A failure of
-// the modem comes in the NV status behind the data, not in the command status.
+// NV items: entries of the modem's non-volatile memory, 128 bytes each, by the standard DIAG
+// commands. The modem reports a failure in the NV status after the data, not in a command status.
 #include <string.h>
 
 #include "commands/exchange.h"
@@ -7,7 +7,7 @@
 
 enum { NV_READ = 38, NV_WRITE = 39 };
 
-// Offsets and length of request and answer.
+// Offsets, and the length of a request.
 enum { NV_ITEM = 1, NV_DATA = 3, NV_STATUS = 131, NV_REQUEST = 133 };
 
 // The items that the library knows.
@@ -53,7 +53,7 @@ static unsigned nv_set(NvItem item, const uint8_t* data, uint32_t length) {
   return nv_status != 0 ? ZOP_ERR_MODEM_FAILURE : ZOP_SUCCESS;
 }
 
-// An item whose value is one byte, behind others that are 0.
+// An item whose value is the byte at index; bytes before it are 0.
 static unsigned nv_get_byte(NvItem item, uint32_t index, uint32_t* value) {
   uint8_t data[2] = {};
   if (unsigned error = nv_get(item, data, index + 1)) return error;

@@ -17,7 +17,7 @@ unsigned zop_get_uim_data_rplmn(uint8_t* plmn6) {
   return vendor_query('a', STATUS_BYTE3, {bytes(5, ZOP_PLMN_SIZE, plmn6)});
 }
 
-// The modem counts in 32 bits at offset 5: callers get the low byte, packed before the entries.
+// The modem's count has 32 bits; callers get its low byte, directly before the entries.
 unsigned zop_get_uim_data_fplmn(uint8_t* list121) {
   return vendor_query(
       'b', STATUS_IGNORED,
@@ -36,7 +36,7 @@ unsigned zop_set_uim_data_uplmn(zop_uplmn_list list) {
   return status(STATUS_BYTE3);
 }
 
-// The first entry goes out as its low byte: 256 as 0.
+// The request holds the low byte of first: 256 is sent as 0.
 static unsigned read_block(uint8_t subcommand, uint32_t first, uint32_t* total, uint8_t* block) {
   if (unsigned error = begin_vendor(subcommand)) return error;
   if (first < 1 || first > LAST_FIRST_ENTRY) return ZOP_ERR_BAD_RESPONSE;

@@ -1,10 +1,10 @@
-// Radio measurements and cell lists. The status of these answers is not looked at.
+// Radio measurements and cell lists. The status of these answers is not checked.
 #include <string.h>
 
 #include "commands/exchange.h"
 #include "core/bytes.h"
 
-// The one query that compares the whole header of the answer with its request.
+// The only query that compares the header of the answer with its request.
 unsigned zop_get_rssi(int32_t* rssi) {
   if (unsigned error = begin_vendor(' ')) return error;
   if (unsigned error = exchange(PLAIN_REQUEST)) return error;
@@ -23,10 +23,10 @@ unsigned zop_get_pathloss(int32_t* pathloss) {
   return vendor_query('9', STATUS_IGNORED, {s16(5, pathloss)});
 }
 
-// A set of cells in the answer: u8 count, then two u16 a cell.
+// A set of cells in the answer: u8 count, then two u16 for each cell.
 enum { SET_COUNT = 5, SET_ENTRIES = 6, SET_ENTRY_SIZE = 4 };
 
-// The capacity is tested after the exchange: only the modem knows how many cells there are.
+// The capacity is checked after the exchange, when the number of cells is known.
 static unsigned cell_set(uint8_t subcommand, uint8_t type, uint8_t* cells, uint32_t* count) {
   if (unsigned error = begin_vendor(subcommand)) return error;
   if (unsigned error = exchange(PLAIN_REQUEST)) return error;
@@ -56,7 +56,7 @@ unsigned zop_get_detected_set_list(uint8_t* cells, uint32_t* count) {
   return cell_set('+', ZOP_CELL_DETECTED, cells, count);
 }
 
-// A list of size bytes that begins with a u32 count: zeros when the count is not 1..most.
+// A list of size bytes that starts with a u32 count; zeros if the count is not 1 to most.
 static unsigned counted_list(uint8_t subcommand, uint32_t most, uint8_t* list, uint16_t size) {
   if (unsigned error = begin_vendor(subcommand)) return error;
   if (unsigned error = exchange(PLAIN_REQUEST)) return error;

@@ -1,5 +1,5 @@
-// SIM card and PIN operations: command byte 210 with an operation code. The result code tells only
-// whether the exchange worked; what the SIM said goes to *result.
+// SIM card and PIN operations: command byte 210 with an operation code. The result code says only
+// whether the exchange succeeded; the SIM's answer goes to *result.
 #include <string.h>
 
 #include "commands/exchange.h"
@@ -21,7 +21,7 @@ static unsigned begin_sim(uint8_t operation) {
   return ZOP_SUCCESS;
 }
 
-// Sends the operation that stands in the request: *result 0 when the SIM accepted it, else 1.
+// Sends the operation in the request. *result is 0 if the SIM accepted it, otherwise 1.
 static unsigned operate(int length, uint32_t* result) {
   if (unsigned error = exchange(length)) return error;
   bool accepted = get_le16(fr_buff + STATUS) == 0 && fr_buff[OPERATION_RESULT] == 0;
@@ -29,7 +29,7 @@ static unsigned operate(int length, uint32_t* result) {
   return ZOP_SUCCESS;
 }
 
-// An operation with one code, of which copied bytes are sent.
+// An operation with one code; copied is the number of its bytes to send.
 static unsigned one_code(uint8_t operation, const uint8_t* code, uint32_t length, uint32_t copied,
                          uint32_t* result) {
   if (unsigned error = begin_sim(operation)) return error;
@@ -46,7 +46,7 @@ unsigned zop_simcard_status(uint32_t* sim_status, uint32_t* lock_status, uint32_
   return ZOP_SUCCESS;
 }
 
-// Sends 8 bytes whatever the PIN's length is: callers pad their buffer.
+// Sends 8 bytes whatever the length of the PIN is: callers pad their buffer.
 unsigned zop_simcard_verify(const uint8_t* pin, uint32_t pin_len, uint32_t* result) {
   return one_code(SIM_VERIFY, pin, pin_len, ZOP_PIN_SIZE, result);
 }
@@ -59,11 +59,11 @@ unsigned zop_simcard_enable(const uint8_t* pin, uint32_t pin_len, uint32_t* resu
   unsigned error = one_code(SIM_ENABLE, pin, pin_len, pin_len, result);
   if (error != ZOP_SUCCESS || *result != 0) return error;
   uint32_t copy_result;
-  (void)zop_simcard_pin_write(pin, pin_len, &copy_result);  // the SIM has accepted: that counts
+  (void)zop_simcard_pin_write(pin, pin_len, &copy_result);  // the SIM has accepted the PIN
   return ZOP_SUCCESS;
 }
 
-// The new PIN's length is not tested: its ninth byte lands behind the request and is not sent.
+// The length of the new PIN is not checked: bytes after the eighth are beyond the request's end.
 unsigned zop_simcard_change(const uint8_t* old_pin, uint32_t old_len, const uint8_t* new_pin,
                             uint32_t new_len, uint32_t* result) {
   if (unsigned error = begin_sim(SIM_CHANGE)) return error;
@@ -73,11 +73,11 @@ unsigned zop_simcard_change(const uint8_t* old_pin, uint32_t old_len, const uint
   if (unsigned error = operate(TWO_CODE_REQUEST, result)) return error;
   if (*result != 0) return ZOP_SUCCESS;
   uint32_t copy_result;
-  (void)zop_simcard_pin_write(new_pin, new_len, &copy_result);  // the SIM has accepted
+  (void)zop_simcard_pin_write(new_pin, new_len, &copy_result);  // the SIM has accepted it
   return ZOP_SUCCESS;
 }
 
-// The copy of the PIN keeps the old one: the key's holder need not be the PIN's.
+// Does not update the copy of the PIN.
 unsigned zop_simcard_unblock(const uint8_t* key, uint32_t key_len, const uint8_t* new_pin,
                              uint32_t new_len, uint32_t* result) {
   if (unsigned error = begin_sim(SIM_UNBLOCK)) return error;

@@ -1,8 +1,8 @@
 // Test calls, messages, the error log and the clock.
 //
-// zop_end_call_test runs on host threads, on the event listener and in a signal handler, possibly
-// in the middle of a host's command, zop_debug_mode_start on the module's own threads: they work on
-// buffers of their own and never touch the shared ones.
+// Test calls are ended on host threads, on the event listener and in a signal handler, possibly
+// during a host's command; zop_debug_mode_start runs on the module's own threads. Both have their
+// own buffers and never use the shared ones.
 #include <errno.h>
 #include <signal.h>
 #include <string.h>
@@ -17,8 +17,8 @@ enum { MAX_NUMBER = 32 };
 // Call request.
 enum { CALL_LENGTH = 3, CALL_NUMBER = 4, CALL_REQUEST = 37 };
 
-// SMS request: two lengths, the number and the text in fields of fixed width, and bytes that the
-// modem wants as they are.
+// SMS request: two lengths, the number and the text in fields of fixed width, and constant bytes
+// that the modem requires.
 enum {
   SMS_COMMAND = 208,
   SMS_KIND = 3,
@@ -60,7 +60,7 @@ unsigned zop_originate_call_test(uint32_t timeout_s, const char* number) {
   return ZOP_SUCCESS;
 }
 
-// The answer is read, to be out of the next command's way, and not looked at.
+// The answer is read so that the next command does not get it; its content does not matter.
 static int32_t send_end_call(const ExchangePolicy& policy) {
   uint8_t answer[RESPONSE_SIZE] = {};
   Response response = {answer};
@@ -78,7 +78,7 @@ bool end_call_if_port_is_free(bool (*wanted)()) {
   return send_end_call({try_claim_port, 1, 5000, 15'000, wanted}) != PORT_BUSY;
 }
 
-// Number and text are copied as they come, up to the end of the buffer; the fixed bytes win.
+// Number and text are copied up to the end of the buffer; the constant bytes overwrite them.
 unsigned zop_send_sms(const char* number, const char* text) {
   if (unsigned error = begin()) return error;
   size_t number_length = strlen(number);
@@ -124,7 +124,7 @@ unsigned zop_debug_mode_start() {
   return get_le16(answer + STATUS) != 0 ? ZOP_ERR_MODEM_FAILURE : ZOP_SUCCESS;
 }
 
-// Builds its request over whatever the buffer holds: it fills all the bytes that it sends.
+// Does not clear the buffers first: it sets every byte that it sends.
 unsigned zop_set_module_time(const uint8_t* time14, uint32_t* size) {
   if (unsigned error = capacity(size, ZOP_MODULE_TIME_SIZE)) return error;
   if (diag_status() == 0) return ZOP_ERR_NOT_OPEN;

@@ -1,5 +1,5 @@
-// Little- and big-endian fields at any address, read and written by shifts: the wire's records are
-// packed and the device's processor does not load unaligned words.
+// Little- and big-endian fields at any address, read and written by shifts: records on the wire are
+// packed, and the device's processor can't load unaligned words.
 #pragma once
 
 #include <stdint.h>

@@ -1,5 +1,5 @@
-// Layout of the diagnostic record, one field a line. Hosts and the report's item table rely on
-// these offsets; they are the same on 32- and 64-bit platforms.
+// Layout of the diagnostic record, one field per line. Hosts rely on these offsets, which are the
+// same on 32- and 64-bit platforms.
 #include <stddef.h>
 
 #include "include/zop_diag_info.h"

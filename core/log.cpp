@@ -1,4 +1,4 @@
-// The one way to syslog.
+// Every line of the module reaches syslog here.
 #include "core/log.h"
 
 #include <stdarg.h>

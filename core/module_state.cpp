@@ -1,5 +1,5 @@
-// The module's shared state and its clock. The log mask is exported and starts at 0: a module that
-// nobody configured writes nothing.
+// The module's shared state and its clock. The exported log mask starts at 0, so that a module that
+// was not configured writes nothing.
 #include "core/module_state.h"
 
 #include <errno.h>

@@ -1,7 +1,7 @@
-// What the whole module shares: its lock, its open flag, its clock.
+// Shared by the whole module: its lock, its open flag, its clock.
 //
-// gModuleMutex serialises the host's calls and with them the command library, which works on one
-// request and one response buffer. It is not recursive: no code calls a vurn_ getter with it held.
+// gModuleMutex serialises the host's calls and with them the command library, which has one request
+// and one response buffer. It is not recursive: do not call a vurn_ getter while holding it.
 #pragma once
 
 #include <pthread.h>
@@ -10,10 +10,11 @@
 
 extern pthread_mutex_t gModuleMutex;
 
-extern bool gModuleOpen;    // from a good zop_open to zop_close; under gModuleMutex
-extern bool gRefetchPlmns;  // the next refresh reads the SIM's PLMN lists; under gModuleMutex
+// Both under gModuleMutex.
+extern bool gModuleOpen;    // from a successful zop_open to zop_close
+extern bool gRefetchPlmns;  // the next refresh reads the SIM's PLMN lists
 
-// Holds a mutex for the length of a scope.
+// Holds a mutex until the end of the scope.
 class ScopedLock {
  public:
   explicit ScopedLock(pthread_mutex_t& mutex) : mutex_(mutex) { pthread_mutex_lock(&mutex_); }
@@ -25,18 +26,18 @@ class ScopedLock {
   pthread_mutex_t& mutex_;
 };
 
-// The process that has opened the port or made a thread: a fork's child has none of the threads,
-// and the port is its parent's.
+// Records the process that opens the port or starts a thread. After a fork the child has none of
+// the threads, and the port belongs to its parent.
 void prv_note_process();
 bool prv_is_noted_process();
 
-// The wall clock so many seconds from now, which bounded waits for threads take.
+// The wall-clock time that many seconds from now, as timed waits for threads need it.
 timespec prv_wall_clock_in(int seconds);
 
-// Signed, and right across an overflow.
+// Signed, and correct across an overflow.
 inline int32_t prv_seconds_between(int32_t then, int32_t now) {
   return static_cast<int32_t>(static_cast<uint32_t>(now) - static_cast<uint32_t>(then));
 }
 
-// Whole seconds of the monotonic clock; 0, and an "E" line, when it can't be read.
+// Whole seconds of the monotonic clock; 0 and an "E" line if it can't be read.
 int32_t prv_get_monotonic_seconds();

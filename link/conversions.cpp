@@ -1,10 +1,10 @@
-// Conversions of identity fields. Values outside their tables never index past them.
+// Conversions of identity fields. No value can index past a table.
 #include "link/conversions.h"
 
 #include <string.h>
 
 static constexpr char HEX_DIGITS[] = "0123456789ABCDEF";
-static constexpr char BCD_DIGITS[] = "0123456789*#abc?";  // the last one stands for the filler
+static constexpr char BCD_DIGITS[] = "0123456789*#abc?";  // the last one is the filler
 static constexpr char MIN_DIGITS[] = "1234567890";        // IS-95 encodes digit 0 as 9
 
 enum { BCD_FILLER = 15, MIN_FOURTH_ZERO = 10 };
@@ -76,7 +76,7 @@ void util_locationID_to_ascii(const uint8_t* location_area, char* destination) {
   byte_to_HexAscii(location_area + 3, 2, out + 3);
 }
 
-// Three digits of a 10-bit MIN field; values past 999 are no MIN and wrap.
+// Three digits of a 10-bit MIN field. Values above 999 are not valid and wrap.
 static void min_digits(uint32_t field, char* destination) {
   destination[0] = MIN_DIGITS[field / 100 % 10];
   destination[1] = MIN_DIGITS[field / 10 % 10];

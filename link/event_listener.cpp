@@ -1,8 +1,8 @@
-// The listener's thread, its exchanges and its stop.
+// The listener's thread, its exchanges, and how it is stopped.
 //
-// A stop wakes the listener from its sleep, and makes it abandon the exchange that it is in: the
-// next exchange drops the answer. The listener uses the port only when it is free, and buffers that
-// no command uses.
+// A stop wakes the listener if it sleeps, and makes it abandon its current exchange, whose late
+// answer the next exchange drops. The listener uses the port only when it is free, and has its own
+// buffers.
 #include "link/event_listener.h"
 
 #include <errno.h>
@@ -22,7 +22,7 @@
 enum { TICK_MS = 500, TICKS_PER_SECOND = 2, SHUTDOWN_DELAY_S = 1 };
 enum { BUFFER_SIZE = RESPONSE_SIZE, REQUEST_SIZE = 3, PAYLOAD = 5 };
 enum { FLAGS_REQUEST = '=', SCREEN_REQUEST = '4', SCREEN_SIZE = 345 };
-enum { NOTHING_DONE = 0, EXCHANGED = 1 };  // besides PORT_ERROR
+enum { NOTHING_DONE = 0, EXCHANGED = 1 };  // results besides PORT_ERROR
 
 constinit std::atomic<uint32_t> THREAD_STATUS = LISTENER_STOPPED;
 constinit std::atomic<uint32_t> call_end_timeout = 0;
@@ -33,7 +33,7 @@ static uint8_t* thread_fr_buff = nullptr;  // response
 
 enum { THREAD_CREATED = 0, NO_THREAD = -1 };
 static pthread_t listener_thread;
-static constinit std::atomic<int> creation_result = NO_THREAD;  // whoever takes it joins
+static constinit std::atomic<int> creation_result = NO_THREAD;  // whoever takes it must join
 
 static constinit pthread_mutex_t wake_mutex = PTHREAD_MUTEX_INITIALIZER;
 static pthread_cond_t wake_condition;  // monotonic; initialised by the first start
@@ -46,8 +46,8 @@ static bool Debug_field_Item_malloc() {
   return thread_ft_buff != nullptr && thread_fr_buff != nullptr;
 }
 
-// Gives back only what is empty already: the pair stays allocated for good, and every start takes a
-// new one. A host may have kept pointers into it, so this stays as it is.
+// Frees null pointers only. That is intended: a pair of buffers is never freed, and every start
+// allocates a new one.
 static void Debug_field_Item_free() {
   if (thread_ft_buff == nullptr) free(thread_ft_buff);
   if (thread_fr_buff == nullptr) free(thread_fr_buff);
@@ -64,8 +64,8 @@ static bool is_wanted() { return THREAD_STATUS != LISTENER_STOPPED; }
 
 static constexpr ExchangePolicy LISTENER_POLICY = {try_claim_port, 1, 5000, 15'000, is_wanted};
 
-// One request without payload, if the port is free. EXCHANGED with the answer in thread_fr_buff and
-// zeros behind it; NOTHING_DONE on a busy port or a damaged answer.
+// One request without payload, if the port is free. EXCHANGED with the answer in thread_fr_buff,
+// followed by zeros; NOTHING_DONE if the port is busy or the answer damaged.
 static int32_t listener_exchange(uint8_t subcommand) {
   thread_ft_buff[0] = ZOP_VENDOR_COMMAND;
   thread_ft_buff[1] = subcommand;
@@ -84,7 +84,7 @@ static bool is_failure(int32_t result) { return result == PORT_ERROR; }
 
 static void deliver_deactivation(const uint8_t*) { pdp_deactivation_callback(); }
 
-// The call is over, whoever has ended it.
+// The call is over, whichever side ended it.
 static void deliver_call_end(const uint8_t* record) {
   call_end_callback(record);
   uint32_t state = THREAD_STATUS;
@@ -93,8 +93,8 @@ static void deliver_call_end(const uint8_t* record) {
   }
 }
 
-// Bit of the event flags, request that fetches the record, and who takes it. The first bit set
-// counts; the modem flags the others again.
+// Bit in the event flags, request for the event's record, and its handler. Only the first bit set
+// is handled; the modem flags the other events again.
 struct ModemEvent {
   uint8_t flag;
   uint8_t request;
@@ -149,8 +149,8 @@ static void sleep_one_tick() {
   pthread_mutex_unlock(&wake_mutex);
 }
 
-// Counts ticks of a timed call, and ends it when its time is over and the port is free. The count
-// goes on where it stood when a call has ended by itself.
+// Counts the ticks of a timed call, and ends the call when its time is over and the port is free.
+// If a call ended by itself, the next one continues its count.
 static void time_call(uint64_t* ticks) {
   if (THREAD_STATUS != LISTENER_TIMES_CALL) return;
   ++*ticks;
@@ -158,15 +158,16 @@ static void time_call(uint64_t* ticks) {
   uint32_t state = LISTENER_TIMES_CALL;
   if (!THREAD_STATUS.compare_exchange_strong(state, LISTENER_ENDED_CALL)) return;
   state = LISTENER_ENDED_CALL;
-  if (!end_call_if_port_is_free(is_wanted)) {  // tried again at the next tick
+  if (!end_call_if_port_is_free(is_wanted)) {  // retried at the next tick
     THREAD_STATUS.compare_exchange_strong(state, LISTENER_TIMES_CALL);
     return;
   }
-  if (THREAD_STATUS == LISTENER_ENDED_CALL) call_end_timeout = 0;  // and no newer call is timed
+  if (THREAD_STATUS == LISTENER_ENDED_CALL)
+    call_end_timeout = 0;  // unless a newer call is being timed
   *ticks = 0;
 }
 
-// After every polls + 1 good event polls, one screen. A screen that failed is asked for again.
+// Requests one screen after polls + 1 successful event polls, and repeats a failed request.
 static void* listen(void* argument) {
   uintptr_t polls = reinterpret_cast<uintptr_t>(argument);
   uintptr_t good_polls = 0;
@@ -226,7 +227,7 @@ static void join_listener() {
   pthread_join(listener_thread, nullptr);
 }
 
-// Callers hold the module's lock. A listener that an alarm has stopped is joined first.
+// Under the module's lock. A listener that an alarm has stopped is joined first.
 unsigned zop_debug_start(unsigned polls) {
   if (is_wanted()) return ZOP_ERR_INVALID_ARGUMENT;
   prepare_wake_condition();
@@ -242,7 +243,7 @@ unsigned zop_debug_start(unsigned polls) {
     return ZOP_ERR_NO_MEMORY;
   }
   creation_result = THREAD_CREATED;
-  (void)zop_debug_mode_start();  // a modem that refuses still answers the listener's requests
+  (void)zop_debug_mode_start();  // a modem that refuses still answers the listener
   return ZOP_SUCCESS;
 }
 
@@ -252,7 +253,7 @@ unsigned zop_debug_stop() {
   return ZOP_SUCCESS;
 }
 
-// Any thread of the host may have been left with the lock, in a signal handler that exits.
+// The lock may be held for good, by a thread whose signal handler has called exit.
 void stop_listener_until(const timespec& end) {
   THREAD_STATUS = LISTENER_STOPPED;
   if (!take_listener_thread()) return;
@@ -297,9 +298,9 @@ void zop_debug_end_callback() {
   alarm(SHUTDOWN_DELAY_S);
 }
 
-// An alarm that is left over from a link which has been opened anew finds the status cleared and
-// stops nothing. The handler may run anywhere in the host, with locks held: the listener is told to
-// end, and joined by the next start or stop.
+// If the link has been reopened since the alarm was set, the status is clear and nothing is
+// stopped. The handler may interrupt the host anywhere, with locks held: it only asks the listener
+// to end, and the next start or stop joins it.
 void callback_debug_close(int) {
   if (zop_debug_end_callback_status == 0) return;
   int saved_errno = errno;
@@ -309,7 +310,7 @@ void callback_debug_close(int) {
   errno = saved_errno;
 }
 
-// The alarm is cancelled before the call is ended: an exchange that fails arms it for the listener.
+// The alarm is cancelled first: ending the call may fail, which sets an alarm for the listener.
 void callback_function(int) {
   int saved_errno = errno;
   alarm(0);

@@ -1,5 +1,6 @@
-// The exchange. Its two buffers stand on the caller's stack: one that another thread's open has
-// overtaken may still be at work, and the alarm handlers make exchanges too.
+// The exchange. Its buffers are on the caller's stack, because several exchanges may be in
+// progress: alarm handlers make them too, and one may still be running after another thread
+// reopened the port.
 #include "link/exchange.h"
 
 #include <string.h>
@@ -13,10 +14,10 @@ enum { MAX_EMPTY_READS = 16, RETRY_PAUSE_US = 2000 };
 
 static constexpr ExchangePolicy MARK_POLICY = {claim_port, 1, 5000, 15'000, nullptr, false, false};
 
-// Half of a request is with the modem: the next one begins with a flag, which ends it.
+// The modem has received part of a request: the next one starts with a flag, which ends it.
 static constinit std::atomic<bool> request_was_cut = false;
 
-// Half of an answer has been read: what comes first may be the rest of it.
+// Part of an answer has been read: the next bytes may be the rest of it.
 static constinit std::atomic<bool> answer_was_cut = false;
 
 // ---- sending ----
@@ -34,7 +35,7 @@ static int32_t send(const PortUse& port, const Request& request) {
 
 // ---- receiving ----
 
-// A stuffed byte counts once.
+// Number of bytes after unstuffing.
 static int32_t plain_length(const uint8_t* raw, int32_t held) {
   int32_t plain = 0;
   for (int32_t i = 0; i < held; ++i, ++plain) {
@@ -43,14 +44,14 @@ static int32_t plain_length(const uint8_t* raw, int32_t held) {
   return plain;
 }
 
-// Bytes that an answer may still have. Counting is for the rare one with many stuffed bytes.
+// Bytes that still belong in the answer. Stuffed bytes are counted only once they could matter.
 static int32_t room_behind(const uint8_t* raw, int32_t held) {
   if (held < RESPONSE_SIZE) return RESPONSE_SIZE - held;
   return RESPONSE_SIZE - plain_length(raw, held);
 }
 
-// An answer ends where a read ends in a flag. While older ones are owed, several may come in one
-// read: each ends at its own flag then. 0 while it goes on.
+// Length of the first complete frame, or 0. A frame ends where a read ends with a flag. While older
+// answers are owed, one read may return several: then every flag ends a frame.
 static int32_t frame_length(const uint8_t* raw, int32_t held) {
   if (held == 0) return 0;
   if (!is_any_owed()) return raw[held - 1] == FLAG ? held : 0;
@@ -67,8 +68,8 @@ static void unframe(const uint8_t* raw, int32_t length, Response* response) {
   memset(response->bytes + payload, 0, static_cast<size_t>(RESPONSE_SIZE - payload));
 }
 
-// Whether the frame is taken. On a line that owes nothing every one is; whatever may not have been
-// the own answer leaves that owed.
+// Whether to accept the frame as the answer to own. If no answer is owed, every frame is accepted.
+// An accepted frame that may not be this answer leaves it owed.
 static bool is_accepted(RequestHead own, const ExchangePolicy& policy, const Response& response) {
   bool any_owed = is_any_owed();
   bool follows_a_cut = any_owed && answer_was_cut.exchange(false);
@@ -89,7 +90,7 @@ static bool is_accepted(RequestHead own, const ExchangePolicy& policy, const Res
 
 static uint32_t earlier(uint32_t a, uint32_t b) { return static_cast<int32_t>(a - b) < 0 ? a : b; }
 
-// The answer to own, or whatever it is on a line that owes nothing. raw is RAW_ANSWER_SIZE bytes.
+// Reads until a frame is accepted as the answer to own. raw holds RAW_ANSWER_SIZE bytes.
 static int32_t receive_raw(const PortUse& port, RequestHead own, const ExchangePolicy& policy,
                            uint8_t* raw, Response* response) {
   int32_t held = 0;
@@ -98,7 +99,7 @@ static int32_t receive_raw(const PortUse& port, RequestHead own, const ExchangeP
   for (int empty_reads = 0; result >= 0;) {
     int32_t room = room_behind(raw, held);
     uint32_t until = earlier(monotonic_ms() + policy.silence_ms, end);
-    result = PORT_ERROR;  // full, and no frame ends here
+    result = PORT_ERROR;  // raw is full without a complete frame
     if (room > 0) result = read_port(port, raw + held, static_cast<uint32_t>(room), until);
     if (result == 0 && ++empty_reads == MAX_EMPTY_READS) result = PORT_ERROR;
     if (result > 0) held += result;
@@ -110,9 +111,9 @@ static int32_t receive_raw(const PortUse& port, RequestHead own, const ExchangeP
     }
   }
   bool is_full = room_behind(raw, held) <= 0;
-  bool is_gone = result == PORT_ERROR && port.is_current() && !is_full;  // with all it had to say
-  if (!is_gone) note_owed(own);
-  if (!is_gone && own != 0 && held > 0) answer_was_cut = true;
+  bool is_unplugged = result == PORT_ERROR && port.is_current() && !is_full;  // owes nothing
+  if (!is_unplugged) note_owed(own);
+  if (!is_unplugged && own != 0 && held > 0) answer_was_cut = true;
   return result;
 }
 
@@ -122,7 +123,7 @@ static int32_t receive(const PortUse& port, RequestHead own, const ExchangePolic
   return receive_raw(port, own, policy, raw, response);
 }
 
-// For whoever has sent with diag_write. Any answer will do.
+// For callers that have sent with diag_write. Accepts any answer.
 static int32_t read_raw(uint8_t* buffer, const ExchangePolicy& policy) {
   PortUse port;
   uint8_t payload[RESPONSE_SIZE] = {};
@@ -139,9 +140,9 @@ int32_t diag_read_wait_1sec(uint8_t* buffer) { return read_raw(buffer, PROBE_POL
 
 // ---- the exchange ----
 
-// A request that is answered like none that is owed, answered or refused by every modem: time
-// stamp, build version, version. Once its answer is there, nothing older comes any more. Results of
-// send and receive.
+// Makes sure that no older answer follows: sends a request of a kind that is not owed and that
+// every modem answers or refuses (time stamp, build version or version), and waits for its answer.
+// Results of send and receive.
 static int32_t resynchronise(const PortUse& port, Response* response) {
   static constexpr uint8_t MARKS[] = {0x1D, 0x7C, 0x00};
   for (const uint8_t& mark : MARKS) {
@@ -150,7 +151,7 @@ static int32_t resynchronise(const PortUse& port, Response* response) {
     int32_t sent = send(port, {&mark, 1});
     return sent > 0 ? receive(port, head, MARK_POLICY, response) : sent;
   }
-  return PORT_TIMEOUT;  // a modem that has not answered any of them
+  return PORT_TIMEOUT;  // the modem has not answered any of them
 }
 
 static int32_t transact(const PortUse& port, const Request& request, const ExchangePolicy& policy,
@@ -174,8 +175,8 @@ static int32_t attempt(const Request& request, const ExchangePolicy& policy, boo
   return result;
 }
 
-// A time-out has closed the port, so that a repeated attempt ends in the write's error unless the
-// link was opened again meanwhile. The answer to any of the attempts will do.
+// A time-out closes the port, so a second attempt fails to write unless another thread has reopened
+// the link. The answer to any of the attempts is accepted.
 int32_t line_exchange(const Request& request, const ExchangePolicy& policy, Response* response) {
   for (int attempts = 1;; ++attempts) {
     int32_t received = attempt(request, policy, policy.accepts_older || attempts > 1, response);
@@ -202,6 +203,6 @@ void read_owed_answers() {
   if (!claim_port(port)) return;
   uint8_t bytes[RESPONSE_SIZE] = {};
   Response response = {bytes};
-  (void)resynchronise(port, &response);  // what is still owed then is dropped later
+  (void)resynchronise(port, &response);  // answers still owed are dropped by later exchanges
   release_port(port);
 }

@@ -1,4 +1,4 @@
-// The frame codec: one pass over the bytes in each direction, check sequence and stuffing together.
+// The frame codec: one pass over the bytes in each direction for both check sequence and stuffing.
 #include "link/frame_codec.h"
 
 #include <string.h>
@@ -74,7 +74,7 @@ int32_t decode_frame(const uint8_t* frame, uint32_t length, uint8_t* payload,
   const uint8_t* end = frame + length;
   uint8_t* out = payload;
   uint16_t fcs = FCS_INIT;
-  bool cut = false;  // an escape with nothing behind it
+  bool cut = false;  // the frame ends with an escape
   for (const uint8_t* in = frame; in < end; ++in) {
     uint8_t byte = *in;
     if (byte == ESCAPE) {
@@ -96,8 +96,8 @@ int32_t DiagPacketRXCRC(uint8_t* buffer, uint32_t length) {
   return 0;
 }
 
-// The port is claimed before the frame is built: a sender that waits for another's exchange to end
-// must not find its frame overwritten meanwhile.
+// The port is claimed before the frame is built, so that no other sender overwrites the frame while
+// this one waits for the port.
 int32_t DiagPacketTXCRC(const uint8_t* data, uint32_t length, int32_t leading_flag) {
   PortUse port;
   if (length > MAX_FRAME_PAYLOAD || !claim_port(port)) return PORT_ERROR;

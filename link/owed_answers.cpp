@@ -5,11 +5,11 @@
 
 enum { MAX_OWED = 8, HEAD_BYTES = 3 };
 
-// The modem refuses a request with one of these and the request's bytes behind it: bad command, bad
-// parameter, bad length, bad mode, locked, security.
+// A refusal is one of these codes followed by the request's bytes: bad command, bad parameter, bad
+// length, bad mode, locked, security.
 static constexpr uint8_t REFUSALS[] = {19, 20, 21, 24, 66, 71};
 
-// The number of bytes in the top byte; 0 is a free place.
+// Each head has its number of bytes in the top byte; 0 is a free place.
 static constinit std::atomic<RequestHead> owed[MAX_OWED] = {};
 static constinit std::atomic<uint32_t> next_place = 0;
 

@@ -1,28 +1,27 @@
-// Answers that the modem still owes: of requests that went out and whose answer nobody has read. An
-// answer is told by the head that it echoes, the first bytes of its request.
+// Answers that the modem still owes: those to requests that were sent and whose answer has not been
+// read. An answer is recognised by the head of its request, which it echoes.
 //
-// A word each, without a lock: whoever gives up an exchange notes it, also beside a newer exchange
-// and in a signal handler.
+// Each is one atomic word without a lock: an exchange may be given up in a signal handler, or while
+// a newer one is in progress.
 #pragma once
 
 #include <stdint.h>
 
-// Up to three first bytes of a request.
+// The first bytes of a request, up to three.
 using RequestHead = uint32_t;
 RequestHead head_of(const uint8_t* request, uint32_t length);
 
-// Whether an answer belongs to a request: it begins with its head, or refuses it.
+// Whether an answer belongs to a request: it starts with the head, or refuses it.
 bool is_answer_to(RequestHead head, const uint8_t* answer, uint32_t length);
 
-// Notes an answer that will not be read by its own exchange. The ninth takes the place of the
-// first.
+// Records an answer that its own exchange will not read. The ninth replaces the first.
 void note_owed(RequestHead head);
 
 bool is_any_owed();
 bool is_owed(RequestHead head);
 
-// Takes one owed answer off the list when this is it.
+// Removes one owed answer from the list if it matches. False if none does.
 bool remove_owed(const uint8_t* answer, uint32_t length);
 
-// The modem answers in order: what it has skipped does not come any more.
+// Clears the list. The modem answers in order, so answers that it has skipped will not come.
 void forget_owed();

@@ -1,5 +1,5 @@
-// The serial port. SER_SIG and the claim are atomics because the event listener and the alarm
-// handlers look at them from outside the host's lock; the buffers belong to the callers.
+// The serial port. SER_SIG and the claim are atomic because the event listener and the alarm
+// handlers read them without the host's lock.
 #include "link/serial_port.h"
 
 #include <errno.h>
@@ -17,9 +17,9 @@ enum {
   MAX_WRITES = 15,
   MAX_BUSY_TESTS = 100,
   BUSY_PAUSE_US = 2000,
-  CHECK_INTERVAL_MS = 50,  // between two looks at whether a wait is still wanted
+  CHECK_INTERVAL_MS = 50,  // how often a wait checks whether it is still wanted
   WRITE_LIMIT_MS = 5000,
-  SETTLE_LIMIT_MS = 5000,  // of threads that get no processor
+  SETTLE_LIMIT_MS = 5000,  // in case a thread is not scheduled
   DLOAD_LIMIT_MS = 4000,
   ERASE_LIMIT_MS = 30'000,
   DLOAD_PIECE_MS = 200,
@@ -32,8 +32,9 @@ constinit uint8_t efs_clear = 0;
 static constinit termios oldtio = {};  // settings found at open, restored at close
 static constinit std::atomic<uint32_t> last_open_id = 0;
 
-// Uses under way in the upper 12 bits, a descriptor that waits for their end in the lower 20. One
-// word, without a lock: a signal handler may close the port in the middle of anything.
+// The number of uses in progress in the upper 12 bits, and in the lower 20 a closed port's
+// descriptor that waits for them to end. One atomic word, because a signal handler may close the
+// port at any point.
 enum : uint32_t { ONE_USE = 1u << 20, WAITING_DESCRIPTOR = ONE_USE - 1 };
 static constinit std::atomic<uint32_t> port_uses = 0;
 
@@ -49,14 +50,14 @@ static int32_t ms_until(uint32_t moment) { return static_cast<int32_t>(moment - 
 
 // ---- uses and claims ----
 
-// The line gets its own settings back only when nobody reads from it any more: with them it may
-// echo what the modem sends.
+// Restores the line's old settings only when nothing reads from it: with them it may echo what the
+// modem sends.
 static void close_descriptor(int fd) {
   tcsetattr(fd, TCSANOW, &oldtio);
   close(fd);
 }
 
-// The number is read last, as an open sets it first: it is never older than the descriptor.
+// open_id is read last because an open sets it first: so it is never older than the descriptor.
 PortUse::PortUse(bool (*wanted)()) : wanted_(wanted) {
   port_uses += ONE_USE;
   fd = SER_SIG;
@@ -73,8 +74,8 @@ PortUse::~PortUse() {
 
 bool PortUse::is_current() const { return SER_SIG == fd && last_open_id == open_id; }
 
-// Gives the descriptor back, now or when its last use ends. The word holds one that waits: another
-// port is opened only when the uses of the one before have ended.
+// Closes the descriptor, now or when its last use ends. There is room for one that waits, because
+// the next open first waits for the uses to end.
 static void release_descriptor(int fd) {
   uint32_t uses = port_uses;
   while (uses >= ONE_USE && (uses & WAITING_DESCRIPTOR) == 0) {
@@ -122,9 +123,9 @@ void release_port(const PortUse& port) {
 
 // ---- open and close ----
 
-// In a host whose standard streams are closed the device may come as descriptor 0 to 2: 0 would
-// read as "closed", and the host's own output would go to the modem. Such a one is moved up. The
-// host's children must not keep the device's node busy.
+// If the host's standard streams are closed, open may return descriptor 0 to 2: 0 would mean
+// "closed", and the host's output would go to the modem. The descriptor is then moved up.
+// O_CLOEXEC, so that child processes do not keep the device busy.
 static int open_above_standard_streams(const char* path) {
   int fd;
   do fd = open(path, O_RDWR | O_CLOEXEC);
@@ -135,7 +136,7 @@ static int open_above_standard_streams(const char* path) {
   return moved;
 }
 
-// Calls on the port never wait by themselves: waiting is poll's, which looks up now and then.
+// Reads and writes never block: the module waits in poll, at short intervals.
 static void apply_line_settings(int fd) {
   fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
   tcgetattr(fd, &oldtio);
@@ -144,12 +145,12 @@ static void apply_line_settings(int fd) {
   newtio.c_oflag = OPOST;
   newtio.c_cflag = B115200 | CS8 | CREAD;  // no CLOCAL, no parity, one stop bit, no flow control
   newtio.c_cc[VTIME] = 0;
-  newtio.c_cc[VMIN] = 0;  // a read returns at once with what is there
+  newtio.c_cc[VMIN] = 0;  // a read returns at once with the bytes available
   tcflush(fd, TCIFLUSH);
   tcsetattr(fd, TCSANOW, &newtio);
 }
 
-// Waits for the exchanges under way on other threads: with the port closed they end within 0.1 s.
+// Waits for exchanges on other threads, which end within 0.1 s of the port's close.
 static void wait_for_uses_to_end() {
   uint32_t until = monotonic_ms() + SETTLE_LIMIT_MS;
   while (port_uses >= ONE_USE && ms_until(until) > 0) usleep(BUSY_PAUSE_US);
@@ -165,7 +166,7 @@ int32_t diag_open(const char* path) {
     fd = -1;
   }
   if (fd >= 0) apply_line_settings(fd);
-  if (++last_open_id == 0) ++last_open_id;  // 0 is no claim
+  if (++last_open_id == 0) ++last_open_id;  // 0 means "not claimed"
   SER_SIG = fd;
   return fd >= 0 ? 1 : PORT_ERROR;
 }
@@ -183,9 +184,9 @@ int32_t diag_status() { return SER_SIG != 0 ? 1 : 0; }
 
 // ---- waiting ----
 
-// 1 when the port is ready for events; otherwise PORT_TIMEOUT, PORT_ABANDONED or PORT_ERROR. What
-// comes on a port that was closed meanwhile is another exchange's, and what comes after the moment
-// until is too late: a modem that never stops talking is not listened to for ever.
+// 1 when the port is ready for events; otherwise PORT_TIMEOUT, PORT_ABANDONED or PORT_ERROR. Input
+// on a port that has been closed belongs to another exchange, and input after until is too late, so
+// that a modem that sends without pause can't keep an exchange open.
 static int32_t wait_for_port(const PortUse& port, short events, uint32_t until) {
   if (port.fd <= 0) return PORT_ERROR;
   for (;;) {
@@ -202,7 +203,7 @@ static int32_t wait_for_port(const PortUse& port, short events, uint32_t until) 
   }
 }
 
-// Waits for a line that takes no bytes now.
+// Waits until the line accepts bytes again.
 static int32_t wait_to_write(const PortUse& port, uint32_t until) {
   int32_t result = wait_for_port(port, POLLOUT, until);
   if (result == 1 && ms_until(until) > 0) return 1;
@@ -214,7 +215,7 @@ static int32_t wait_to_write(const PortUse& port, uint32_t until) {
 
 int32_t write_port(const PortUse& port, const uint8_t* bytes, uint32_t length, uint32_t* sent) {
   *sent = 0;
-  if (port.fd <= 0) return PORT_ERROR;  // closed: 0 is the host's standard input
+  if (port.fd <= 0) return PORT_ERROR;  // closed; 0 would be the host's standard input
   uint32_t until = monotonic_ms() + WRITE_LIMIT_MS;
   for (int writes = 0; writes < MAX_WRITES && *sent < length;) {
     ssize_t n = write(port.fd, bytes + *sent, length - *sent);
@@ -222,7 +223,7 @@ int32_t write_port(const PortUse& port, const uint8_t* bytes, uint32_t length, u
     if (n < 0 && errno == EAGAIN) {
       int32_t ready = wait_to_write(port, until);
       if (ready < 0) return ready;
-      writes = 0;  // a line that is full takes some more when it has room
+      writes = 0;  // the line has room again
       continue;
     }
     if (n < 0) return PORT_ERROR;
@@ -254,12 +255,12 @@ int32_t diag_write(const uint8_t* buffer, uint32_t length) {
   return claim_port(port) ? write_claimed(port, buffer, length) : int32_t{PORT_ERROR};
 }
 
-// The flag that may open a reply does not close it.
+// A reply may start with a flag, which does not end it.
 static bool is_reply_whole(const uint8_t* reply, uint32_t length) {
   return length == DLOAD_SIZE || (length > 1 && reply[length - 1] == FRAME_FLAG);
 }
 
-// Errors are not told apart: the caller's frame check refuses what is left.
+// An error ends the reply like a time-out: the caller's frame check rejects what is incomplete.
 int32_t dload_read(uint8_t* buffer) {
   PortUse port;
   uint32_t end = monotonic_ms() + (efs_clear ? ERASE_LIMIT_MS : DLOAD_LIMIT_MS);
