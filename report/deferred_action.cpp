@@ -1,7 +1,7 @@
-// The slot, the thread, and the actions.
+// The event slot, the thread and its actions.
 //
-// A stop is a flag, looked at in the wait and before field testing is switched on: the thread ends
-// with no lock held and no action half done.
+// The thread is stopped by a flag, which it checks while it waits and before it switches field
+// testing on: it ends without holding a lock and never in the middle of an action.
 #define LOG_SOURCE "zop_module"
 
 #include "report/deferred_action.h"
@@ -14,24 +14,23 @@
 #include "link/event_listener.h"
 #include "report/field_test.h"
 
-// The slot; under gDeferredMutex, with which no other lock is taken.
+// The slot; under gDeferredMutex. No other lock is taken while this one is held.
 static constinit pthread_mutex_t gDeferredMutex = PTHREAD_MUTEX_INITIALIZER;
 static pthread_cond_t gDeferredCond = PTHREAD_COND_INITIALIZER;
 static constinit int gDeferredEvent = DEFERRED_NONE;
 static constinit bool gDeferredStop = false;
 
 static pthread_t gDeferredThread;
-static constinit bool gDeferredRuns =
-    false;  // a thread that nobody has joined; under gDeferredMutex
+static constinit bool gDeferredRuns = false;  // not yet joined; under gDeferredMutex
 
-// The thread's alone.
-static constinit int32_t gFtdOutputCount = 0;  // screens of the request
+// Used by the thread only.
+static constinit int32_t gFtdOutputCount = 0;  // screens since the request
 static constinit int32_t gLogStringTime = 0;   // monotonic seconds
 
 void prv_deferred_action_event(int event) {
   ScopedLock lock(gDeferredMutex);
   if (gDeferredEvent == DEFERRED_TURNED_OFF_FIELD_TESTING) {
-    // The thread must see that field testing is off; what comes before it has is lost.
+    // The thread must not miss that field testing is off, so events are lost until it has seen it.
     LOG_D(VURN_LOG_ACTION_EVENTS, "D zop:pending turned_off_field_testing action - ignoring %s",
           prv_deferred_event_name(event));
   } else {
@@ -46,7 +45,7 @@ void prv_discard_switch_off() {
   if (gDeferredEvent == DEFERRED_TURNED_OFF_FIELD_TESTING) gDeferredEvent = DEFERRED_NONE;
 }
 
-// False when the thread is to end.
+// False if the thread must end.
 static bool prv_take_event(DeferredEvent* event) {
   ScopedLock lock(gDeferredMutex);
   while (gDeferredEvent == DEFERRED_NONE && !gDeferredStop) {
@@ -133,7 +132,7 @@ bool prv_is_deferred_action_thread_stopped() {
   return gDeferredStop;
 }
 
-// Whether there is a thread to join, for one caller alone; under gDeferredMutex.
+// True for the one caller that must join the thread. Under gDeferredMutex.
 static bool prv_take_thread() {
   bool runs = gDeferredRuns;
   gDeferredRuns = false;

@@ -1,29 +1,31 @@
-// The deferred-action thread: it takes events from a slot and does what the state machine says.
+// The deferred-action thread: it takes events from a slot and carries out the state machine's
+// actions.
 #pragma once
 
 #include <time.h>
 
 #include "report/state_machine.h"
 
-// Puts an event into the slot. There is no queue: a newer event replaces one that the thread has
-// not taken, except that nothing replaces "turned off field testing". May be called with the
-// module's lock held, and from the listener.
+// Posts an event to the slot. There is no queue: a new event replaces one that the thread has not
+// yet taken, except that nothing replaces "turned off field testing". May be called with
+// gModuleMutex held, and by the listener.
 void prv_deferred_action_event(int event);
 
-// Takes "turned off field testing" out of the slot: it is on again, and the thread would take it
-// for off. Under gModuleMutex.
+// Removes "turned off field testing" from the slot, because it has been switched on since. Under
+// gModuleMutex.
 void prv_discard_switch_off();
 
-// Starts the thread. 0, or the error of its creation. Under gModuleMutex, once.
+// Starts the thread. 0, or pthread_create's error. Under gModuleMutex, once.
 int prv_start_deferred_action_thread();
 
-// Tells it to end, and whether it has been told. What it is doing it finishes, but from here on it
-// switches nothing on.
+// Requests the thread's end, and whether that has been requested. The thread finishes its current
+// action, but no longer switches field testing on.
 void prv_stop_deferred_action_thread();
 bool prv_is_deferred_action_thread_stopped();
 
-// Waits until it has ended: without gModuleMutex, which it may want.
+// Waits until the thread has ended. Without gModuleMutex, for which the thread may be waiting.
 void prv_join_deferred_action_thread();
 
-// Both, at the end of the library: until the wall clock says end, and no longer.
+// For unloading: stops and joins the thread, but waits no longer than until the wall clock reaches
+// end.
 void prv_stop_deferred_action_thread_until(const timespec& end);

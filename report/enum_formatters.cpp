@@ -1,11 +1,11 @@
-// Codes of the modem by their names. A code without one is shown as "17 Unknown".
+// Formatters of the modem's codes, shown by name. A code without a name is shown as "17 Unknown".
 #include <ctype.h>
 
 #include "report/formatters.h"
 #include "report/names.h"
 #include "report/text.h"
 
-enum Case { AS_IS, LOWER };  // LOWER: from the second character on
+enum Case { AS_IS, LOWER };  // LOWER: all but the first character
 enum Screen { ANY_SCREEN, WCDMA_SCREEN, GSM_SCREEN };
 
 static int32_t prv_u8(const void* p) { return *prv_bytes(p); }
@@ -67,7 +67,7 @@ ENUM_FORMATTER(prv_format_egprs_indication, EGPRS_INDICATION_NAMES, prv_u8, AS_I
 ENUM_FORMATTER(prv_format_mm_cause, MM_CAUSE_NAMES, prv_u8)
 ENUM_FORMATTER(prv_format_pdp_cause, PDP_CAUSE_NAMES, prv_u8)
 
-// Card, PIN and tries left: "Valid, PIN enabled, R3".
+// Card, PIN and remaining tries: "Valid, PIN enabled, R3".
 int prv_format_sim_status(const zop_log_item*, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   prv_append_name(out, SIM_STATE_NAMES, gDiagInfo.sim_status, LOWER);

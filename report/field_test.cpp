@@ -1,4 +1,4 @@
-// Field testing. The listener brings a screen every one and a half seconds while it is on.
+// Field testing. While it is on, the listener delivers a screen every 1.5 s.
 #define LOG_SOURCE "zop_module"
 
 #include "report/field_test.h"
@@ -19,17 +19,17 @@ constinit std::atomic<uint32_t> gExceptionCode = 0;
 constinit std::atomic<const char*> gExceptionName = nullptr;
 constinit uint8_t gFtdSnapshotFlag = 0;
 
-enum { EVENT_POLLS = 1 };                          // less one, between two screens
-enum { ALREADY_RUNS = ZOP_ERR_INVALID_ARGUMENT };  // as zop_debug_start tells it
+enum { EVENT_POLLS = 1 };                          // one less than between two screens
+enum { ALREADY_RUNS = ZOP_ERR_INVALID_ARGUMENT };  // of zop_debug_start
 
-// A closed module has no modem to listen to: a thread would only wait for the next open.
+// Does not start a listener while the module is closed.
 static unsigned prv_start_debugging() {
   return gModuleOpen ? zop_debug_start(EVENT_POLLS) : unsigned{ZOP_ERR_NOT_OPEN};
 }
 
-// Whoever stops the thread has switched field testing off: it is not switched on behind his back.
-// After a start that fails it is off, and the thread must see that; a listener that runs already is
-// as good as one that is started.
+// A close that ends the deferred-action thread has switched field testing off, so the thread does
+// not switch it on again. If the listener can't be started, field testing is off and the thread is
+// notified; a listener that is already running counts as started.
 void prv_set_field_testing(bool on, bool lockModule) {
   bool start_failed = false;
   if (lockModule) pthread_mutex_lock(&gModuleMutex);
@@ -46,7 +46,7 @@ void prv_set_field_testing(bool on, bool lockModule) {
     start_failed = status != ZOP_SUCCESS && status != ALREADY_RUNS;
     if (!start_failed) prv_discard_switch_off();
   }
-  // Before another thread gets the lock: its request would be lost behind this.
+  // Before another thread can take the lock: an event that it posts after this one would be lost.
   if (start_failed) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
   if (lockModule) pthread_mutex_unlock(&gModuleMutex);
   if (!on) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);

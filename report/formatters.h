@@ -1,8 +1,8 @@
 // Formatters: an item's value as text, for both forms of the report.
 //
-// A formatter writes into one scratch buffer, gives the text and its length, and returns 1 to write
-// the item or 0 to leave it out. A length of 0 is an empty value. They read gDiagInfo and nothing
-// else; the renderer's lock keeps them apart. The last argument is always 0.
+// A formatter writes to the scratch buffer, returns the text and its length through its arguments,
+// and returns 1 to show the item or 0 to omit it. A length of 0 is an empty value. Formatters read
+// only gDiagInfo; the renderer's lock serialises them. The last argument is always 0.
 #pragma once
 
 #include "include/zop_diag_info.h"
@@ -21,11 +21,11 @@ zop_log_format prv_format_pppd_age;
 zop_log_format prv_format_ftd_age;
 zop_log_format prv_format_ftd_age_seconds;
 
-// The radio technology of the last screen.
+// Radio technology of the last screen.
 inline bool prv_is_wcdma_screen() { return gDiagInfo.screen.system_mode == ZOP_SCREEN_WCDMA; }
 inline bool prv_is_gsm_screen() { return gDiagInfo.screen.system_mode == ZOP_SCREEN_GSM; }
 
-// Of WCDMA screens, of GSM screens: empty on the other.
+// WCDMA or GSM only: the value is empty on a screen of the other.
 zop_log_format prv_format_wcdma_cells;
 zop_log_format prv_format_rscp;
 zop_log_format prv_format_drx;

@@ -1,5 +1,5 @@
-// The items of the report, a row each, in the order in which it shows them. Some stand twice: the
-// log string has the full address and the time, syslog the masked address and an age in seconds.
+// The items of the report, one row each, in the order of the report. Some occur twice: the log
+// string shows the full address and the time, syslog the masked address and an age in seconds.
 #include "include/zop_diag_info.h"
 #include "report/formatters.h"
 

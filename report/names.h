@@ -1,4 +1,4 @@
-// The names of the modem's codes in the report, one table a field. An underscore is shown as a
+// Names of the modem's codes in the report, one table for each field. An underscore is shown as a
 // blank. Causes are those of 3GPP TS 24.008 (10.5.3.6, 10.5.5.14 and 10.5.6.6).
 #pragma once
 
@@ -12,7 +12,7 @@ struct EnumName {
   const char* name;
 };
 
-// Band. There is no 2 and no 13.
+// Band. 2 and 13 do not exist.
 inline constexpr EnumName BAND_NAMES[] = {
     {ZOP_BAND_NONE, "None"},
     {0, "BC0"},
@@ -171,14 +171,14 @@ inline constexpr EnumName HSDPA_INDICATION_NAMES[] = {
     {ZOP_HSPA_HSDPA_HSUPA, "HSDPA HSUPA supp"},
 };
 
-// EGPRS Indication. Its byte is read unsigned: the -1 is never met.
+// EGPRS Indication. The byte is read unsigned, so -1 never matches.
 inline constexpr EnumName EGPRS_INDICATION_NAMES[] = {
     {ZOP_EGPRS_NONE, "None"},
     {ZOP_EGPRS_NOT_AVAILABLE, "Not available"},
     {ZOP_EGPRS_AVAILABLE, "Available"},
 };
 
-// SIM Status, the card
+// SIM Status: the card
 inline constexpr EnumName SIM_STATE_NAMES[] = {
     {ZOP_SIM_NO_CARD, "NO_CARD"},      {ZOP_SIM_INVALID_CARD, "INVALID_CARD"},
     {ZOP_SIM_READY, "Valid"},          {ZOP_SIM_NOT_INITIALISED, "NOT_INIT"},
@@ -186,7 +186,7 @@ inline constexpr EnumName SIM_STATE_NAMES[] = {
     {ZOP_SIM_AVAILABLE, "AVAIL_CARD"}, {ZOP_SIM_ILLEGAL_CARD, "ILLEGAL_CARD"},
 };
 
-// SIM Status, the PIN; written behind "PIN"
+// SIM Status: the PIN, written after "PIN"
 inline constexpr EnumName PIN_STATE_NAMES[] = {
     {ZOP_PIN_UNKNOWN, "_UNKNOWN"},     {ZOP_PIN_OKAY, " okay"},
     {ZOP_PIN_ENABLED, "_ENABLED"},     {ZOP_PIN_VERIFIED, "_VERIFIED"},

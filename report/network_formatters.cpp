@@ -1,5 +1,5 @@
-// What the SIM and the radio know of networks and cells. A value of one radio technology is empty
-// on a screen of the other.
+// Formatters of networks and cells. A value of one radio technology is empty on a screen of the
+// other.
 #include <stdio.h>
 
 #include <iterator>
@@ -8,19 +8,19 @@
 #include "report/supplement.h"
 #include "report/text.h"
 
-// ---- networks: MCC and MNC, and in the home's and operator's lists the access technology ----
+// ---- networks: MCC and MNC; in the home and operator lists also the access technology ----
 
 enum { PLMN_SIZE = 6, ENTRY_SIZE = 8 };
-enum { TECHNOLOGY = 128 };  // in the first byte UMTS, in the second GSM
+enum { TECHNOLOGY = 128 };  // UMTS in the first byte, GSM in the second
 
 static const char* prv_text(const uint8_t* p) {
   return static_cast<const char*>(static_cast<const void*>(p));
 }
 
-// The count that a list begins with, at most the entries that there is room for.
+// A list starts with its count, which is the modem's: at most the entries in its field are used.
 static int prv_list_count(const uint8_t* list, int most) { return list[0] < most ? list[0] : most; }
 
-// One network, registered with; empty when there is none.
+// The registered network; empty if there is none.
 int prv_format_plmn(const zop_log_item* item, const char** text, int* length, int) {
   const uint8_t* plmn = prv_bytes(item->value);
   BoundedWriter out = prv_scratch();
@@ -59,7 +59,7 @@ static void prv_append_block(BoundedWriter& out, const uint8_t* block, int most)
   }
 }
 
-// The home's list, which is shorter than a block of the operator's.
+// The home list, which is shorter than a block of the operator list.
 int prv_format_plmn_block(const zop_log_item* item, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   prv_append_block(out, prv_bytes(item->value), HPLMN_ENTRIES);
@@ -79,13 +79,13 @@ int prv_format_oplmn(const zop_log_item*, const char** text, int* length, int) {
 
 static int prv_signed16(const uint8_t* p) { return static_cast<int16_t>(get_le16(p)); }
 
-// A count of the screen, at most what its list has room for.
+// A count in the screen, at most the entries in its list.
 static uint32_t prv_count(const uint8_t* field, size_t room) {
   uint32_t count = get_le32(field);
   return count < room ? count : static_cast<uint32_t>(room);
 }
 
-// An entry whose code and Ec/Io are zero ends the list; there is no count.
+// There is no count: an entry whose code and Ec/Io are zero ends the list.
 int prv_format_wcdma_cells(const zop_log_item*, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   for (const zop_wcdma_cell& cell : gDiagInfo.screen.radio.wcdma.cells) {

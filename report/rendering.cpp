@@ -1,5 +1,5 @@
-// One walk over the items serves both forms. Callers hold gFtdMutex, so that no screen comes in
-// meanwhile; the renderer's own lock keeps its scratch buffer and stamp to one report at a time.
+// Both forms of the report are made in one pass over the items. Callers hold gFtdMutex, so that no
+// screen is stored meanwhile; the renderer's own lock guards the scratch buffer and the stamp.
 #define LOG_SOURCE "logging"
 
 #include "report/rendering.h"
@@ -16,11 +16,11 @@
 #include "include/zop_diag_info.h"
 #include "report/text.h"
 
-// Bytes of one syslog line before its line count; and what a pair needs besides name and value.
+// Bytes of a syslog line before its line count; bytes of a pair besides name and value.
 enum { LINE_SIZE = 1200, COUNT_ROOM = 16, PAIR_EXTRA = 3 };
 
 static constinit pthread_mutex_t gRendererMutex = PTHREAD_MUTEX_INITIALIZER;
-static constinit uint32_t gLastStamp = 0;  // of the report before; under gRendererMutex
+static constinit uint32_t gLastStamp = 0;  // of the last report; under gRendererMutex
 
 struct Text {
   const char* at;
@@ -65,8 +65,8 @@ static Text prv_float(const zop_log_item& item) {
   return prv_text_of(out);
 }
 
-// The texts of the record. A modem may fill a field and put no zero after it: what follows a
-// network's name is the IMEI.
+// Texts of the record. The modem may fill a field without a terminator, and the next field follows
+// directly.
 struct TextField {
   size_t offset;
   size_t size;
@@ -87,8 +87,8 @@ static constexpr TextField TEXT_FIELDS[] = {
 };
 // clang-format on
 
-// Bytes from text to the end of its field; elsewhere in the record to the record's end. A text
-// outside the record ends with its zero.
+// Bytes from text to the end of its field, or to the end of the record if it is in no field. A text
+// outside the record is terminated.
 static size_t prv_text_room(const char* text) {
   const char* record = static_cast<const char*>(static_cast<const void*>(&gDiagInfo));
   if (text < record || text >= record + sizeof gDiagInfo) return PTRDIFF_MAX;
@@ -123,13 +123,13 @@ static Text prv_plain_value(const zop_log_item& item, int index) {
   }
 }
 
-// One item on its way into the report.
+// An item as text.
 struct Rendered {
   Text label;
   Text value;
 };
 
-// The first header of all loses the newline, or blank and newline, that its label may begin with.
+// Removes a newline, or a blank and a newline, from the start of the report's first header.
 static void prv_trim_first_header(Text* label) {
   size_t leading = label->length > 1 && label->at[0] == ' ' && label->at[1] == '\n' ? 2 : 0;
   if (label->length > 0 && label->at[0] == '\n') leading = 1;
@@ -137,7 +137,7 @@ static void prv_trim_first_header(Text* label) {
   label->length -= leading;
 }
 
-// Headers, the exception, and rows that are neither. False to leave the item out.
+// Headers, the exception, and malformed rows. False to omit the item.
 static bool prv_special_value(const zop_log_item& item, int index, const char* excName,
                               Rendered* rendered) {
   rendered->value = {"", 0};
@@ -174,8 +174,8 @@ static bool prv_value(const zop_log_item& item, int index, const char* excName,
 // ---- the log string ----
 
 struct LogString {
-  char* buf;    // null: none is wanted
-  size_t room;  // before the terminator
+  char* buf;    // null if not requested
+  size_t room;  // without the terminator
   size_t used;
   bool whole;
 };
@@ -185,8 +185,8 @@ static void prv_put(LogString* out, const char* text, size_t length) {
   out->used += length;
 }
 
-// A text of the modem is one line, whatever it holds. Another thread may be storing it: a zero that
-// it shows for a moment does not end the report.
+// A control character in the modem's text does not start a new line. Another thread may be storing
+// the text, so a zero in it ends the value, but not the report.
 static void prv_put_value(LogString* out, const Text& value) {
   for (size_t i = 0; i < value.length; ++i) {
     char c = value.at[i];
@@ -195,7 +195,7 @@ static void prv_put_value(LogString* out, const Text& value) {
   }
 }
 
-// An item that does not fit is left out; a later, shorter one may still go in.
+// An item that does not fit is omitted; a later, shorter one may still fit.
 static void prv_add_to_log_string(LogString* out, const zop_log_item& item,
                                   const Rendered& rendered) {
   if (out->used + rendered.label.length + rendered.value.length + PAIR_EXTRA > out->room) {
@@ -230,7 +230,7 @@ static char prv_in_pair(char c, uint8_t flags) {
   return c;
 }
 
-// As much of a value as there is room for. A list, whose entries a blank divides, keeps whole ones.
+// How much of a value fits. A list, whose entries are separated by blanks, is cut between entries.
 static size_t prv_fitting_length(const Text& value, size_t room) {
   if (value.length <= room) return value.length;
   for (size_t length = room; length > 0; --length) {
@@ -239,7 +239,7 @@ static size_t prv_fitting_length(const Text& value, size_t room) {
   return room;
 }
 
-// A pair that would pass the end begins the next line; one that is longer than a line is cut.
+// A pair that does not fit starts the next line; one longer than a line is truncated.
 static void prv_add_to_syslog(SyslogLine* line, const zop_log_item& item,
                               const Rendered& rendered) {
   Text name = rendered.label;
@@ -269,9 +269,9 @@ static void prv_end_syslog(SyslogLine* line) {
   prv_write_line(line);
 }
 
-// ---- the walk ----
+// ---- the report ----
 
-// No two reports share a stamp, so that their lines can be told apart.
+// No two reports have the same stamp, so that their lines can be told apart.
 static uint32_t prv_next_stamp() {
   uint32_t now = static_cast<uint32_t>(time(nullptr));
   gLastStamp = now > gLastStamp ? now : gLastStamp + 1;
@@ -305,7 +305,7 @@ int prv_output_somewhere(const char* excName, int toSyslog, int snapshotOnly, ch
   return log.whole ? 1 : 0;
 }
 
-// The report goes to syslog with every log string.
+// Every log string is written to syslog too.
 int prv_zop_output_to_log_string(char* buf, int bufLen, int ignored) {
   (void)ignored;
   return prv_output_somewhere(nullptr, 1, 0, buf, static_cast<unsigned>(bufLen));

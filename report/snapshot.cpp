@@ -1,4 +1,4 @@
-// The host's three ways to a report: as text, with an exception, or as a snapshot.
+// The host's requests for a report: as text, for an exception, or as a snapshot.
 #define LOG_SOURCE "zop_module"
 
 #include "report/snapshot.h"
@@ -21,7 +21,7 @@ enum { FIRST_SILENT_CODE = 3, LAST_SILENT_CODE = 7 };  // exceptions that are no
 
 static constinit int32_t gPlmnRequestTime = 0;  // monotonic seconds; under gModuleMutex
 
-// Without gModuleMutex: the getters take it themselves, and store what they find in gDiagInfo.
+// Without gModuleMutex, which the getters take themselves. They store their results in gDiagInfo.
 static void prv_refresh_diagnostic_data() {
   int number;
   int offset;
@@ -37,7 +37,7 @@ static void prv_refresh_diagnostic_data() {
   }
 }
 
-// The SIM's lists are read again at most once every ten seconds of log strings.
+// Log strings make the SIM's lists be read again at most once in ten seconds.
 static void prv_note_plmn_request() {
   ScopedLock lock(gModuleMutex);
   int32_t now = prv_get_monotonic_seconds();

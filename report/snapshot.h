@@ -1,6 +1,6 @@
-// Snapshots of the diagnostic data, and the refresh of what does not come from the modem's screen.
+// Diagnostic snapshots, and the refresh of data that is not in the modem's screen.
 #pragma once
 
-// Asks for a snapshot: refreshes the data and posts the event. With lockModule false the caller
-// holds gModuleMutex, which is released during the refresh and held again at the return.
+// Requests a snapshot: refreshes the data and posts the event. If lockModule is false, the caller
+// holds gModuleMutex, which is released during the refresh and held again on return.
 void prv_start_diagnostic_data_snapshot(bool lockModule);

@@ -1,4 +1,4 @@
-// The table of the state machine. An event that has no row for a state changes nothing.
+// The state machine's table. An event without a row for the current state changes nothing.
 #include "report/state_machine.h"
 
 #include <iterator>
@@ -31,20 +31,20 @@ const char* prv_deferred_state_name(int state) {
   return state >= 0 && state < DEFERRED_STATE_COUNT ? STATE_NAMES[state] : "?";
 }
 
-// ---- what an arriving screen does, by state ----
+// ---- what a new screen does in each state ----
 
 static bool is_last(const DeferredSituation& now) { return now.count + 1 >= REPORTS_OF_A_REQUEST; }
 static bool is_window_over(const DeferredSituation& now) {
   return now.elapsed_s > LOG_STRING_WINDOW_S;
 }
 
-// A snapshot is one report, after its fifth screen and with field testing off again.
+// A snapshot is one report, after the fifth screen and after field testing is switched off.
 static DeferredPlan screen_for_snapshot(const DeferredSituation& now) {
   if (!is_last(now)) return {{ACTION_COUNT_UP}, STATE_WAIT_FOR_FTD_SNAPSHOT_ONLY};
   return {{ACTION_COUNT_UP, ACTION_FT_OFF, ACTION_OUTPUT}, STATE_IDLE};
 }
 
-// An exception is reported with each of five screens.
+// An exception is reported five times, with each screen.
 static DeferredPlan screen_for_exception(const DeferredSituation& now) {
   if (!is_last(now)) {
     return {{ACTION_OUTPUT, ACTION_LOG_DONE, ACTION_COUNT_UP}, STATE_WAIT_FOR_FTD_EXCEPTION_ONLY};
@@ -52,7 +52,7 @@ static DeferredPlan screen_for_exception(const DeferredSituation& now) {
   return {{ACTION_OUTPUT, ACTION_LOG_DONE, ACTION_COUNT_UP, ACTION_FT_OFF}, STATE_IDLE};
 }
 
-// The reader renders its log string itself.
+// vurn_get_log_string renders the log string itself.
 static DeferredPlan screen_for_log_string(const DeferredSituation& now) {
   if (!is_window_over(now)) return {{}, STATE_WAIT_FOR_FTD_LOG_STRING_ONLY};
   return {{ACTION_FT_OFF}, STATE_IDLE};
@@ -70,7 +70,7 @@ static DeferredPlan screen_for_both(const DeferredSituation& now) {
 
 // ---- the table ----
 
-namespace {  // programs that link this room have rows of their own
+namespace {  // test programs define another Row
 struct Row {
   DeferredState state;
   DeferredEvent event;
@@ -90,7 +90,7 @@ static constexpr Row ROWS[] = {
 
     {STATE_WAIT_FOR_FTD_SNAPSHOT_ONLY, DEFERRED_EXCEPTION,
      {{ACTION_NO_SNAPSHOT, ACTION_COUNT_0}, STATE_WAIT_FOR_FTD_EXCEPTION_ONLY}},
-    {STATE_WAIT_FOR_FTD_SNAPSHOT_ONLY, DEFERRED_LOG_STRING,  // the snapshot is abandoned
+    {STATE_WAIT_FOR_FTD_SNAPSHOT_ONLY, DEFERRED_LOG_STRING,  // abandons the snapshot
      {{ACTION_NOTE_TIME, ACTION_NO_SNAPSHOT}, STATE_WAIT_FOR_FTD_LOG_STRING_ONLY}},
     {STATE_WAIT_FOR_FTD_SNAPSHOT_ONLY, DEFERRED_FIELD_TEST_DATA, {}, screen_for_snapshot},
     {STATE_WAIT_FOR_FTD_SNAPSHOT_ONLY, DEFERRED_TURNED_OFF_FIELD_TESTING, {{}, STATE_IDLE}},

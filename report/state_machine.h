@@ -1,5 +1,5 @@
-// When field testing is on, and when a report is written: a state machine over the events that
-// hosts and the listener post. Pure: it touches no lock and no state.
+// Decides when field testing is on and when a report is written: a state machine over the events
+// that the host and the listener post. It has no state and takes no lock.
 #pragma once
 
 #include <stdint.h>
@@ -18,13 +18,13 @@ enum DeferredState : uint8_t {
   STATE_IDLE,                        // field testing off
   STATE_WAIT_FOR_FTD_SNAPSHOT_ONLY,  // a snapshot is being collected
   STATE_WAIT_FOR_FTD_EXCEPTION_ONLY,
-  STATE_WAIT_FOR_FTD_LOG_STRING_ONLY,  // a reader wants fresh data for a while
-  STATE_WAIT_FOR_FTD_BOTH,             // exception and reader at once
+  STATE_WAIT_FOR_FTD_LOG_STRING_ONLY,  // fresh data for the next log string
+  STATE_WAIT_FOR_FTD_BOTH,             // exception and log string
   DEFERRED_STATE_COUNT,
 };
 
 enum DeferredAction : uint8_t {
-  ACTION_NONE,  // ends a list
+  ACTION_NONE,  // ends the list
   ACTION_COUNT_0,
   ACTION_COUNT_UP,
   ACTION_FT_ON,
@@ -32,25 +32,25 @@ enum DeferredAction : uint8_t {
   ACTION_OUTPUT,  // the report to syslog
   ACTION_LOG_DONE,
   ACTION_SNAPSHOT,     // the next report is a snapshot
-  ACTION_NO_SNAPSHOT,  // it is an exception's
-  ACTION_NOTE_TIME,    // of the log string
+  ACTION_NO_SNAPSHOT,  // the next report is an exception's
+  ACTION_NOTE_TIME,    // records the time of the log string
 };
 
-// What follows an event: actions in their order, and then the next state.
+// The reaction to an event: actions in order, then the next state.
 struct DeferredPlan {
   DeferredAction actions[5];
   DeferredState next;
 };
 
-// What the conditional rows look at.
+// Input of the conditional rows.
 struct DeferredSituation {
-  int32_t count;      // screens of the request so far
+  int32_t count;      // screens since the request
   int32_t elapsed_s;  // since the last log string
 };
 
 DeferredPlan prv_deferred_plan(DeferredState state, DeferredEvent event,
                                const DeferredSituation& situation);
 
-// Names in log lines; "?" for a value outside.
+// Names in log lines; "?" for a value out of range.
 const char* prv_deferred_event_name(int event);
 const char* prv_deferred_state_name(int state);

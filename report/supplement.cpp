@@ -1,4 +1,4 @@
-// Values of the modem for the report. Each is optional: what can't be read keeps its old value.
+// Reads the modem's values for the report. A value that can't be read keeps its old content.
 #define LOG_SOURCE "zop_module"
 
 #include "report/supplement.h"
@@ -8,7 +8,7 @@
 #include "include/zop.h"
 #include "include/zop_diag_info.h"
 
-enum { LOGGED_MAXIMUM = 128 };  // what the log line says; there is room for 140
+enum { LOGGED_MAXIMUM = 128 };  // in the log line; there is room for 140
 
 static_assert(sizeof gDiagInfo.oplmn / sizeof gDiagInfo.oplmn[0] == OPLMN_BLOCKS);
 
@@ -17,7 +17,7 @@ static bool prv_succeeded(unsigned error, const char* parameter) {
   return error == ZOP_SUCCESS;
 }
 
-// The operator's list comes in blocks: an error ends it, and what was fetched before counts.
+// The operator list is read in blocks. An error ends it; the blocks read so far are kept.
 void prv_get_supplement_data() {
   prv_succeeded(zop_get_data_service_mode(&gDiagInfo.data_service_mode), "data_service_mode");
   if (gRefetchPlmns) {

@@ -1,7 +1,7 @@
-// What the report shows of the modem besides its screen.
+// Data of the report that the modem provides besides its screen.
 #pragma once
 
-// Entries that the record has room for, whatever count the modem gives.
+// Entries that fit in the record, whatever count the modem sends.
 enum { OPLMN_BLOCKS = 7, BLOCK_ENTRIES = 20, HPLMN_ENTRIES = 10, FPLMN_ENTRIES = 20 };
 
 // Reads the data service mode, the registered network and, while gRefetchPlmns is set, the SIM's

@@ -35,10 +35,10 @@ class BoundedWriter {
   size_t length_ = 0;
 };
 
-// A writer at the start of the scratch buffer, which discards the previous item's text.
+// A writer at the start of the scratch buffer. Discards the text of the previous item.
 BoundedWriter prv_scratch();
 
-// Returns from a formatter with what was written: always 1, "show the item".
+// Sets a formatter's outputs to the text written. Always 1, "show the item".
 int prv_finish(const BoundedWriter& out, const char** text, int* length);
 
 // The same for a list, without the blank after its last entry.

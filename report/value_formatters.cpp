@@ -1,4 +1,4 @@
-// Numbers, times, addresses.
+// Formatters of numbers, times and addresses.
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
@@ -9,7 +9,7 @@
 enum : uint32_t { NOT_KNOWN = 0xFFFFFFFF, NOT_LOOKED_AT = 0xFFFFFFFE };
 enum { HOUR = 3600, DAY = 86400 };
 
-// Characters up to the first zero, MCC, MNC and LAC being as wide as their field.
+// Length of a text that need not be terminated.
 static int prv_width(const char* text, int most) {
   return static_cast<int>(strnlen(text, static_cast<size_t>(most)));
 }
@@ -61,14 +61,14 @@ int prv_format_counter(const zop_log_item* item, const char** text, int* length,
   return prv_finish(out, text, length);
 }
 
-// The address words as plain numbers: readers of this report have tools that turn them round.
+// The address words as decimal numbers.
 int prv_format_name_servers(const zop_log_item*, const char** text, int* length, int) {
   BoundedWriter out = prv_scratch();
   out.append("%u, %u", gDiagInfo.name_servers[0], gDiagInfo.name_servers[1]);
   return prv_finish(out, text, length);
 }
 
-// Only the lower half of an address goes to syslog.
+// Syslog gets only the lower half of an address.
 int prv_format_masked_address(const zop_log_item* item, const char** text, int* length, int) {
   char address[sizeof gDiagInfo.local_address + 1] = "";
   memcpy(address, item->value, sizeof gDiagInfo.local_address);
@@ -89,8 +89,8 @@ static void prv_append_time(BoundedWriter& out, uint32_t when) {
   out.append("%s", text);
 }
 
-// "1/02:03:04 (Jul 24 19:11:28)": days, hours, minutes and seconds, and since when.
-// An age is below zero when the clock was set back.
+// "1/02:03:04 (Jul 24 19:11:28)": days, hours, minutes, seconds, and the start. An age is negative
+// if the clock was set back.
 static void prv_append_age(BoundedWriter& out, uint32_t age, uint32_t when) {
   int s = static_cast<int>(age);
   int days = s / DAY;
@@ -110,9 +110,9 @@ static void prv_append_age(BoundedWriter& out, uint32_t age, uint32_t when) {
 
 static uint32_t prv_now() { return static_cast<uint32_t>(time(nullptr)); }
 
-// Rings by their origin, and the last one as a letter with its time.
+// Rings by origin, then the last one as a letter and its time.
 int prv_format_event_history(const zop_log_item*, const char** text, int* length, int) {
-  static constexpr char LETTERS[] = "STRsWU";  // its end counts as the letter of a seventh kind
+  static constexpr char LETTERS[] = "STRsWU";  // the terminator is the letter of origin 6
   const uint32_t* counts = gDiagInfo.ring_counts;
   BoundedWriter out = prv_scratch();
   out.append("%d, %d, %d, %d, %d, %d", static_cast<int>(counts[0]), static_cast<int>(counts[1]),

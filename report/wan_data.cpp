@@ -1,4 +1,4 @@
-// Addresses, counters, name servers, the age of pppd, and uptime. Nothing here asks the modem.
+// Addresses, counters, name servers, the age of pppd, and uptime. The modem is not used.
 #define LOG_SOURCE "zop_module"
 
 #include "report/wan_data.h"
@@ -75,7 +75,7 @@ static const char* prv_skip_blanks(const char* p) {
   return p;
 }
 
-// The kernel's columns: receive bytes, packets, errs, drop, fifo, frame, compressed, multicast,
+// The kernel's columns: receive bytes, packets, errs, drop, fifo, frame, compressed, multicast;
 // then transmit bytes, packets, errs, drop, fifo, colls, carrier, compressed.
 static void prv_read_counters(const char* columns) {
   unsigned c[16];
@@ -130,7 +130,7 @@ static const char* prv_skip_field(const char* p) {
 }
 
 static unsigned long prv_ticks_per_second() {
-  static constinit std::atomic<long> ticks = 0;  // asked once
+  static constinit std::atomic<long> ticks = 0;  // read once
   if (ticks <= 0) ticks = sysconf(_SC_CLK_TCK);
   return ticks > 0 ? static_cast<unsigned long>(ticks) : 100;
 }
@@ -149,7 +149,7 @@ static bool prv_read_stat(unsigned pid, char (&text)[LINE_SIZE + 1]) {
   return true;
 }
 
-// Whether the process is comm, and then its start in seconds after boot.
+// Returns 1 if the process is called comm, with its start in seconds after boot.
 static int prv_get_proc_start_time(const char* comm, unsigned* startSeconds, unsigned pid) {
   *startSeconds = 0;
   char text[LINE_SIZE + 1];
@@ -180,7 +180,7 @@ static void prv_find_proc_start_time(const char* comm) {
   closedir(proc);
 }
 
-// The daemon that was found last is looked at first.
+// Tries the process found last before it searches all.
 static void prv_get_pppd() {
   gDiagInfo.pppd_start = 0;
   unsigned pid = gDiagInfo.pppd_pid;
@@ -195,7 +195,7 @@ void prv_get_wan_data() {
   prv_get_pppd();
 }
 
-// The device's kernel adds the seconds asleep as a fourth number.
+// The device's kernel adds two numbers to the usual ones; the second is the seconds asleep.
 void prv_get_uptime() {
   FILE* file = fopen("/proc/uptime", "re");
   if (file == nullptr) return;
