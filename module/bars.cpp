@@ -1,5 +1,5 @@
-// vurn_get_bars: what the modem is attached to and serves, three looks for a stuck modem, and then
-// the bars. The order of the modem's exchanges is part of the interface.
+// vurn_get_bars: the modem's attach state and service, three checks for a stuck modem, then the
+// bars. The order of the exchanges is part of the interface.
 #define LOG_SOURCE "zop_module"
 
 #include "core/log.h"
@@ -44,13 +44,13 @@ static bool prv_read_bars(int32_t* bars) {
     LOG_GET_ERROR("bars", error);
     return false;
   }
-  // A registered device in full service never shows no bars at all.
+  // A registered device in full service shows at least one bar.
   if (*bars == 0) *bars = FEWEST_BARS;
   LOG_D(VURN_LOG_EVENTS, "D zop:bars=%d", *bars);
   return true;
 }
 
-// Bars, or VURN_BARS_NONE with the reason in the log. False when the modem did not tell.
+// Bars, or VURN_BARS_NONE with the reason in the log. False if a query failed.
 static bool prv_find_bars(int32_t attach_state, int32_t service_status, int32_t* bars) {
   *bars = VURN_BARS_NONE;
   if (attach_state != ZOP_ATTACH_ACCEPTED) {

@@ -1,4 +1,4 @@
-// The call test of factory and certification: a mobile-originated loop-back call on a fixed band.
+// The call test for factory and certification: a mobile-originated loop-back call on a fixed band.
 #define LOG_SOURCE "zop_module"
 
 #include "core/log.h"
@@ -11,7 +11,7 @@ struct TestBand {
   int test;
   uint32_t band;
 };
-// Other tests leave the band as it is, and no stop restores it.
+// Other tests do not change the band. Stopping a test does not restore it.
 static constexpr TestBand TEST_BANDS[] = {
     {VURN_TEST_WCDMA_850, ZOP_BAND_WCDMA_850},
     {VURN_TEST_GSM_1900, ZOP_BAND_GSM_1900},
@@ -37,7 +37,7 @@ static bool prv_set_test_band(int test) {
   return true;
 }
 
-// A call without a time limit, to the number "0". The last line comes whatever the outcome.
+// A call to the number "0" without a time limit. "succeeded" is logged even if the call failed.
 static bool prv_start_test_call() {
   LOG_D(VURN_LOG_GENERAL, "D zop:starting call test");
   unsigned error = zop_originate_call_test(0, "0");
@@ -48,7 +48,7 @@ static bool prv_start_test_call() {
   return error == ZOP_SUCCESS;
 }
 
-// A failed step does not end the test: the later steps are tried all the same.
+// A failed step does not end the test: the later steps are still tried.
 int vurn_originate_call_test(int testNum) {
   ScopedLock lock(gModuleMutex);
   if (!gModuleOpen) return VURN_ERR_NOT_OPEN;
@@ -57,11 +57,11 @@ int vurn_originate_call_test(int testNum) {
   if (!prv_set_test_band(testNum)) good = false;
   if (testNum > VURN_TEST_FACTORY_MODE && !prv_start_test_call()) good = false;
   if (good) return VURN_OK;
-  (void)prv_set_factory_test(false);  // it has failed already
+  (void)prv_set_factory_test(false);  // the test has failed anyway
   return VURN_ERR_FAILED;
 }
 
-// The number stays when factory test mode can't be left: a later stop tries again.
+// If factory test mode can't be left, the test counts as running, so that a later stop tries again.
 int vurn_stop_call_test() {
   ScopedLock lock(gModuleMutex);
   if (!gModuleOpen) return VURN_ERR_NOT_OPEN;

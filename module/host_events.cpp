@@ -1,7 +1,7 @@
-// Events of the host's platform: ring wake-ups are counted by their origin, a finished download
-// writes the network's report line.
+// Events of the host's platform: counts ring wake-ups by origin, and logs the current network after
+// a file download.
 //
-// No lock is taken, and the module need not be open: the platform delivers events on any thread.
+// Takes no lock, and the module may be closed: the platform delivers events on any thread.
 #define LOG_SOURCE "zop_module"
 
 #include <string.h>
@@ -14,7 +14,7 @@
 #include "include/zop_diag_info.h"
 #include "module/mcc.h"
 
-enum { OTHER_ORIGIN = 5 };  // any that is not 0 to 4; what those mean is the host's matter
+enum { OTHER_ORIGIN = 5 };  // any except 0 to 4, whose meaning the host defines
 
 static int prv_ring_origin(const NubiEvent* event) {
   int origin = 0;
@@ -24,7 +24,7 @@ static int prv_ring_origin(const NubiEvent* event) {
   return 0;
 }
 
-// The report reads these fields beside us: each is one word or byte, stored whole.
+// The report may read these fields at the same time, so each is stored atomically.
 static void prv_count_ring(int origin) {
   if (origin < 0 || origin >= OTHER_ORIGIN) {
     LOG_W("W zop:unexp_ringorigin:origin=%d:", origin);
@@ -36,13 +36,13 @@ static void prv_count_ring(int origin) {
                    __ATOMIC_RELAXED);
 }
 
-// A text of the event, or a stand-in that equals no name.
+// A text of the event, or "(none)", which no event is called.
 static const char* prv_text(const char* text) { return text != nullptr ? text : "(none)"; }
 
-// Once, and as soon as somebody wants to hear it: without the calls every event is lost.
+// Logged once, when error lines are first enabled.
 static void prv_log_unbound_calls() {
-  static constinit std::atomic<bool> told = false;
-  if (!log_enabled(VURN_LOG_ERROR) || told.exchange(true)) return;
+  static constinit std::atomic<bool> logged = false;
+  if (!log_enabled(VURN_LOG_ERROR) || logged.exchange(true)) return;
   LOG_E("E zop:nubi:name=%d,source=%d:event calls of the platform are not bound",
         NubiGetEventName != nullptr, NubiGetEventSource != nullptr);
 }

@@ -1,5 +1,4 @@
-// Opening and closing the module. Every step of an open that fails leaves the module closed; the
-// log mask and the flags need no modem.
+// Opening and closing the module. An open that fails at any step leaves the module closed.
 #define LOG_SOURCE "zop_module"
 
 #include "module/lifecycle.h"
@@ -47,7 +46,7 @@ static bool prv_open_link() {
   return true;
 }
 
-// Not when the card waits for its PIN: waiting longer does not help.
+// A card that waits for its PIN does not become ready by itself.
 static bool prv_sim_may_become_ready(uint32_t status, uint32_t lock_status) {
   return status == ZOP_SIM_NOT_READY ||
          (status == ZOP_SIM_NOT_INITIALISED && lock_status != ZOP_PIN_ENABLED);
@@ -82,7 +81,7 @@ static bool prv_wait_for_sim() {
     }
     sleep(1);
   }
-  // "tries" is the card's PIN retries, as readers of this line have always had it.
+  // "tries" is the number of PIN retries, not of polls: readers of this line rely on it.
   LOG_E("E zop:simtries:tries=%d,status=%d:sim not ready after too many tries",
         static_cast<int>(retries), static_cast<int>(status));
   return false;
@@ -109,7 +108,7 @@ static void prv_read_versions() {
   }
 }
 
-// Once a process: versions, and how long the device has been up.
+// Once per process: versions and uptime.
 static void prv_log_versions() {
   time_t now = time(nullptr);
   prv_get_uptime();
@@ -124,7 +123,7 @@ static void prv_log_versions() {
         static_cast<unsigned long>(gDiagInfo.asleep_seconds), text);
 }
 
-// Once a process: a thread that vurn_close has joined is not started again.
+// Once per process: a thread that vurn_close has joined is not restarted.
 static bool prv_create_deferred_action_thread() {
   if (gDeferredThreadCreated) return true;
   if (int error = prv_start_deferred_action_thread()) {
@@ -142,7 +141,7 @@ static int prv_fail_open() {
 
 static int prv_open_module() {
   if (!prv_create_deferred_action_thread()) return prv_fail_open();
-  if (gModuleOpen) {  // a second open closes; the host opens again
+  if (gModuleOpen) {  // a second open closes the module
     prv_set_field_testing(false, false);
     prv_close_link();
     return VURN_ERR_REOPENED;
@@ -164,7 +163,8 @@ int vurn_open() {
   return result;
 }
 
-// It may be waiting for the lock, and gets it; told to end before, it does nothing with it.
+// Releases the lock, for which the thread may be waiting. It has been asked to end, so it changes
+// nothing when it gets the lock.
 static void prv_end_deferred_action_thread() {
   prv_stop_deferred_action_thread();
   pthread_mutex_unlock(&gModuleMutex);
@@ -184,10 +184,11 @@ int vurn_close(int join) {
 
 // ---- unloading ----
 
-// A host that unloads the module, or exits, with the link open or a thread left: nothing may run on
-// in code that is gone. No lock and no thread is waited for without a limit: a thread of the host,
-// this one even, may have been stopped with any of them. Closing the link ends an exchange under
-// way; what the deferred-action thread has started meanwhile is stopped behind it.
+// The host may unload the module or exit while the link is open or a thread is running: nothing may
+// run in code that is no longer in memory. Every wait has a limit, because a host thread, even this
+// one, may have been stopped while holding a lock. Closing the link ends the exchange in progress.
+// The listener is stopped twice because the deferred-action thread may have started it again
+// meanwhile.
 __attribute__((destructor)) static void prv_unload() {
   if (prv_is_noted_process()) {
     timespec end = prv_wall_clock_in(UNLOAD_WAIT_S);
@@ -199,7 +200,7 @@ __attribute__((destructor)) static void prv_unload() {
   remove_alarm_handlers();
 }
 
-// ---- what needs no modem ----
+// ---- calls that need no modem ----
 
 int vurn_get_module_flags(unsigned* flags) {
   *flags = 1;

@@ -1,6 +1,6 @@
-// What of the life cycle outlives a close.
+// State that a close does not reset.
 #pragma once
 
-// The deferred-action thread was created, and is not created again even when vurn_close has joined
-// it; under gModuleMutex.
+// The deferred-action thread has been created, which happens once per process, even if vurn_close
+// has joined it. Under gModuleMutex.
 extern bool gDeferredThreadCreated;

@@ -1,8 +1,8 @@
-// The country that the modem is in, and the file that remembers it across restarts: one line in the
-// log for each change, even across reboots.
+// The country that the modem is in. A file remembers it, so that each change is logged once, also
+// across restarts and reboots.
 //
-// vurn_get_mcc takes no module lock: hosts call it from anywhere. It asks the modem on buffers of
-// its own, and what it remembers has a lock of its own.
+// vurn_get_mcc may be called on any thread and does not take gModuleMutex: it has its own buffers,
+// and its own lock for the last country.
 #define LOG_SOURCE "zop_module"
 
 #include "module/mcc.h"
@@ -26,7 +26,7 @@ static constexpr uint8_t MCC_REQUEST[] = {ZOP_VENDOR_COMMAND, '0', 0};
 using Mcc = char[MCC_SIZE + 1];
 
 static constinit pthread_mutex_t gMccMutex = PTHREAD_MUTEX_INITIALIZER;
-static constinit Mcc gLastMcc = "";  // of the call before; under gMccMutex
+static constinit Mcc gLastMcc = "";  // of the last call; under gMccMutex
 
 static int prv_open_mcc_file(int flags) {
   int fd;
@@ -61,10 +61,10 @@ static bool prv_write_mcc(int fd, const Mcc& mcc) {
   return true;
 }
 
-// One that is not whole would end the reports of countries for good: without one they go on.
+// An incomplete file would prevent all later reports; a missing one does not.
 static void prv_remove_mcc_file() { unlink(MCC_FILE); }
 
-// The file is not truncated: it holds the three characters and nothing else.
+// The file is not truncated first: it always holds three characters.
 static void prv_remember_mcc(const Mcc& mcc) {
   LOG_I("I zop:mccchanged:mcc=%s:mcc has changed", mcc);
   int fd = prv_open_mcc_file(O_WRONLY | O_CREAT);
@@ -76,7 +76,7 @@ static void prv_remember_mcc(const Mcc& mcc) {
   close(fd);
 }
 
-// A file that can't be opened or read reports nothing.
+// If the file can't be opened or read, no change is reported.
 static void prv_report_mcc_change(const Mcc& mcc) {
   int fd = prv_open_mcc_file(O_RDONLY);
   if (fd < 0 && errno != ENOENT) return prv_log_open_error();
@@ -90,14 +90,15 @@ static void prv_report_mcc_change(const Mcc& mcc) {
   close(fd);
   if (!whole) {
     LOG_E("E zop:readfile:name=\"%s\",errno=%d:can't read file", MCC_FILE, error);
-    if (error == 0) prv_remove_mcc_file();  // it reads, and is too short
+    if (error == 0) prv_remove_mcc_file();  // it can be read but is too short
     return;
   }
   LOG_D(VURN_LOG_TRACE, "D def:current MCC = %s previous MCC = %s", mcc, previous);
   if (strcmp(mcc, previous) != 0) prv_remember_mcc(mcc);
 }
 
-// An unusable MCC counts as a change as well. A file that failed is tried again with the next one.
+// An invalid MCC counts as a change too. After a failure the file is tried again at the next
+// change.
 static void prv_note_mcc(const Mcc& mcc) {
   ScopedLock lock(gMccMutex);
   if (strcmp(mcc, gLastMcc) == 0) return;

@@ -1,5 +1,5 @@
-// Country changes, and the report of the current network.
+// Country changes, and the log line of the current network.
 #pragma once
 
-// Writes the "mcc mnc report" line from the last field-test screen; asks the modem nothing.
+// Writes the "mcc mnc report" line from the last field-test screen, without using the modem.
 void prv_report_mcc_mnc();

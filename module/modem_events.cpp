@@ -1,5 +1,5 @@
-// Events of the modem, as the listener fetches them: each writes its lines and nothing else. They
-// run on the listener's thread and take no lock.
+// Events of the modem, delivered by the listener on its thread: each is only logged. They take no
+// lock.
 #define LOG_SOURCE "zop_module"
 
 #include <stdio.h>
@@ -8,7 +8,7 @@
 #include "core/log.h"
 #include "link/upcalls.h"
 
-// Offsets in the records. Lengths are the modem's, and bounded by the record.
+// Offsets in the records, and the limits of the lengths in them.
 enum { END_CALL_TYPE = 1, END_CALL_STATUS = 2 };
 enum { NUMBER = 2, MAX_NUMBER = 81, NUMBER_LENGTH = 83 };
 enum {

@@ -1,5 +1,5 @@
-// Status getters: lock, open test, query, log, store, return. What the diagnostic record shows of a
-// value is stored under the same lock. The commands' own result codes never reach the host.
+// Status getters: lock, check that the module is open, query, log, store, return. Values of the
+// diagnostic record are stored under the same lock. The host never gets the commands' result codes.
 #define LOG_SOURCE "zop_module"
 
 #include <string.h>
@@ -12,7 +12,7 @@
 #include "include/zop_diag_info.h"
 #include "report/text.h"
 
-// A modem text without a terminator of its own, into a field of the record.
+// Copies a text of the modem, which may not be terminated, to a field of the record.
 template <unsigned SIZE>
 static void prv_store_text(char (&field)[SIZE], const char* text, size_t width) {
   prv_strmaxcpy(field, text, SIZE, static_cast<int>(strnlen(text, width)));
@@ -58,7 +58,7 @@ int vurn_get_realm(char* buf, unsigned size) {
   return VURN_OK;
 }
 
-// Hosts take the IMEI for the radio's serial number.
+// Hosts use the IMEI as the radio's serial number.
 int vurn_get_radio_serial_number(char* buf, unsigned size) { return vurn_get_realm(buf, size); }
 
 int vurn_get_radio_cert_param1(char* buf, unsigned size) {
@@ -142,7 +142,7 @@ int vurn_get_data_service_mode(int* mode) {
   return VURN_OK;
 }
 
-// Offsets in the modem's network time, 16-bit unless told. The weekday at 12 is not used.
+// Offsets in the modem's network time, 16 bits wide unless noted. The weekday at 12 is not used.
 enum {
   TIME_YEAR = 0,
   TIME_MONTH = 2,
@@ -160,7 +160,7 @@ static void prv_clear_time_fields() {
   memset(gDiagInfo.network_time, 0, sizeof gDiagInfo.network_time);
 }
 
-// The device's local time zone applies, and the C library decides on daylight saving.
+// Interpreted in the device's local time zone; the C library decides on daylight saving.
 static time_t prv_time_of(const uint8_t* network_time) {
   tm broken_down = {};
   broken_down.tm_year = get_le16(network_time + TIME_YEAR) - 1900;

@@ -1,6 +1,6 @@
-// One two-step detector, used three times: idle until its symptom is first seen, watching while the
-// symptom lasts, stuck once it has lasted longer than the limit. A stuck detector stays so until
-// the symptom is gone or the module is opened anew. It advances only when the host asks for bars.
+// One detector, used three times: idle until its symptom is first seen, watching while the symptom
+// lasts, stuck once it has lasted longer than the limit. It stays stuck until the symptom is gone
+// or the module is opened again. It advances only when the host asks for bars.
 #define LOG_SOURCE "zop_module"
 
 #include "module/stuck_detection.h"
@@ -56,7 +56,7 @@ bool prv_get_modem_stuck_illegal_network_reject(int32_t attach_state) {
     return false;
   }
   int32_t now = prv_get_monotonic_seconds();
-  // Once it watches, only an attach ends it: the update's state may change without one.
+  // While watching, only an attach ends the symptom: the update's state may change without one.
   bool symptom = rau_state == ZOP_RA_UPDATE_REJECTED && rau_error == ZOP_CAUSE_PROTOCOL_ERROR;
   if (prv_is_watching(ILLEGAL_REJECT)) {
     LOG_D(VURN_LOG_STUCK, "D zop:AttachState: %d, current_time: %d", attach_state, now);
@@ -95,7 +95,7 @@ bool prv_get_modem_stuck_pdp_active_no_ppp() {
   return verdict == STUCK;
 }
 
-// The modem is asked for its PDP state again: the query before may have failed, or be stale.
+// Reads the PDP state again, because the earlier query may have failed.
 bool prv_get_modem_stuck_all_plmns_fplmn(int32_t service_status) {
   int32_t pdp_state = 0;
   int32_t reject_reason = 0;
@@ -118,8 +118,8 @@ bool prv_get_modem_stuck_all_plmns_fplmn(int32_t service_status) {
   return verdict == STUCK;
 }
 
-// The list: a count, then up to 20 networks of 6 characters. Room for 21, as hosts have had it.
-enum { MCC_SIZE = 3, PLMN_SIZE = 6, MAX_FPLMNS = 20, FPLMN_ROOM = 1 + 21 * PLMN_SIZE };
+// The list: a count, then up to 20 networks of 6 characters.
+enum { MCC_SIZE = 3, PLMN_SIZE = 6, MAX_FPLMNS = 20 };
 
 int prv_is_current_plmn_forbidden() {
   uint8_t plmn[PLMN_SIZE];
@@ -128,12 +128,12 @@ int prv_is_current_plmn_forbidden() {
     LOG_GET_ERROR("MCC", error);
     return 0;
   }
-  if (memcmp(plmn, "FFF", MCC_SIZE) == 0) return 1;  // no network at all
+  if (memcmp(plmn, "FFF", MCC_SIZE) == 0) return 1;  // no network
   if (unsigned error = zop_get_mnc(plmn + MCC_SIZE, &size)) {
     LOG_GET_ERROR("MNC", error);
     return 0;
   }
-  uint8_t list[FPLMN_ROOM];
+  uint8_t list[ZOP_FPLMN_LIST_SIZE];
   if (unsigned error = zop_get_uim_data_fplmn(list)) {
     LOG_GET_ERROR("FPLMN", error);
     return 0;
