@@ -1,4 +1,4 @@
-// Sending a command of a download protocol and taking its reply.
+// Sends a command of a download protocol and reads its reply.
 #include "download/command_table.h"
 
 #include <unistd.h>

@@ -17,7 +17,7 @@ enum { WRITE_DATA = 7, MAX_WRITE = 1017 };  // offset and bytes of one write
 enum { ATTEMPTS = 10, RETRY_PAUSE_US = 5000 };
 enum : uint8_t { ACK = 0x02, PARAMETERS = 0x08, MEMORY_DEBUG_INFO = 0x11, MEMORY_DATA = 0x13 };
 
-static constinit uint32_t gChunk = 0;  // bytes of the write under way
+static constinit uint32_t gChunk = 0;  // bytes of the current write
 
 static uint32_t build_write(uint8_t* packet) {
   packet[0] = DMSS_WRITE;
@@ -67,8 +67,8 @@ int stream_is_translating() {
   return image.sent < image.size ? 1 : 0;
 }
 
-// A chunk that fails is not counted and is sent again, until the modem is gone. An image that can't
-// be read to its end would never be sent.
+// A chunk that fails is sent again, until the modem is gone. An image that can't be read ends the
+// download.
 int dload_process() {
   gCurrentImage = IMAGE_RAM;
   if (dload_wrapper_write(DMSS_NOP) == 0) return 0;
@@ -77,6 +77,6 @@ int dload_process() {
     bool good = dload_wrapper_write(DMSS_WRITE) == 1;
     if (!good && (diag_status() == 0 || gChunk == 0)) return 0;
   }
-  (void)dload_cmd_write(DMSS_GO);  // the programmer may start before the reply is out
+  (void)dload_cmd_write(DMSS_GO);  // the programmer may start before it replies
   return 1;
 }

@@ -1,4 +1,4 @@
-// The boot ROM's download protocol (DMSS download): loads the RAM programmer, and reads memory.
+// The boot ROM's download protocol (DMSS download): loads the RAM programmer and reads memory.
 #pragma once
 
 #include <stdint.h>
@@ -12,12 +12,12 @@ enum DmssCode : uint8_t {
   DMSS_MEMORY_READ = 0x12,
 };
 
-// One attempt, and up to ten of them 5 ms apart. 1 when the expected reply came, else 0.
+// Send a command: once, and up to ten times, 5 ms apart. 1 if the expected reply came, otherwise 0.
 int dload_cmd_write(uint8_t code);
 int dload_wrapper_write(uint8_t code);
 
-// Loads the RAM programmer and starts it. 1, or 0.
+// Loads the RAM programmer and starts it. 1 on success, otherwise 0.
 int dload_process();
 
-// 1 while the current image has bytes to send.
+// 1 if the current image has bytes left to send, otherwise 0.
 int stream_is_translating();

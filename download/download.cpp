@@ -30,7 +30,7 @@ static bool download() {
   return hostdl_process() == 1;
 }
 
-// The port is closed at the end: the modem goes away to start anew, or is in no known state.
+// The port is closed at the end: the modem restarts, or its state is unknown.
 int modem_dload_process() {
   bool good = download();
   if (good) {

@@ -1,4 +1,4 @@
-// Opening and closing the image set. A set whose directory was refused opens nothing.
+// Opening and closing the image set. If its directory was refused, nothing is opened.
 #include "download/image_set.h"
 
 #include <errno.h>
@@ -33,9 +33,9 @@ constinit char gVersionInfo[VERSION_TEXT_SIZE] = "";
 constinit uint8_t* dload_tbuf = nullptr;
 constinit uint8_t* dload_rbuf = nullptr;
 
-static constinit char gDirectory[PATH_SIZE] = "";  // ends in "/"; empty when none was accepted
+static constinit char gDirectory[PATH_SIZE] = "";  // ends with "/"; empty if none was accepted
 static constinit char gSecondPath[PATH_SIZE] = "";
-static constinit int32_t gPrintedPercent = -1;  // of any download
+static constinit int32_t gPrintedPercent = -1;  // in any download
 
 void print_line(const char* line) {
   puts(line);
@@ -107,7 +107,7 @@ bool take_protocol_buffers() {
 }
 
 int load_config() {
-  free_config();  // what an earlier download may have left open
+  free_config();  // of an earlier download
   gCurrentImage = IMAGE_RAM;
   for (Image& image : gImages) image = {-1, 0, 0, 0};
   for (uint8_t row = 0; row < IMAGE_COUNT; ++row) {
@@ -122,8 +122,7 @@ static void close_descriptor(int32_t* fd) {
   *fd = -1;
 }
 
-// The receive buffer is not given back: a host may still look at the last answer. The next download
-// takes a new one.
+// The receive buffer is intentionally not freed. The next download allocates a new one.
 int free_config() {
   for (Image& image : gImages) close_descriptor(&image.descriptor);
   free(dload_tbuf);

@@ -1,4 +1,4 @@
-// The image set of a download: its directory, the files in it, the options, and the buffers of the
+// The image set of a download: its directory, its files, the options, and the buffers of the
 // download protocols.
 #pragma once
 
@@ -6,7 +6,7 @@
 
 enum { PROTOCOL_BUFFER_SIZE = 2068, VERSION_TEXT_SIZE = 128 };
 
-// Rows of the image table, in the order in which they are sent.
+// Rows of the image table, in the order of sending.
 enum ImageRow : uint8_t {
   IMAGE_RAM,        // "QSC6270.ram": the programmer that runs in the modem's RAM
   IMAGE_PARTITION,  // "partition.mbn": the partition table
@@ -19,35 +19,37 @@ enum ImageRow : uint8_t {
 
 struct Image {
   int32_t descriptor;  // -1 when not open
-  uint32_t sent;       // bytes, less than size while the image is being sent
+  uint32_t sent;       // bytes, up to size
   uint32_t size;
-  uint32_t type;  // what the streaming download calls it
+  uint32_t type;  // in the streaming download's "open"
 };
 extern Image gImages[IMAGE_COUNT];
 extern uint8_t gCurrentImage;
 
-extern uint8_t gModemOnly;                    // leave the boot loaders alone
+extern uint8_t gModemOnly;                    // do not write the boot loaders
 extern int32_t FW_DL_STATUS;                  // percent
-extern uint8_t gHasVersionInfo;               // the set has a "version_info"
-extern char gVersionInfo[VERSION_TEXT_SIZE];  // what it says; not terminated when it is full
+extern uint8_t gHasVersionInfo;               // the set has a "version_info" file
+extern char gVersionInfo[VERSION_TEXT_SIZE];  // its content; not terminated if full
 
-// Packets of the download protocols; null until load_config or the memory dump takes them.
+// Packet buffers of the download protocols; null until load_config or the memory dump allocates
+// them.
 extern uint8_t* dload_tbuf;
 extern uint8_t* dload_rbuf;
 
-// Opens all images and takes the buffers. 1, or 0 when one is missing: free_config then closes what
-// is open.
+// Opens all images and allocates the buffers. 1, or 0 on failure: the caller then calls
+// free_config.
 int load_config();
 int free_config();
 
-// Takes the buffers that are not there. False without memory.
+// Allocates the buffers if they are null. False if there is not enough memory.
 bool take_protocol_buffers();
 
-// Up to size bytes of the current image, from what has been sent on. 0 at its end or on an error.
+// Reads up to size bytes of the current image, from the first that has not been sent. 0 at its end
+// or on an error.
 uint32_t read_image(uint8_t* data, uint32_t size);
 
-// A line on standard output, where hosts read the progress.
+// Prints a line to standard output, where hosts read the progress.
 void print_line(const char* line);
 
-// Prints "STAGE3: Write ...% Done" when the percentage has changed.
+// Prints "STAGE3: Write ...% Done" if the percentage has changed.
 void modem_status_update(int32_t percent);

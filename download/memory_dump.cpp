@@ -1,6 +1,6 @@
-// Everything in the list comes from a modem that has just crashed: names, lengths and counts are
-// held against what really came, and no name leads out of the dump's directory. The directory lies
-// where others may write, too: it is opened once, and files are only ever made new in it.
+// The region list comes from a modem that has just crashed: its lengths and counts are checked
+// against the bytes received, and no name can lead out of the dump's directory. Other users may be
+// able to write next to that directory: it is opened once, and only new files are created in it.
 #include "download/memory_dump.h"
 
 #include <errno.h>
@@ -20,13 +20,13 @@
 
 static constexpr char DEVICE[] = "/dev/tts/USB1";
 enum { MAX_REGIONS = 20, TEXT_SIZE = 128, MAX_READ = 1024 };
-enum { LIST_LENGTH = 1, LIST = 3 };                          // in the list's reply
+enum { LIST_LENGTH = 1, LIST = 3 };                          // in the reply with the list
 enum { ENTRY_BASE = 1, ENTRY_LENGTH = 5, ENTRY_TEXTS = 9 };  // in an entry
-enum { DATA_ADDRESS = 1, DATA_LENGTH = 5, DATA = 7 };        // in the reply of a read
+enum { DATA_ADDRESS = 1, DATA_LENGTH = 5, DATA = 7 };        // in the reply to a read
 enum { DIRECTORY_MODE = 0666, FILE_MODE = 0666, SEARCHABLE = 0755 };
 
 struct Region {
-  int32_t descriptor;  // -1 when the file is closed again
+  int32_t descriptor;  // -1 when the file is closed
   uint32_t done;       // bytes saved
   uint32_t base;
   uint32_t length;
@@ -37,10 +37,10 @@ static constinit uint32_t gRegionCount = 0;
 static constinit uint32_t gCurrentRegion = 0;
 static constinit char gDirectory[TEXT_SIZE] = "";  // its name, without a slash
 static constinit int32_t gDirectoryDescriptor = -1;
-static constinit bool gBadList = false;         // the last list of regions was not whole
-static constinit bool gRegionSkipped = false;   // not all regions are saved; why has been said
-static constinit bool gDumpEnded = false;       // the dump ends; why has been said
-static constinit int32_t gPrintedPercent = -1;  // of any dump
+static constinit bool gBadList = false;         // the last list of regions was incomplete
+static constinit bool gRegionSkipped = false;   // the reason has been printed
+static constinit bool gDumpEnded = false;       // the reason has been printed
+static constinit int32_t gPrintedPercent = -1;  // in any dump
 
 static void modem_status_dump(int32_t percent) {
   FW_DL_STATUS = percent;
@@ -52,7 +52,7 @@ static void modem_status_dump(int32_t percent) {
 
 // ---- files ----
 
-// The modem's own text, with what is not printable as \xNN.
+// The modem's text, with unprintable bytes as \xNN.
 static void print_escaped(const char* text) {
   for (const char* c = text; *c != '\0'; ++c) {
     unsigned char byte = static_cast<unsigned char>(*c);
@@ -76,8 +76,8 @@ static bool refuse_directory(const char* reason) {
   return false;
 }
 
-// One that is there already must be that of our own dump within this minute. The mode has no search
-// bit: only the superuser could write into such a directory.
+// A directory that exists must be our own, from a dump in the same minute. The mode has no search
+// bit, without which only the superuser can create files in the directory.
 static bool open_directory() {
   if (mkdir(gDirectory, DIRECTORY_MODE) != 0 && errno != EEXIST) {
     print_line("DUMP_MODE: can't create direcory");
@@ -103,8 +103,8 @@ static bool is_our_file(const char* name) {
          S_ISREG(found.st_mode) && found.st_uid == geteuid();
 }
 
-// A name that an earlier region, or an earlier dump within this minute, has taken gets a number:
-// nothing is written over.
+// If an earlier region, or a dump in the same minute, has used the name, a number is added: no file
+// is overwritten.
 static bool make_file(Region* region, const char* name) {
   constexpr int FLAGS = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   if (!is_file_name(name)) return skip_region("no file name", name);
@@ -162,8 +162,8 @@ static bool skip_the_rest() {
   return true;
 }
 
-// A list that is not whole is a bad reply, and asked for again; a list that is whole and can't be
-// accepted ends the dump.
+// An incomplete list is a bad reply and is requested again. A complete list that can't be used ends
+// the dump.
 bool accept_region_list(const Reply& reply) {
   gBadList = true;
   if (reply.length < LIST) return false;
@@ -210,7 +210,7 @@ static bool write_all(int fd, const uint8_t* data, uint32_t length, uint32_t off
   return true;
 }
 
-// What the reply really brought, for the address that was asked, and never more than was asked.
+// Saves the bytes of the reply, if they are from the requested address, and no more than requested.
 bool save_memory(const Reply& reply) {
   Region& region = gRegions[gCurrentRegion];
   if (reply.length <= DATA) return false;
@@ -226,7 +226,7 @@ bool save_memory(const Reply& reply) {
     print_escaped(region.path);
     printf(": %s\n", reason);
     fflush(stdout);
-    return true;  // the modem has done its part: asking it again does not help
+    return true;  // reading again would not help
   }
   region.done += length;
   return true;
@@ -237,8 +237,8 @@ static int dump_is_translating() {
   return region.done < region.length ? 1 : 0;
 }
 
-// A read that fails is asked again without a limit, until the modem is gone. The percentage is that
-// of the first region, which is the modem's RAM.
+// A failed read is repeated until the modem is gone. The percentage is that of the first region,
+// the modem's RAM.
 static bool read_region() {
   Region& region = gRegions[gCurrentRegion];
   int32_t percent_at_start = FW_DL_STATUS;
@@ -283,7 +283,7 @@ static bool dump() {
   return !gRegionSkipped;
 }
 
-// A file that nothing came for is not left behind: it would take its name from the next dump.
+// An empty file is removed, so that a repeated dump can use its name.
 static void close_files() {
   for (uint32_t i = 0; i < gRegionCount; ++i) {
     Region& region = gRegions[i];

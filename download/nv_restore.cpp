@@ -1,6 +1,5 @@
-// Around a download: the version and the switch to download mode before it; the first start of the
-// new firmware and the modem's NV items after it. On the diagnostic link, with its request and
-// response buffers.
+// Before a download: reads the version and switches to download mode. After it: waits for the new
+// firmware and restores the modem's NV items. Uses the diagnostic link and its buffers.
 #include <stdio.h>
 #include <string.h>
 #include <unistd.h>
@@ -45,7 +44,7 @@ static void take_readiness() {
   gReadinessValue = fr_buff[READINESS_VALUE];
 }
 
-// A request, its length, and what is taken from the answer; its first byte echoes the command.
+// A request, its length, and what reads the answer. The answer's first byte echoes the command.
 struct DiagCommand {
   uint8_t request[3];
   uint8_t length;
@@ -85,7 +84,7 @@ int modem_diag_process() {
   return diag_wrapper_write(DIAG_DOWNLOAD_MODE);
 }
 
-// ---- after it ----
+// ---- after the download ----
 
 static bool reconnect(const char* path) {
   for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
@@ -110,7 +109,7 @@ static bool wait_until_ready() {
 // Two ASCII digits.
 static int get_atoi(char tens, char units) { return 10 * tens + units - 528; }
 
-// The family is the two digits behind the prefix; versions of other makes are all of one.
+// The family is the two digits after the prefix. Versions without the prefix are all one family.
 static bool same_version_family() {
   bool known = strncmp(gVersionInfo, VERSION_FAMILY, FAMILY_LENGTH) == 0 &&
                strncmp(gModemVersion, VERSION_FAMILY, FAMILY_LENGTH) == 0;
@@ -127,7 +126,7 @@ static bool nv_backup() {
   return true;
 }
 
-// The modem restarts and does not answer.
+// The modem restarts instead of answering.
 static bool nv_rebuild(const char* path) {
   clear_memory();
   ft_buff[0] = DIAG_NV_REBUILD;
@@ -151,7 +150,8 @@ static bool nv_restore() {
   return true;
 }
 
-// A readiness value of 0 asks for a backup; another one for nothing, while the family is the same.
+// A readiness value of 0 requests a backup. With another value nothing is done if the family has
+// not changed.
 static bool renew_nv_items(const char* path) {
   if (!reconnect(path)) return false;
   if (diag_wrapper_write(DIAG_AFTER_CONNECT) == 0 || !wait_until_ready()) return false;

@@ -18,14 +18,14 @@ enum : uint8_t { STATUS_GOOD = 0 };
 
 static constexpr char HELLO[] = "QCOM fast download protocol host";  // 32 characters are sent
 
-static constinit uint32_t gChunk = 0;           // bytes of the stream write under way
-static constinit bool gReplyIsPending = false;  // a write went out whose reply was lost
+static constinit uint32_t gChunk = 0;           // bytes of the current write
+static constinit bool gReplyIsPending = false;  // the reply to a write was lost
 
 static uint32_t build_hello(uint8_t* packet) {
   packet[0] = STREAM_HELLO;
   memcpy(packet + 1, HELLO, 32);
   packet[33] = VERSION;
-  packet[34] = VERSION;  // the oldest that is compatible
+  packet[34] = VERSION;  // the oldest compatible one
   packet[35] = FEATURES;
   return 36;
 }
@@ -38,11 +38,11 @@ static uint32_t build_security(uint8_t* packet) {
 
 static uint32_t build_partition(uint8_t* packet) {
   packet[0] = STREAM_PARTITION;
-  packet[1] = efs_clear;  // overrides the modem's own table
+  packet[1] = efs_clear;  // 1: overrides the modem's table
   return PARTITION_DATA + read_image(packet + PARTITION_DATA, MAX_STREAM);
 }
 
-// A table that differs from the modem's wants its file system erased, and all images written.
+// If the table differs from the modem's, the file system is erased and all images are written.
 static bool accept_partition(const Reply& reply) {
   if (reply.length < 2) return false;
   bool differs = reply.bytes[1] != STATUS_GOOD;
@@ -85,7 +85,7 @@ static constexpr DownloadCommand COMMANDS[] = {
     {STREAM_RESET, 0x0C, code_alone<STREAM_RESET>, nullptr},
 };
 
-// A write whose reply was lost is not sent twice: a lone flag makes the programmer answer again.
+// A write whose reply was lost is not repeated: a single flag makes the programmer reply again.
 static bool ask_for_the_reply(const DownloadCommand& command) {
   static constexpr uint8_t LONE_FLAG[] = {FLAG};
   if (diag_write(LONE_FLAG, sizeof LONE_FLAG) <= 0) return false;
@@ -111,7 +111,7 @@ static int one_pass(uint8_t code) {
   return 1;
 }
 
-// Every command starts without a reply that is pending from another.
+// A pending reply of an earlier command does not count.
 int hostdl_wrapper_write(uint8_t code) {
   gReplyIsPending = false;
   int result = 0;
@@ -147,7 +147,7 @@ static bool partition_stage() {
   return true;
 }
 
-// Of the firmware image alone, which is by far the longest.
+// Progress of the firmware image only, which is by far the longest.
 static void report_progress(int32_t percent_at_open) {
   const Image& image = gImages[IMAGE_AMSS];
   int64_t left = 100 - percent_at_open;
@@ -165,7 +165,7 @@ static bool write_image(uint8_t row) {
     if (hostdl_wrapper_write(STREAM_WRITE) == 0) return false;
   }
   usleep(AROUND_IMAGE_US);
-  (void)hostdl_wrapper_write(STREAM_CLOSE);  // all of it has been acknowledged
+  (void)hostdl_wrapper_write(STREAM_CLOSE);  // every write has been acknowledged
   return true;
 }
 
@@ -180,7 +180,7 @@ static bool write_stage() {
 
 int hostdl_process() {
   print_line("STAGE1: Loading Success");
-  (void)hostdl_wrapper_write(STREAM_HELLO);  // wakes a programmer that has just started
+  (void)hostdl_wrapper_write(STREAM_HELLO);  // the programmer has just started and may miss it
   if (!enter_programmer()) return fail_with("STAGE1: Err-RAM Entry");
   if (!partition_stage() || !write_stage()) return 0;
   (void)hostdl_cmd_write(STREAM_RESET);  // the modem restarts instead of answering

@@ -14,9 +14,9 @@ enum StreamingCode : uint8_t {
   STREAM_OPEN = 0x1B,
 };
 
-// One attempt, and up to twenty of them in ten passes. 1 when the expected reply came, else 0.
+// Send a command: once, and up to twenty times in ten passes. 1 if the expected reply came, else 0.
 int hostdl_cmd_write(uint8_t code);
 int hostdl_wrapper_write(uint8_t code);
 
-// Stages 2 and 3: partition table, and all that is to be written. 1, or 0 with its message.
+// Stages 2 and 3: the partition table, then the images. 1, or 0 after printing a message.
 int hostdl_process();
