@@ -26,8 +26,9 @@ class ScopedLock {
   pthread_mutex_t& mutex_;
 };
 
-// Records the process that opens the port or starts a thread. After a fork the child has none of
-// the threads, and the port belongs to its parent.
+// Records the current process when it opens the port or starts a thread, and whether it is still
+// the current one: after a fork the child has none of the threads, and the port belongs to its
+// parent.
 void prv_note_process();
 bool prv_is_noted_process();
 

@@ -12,7 +12,8 @@ enum DmssCode : uint8_t {
   DMSS_MEMORY_READ = 0x12,
 };
 
-// Send a command: once, and up to ten times, 5 ms apart. 1 if the expected reply came, otherwise 0.
+// dload_cmd_write sends a command once, dload_wrapper_write up to ten times, 5 ms apart. 1 if the
+// expected reply came, otherwise 0.
 int dload_cmd_write(uint8_t code);
 int dload_wrapper_write(uint8_t code);
 

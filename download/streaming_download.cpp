@@ -180,7 +180,7 @@ static bool write_stage() {
 
 int hostdl_process() {
   print_line("STAGE1: Loading Success");
-  (void)hostdl_wrapper_write(STREAM_HELLO);  // the programmer has just started and may miss it
+  (void)hostdl_wrapper_write(STREAM_HELLO);  // wakes the programmer, which has just started
   if (!enter_programmer()) return fail_with("STAGE1: Err-RAM Entry");
   if (!partition_stage() || !write_stage()) return 0;
   (void)hostdl_cmd_write(STREAM_RESET);  // the modem restarts instead of answering

@@ -14,7 +14,8 @@ enum StreamingCode : uint8_t {
   STREAM_OPEN = 0x1B,
 };
 
-// Send a command: once, and up to twenty times in ten passes. 1 if the expected reply came, else 0.
+// hostdl_cmd_write sends a command once, hostdl_wrapper_write up to twenty times, in ten passes. 1
+// if the expected reply came, otherwise 0.
 int hostdl_cmd_write(uint8_t code);
 int hostdl_wrapper_write(uint8_t code);
 

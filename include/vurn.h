@@ -154,7 +154,7 @@ int vurn_get_module_time(time_t* when, int* offset);
 /* Signal bars: 1 to 5, or VURN_BARS_NONE without usable service (limited, not attached, or not
  * registered). Also returns VURN_ERR_FAILED if the modem is stuck: rejected by the network for over
  * 60 s, data active without a call for over 5 s, or all networks forbidden for over 300 s. The
- * module looks for this only during this call. */
+ * module checks for this during this call only. */
 int vurn_get_bars(int* bars);
 
 /* ---- country ---- */

@@ -18,8 +18,8 @@ void prv_discard_switch_off();
 // Starts the thread. 0, or pthread_create's error. Under gModuleMutex, once.
 int prv_start_deferred_action_thread();
 
-// Requests the thread's end, and whether that has been requested. The thread finishes its current
-// action, but no longer switches field testing on.
+// Asks the thread to end, and whether it has been asked. It finishes its current action, but no
+// longer switches field testing on.
 void prv_stop_deferred_action_thread();
 bool prv_is_deferred_action_thread_stopped();
 

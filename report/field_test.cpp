@@ -46,7 +46,7 @@ void prv_set_field_testing(bool on, bool lockModule) {
     start_failed = status != ZOP_SUCCESS && status != ALREADY_RUNS;
     if (!start_failed) prv_discard_switch_off();
   }
-  // Before another thread can take the lock: an event that it posts after this one would be lost.
+  // Posted before another thread can take the lock and post an event, which this one would replace.
   if (start_failed) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);
   if (lockModule) pthread_mutex_unlock(&gModuleMutex);
   if (!on) prv_deferred_action_event(DEFERRED_TURNED_OFF_FIELD_TESTING);

@@ -1,5 +1,5 @@
 // Decides when field testing is on and when a report is written: a state machine over the events
-// that the host and the listener post. It has no state and takes no lock.
+// that the host and the listener post. The caller keeps the state; no lock is needed.
 #pragma once
 
 #include <stdint.h>
