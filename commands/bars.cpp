@@ -31,8 +31,6 @@ static constexpr WcdmaStep WCDMA_STEPS[] = {
     {-102, {2, 1, 1, 1, 1}}, {-105, {1, 1, 1, 1, 1}},
 };
 
-static int16_t get_s16(const uint8_t* p) { return static_cast<int16_t>(get_le16(p)); }
-
 // The magnitude has 16 bits, so that of -32768 stays negative and counts as a strong signal.
 static int gsm_bars(int16_t rssi) {
   int level = static_cast<int16_t>(rssi < 0 ? -rssi : rssi);
@@ -63,7 +61,7 @@ static int16_t select_ecio(const zop_wcdma_screen& screen, int16_t previous) {
   int16_t best = NO_ECIO;
   for (const zop_wcdma_cell& cell : screen.cells) {
     if (is_empty(cell)) break;
-    int16_t ecio = get_s16(cell.ecio);
+    int16_t ecio = get_le16_signed(cell.ecio);
     if (get_le16(cell.set) == ZOP_CELL_ACTIVE && ecio > best) best = ecio;
   }
   return best;
@@ -71,7 +69,7 @@ static int16_t select_ecio(const zop_wcdma_screen& screen, int16_t previous) {
 
 static int bars_of(const zop_screen& screen) {
   if (screen.system_mode == ZOP_SCREEN_GSM) {
-    int16_t rssi = get_s16(screen.rssi);
+    int16_t rssi = get_le16_signed(screen.rssi);
     last_ecio = NO_ECIO;
     printf("GSM::: rssi = %d\n", rssi);
     return gsm_bars(rssi);
@@ -82,7 +80,7 @@ static int bars_of(const zop_screen& screen) {
   printf("WCDMA::: rssi = %d, ecio = %d, rscp = %d, HSPDA = %d\n",
          static_cast<int32_t>(get_le32(screen.rssi)), last_ecio, get_le16(wcdma.rscp),
          wcdma.hsdpa_status);
-  return wcdma_bars(get_s16(screen.rssi), last_ecio);
+  return wcdma_bars(get_le16_signed(screen.rssi), last_ecio);
 }
 
 unsigned zop_get_bars(int32_t* bars) {

@@ -112,7 +112,7 @@ static void copy_field(const Field& field) {
     case Field::U16:
       return put_unsigned(field, get_le16(at));
     case Field::S16:
-      return put_signed(field, static_cast<int16_t>(get_le16(at)));
+      return put_signed(field, get_le16_signed(at));
     case Field::U32:
       return put_unsigned(field, get_le32(at));
     case Field::BYTES:

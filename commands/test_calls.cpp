@@ -75,7 +75,7 @@ unsigned zop_end_call_test() {
 
 bool end_call_if_port_is_free(bool (*wanted)()) {
   if (diag_status() == 0) return true;
-  return send_end_call({try_claim_port, 1, 5000, 15'000, wanted}) != PORT_BUSY;
+  return send_end_call({try_claim_port, 1, SILENCE_LIMIT_MS, ANSWER_LIMIT_MS, wanted}) != PORT_BUSY;
 }
 
 // Number and text are copied up to the end of the buffer; the constant bytes overwrite them.

@@ -6,6 +6,8 @@
 
 inline uint16_t get_le16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
 
+inline int16_t get_le16_signed(const uint8_t* p) { return static_cast<int16_t>(get_le16(p)); }
+
 inline uint32_t get_le32(const uint8_t* p) {
   return p[0] | static_cast<uint32_t>(p[1]) << 8 | static_cast<uint32_t>(p[2]) << 16 |
          static_cast<uint32_t>(p[3]) << 24;

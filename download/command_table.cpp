@@ -7,15 +7,13 @@
 #include "link/frame_codec.h"
 #include "link/serial_port.h"
 
-enum : uint8_t { FLAG = 0x7E };
-
 bool receive_reply(const DownloadCommand& command, uint32_t pause_us) {
   int32_t received = dload_read(dload_rbuf);
   if (pause_us > 0) usleep(pause_us);
   if (received <= 0) return false;
   uint8_t* frame = dload_rbuf;
   uint32_t length = static_cast<uint32_t>(received);
-  if (frame[0] == FLAG) {
+  if (frame[0] == FRAME_FLAG) {
     ++frame;
     --length;
   }

@@ -7,10 +7,9 @@
 #include "include/modem_download.h"
 #include "link/serial_port.h"
 
-static constexpr char DEVICE[] = "/dev/tts/USB1";
 enum { PROGRAMMER_START_S = 10 };
 
-static bool open_port() { return diag_status() == 1 || diag_open(DEVICE) == 1; }
+static bool open_port() { return diag_status() == 1 || diag_open(MODEM_DEVICE) == 1; }
 
 static bool fail_with(const char* message) {
   print_line(message);
@@ -20,7 +19,7 @@ static bool fail_with(const char* message) {
 static bool reopen_port() {
   diag_close();
   sleep(PROGRAMMER_START_S);
-  return diag_open(DEVICE) == 1;
+  return diag_open(MODEM_DEVICE) == 1;
 }
 
 static bool download() {

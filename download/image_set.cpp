@@ -101,8 +101,8 @@ static void read_version_info() {
 }
 
 bool take_protocol_buffers() {
-  if (dload_tbuf == nullptr) dload_tbuf = static_cast<uint8_t*>(malloc(PROTOCOL_BUFFER_SIZE));
-  if (dload_rbuf == nullptr) dload_rbuf = static_cast<uint8_t*>(malloc(PROTOCOL_BUFFER_SIZE));
+  if (dload_tbuf == nullptr) dload_tbuf = static_cast<uint8_t*>(malloc(DLOAD_SIZE));
+  if (dload_rbuf == nullptr) dload_rbuf = static_cast<uint8_t*>(malloc(DLOAD_SIZE));
   return dload_tbuf != nullptr && dload_rbuf != nullptr;
 }
 

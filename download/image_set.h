@@ -4,7 +4,7 @@
 
 #include <stdint.h>
 
-enum { PROTOCOL_BUFFER_SIZE = 2068, VERSION_TEXT_SIZE = 128 };
+enum { VERSION_TEXT_SIZE = 128 };
 
 // Rows of the image table, in the order of sending.
 enum ImageRow : uint8_t {

@@ -18,7 +18,6 @@
 #include "include/modem_download.h"
 #include "link/serial_port.h"
 
-static constexpr char DEVICE[] = "/dev/tts/USB1";
 enum { MAX_REGIONS = 20, TEXT_SIZE = 128, MAX_READ = 1024 };
 enum { LIST_LENGTH = 1, LIST = 3 };                          // in the reply with the list
 enum { ENTRY_BASE = 1, ENTRY_LENGTH = 5, ENTRY_TEXTS = 9 };  // in an entry
@@ -266,7 +265,7 @@ static void name_directory() {
 
 static bool dump() {
   if (!take_protocol_buffers()) return false;
-  if (diag_status() == 0 && diag_open(DEVICE) != 1) {
+  if (diag_status() == 0 && diag_open(MODEM_DEVICE) != 1) {
     diag_close();
     print_line("DUMP_MODE: can't open the port");
     return false;

@@ -8,12 +8,13 @@
 #include "download/command_table.h"
 #include "download/dmss_download.h"
 #include "download/image_set.h"
+#include "link/frame_codec.h"
 #include "link/serial_port.h"
 
 enum { MAX_STREAM = 2048, STREAM_DATA = 5, PARTITION_DATA = 2 };
 enum { PASSES = 10, RETRY_PAUSE_US = 5000, REPLY_PAUSE_US = 500 };
 enum { AFTER_LOST_REPLY_US = 1000, AROUND_IMAGE_US = 2000 };
-enum : uint8_t { VERSION = 3, FEATURES = 0x09, UNTRUSTED = 0x01, FLAG = 0x7E };
+enum : uint8_t { VERSION = 3, FEATURES = 0x09, UNTRUSTED = 0x01 };
 enum : uint8_t { STATUS_GOOD = 0 };
 
 static constexpr char HELLO[] = "QCOM fast download protocol host";  // 32 characters are sent
@@ -87,7 +88,7 @@ static constexpr DownloadCommand COMMANDS[] = {
 
 // A write whose reply was lost is not repeated: a single flag makes the programmer reply again.
 static bool ask_for_the_reply(const DownloadCommand& command) {
-  static constexpr uint8_t LONE_FLAG[] = {FLAG};
+  static constexpr uint8_t LONE_FLAG[] = {FRAME_FLAG};
   if (diag_write(LONE_FLAG, sizeof LONE_FLAG) <= 0) return false;
   return receive_reply(command, REPLY_PAUSE_US);
 }

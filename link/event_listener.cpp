@@ -21,7 +21,7 @@
 
 enum { TICK_MS = 500, TICKS_PER_SECOND = 2, SHUTDOWN_DELAY_S = 1 };
 enum { BUFFER_SIZE = RESPONSE_SIZE, REQUEST_SIZE = 3, PAYLOAD = 5 };
-enum { FLAGS_REQUEST = '=', SCREEN_REQUEST = '4', SCREEN_SIZE = 345 };
+enum { FLAGS_REQUEST = '=', SCREEN_REQUEST = '4' };
 enum { NOTHING_DONE = 0, EXCHANGED = 1 };  // results besides PORT_ERROR
 
 constinit std::atomic<uint32_t> THREAD_STATUS = LISTENER_STOPPED;
@@ -62,7 +62,8 @@ static void debugThreadMemClr() {
 
 static bool is_wanted() { return THREAD_STATUS != LISTENER_STOPPED; }
 
-static constexpr ExchangePolicy LISTENER_POLICY = {try_claim_port, 1, 5000, 15'000, is_wanted};
+static constexpr ExchangePolicy LISTENER_POLICY = {try_claim_port, 1, SILENCE_LIMIT_MS,
+                                                   ANSWER_LIMIT_MS, is_wanted};
 
 // One request without payload, if the port is free. EXCHANGED with the answer in thread_fr_buff,
 // followed by zeros; NOTHING_DONE if the port is busy or the answer damaged.
@@ -130,7 +131,7 @@ static int32_t fetch_screen() {
   int32_t result = listener_exchange(SCREEN_REQUEST);
   if (result != EXCHANGED) return result;
   uint8_t screen[BUFFER_SIZE] = {};
-  memcpy(screen, thread_fr_buff + PAYLOAD, SCREEN_SIZE);
+  memcpy(screen, thread_fr_buff + PAYLOAD, ZOP_SCREEN_SIZE);
   field_information_callback(screen);
   return EXCHANGED;
 }

@@ -9,10 +9,10 @@
 #include "link/frame_codec.h"
 #include "link/owed_answers.h"
 
-enum : uint8_t { FLAG = 0x7E, ESCAPE = 0x7D };
 enum { MAX_EMPTY_READS = 16, RETRY_PAUSE_US = 2000 };
 
-static constexpr ExchangePolicy MARK_POLICY = {claim_port, 1, 5000, 15'000, nullptr, false, false};
+static constexpr ExchangePolicy MARK_POLICY = {
+    claim_port, 1, SILENCE_LIMIT_MS, ANSWER_LIMIT_MS, nullptr, false, false};
 
 // The modem has received part of a request: the next one starts with a flag, which ends it.
 static constinit std::atomic<bool> request_was_cut = false;
@@ -39,7 +39,7 @@ static int32_t send(const PortUse& port, const Request& request) {
 static int32_t plain_length(const uint8_t* raw, int32_t held) {
   int32_t plain = 0;
   for (int32_t i = 0; i < held; ++i, ++plain) {
-    if (raw[i] == ESCAPE) ++i;
+    if (raw[i] == FRAME_ESCAPE) ++i;
   }
   return plain;
 }
@@ -54,8 +54,8 @@ static int32_t room_behind(const uint8_t* raw, int32_t held) {
 // answers are owed, one read may return several: then every flag ends a frame.
 static int32_t frame_length(const uint8_t* raw, int32_t held) {
   if (held == 0) return 0;
-  if (!is_any_owed()) return raw[held - 1] == FLAG ? held : 0;
-  const void* flag = memchr(raw, FLAG, static_cast<size_t>(held));
+  if (!is_any_owed()) return raw[held - 1] == FRAME_FLAG ? held : 0;
+  const void* flag = memchr(raw, FRAME_FLAG, static_cast<size_t>(held));
   if (flag == nullptr) return 0;
   return static_cast<int32_t>(static_cast<const uint8_t*>(flag) - raw) + 1;
 }

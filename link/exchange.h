@@ -32,8 +32,9 @@ struct ExchangePolicy {
   bool accepts_others = true;
 };
 
-inline constexpr ExchangePolicy COMMAND_POLICY = {claim_port, 3, 5000, 15'000};
-inline constexpr ExchangePolicy DIRECT_POLICY = {claim_port, 1, 5000, 15'000};
+enum : uint32_t { SILENCE_LIMIT_MS = 5000, ANSWER_LIMIT_MS = 15'000 };
+inline constexpr ExchangePolicy COMMAND_POLICY = {claim_port, 3, SILENCE_LIMIT_MS, ANSWER_LIMIT_MS};
+inline constexpr ExchangePolicy DIRECT_POLICY = {claim_port, 1, SILENCE_LIMIT_MS, ANSWER_LIMIT_MS};
 inline constexpr ExchangePolicy PROBE_POLICY = {claim_port, 1, 1000, 3000, nullptr, true};
 
 // Bytes received, including the closing flag; 0 if the request was written only in part;

@@ -5,7 +5,7 @@
 
 #include "link/serial_port.h"
 
-enum : uint8_t { FLAG = 0x7E, ESCAPE = 0x7D, ESCAPE_BIT = 0x20 };
+enum : uint8_t { ESCAPE_BIT = 0x20 };
 enum : uint16_t { FCS_INIT = 0xFFFF, FCS_GOOD = 0xF0B8 };
 
 static_assert(2 * (MAX_FRAME_PAYLOAD + 2) + 2 <= FRAME_BUFFER_SIZE);
@@ -45,8 +45,8 @@ static uint16_t fcs_step(uint16_t fcs, uint8_t byte) {
 }
 
 static uint8_t* put_stuffed(uint8_t* out, uint8_t byte) {
-  if (byte == FLAG || byte == ESCAPE) {
-    *out++ = ESCAPE;
+  if (byte == FRAME_FLAG || byte == FRAME_ESCAPE) {
+    *out++ = FRAME_ESCAPE;
     byte ^= ESCAPE_BIT;
   }
   *out++ = byte;
@@ -55,7 +55,7 @@ static uint8_t* put_stuffed(uint8_t* out, uint8_t byte) {
 
 uint32_t encode_frame(uint8_t* frame, const uint8_t* data, uint32_t length, bool leading_flag) {
   uint8_t* out = frame;
-  if (leading_flag) *out++ = FLAG;
+  if (leading_flag) *out++ = FRAME_FLAG;
   uint16_t fcs = FCS_INIT;
   for (uint32_t i = 0; i < length; ++i) {
     fcs = fcs_step(fcs, data[i]);
@@ -64,7 +64,7 @@ uint32_t encode_frame(uint8_t* frame, const uint8_t* data, uint32_t length, bool
   fcs = static_cast<uint16_t>(~fcs);
   out = put_stuffed(out, static_cast<uint8_t>(fcs));
   out = put_stuffed(out, static_cast<uint8_t>(fcs >> 8));
-  *out++ = FLAG;
+  *out++ = FRAME_FLAG;
   return static_cast<uint32_t>(out - frame);
 }
 
@@ -77,7 +77,7 @@ int32_t decode_frame(const uint8_t* frame, uint32_t length, uint8_t* payload,
   bool cut = false;  // the frame ends with an escape
   for (const uint8_t* in = frame; in < end; ++in) {
     uint8_t byte = *in;
-    if (byte == ESCAPE) {
+    if (byte == FRAME_ESCAPE) {
       cut = ++in == end;
       if (cut) break;
       byte = *in ^ ESCAPE_BIT;

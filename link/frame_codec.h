@@ -7,6 +7,7 @@
 
 #include <stdint.h>
 
+enum : uint8_t { FRAME_FLAG = 0x7E, FRAME_ESCAPE = 0x7D };
 enum {
   FRAME_BUFFER_SIZE = 5000,
   MIN_FRAME_LENGTH = 3,      // shortest input that is decoded, closing flag not counted

@@ -11,9 +11,9 @@
 
 #include "core/module_state.h"
 #include "link/event_listener.h"
+#include "link/frame_codec.h"
 
 enum {
-  FRAME_FLAG = 0x7E,
   MAX_WRITES = 15,
   MAX_BUSY_TESTS = 100,
   BUSY_PAUSE_US = 2000,

@@ -16,6 +16,8 @@ enum {
   DLOAD_SIZE = 2068,                    // bytes of one answer of the download protocols
 };
 
+inline constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
+
 // Results besides a number of bytes. 0 means that a request was written only in part.
 enum : int32_t {
   PORT_ERROR = -1,      // I/O error, or the port was closed or stayed busy

@@ -21,8 +21,6 @@
 #include "report/snapshot.h"
 #include "report/wan_data.h"
 
-static constexpr char MODEM_DEVICE[] = "/dev/tts/USB1";
-
 enum { SIM_POLLS = 20 };
 enum { UNLOAD_WAIT_S = 1 };
 

@@ -19,11 +19,11 @@
 #include "include/zop_diag_info.h"
 
 static constexpr char MCC_FILE[] = "/var/local/wan/mcc";
-enum { MCC_SIZE = 3, FILE_MODE = 0644 };
+enum { FILE_MODE = 0644 };
 static constexpr uint8_t MCC_REQUEST[] = {ZOP_VENDOR_COMMAND, '0', 0};
 
 // Three characters and a terminator.
-using Mcc = char[MCC_SIZE + 1];
+using Mcc = char[ZOP_MCC_SIZE + 1];
 
 static constinit pthread_mutex_t gMccMutex = PTHREAD_MUTEX_INITIALIZER;
 static constinit Mcc gLastMcc = "";  // of the last call; under gMccMutex
@@ -41,8 +41,8 @@ static void prv_log_open_error() {
 
 static bool prv_read_mcc(int fd, Mcc& mcc) {
   errno = 0;
-  for (size_t done = 0; done < MCC_SIZE;) {
-    ssize_t n = read(fd, mcc + done, MCC_SIZE - done);
+  for (size_t done = 0; done < ZOP_MCC_SIZE;) {
+    ssize_t n = read(fd, mcc + done, ZOP_MCC_SIZE - done);
     if (n < 0 && errno == EINTR) continue;
     if (n <= 0) return false;
     done += static_cast<size_t>(n);
@@ -52,8 +52,8 @@ static bool prv_read_mcc(int fd, Mcc& mcc) {
 
 static bool prv_write_mcc(int fd, const Mcc& mcc) {
   errno = 0;
-  for (size_t done = 0; done < MCC_SIZE;) {
-    ssize_t n = write(fd, mcc + done, MCC_SIZE - done);
+  for (size_t done = 0; done < ZOP_MCC_SIZE;) {
+    ssize_t n = write(fd, mcc + done, ZOP_MCC_SIZE - done);
     if (n < 0 && errno == EINTR) continue;
     if (n <= 0) return false;
     done += static_cast<size_t>(n);
@@ -115,7 +115,7 @@ int vurn_get_mcc(int* mcc) {
     return VURN_ERR_FAILED;
   }
   Mcc text = "";
-  memcpy(text, response + ANSWER_PAYLOAD, MCC_SIZE);
+  memcpy(text, response + ANSWER_PAYLOAD, ZOP_MCC_SIZE);
   prv_note_mcc(text);
   *mcc = atoi(text);
   if (*mcc != 0) return VURN_OK;

@@ -119,17 +119,17 @@ bool prv_get_modem_stuck_all_plmns_fplmn(int32_t service_status) {
 }
 
 // The list: a count, then up to 20 networks of 6 characters.
-enum { MCC_SIZE = 3, PLMN_SIZE = 6, MAX_FPLMNS = 20 };
+enum { MAX_FPLMNS = 20 };
 
 int prv_is_current_plmn_forbidden() {
-  uint8_t plmn[PLMN_SIZE];
-  uint32_t size = MCC_SIZE;
+  uint8_t plmn[ZOP_PLMN_SIZE];
+  uint32_t size = ZOP_MCC_SIZE;
   if (unsigned error = zop_get_mcc(plmn, &size)) {
     LOG_GET_ERROR("MCC", error);
     return 0;
   }
-  if (memcmp(plmn, "FFF", MCC_SIZE) == 0) return 1;  // no network
-  if (unsigned error = zop_get_mnc(plmn + MCC_SIZE, &size)) {
+  if (memcmp(plmn, "FFF", ZOP_MCC_SIZE) == 0) return 1;  // no network
+  if (unsigned error = zop_get_mnc(plmn + ZOP_MCC_SIZE, &size)) {
     LOG_GET_ERROR("MNC", error);
     return 0;
   }
@@ -141,8 +141,8 @@ int prv_is_current_plmn_forbidden() {
   int count = list[0];
   if (count > MAX_FPLMNS) count = MAX_FPLMNS;
   const uint8_t* entry = list + 1;
-  for (int i = 0; i < count; ++i, entry += PLMN_SIZE) {
-    if (memcmp(entry, plmn, PLMN_SIZE) == 0) return 1;
+  for (int i = 0; i < count; ++i, entry += ZOP_PLMN_SIZE) {
+    if (memcmp(entry, plmn, ZOP_PLMN_SIZE) == 0) return 1;
   }
   return 0;
 }

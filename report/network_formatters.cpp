@@ -4,13 +4,14 @@
 
 #include <iterator>
 
+#include "include/zop.h"
 #include "report/formatters.h"
 #include "report/supplement.h"
 #include "report/text.h"
 
 // ---- networks: MCC and MNC; in the home and operator lists also the access technology ----
 
-enum { PLMN_SIZE = 6, ENTRY_SIZE = 8 };
+enum { ENTRY_SIZE = 8 };
 enum { TECHNOLOGY = 128 };  // UMTS in the first byte, GSM in the second
 
 static const char* prv_text(const uint8_t* p) {
@@ -35,7 +36,7 @@ int prv_format_plmn_list(const zop_log_item* item, const char** text, int* lengt
   const uint8_t* plmn = list + 1;
   for (int left = prv_list_count(list, FPLMN_ENTRIES); left > 0; --left) {
     out.append_entry("%.3s;%.3s ", prv_text(plmn), prv_text(plmn + 3));
-    plmn += PLMN_SIZE;
+    plmn += ZOP_PLMN_SIZE;
   }
   return prv_finish_list(out, text, length);
 }
@@ -77,8 +78,6 @@ int prv_format_oplmn(const zop_log_item*, const char** text, int* length, int) {
 
 // ---- cells ----
 
-static int prv_signed16(const uint8_t* p) { return static_cast<int16_t>(get_le16(p)); }
-
 // A count in the screen, at most the entries in its list.
 static uint32_t prv_count(const uint8_t* field, size_t room) {
   uint32_t count = get_le32(field);
@@ -90,7 +89,7 @@ int prv_format_wcdma_cells(const zop_log_item*, const char** text, int* length, 
   BoundedWriter out = prv_scratch();
   for (const zop_wcdma_cell& cell : gDiagInfo.screen.radio.wcdma.cells) {
     int code = get_le16(cell.scrambling_code);
-    int ecio = prv_signed16(cell.ecio);
+    int ecio = get_le16_signed(cell.ecio);
     if (!prv_is_wcdma_screen() || (code == 0 && ecio == 0)) break;
     out.append_entry("%d;%d;%d ", get_le16(cell.set), code, ecio);
   }
@@ -115,7 +114,7 @@ int prv_format_gsm_neighbors(const zop_log_item*, const char** text, int* length
   uint32_t count = prv_count(gsm.neighbor_count, std::size(gsm.neighbors));
   for (uint32_t i = 0; prv_is_gsm_screen() && i < count; ++i) {
     const zop_gsm_neighbor& cell = gsm.neighbors[i];
-    out.append_entry("%d;%d;%d ", prv_signed16(cell.rssi), get_le16(cell.arfcn), cell.bsic);
+    out.append_entry("%d;%d;%d ", get_le16_signed(cell.rssi), get_le16(cell.arfcn), cell.bsic);
   }
   return prv_finish_list(out, text, length);
 }

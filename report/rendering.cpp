@@ -50,7 +50,7 @@ static Text prv_integer(const zop_log_item& item, int index) {
   } else if (item.size == 4) {
     out.append("%d", get_unaligned_int32_t(p));
   } else if (item.size == 2) {
-    out.append("%d", is_signed ? static_cast<int16_t>(get_le16(p)) : get_le16(p));
+    out.append("%d", is_signed ? get_le16_signed(p) : get_le16(p));
   } else {
     out.append("%d", is_signed ? static_cast<int8_t>(*p) : *p);
   }
