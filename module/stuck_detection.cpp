@@ -11,41 +11,30 @@
 #include "core/module_state.h"
 #include "include/zop.h"
 
-// Whether each detector watches, and since when (monotonic seconds); under gModuleMutex.
-static constinit uint32_t gIllegalRejectPending = 0;
-static constinit int32_t gIllegalRejectTime = 0;
-static constinit uint32_t gPdpNoPppPending = 0;
-static constinit int32_t gPdpNoPppTime = 0;
-static constinit uint32_t gAllFplmnPending = 0;
-static constinit int32_t gAllFplmnTime = 0;
-
 struct StuckDetector {
-  uint32_t& pending;
-  int32_t& since;
   int32_t limit_s;
+  bool watching = false;
+  int32_t since = 0;  // monotonic seconds
 };
-static constexpr StuckDetector ILLEGAL_REJECT = {gIllegalRejectPending, gIllegalRejectTime, 60};
-static constexpr StuckDetector PDP_NO_PPP = {gPdpNoPppPending, gPdpNoPppTime, 5};
-static constexpr StuckDetector ALL_FPLMN = {gAllFplmnPending, gAllFplmnTime, 300};
+// Under gModuleMutex.
+static constinit StuckDetector gIllegalReject = {60};
+static constinit StuckDetector gPdpNoPpp = {5};
+static constinit StuckDetector gAllFplmn = {300};
 
 enum Verdict { HEALTHY, FIRST_SEEN, STUCK };
 
-static bool prv_is_watching(const StuckDetector& detector) { return detector.pending != 0; }
-
-static Verdict prv_advance(const StuckDetector& detector, bool symptom, int32_t now) {
-  bool watching = prv_is_watching(detector);
-  detector.pending = symptom;
+static Verdict prv_advance(StuckDetector* detector, bool symptom, int32_t now) {
+  bool was_watching = detector->watching;
+  detector->watching = symptom;
   if (!symptom) return HEALTHY;
-  if (watching)
-    return prv_seconds_between(detector.since, now) > detector.limit_s ? STUCK : HEALTHY;
-  detector.since = now;
+  if (was_watching)
+    return prv_seconds_between(detector->since, now) > detector->limit_s ? STUCK : HEALTHY;
+  detector->since = now;
   return FIRST_SEEN;
 }
 
 void prv_clear_stuck_detection() {
-  gIllegalRejectPending = 0;
-  gPdpNoPppPending = 0;
-  gAllFplmnPending = 0;
+  gIllegalReject.watching = gPdpNoPpp.watching = gAllFplmn.watching = false;
 }
 
 bool prv_get_modem_stuck_illegal_network_reject(int32_t attach_state) {
@@ -58,11 +47,11 @@ bool prv_get_modem_stuck_illegal_network_reject(int32_t attach_state) {
   int32_t now = prv_get_monotonic_seconds();
   // While watching, only an attach ends the symptom: the update's state may change without one.
   bool symptom = rau_state == ZOP_RA_UPDATE_REJECTED && rau_error == ZOP_CAUSE_PROTOCOL_ERROR;
-  if (prv_is_watching(ILLEGAL_REJECT)) {
+  if (gIllegalReject.watching) {
     LOG_D(VURN_LOG_STUCK, "D zop:AttachState: %d, current_time: %d", attach_state, now);
     symptom = attach_state != ZOP_ATTACH_ACCEPTED;
   }
-  Verdict verdict = prv_advance(ILLEGAL_REJECT, symptom, now);
+  Verdict verdict = prv_advance(&gIllegalReject, symptom, now);
   if (verdict == FIRST_SEEN) LOG_D(VURN_LOG_STUCK, "D zop:First RAU Reject: %d", now);
   if (verdict == STUCK) {
     LOG_D(VURN_LOG_STUCK, "D zop:Modem got stuck due to an illegal network reject");
@@ -85,11 +74,11 @@ bool prv_get_modem_stuck_pdp_active_no_ppp() {
   int32_t now = prv_get_monotonic_seconds();
   bool active = pdp_state == ZOP_PDP_ACTIVE_PENDING || pdp_state == ZOP_PDP_ACTIVE;
   bool symptom = call_status == ZOP_CALL_IDLE && active;
-  if (prv_is_watching(PDP_NO_PPP)) {
+  if (gPdpNoPpp.watching) {
     LOG_D(VURN_LOG_STUCK, "D zop:CallStatus: %d, PDPState: %d, current_time: %d",
           static_cast<int>(call_status), pdp_state, now);
   }
-  Verdict verdict = prv_advance(PDP_NO_PPP, symptom, now);
+  Verdict verdict = prv_advance(&gPdpNoPpp, symptom, now);
   if (verdict == FIRST_SEEN) LOG_D(VURN_LOG_STUCK, "D zop:PDP Active Call Stuck: %d", now);
   if (verdict == STUCK) LOG_D(VURN_LOG_STUCK, "D zop:Modem got stuck in PDP active no PPP state");
   return verdict == STUCK;
@@ -104,13 +93,13 @@ bool prv_get_modem_stuck_all_plmns_fplmn(int32_t service_status) {
     return false;
   }
   int32_t now = prv_get_monotonic_seconds();
-  if (prv_is_watching(ALL_FPLMN)) {
+  if (gAllFplmn.watching) {
     LOG_D(VURN_LOG_STUCK, "D zop:PDP Reject: %d, current_time: %d", reject_reason, now);
   }
   bool unusable = service_status == ZOP_SERVICE_LIMITED || service_status == ZOP_SERVICE_NONE;
   bool symptom =
       unusable && reject_reason != ZOP_CAUSE_NONE && prv_is_current_plmn_forbidden() == 1;
-  Verdict verdict = prv_advance(ALL_FPLMN, symptom, now);
+  Verdict verdict = prv_advance(&gAllFplmn, symptom, now);
   if (verdict == FIRST_SEEN) LOG_D(VURN_LOG_STUCK, "D zop:PLMN is FPLMN %d", now);
   if (verdict == STUCK) {
     LOG_D(VURN_LOG_STUCK, "D zop:Modem got stuck with all available PLMNs in FPLMN");
