@@ -8,7 +8,8 @@
 static char gScratch[2048];
 
 // Prints into room bytes and a terminator. Returns the length of the whole text.
-static size_t print(char* buffer, size_t room, const char* format, va_list arguments) {
+__attribute__((format(printf, 3, 0))) static size_t print(char* buffer, size_t room,
+                                                          const char* format, va_list arguments) {
   int wanted = vsnprintf(buffer, room + 1, format, arguments);
   return wanted > 0 ? static_cast<size_t>(wanted) : 0;
 }
