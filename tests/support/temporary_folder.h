@@ -1,0 +1,34 @@
+// A folder of the test's own; it goes with all it holds.
+#pragma once
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("mkdtemp " + path_);
+  }
+  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+  // Returns the path of the file.
+  std::string write(const std::string& name, const std::string& content) const {
+    std::ofstream(*this / name, std::ios::binary) << content;
+    return *this / name;
+  }
+  std::string read(const std::string& name) const {
+    std::ifstream file(*this / name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+ private:
+  std::string path_ = std::filesystem::temp_directory_path() / "zop-test-XXXXXX";
+};
