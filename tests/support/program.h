@@ -1,7 +1,8 @@
-// A program that a test has started: its output line by line, signals, its exit code.
+// Programs that a test runs: by the shell to their end, or side by side with the test.
 #pragma once
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +13,35 @@
 #include <string>
 #include <vector>
 
+struct Outcome {
+  std::string output;  // standard output and error
+  int exit_code;
+};
+
+inline int exit_code_of(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
+
+inline Outcome shell(const std::string& command) {
+  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+  Outcome run;
+  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) run.output += static_cast<char>(c);
+  run.exit_code = exit_code_of(pclose(pipe));
+  return run;
+}
+
+inline bool contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+inline void expect_in_order(const std::string& text, std::initializer_list<const char*> parts) {
+  size_t at = 0;
+  for (const char* part : parts) {
+    size_t found = text.find(part, at);
+    EXPECT_NE(found, std::string::npos) << part << "\n" << text;
+    if (found != std::string::npos) at = found + strlen(part);
+  }
+}
+
+// One that runs beside the test, and is ended with it.
 class Program {
  public:
   explicit Program(std::vector<std::string> words) {
@@ -33,7 +63,12 @@ class Program {
     close(ends[1]);
     output_ = fdopen(ends[0], "r");
   }
-  ~Program() { fclose(output_); }
+  ~Program() {
+    if (pid_ > 0) end(SIGTERM);
+    fclose(output_);
+  }
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
 
   // The next line of its output or errors; empty at the end.
   std::string line() {
@@ -42,11 +77,29 @@ class Program {
     text[strcspn(text, "\n")] = '\0';
     return text;
   }
-  void end(int signal) { kill(pid_, signal); }
+  // Its lines up to the one with this text, or to the end.
+  std::string lines_until(const std::string& text) {
+    std::string lines, next;
+    do lines += (next = line()) + "\n";
+    while (!next.empty() && !contains(next, text));
+    EXPECT_FALSE(next.empty()) << "no " << text << " in\n" << lines;
+    return lines;
+  }
+  std::string rest() {
+    std::string lines;
+    for (std::string next = line(); !next.empty(); next = line()) lines += next + "\n";
+    return lines;
+  }
+  void send(int signal) { kill(pid_, signal); }
   int exit_code() {
     int status = 0;
     waitpid(pid_, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    pid_ = 0;
+    return exit_code_of(status);
+  }
+  int end(int signal) {
+    send(signal);
+    return exit_code();
   }
 
  private:

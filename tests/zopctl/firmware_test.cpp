@@ -2,39 +2,32 @@
 // modem runs and the disk holds in the end, and what the exit code says of a modem that failed.
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
-
-#include "tests/support/program.h"
 #include "tests/zopctl/run_zopctl.h"
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-static fs::path new_folder() {
-  std::string name = testing::TempDir() + "firmware-XXXXXX";
-  return mkdtemp(name.data());
-}
-
 class ZopctlFirmware : public testing::Test {
  protected:
-  void SetUp() override {
-    write("QSC6270.ram", std::string(5000, 'r'));
-    write("partition.mbn", std::string(600, 'w'));
+  ZopctlFirmware() {
+    folder.write("QSC6270.ram", std::string(5000, 'r'));
+    folder.write("partition.mbn", std::string(600, 'w'));
     for (const char* name : {"dbl.mbn", "fsbl.mbn", "osbl.mbn"})
-      write(name, std::string(3000, 'b'));
-    write("amss.mbn", std::string(40'000, 'a') + "Q71XEB22.001" + std::string(500, '\0'));
-    write("version_info", "Q71XEB22.001\n");
-  }
-  void TearDown() override { fs::remove_all(folder); }
-  void write(const std::string& name, const std::string& content) {
-    std::ofstream(folder / name, std::ios::binary) << content;
+      folder.write(name, std::string(3000, 'b'));
+    folder.write("amss.mbn", std::string(40'000, 'a') + "Q71XEB22.001" + std::string(500, '\0'));
+    folder.write("version_info", "Q71XEB22.001\n");
   }
   Outcome update(const std::string& toml, const std::string& options = "") {
-    std::string path = scenario("firmware", toml);
-    return zopctl("--sim=" + path + " --sim-speed 200 firmware update " + options + " " +
-                  folder.string() + " < /dev/null");
+    return zopctl(simulated(toml) + " --sim-speed 200 firmware update " + options + " " +
+                  folder.path() + " < /dev/null");
   }
-  fs::path folder = new_folder();
+  Program slow_update(const std::string& delay) {
+    fs::create_directory(scratch);
+    return Program({"env", "TMPDIR=" + scratch, ZOPCTL, simulated(fault(delay)), "--sim-speed",
+                    "200", "firmware", "update", "--yes", folder.path()});
+  }
+  TemporaryFolder folder;
+  std::string scratch = folder / "scratch";
 };
 
 static std::vector<Json> events_of(const std::string& output, const std::string& name) {
@@ -47,20 +40,15 @@ static std::vector<Json> events_of(const std::string& output, const std::string&
   return found;
 }
 
-static std::string fault(const std::string& text) {
-  return "[[fault]]\nswitch = \"" + text + "\"\n";
-}
-
 TEST_F(ZopctlFirmware, info_finds_what_an_image_set_lacks) {
-  Outcome good = zopctl("firmware info " + folder.string());
+  Outcome good = zopctl("firmware info " + folder.path());
   EXPECT_EQ(good.exit_code, 0) << good.output;
-  EXPECT_TRUE(contains(good.output, "Q71XEB22.001")) << good.output;
-  EXPECT_TRUE(contains(good.output, "By an update       55.1 kB")) << good.output;
-  write("osbl.mbn", "");
-  write("partition.mbn", std::string(2049, 'p'));
+  expect_in_order(good.output, {"Q71XEB22.001", "By an update       55.1 kB"});
+  folder.write("osbl.mbn", "");
+  folder.write("partition.mbn", std::string(2049, 'p'));
   fs::remove(folder / "amss.mbn");
   fs::remove(folder / "version_info");
-  Outcome bad = zopctl("firmware info " + folder.string());
+  Outcome bad = zopctl("firmware info " + folder.path());
   EXPECT_EQ(bad.exit_code, 1);
   for (const char* text : {"osbl.mbn       -  (empty)", "partition.mbn  -  (larger than 2048",
                            "amss.mbn       -  (missing)", "no version_info"}) {
@@ -74,13 +62,10 @@ TEST_F(ZopctlFirmware, info_finds_what_an_image_set_lacks) {
 TEST_F(ZopctlFirmware, update_leads_to_the_new_version) {
   Outcome run = update("[device]\nbackup_value = 0\n");
   EXPECT_EQ(run.exit_code, 0) << run.output;
-  size_t at = 0;
-  for (const char* text : {"it runs Q71XEB21.004", "switching it", "loading the programmer",
-                           "erasing", "writing the images", "100 %  amss.mbn 100 %", "backed up",
-                           "rebuilds", "restored", "done: the modem runs Q71XEB22.001"}) {
-    at = run.output.find(text, at);
-    ASSERT_NE(at, std::string::npos) << text << "\n" << run.output;
-  }
+  expect_in_order(run.output,
+                  {"it runs Q71XEB21.004", "switching it", "loading the programmer", "erasing",
+                   "writing the images", "100 %  amss.mbn 100 %", "backed up", "rebuilds",
+                   "restored", "done: the modem runs Q71XEB22.001"});
 }
 
 TEST_F(ZopctlFirmware, update_tells_programs_by_events) {
@@ -144,60 +129,41 @@ TEST_F(ZopctlFirmware, interrupted) {
       {"delay=4000:request=stream_write", "writing the images", SIGHUP, 0, "done: "},
   };
   for (auto& row : rows) {
-    Program program({ZOPCTL, "--sim=" + scenario("firmware", fault(row.slow)), "--sim-speed", "200",
-                     "firmware", "update", "--yes", folder.string()});
-    std::string output, line;
-    do output += (line = program.line()) + "\n";
-    while (!line.empty() && !contains(line, row.until));
-    program.end(row.signal);
-    while (!(line = program.line()).empty()) output += line + "\n";
+    Program program = slow_update(row.slow);
+    std::string output = program.lines_until(row.until);
+    program.send(row.signal);
+    output += program.rest();
     EXPECT_EQ(program.exit_code(), row.exit_code) << output;
     EXPECT_TRUE(contains(output, row.text)) << output;
   }
 }
 
 TEST_F(ZopctlFirmware, second_signal_ends_it_at_once_and_nothing_stays) {
-  fs::path scratch = folder / "scratch";
-  fs::create_directory(scratch);
-  std::string slow = scenario("firmware", fault("delay=20000:request=stream_write"));
-  Program program({"env", "TMPDIR=" + scratch.string(), ZOPCTL, "--sim=" + slow, "--sim-speed",
-                   "20", "firmware", "update", "--yes", folder.string()});
-  std::string line;
-  do line = program.line();
-  while (!line.empty() && !contains(line, "writing the images"));
+  Program program = slow_update("delay=200000:request=stream_write");
+  program.lines_until("writing the images");
   EXPECT_FALSE(fs::is_empty(scratch));
-  program.end(SIGINT);
-  while (!line.empty() && !contains(line, "must not break off now")) line = program.line();
-  program.end(SIGINT);
-  EXPECT_EQ(program.exit_code(), 130);
+  program.send(SIGINT);
+  program.lines_until("must not break off now");
+  EXPECT_EQ(program.end(SIGINT), 130);
   EXPECT_TRUE(fs::is_empty(scratch));
 }
 
 TEST_F(ZopctlFirmware, update_goes_on_when_nobody_reads_of_it) {
-  std::string code = folder / "code";
-  std::string command = "(" ZOPCTL " --sim --sim-speed 200 firmware update " + folder.string() +
-                        " < /dev/null; echo $? > " + code + ") | head -n 1 > /dev/null";
-  ASSERT_EQ(system(command.c_str()), 0);
-  std::ifstream file(code);
-  int exit_code = -1;
-  file >> exit_code;
-  EXPECT_EQ(exit_code, 0);
+  shell("(" ZOPCTL " --sim --sim-speed 200 firmware update " + folder.path() +
+        " < /dev/null; echo $? > " + folder / "code" + ") | head -n 1");
+  EXPECT_EQ(folder.read("code"), "0\n");
 }
 
 TEST_F(ZopctlFirmware, dump_saves_every_region) {
-  Outcome run = zopctl("--sim=crashed --json dump -o " + (folder / "d").string());
+  Outcome run = zopctl("--sim=crashed --json dump -o " + folder / "d");
   ASSERT_EQ(run.exit_code, 0) << run.output;
   std::vector<Json> summary = events_of(run.output, "summary");
   ASSERT_EQ(summary.size(), 1u) << run.output;
   ASSERT_EQ(summary[0]["files"].size(), 3u);
   for (const Json& file : summary[0]["files"]) {
-    fs::path path = folder / "d" / std::string(file["file"]);
+    std::string path = folder / "d/" + std::string(file["file"]);
     EXPECT_EQ(fs::file_size(path), file["size"]);
-    FILE* sum = popen(("sha256sum < " + path.string()).c_str(), "r");
-    char text[65] = "";
-    ASSERT_EQ(fread(text, 1, 64, sum), 64u);
-    pclose(sum);
-    EXPECT_EQ(file["sha256"], text);
+    EXPECT_EQ(file["sha256"], shell("sha256sum < " + path).output.substr(0, 64));
   }
   EXPECT_EQ(events_of(run.output, "progress").back()["percent"], 100);
 }
@@ -216,10 +182,9 @@ TEST_F(ZopctlFirmware, dump_incomplete_or_broken_off) {
        "/a  2.0 kB, incomplete\nzopctl: the dump broke off"},
   };
   for (auto& row : rows) {
-    fs::path place = new_folder();
-    Outcome run = zopctl("--sim=" + scenario("dump", row.toml) + " dump -o " + place.string());
+    TemporaryFolder place;
+    Outcome run = zopctl(simulated(row.toml) + " dump -o " + place.path());
     EXPECT_EQ(run.exit_code, 1) << run.output;
     EXPECT_TRUE(contains(run.output, row.text)) << run.output;
-    fs::remove_all(place);
   }
 }

@@ -1,13 +1,7 @@
 // The live view in a real terminal (tmux), and what it leaves behind: the terminal as it was, and a
 // recording that can be read.
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <chrono>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <functional>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <thread>
@@ -16,19 +10,6 @@
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
-
-static std::string text_of(const std::string& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-static std::string output_of(const std::string& command) {
-  FILE* pipe = popen(command.c_str(), "r");
-  std::string output;
-  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) output += static_cast<char>(c);
-  pclose(pipe);
-  return output;
-}
 
 // Looks again until it holds; the other side is another process.
 static bool comes(const std::function<bool()>& condition) {
@@ -43,18 +24,13 @@ static bool comes(const std::function<bool()>& condition) {
 class Terminal {
  public:
   explicit Terminal(const std::string& arguments, const std::string& environment = "") {
-    folder_ = testing::TempDir() + "terminal-XXXXXX";
-    if (mkdtemp(folder_.data()) == nullptr) throw std::runtime_error("no folder");
-    std::ofstream(folder_ + "/run")
-        << "ulimit -c 0; echo shell-is-here; stty -a > before\n"
-        << environment << " sh -c 'echo $$ > pid; exec " << ZOPCTL << " " << arguments << "'\n"
-        << "echo exit=$? > exit; stty -a > after; touch done; exec cat\n";
-    tmux("-f /dev/null new-session -d -x 80 -y 24 'cd " + folder_ + " && LC_ALL=C.UTF-8 sh run'");
+    folder.write("run", "ulimit -c 0; echo shell-is-here; stty -a > before\n" + environment +
+                            " sh -c 'echo $$ > pid; exec " ZOPCTL " " + arguments +
+                            "'\necho exit=$? > exit; stty -a > after; touch done; exec cat\n");
+    tmux("-f /dev/null new-session -d -x 80 -y 24 'cd " + folder.path() +
+         " && LC_ALL=C.UTF-8 sh run'");
   }
-  ~Terminal() {
-    tmux("kill-server");
-    fs::remove_all(folder_);
-  }
+  ~Terminal() { tmux("kill-server"); }
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
@@ -73,50 +49,25 @@ class Terminal {
   void resize(int width, int height) {
     tmux("resize-window -x " + std::to_string(width) + " -y " + std::to_string(height));
   }
-  void signal(int number) { kill(std::stoi(text_of(folder_ + "/pid")), number); }
-  std::string file(const std::string& name) const { return folder_ + "/" + name; }
+  void signal(int number) { kill(std::stoi(folder.read("pid")), number); }
 
   // Its exit, once it has ended and left the terminal as it was.
   std::string ends() {
-    if (!comes([&] { return fs::exists(file("done")); })) return "never:\n" + screen();
+    if (!comes([&] { return fs::exists(folder / "done"); })) return "never:\n" + screen();
     EXPECT_EQ(settings("after"), settings("before"));
     EXPECT_TRUE(shows("shell-is-here")) << "the full screen was not left";
-    return text_of(file("exit"));
+    return folder.read("exit");
   }
+  const TemporaryFolder folder;
 
  private:
   std::string settings(const std::string& name) const {  // the first line is the size
-    std::string text = text_of(file(name));
+    std::string text = folder.read(name);
     return text.substr(text.find('\n') + 1);
   }
   std::string tmux(const std::string& command) {
-    return output_of("tmux -S " + folder_ + "/socket " + command + " 2>&1");
+    return shell("tmux -S " + folder / "socket" + " " + command).output;
   }
-  std::string folder_;
-};
-
-// A modem that can be pulled out and plugged in.
-class Modem {
- public:
-  explicit Modem(const std::string& link) : link_(link) {}
-  ~Modem() { pull_out(); }
-  Modem(const Modem&) = delete;
-  Modem& operator=(const Modem&) = delete;
-
-  void plug_in(const std::string& scenario) {
-    pid_ = std::stoi(output_of(std::string(SIMULATOR) + " --link " + link_ + " " + scenario +
-                               " >/dev/null 2>&1 & echo $!"));
-    EXPECT_TRUE(comes([this] { return fs::exists(link_); }));
-  }
-  void pull_out() {
-    if (pid_ > 0) kill(pid_, SIGTERM);
-    pid_ = 0;
-    EXPECT_TRUE(comes([this] { return !fs::exists(fs::symlink_status(link_)); }));
-  }
-
- private:
-  std::string link_;
-  pid_t pid_ = 0;
 };
 
 TEST(Monitor, shows_the_modem_in_a_window_of_any_size_until_a_key_ends_it) {
@@ -158,20 +109,26 @@ TEST(Monitor, gives_the_terminal_back_whatever_ends_it) {
 }
 
 TEST(Monitor, outlives_a_modem_that_is_pulled_out_and_records_it) {
-  std::string link = testing::TempDir() + "monitor-modem-" + std::to_string(getpid());
-  Modem modem(link);
-  modem.plug_in("healthy-wcdma");
+  TemporaryFolder folder;
+  std::string link = folder / "modem";
+  auto plugged_in = [&](const char* scenario) {
+    auto modem =
+        std::make_unique<Program>(std::vector<std::string>{SIMULATOR, "--link", link, scenario});
+    EXPECT_EQ(modem->line(), link);
+    return modem;
+  };
+  auto modem = plugged_in("healthy-wcdma");
   Terminal terminal("--device " + link + " monitor --record samples");
   EXPECT_TRUE(terminal.shows("WCDMA V 850"));
-  modem.pull_out();
+  modem.reset();
   EXPECT_TRUE(terminal.shows("LINK LOST")) << terminal.screen();
-  modem.plug_in("healthy-gsm");
+  modem = plugged_in("healthy-gsm");
   EXPECT_TRUE(terminal.shows("neighbour ARFCN  661")) << terminal.screen();
   EXPECT_TRUE(terminal.shows("the link is back")) << terminal.screen();
   terminal.type("q");
   EXPECT_EQ(terminal.ends(), "exit=0\n");
 
-  std::ifstream samples(terminal.file("samples"));
+  std::istringstream samples(terminal.folder.read("samples"));
   std::vector<std::string> links, bands;
   for (std::string line; std::getline(samples, line);) {
     Json sample = Json::parse(line);
@@ -202,9 +159,10 @@ TEST(Monitor, prints_a_line_a_sample_without_a_terminal_that_it_knows) {
 }
 
 TEST(Monitor, says_when_the_recording_can_not_be_kept) {
-  Outcome full = zopctl("--sim monitor --count 2 --record /dev/full");
-  EXPECT_EQ(full.exit_code, 1);
-  EXPECT_TRUE(contains(full.output, "the recording /dev/full: No space left on device"));
-  Outcome nowhere = zopctl("--sim monitor --count 2 --record /nowhere/samples");
-  EXPECT_TRUE(contains(nowhere.output, "the recording /nowhere/samples: No such file"));
+  expect_runs({
+      {"--sim monitor --count 2 --record /dev/full", 1,
+       "the recording /dev/full: No space left on device"},
+      {"--sim monitor --count 2 --record /nowhere/samples", 1,
+       "the recording /nowhere/samples: No such file"},
+  });
 }

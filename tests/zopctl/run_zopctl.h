@@ -1,38 +1,32 @@
 // Runs the built zopctl as a user does.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "tests/support/program.h"
+#include "tests/support/temporary_folder.h"
 
-#include <cstdio>
-#include <fstream>
-#include <string>
+inline Outcome zopctl(const std::string& arguments) { return shell(ZOPCTL " " + arguments); }
 
-struct Outcome {
-  std::string output;  // standard output and error
+struct Run {
+  const char* arguments;
   int exit_code;
+  const char* text;
 };
 
-inline Outcome zopctl(const std::string& arguments) {
-  std::string command = ZOPCTL " ";
-  command += arguments;
-  command += " 2>&1";
-  FILE* pipe = popen(command.c_str(), "r");
-  Outcome run;
-  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) run.output += static_cast<char>(c);
-  int status = pclose(pipe);
-  run.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return run;
+inline void expect_runs(std::initializer_list<Run> runs) {
+  for (const Run& run : runs) {
+    Outcome outcome = zopctl(run.arguments);
+    EXPECT_EQ(outcome.exit_code, run.exit_code) << run.arguments << "\n" << outcome.output;
+    EXPECT_TRUE(contains(outcome.output, run.text)) << run.arguments << "\n" << outcome.output;
+  }
 }
 
-inline bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
+// The option for a modem by a scenario of the test's own.
+inline std::string simulated(const std::string& toml) {
+  static const TemporaryFolder folder;
+  static int count = 0;
+  return "--sim=" + folder.write(std::to_string(++count) + ".toml", toml);
 }
 
-// A scenario of the test's own.
-inline std::string scenario(const std::string& name, const std::string& toml) {
-  std::string path = testing::TempDir() + name + "-" + std::to_string(getpid()) + ".toml";
-  std::ofstream(path) << toml;
-  return path;
+inline std::string fault(const std::string& text) {
+  return "[[fault]]\nswitch = \"" + text + "\"\n";
 }

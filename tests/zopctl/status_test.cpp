@@ -1,25 +1,21 @@
 // zopctl as a user runs it: the real library, the real simulator, the program's output.
-#include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
-#include "tests/support/program.h"
 #include "tests/zopctl/run_zopctl.h"
 
 TEST(Zopctl, status_for_people) {
   Outcome run = zopctl("--sim=healthy-wcdma status");
   EXPECT_EQ(run.exit_code, 0);
-  for (const char* line :
-       {"  IMEI            004999010640000\n", "  IMSI            001010123456789\n",
-        "  ICCID           89882110000000000017\n", "  Phone number    +15550100\n",
-        "  Firmware        Q71XEB21.004\n", "  Library         REV_3.0 20100419\n",
-        "  Status          ready\n", "  Name            Testnet\n", "  MCC             001\n",
-        "  MNC             01\n", "  LAC             6699 (0x1A2B)\n",
-        "  RAC             7 (0x7)\n", "  Registration    registered\n", "  Roaming         no\n",
-        "  Service         full\n", "  Data service    WCDMA\n", "  RSSI            -75 dBm\n",
-        "  Network time    2010-07-24 08:0"}) {
-    EXPECT_TRUE(contains(run.output, line)) << line << run.output;
-  }
+  expect_in_order(
+      run.output,
+      {"  IMEI            004999010640000\n", "  IMSI            001010123456789\n",
+       "  ICCID           89882110000000000017\n", "  Phone number    +15550100\n",
+       "  Firmware        Q71XEB21.004\n", "  Library         REV_3.0 20100419\n",
+       "  Status          ready\n", "  Name            Testnet\n", "  MCC             001\n",
+       "  MNC             01\n", "  LAC             6699 (0x1A2B)\n", "  RAC             7 (0x7)\n",
+       "  Registration    registered\n", "  Roaming         no\n", "  Service         full\n",
+       "  Data service    WCDMA\n", "  RSSI            -75 dBm\n",
+       "  Network time    2010-07-24 08:0"});
   EXPECT_FALSE(contains(run.output, "\033"));  // no colour in a pipe
 }
 
@@ -38,11 +34,9 @@ TEST(Zopctl, status_for_programs) {
 }
 
 TEST(Zopctl, a_query_that_fails_is_told_and_the_rest_is_shown) {
-  std::string path = scenario("refusing",
-                              "[[fault]]\nswitch = \"status:request=iccid\"\n"
-                              "[[fault]]\nswitch = \"bad-crc:request=rssi\"\n"
-                              "[clock]\nprovided = \"no\"\n");
-  Outcome run = zopctl("--sim=" + path + " status --json");
+  Outcome run = zopctl(simulated(fault("status:request=iccid") + fault("bad-crc:request=rssi") +
+                                 "[clock]\nprovided = \"no\"\n") +
+                       " status --json");
   EXPECT_EQ(run.exit_code, 1);
   auto json = nlohmann::json::parse(run.output);
   EXPECT_TRUE(json["identity"]["iccid"].is_null());
@@ -56,48 +50,31 @@ TEST(Zopctl, a_query_that_fails_is_told_and_the_rest_is_shown) {
 }
 
 TEST(Zopctl, a_modem_s_control_characters_stay_out_of_the_terminal) {
-  std::string path = scenario("hostile", "[network]\nname = \"a\\u001b[2Jb\"\n");
-  EXPECT_TRUE(contains(zopctl("--sim=" + path + " status").output, "a?[2Jb"));
+  std::string hostile = simulated("[network]\nname = \"a\\u001b[2Jb\"\n");
+  EXPECT_TRUE(contains(zopctl(hostile + " status").output, "a?[2Jb"));
 }
 
 TEST(Zopctl, a_modem_that_can_not_be_opened) {
-  std::string path = scenario("no-sim", "[sim]\nstatus = \"none\"\n");
-  Outcome run = zopctl("--sim=" + path + " status --log error");
+  Outcome run = zopctl("--sim=no-sim status --log error");
   EXPECT_EQ(run.exit_code, 1);
-  EXPECT_TRUE(contains(run.output, "E zop:simstat:status=0:bad sim status\n")) << run.output;
-  EXPECT_TRUE(contains(run.output, "vurn_open, result 2 (failed)")) << run.output;
+  expect_in_order(run.output,
+                  {"E zop:simstat:status=0:bad sim status\n", "vurn_open, result 2 (failed)"});
 }
 
 TEST(Zopctl, says_what_is_wrong_with_the_device) {
-  struct {
-    const char* arguments;
-    const char* text;
-    int exit_code;
-  } rows[] = {
-      {"status --device /nowhere/modem", "no modem at /nowhere/modem; is it plugged in", 1},
-      {"status --device /dev/null", "/dev/null is not a serial device", 1},
-      {"status --sim --library /nowhere.so", "can't load the module: /nowhere.so", 1},
-      {"status --sim=nowhere", "no shipped scenario \"nowhere\"", 2},
-      {"--sim roaming status", "is it a scenario? Write --sim=roaming", 2},
-      {"--sim status > /dev/full", "", 1},
-      {"", "A verb is required", 2},
-      {"status --sim --log loud", "\"loud\" is no number and none of all error", 2},
-      {"status --sim --device /dev/null", "a simulated modem has no --device", 2},
-      {"dance", "no verb \"dance\"; zopctl --help shows them", 2},
-      {"--help", "Exit code: 0 good", 0},
-  };
-  for (auto& row : rows) {
-    Outcome run = zopctl(row.arguments);
-    EXPECT_EQ(run.exit_code, row.exit_code) << row.arguments;
-    EXPECT_TRUE(contains(run.output, row.text)) << row.arguments << "\n" << run.output;
-  }
-}
-
-TEST(Zopctl, works_on_a_device) {
-  Program modem({SIMULATOR});
-  EXPECT_TRUE(contains(zopctl("status --device " + modem.line()).output, "004999010640000"));
-  modem.end(SIGTERM);
-  EXPECT_EQ(modem.exit_code(), 0);
+  expect_runs({
+      {"status --device /nowhere/modem", 1, "no modem at /nowhere/modem; is it plugged in"},
+      {"status --device /dev/null", 1, "/dev/null is not a serial device"},
+      {"status --sim --library /nowhere.so", 1, "can't load the module: /nowhere.so"},
+      {"status --sim=nowhere", 2, "no shipped scenario \"nowhere\""},
+      {"--sim roaming status", 2, "is it a scenario? Write --sim=roaming"},
+      {"--sim status > /dev/full", 1, ""},
+      {"", 2, "A verb is required"},
+      {"status --sim --log loud", 2, "\"loud\" is no number and none of all error"},
+      {"status --sim --device /dev/null", 2, "a simulated modem has no --device"},
+      {"dance", 2, "no verb \"dance\"; zopctl --help shows them"},
+      {"--help", 0, "Exit code: 0 good"},
+  });
 }
 
 TEST(Zopctl, refuses_a_device_that_another_process_holds) {
@@ -106,34 +83,29 @@ TEST(Zopctl, refuses_a_device_that_another_process_holds) {
   int held = open(path.c_str(), O_RDWR | O_NOCTTY);
   Outcome run = zopctl("status --device " + path);
   EXPECT_EQ(run.exit_code, 1);
-  EXPECT_TRUE(contains(run.output, path + " is in use by zopctl_tests (process " +
-                                       std::to_string(getpid()) + "); end that first"))
-      << run.output;
+  expect_in_order(run.output, {(path + " is in use by zopctl_tests (process " +
+                                std::to_string(getpid()) + "); end that first")
+                                   .c_str()});
   close(held);
   EXPECT_EQ(zopctl("status --device " + path).exit_code, 0);
-  modem.end(SIGTERM);
-  modem.exit_code();
 }
 
 // The modem is closed and its simulator ended however the program is told to end.
 TEST(Zopctl, a_signal_ends_it_while_the_module_waits_for_a_card) {
-  std::string path = scenario("not-ready", "[sim]\nstatus = \"not-ready\"\n");
+  std::string modem = simulated("[sim]\nstatus = \"not-ready\"\n");
   for (int signal : {SIGINT, SIGTERM}) {
-    Program program({ZOPCTL, "--sim=" + path, "status", "--log", "all"});
-    std::string line;
-    while (!contains(line, "SIM status=4")) {
-      line = program.line();
-      ASSERT_FALSE(line.empty());
-    }
-    program.end(signal);
-    while (!program.line().empty()) {  // until the simulator has let go of the pipe as well
-    }
+    Program program({ZOPCTL, modem, "status", "--log", "all"});
+    program.lines_until("SIM status=4");
+    program.send(signal);
+    program.rest();  // until the simulator has let go of the pipe as well
     EXPECT_EQ(program.exit_code(), 128 + signal);
   }
 }
 
 TEST(Zopctl, log_lines_by_name_and_number) {
-  EXPECT_TRUE(contains(zopctl("--sim status --log trace").output, "D def:Enter (vurn_open:"));
-  EXPECT_TRUE(contains(zopctl("--sim status --log 0x2000").output, "D zop:rssi=-75 ("));
+  expect_runs({
+      {"--sim status --log trace", 0, "D def:Enter (vurn_open:"},
+      {"--sim status --log 0x2000", 0, "D zop:rssi=-75 ("},
+  });
   EXPECT_FALSE(contains(zopctl("--sim status").output, "zop:"));
 }
