@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include "simulator/replay.h"
 #include "simulator/requests/requests.h"
 
@@ -12,14 +10,14 @@ using namespace sim;
 using namespace std::chrono_literals;
 
 static Bytes written(const std::vector<CapturedPacket>& packets) {
-  std::string path = testing::TempDir() + "capture-" + std::to_string(getpid());
-  FILE* file = fopen(path.c_str(), "wb");
+  char* text;
+  size_t size;
+  FILE* file = open_memstream(&text, &size);
   write_capture_header(file);
   for (const CapturedPacket& packet : packets) write_captured(file, packet);
   fclose(file);
-  std::ifstream in(path, std::ios::binary);
-  Bytes bytes{std::istreambuf_iterator<char>(in), {}};
-  unlink(path.c_str());
+  Bytes bytes(text, text + size);
+  free(text);
   return bytes;
 }
 
@@ -40,22 +38,13 @@ TEST(Capture, is_read_as_it_was_written) {
   }
 }
 
-TEST(Capture, damage_is_told_and_a_cut_costs_the_rest) {
+TEST(Capture, a_cut_costs_the_rest) {
   Bytes good = written(PACKETS);
   for (size_t size = 0; size < good.size(); ++size) {
     try {
       EXPECT_LT(parse_capture({good.data(), size}, "x").size(), PACKETS.size());
     } catch (const CaptureError&) {
       EXPECT_LT(size, 12u);  // shorter than any block
-    }
-  }
-  for (size_t at = 0; at < good.size(); ++at) {  // no byte leads it out of the file
-    Bytes bad = good;
-    bad[at] ^= 0x81;
-    try {
-      parse_capture(bad, "x");
-    } catch (const CaptureError& error) {
-      EXPECT_TRUE(std::string(error.what()).starts_with("x: "));
     }
   }
 }

@@ -19,6 +19,8 @@ system_mode = "gsm"
 [network]
 name = "Test"
 roaming = true
+[clock]
+start = 2010-07-24T13:02:59Z
 [[at]]
 time = 9
 network.roaming = false
@@ -35,6 +37,8 @@ switch = "silence:count=1"
                                      "x");
   EXPECT_EQ(scenario.title, "a test");
   EXPECT_EQ(scenario.faults.size(), 1u);
+  EXPECT_TRUE(scenario.clock_is_set);
+  EXPECT_EQ(scenario.model.clock.start, 1279976579);
   Modem modem(scenario);
   EXPECT_EQ(modem.model().radio.rssi, -90);
   EXPECT_EQ(modem.model().radio.system_mode, 3);
@@ -45,13 +49,6 @@ switch = "silence:count=1"
   EXPECT_EQ(modem.model().radio.rssi, -97);
   EXPECT_EQ(modem.take_output(10s)->kind, Output::COMES_BACK);
   EXPECT_EQ(modem.model().network.roaming, 0);
-}
-
-TEST(SimulatorScenario, the_clock_is_utc) {
-  Scenario scenario = parse_scenario("[clock]\nstart = 2010-07-24T13:02:59Z\nzone = 4", "x");
-  EXPECT_TRUE(scenario.clock_is_set);
-  EXPECT_EQ(scenario.model.clock.start, 1279976579);
-  EXPECT_EQ(scenario.model.clock.zone, 4);
 }
 
 TEST(SimulatorScenario, bad_ones_are_refused_with_their_line) {

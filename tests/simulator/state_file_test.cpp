@@ -2,17 +2,15 @@
 #include "simulator/model/state_file.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
+#include "tests/support/temporary_folder.h"
 
 using namespace sim;
 
 class SimulatorState : public testing::Test {
  protected:
-  void TearDown() override { std::filesystem::remove(path); }
-  std::string path = testing::TempDir() + "state-" + std::to_string(getpid());
+  TemporaryFolder folder;
+  std::string path = folder / "state";
 };
 
 TEST_F(SimulatorState, outlives_a_restart) {
@@ -42,7 +40,7 @@ TEST_F(SimulatorState, a_cut_save_leaves_the_old_state) {
   Model model;
   model.sim.pin = "1111";
   StateFile(path).save(model);
-  std::ofstream(path + ".new") << "{\"sim\": {\"pi";
+  folder.write("state.new", "{\"sim\": {\"pi");
   Model after;
   StateFile(path).load(after);
   EXPECT_EQ(after.sim.pin, "1111");
@@ -54,19 +52,18 @@ TEST_F(SimulatorState, a_cut_save_leaves_the_old_state) {
 }
 
 TEST_F(SimulatorState, troubles_are_told_with_the_file) {
-  std::ofstream(path) << "rubbish";
+  folder.write("state", "rubbish");
   Model model;
-  auto message = [&](auto action) -> std::string {
+  auto message = [&](const std::string& file, auto action) -> std::string {
     try {
-      action();
+      (StateFile(file).*action)(model);
     } catch (const std::runtime_error& error) {
       return error.what();
     }
     return "no error";
   };
-  EXPECT_EQ(message([&] { StateFile(path).load(model); }).substr(0, path.size() + 5),
-            path + " is n");
-  EXPECT_EQ(message([&] { StateFile("/nowhere/state").save(model); }),
+  EXPECT_TRUE(message(path, &StateFile::load).starts_with(path + " is n"));
+  EXPECT_EQ(message("/nowhere/state", &StateFile::save),
             "can't save the state to /nowhere/state.new: No such file or directory");
-  EXPECT_EQ(message([&] { StateFile("").save(model); }), "no error");
+  EXPECT_EQ(message("", &StateFile::save), "no error");
 }
