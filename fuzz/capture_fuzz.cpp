@@ -1,9 +1,10 @@
 // Reads arbitrary files as captures, and replays them.
+#include "fuzz/fuzz.h"
 #include "simulator/replay.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void fuzz(std::span<const uint8_t> input) {
   try {
-    std::vector<sim::CapturedPacket> packets = sim::parse_capture({data, size}, "fuzz");
+    std::vector<sim::CapturedPacket> packets = sim::parse_capture(input, "fuzz");
     std::vector<sim::Bytes> requests;
     for (const auto& packet : packets) {
       if (packet.direction == sim::CapturedPacket::TO_MODEM) requests.push_back(packet.bytes);
@@ -14,5 +15,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
   } catch (const sim::CaptureError&) {
   }
-  return 0;
 }

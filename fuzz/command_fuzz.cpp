@@ -1,9 +1,9 @@
 // Feeds arbitrary answers to every command in turn: as the payload of a good frame, to get past the
 // check sequence, and as they are. The first byte selects the command.
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
+#include "fuzz/fuzz.h"
 #include "include/zop.h"
 #include "link/serial_port.h"
 #include "tests/commands/every_command.h"
@@ -21,20 +21,15 @@ static void run(const Command& command, const Bytes& wire) {
   out->size = sizeof out->bytes;
   command.run(*out);
   diag_close();
-  if (SIO_USED_LOCK != 0) abort();  // a claim that nobody releases
+  require(SIO_USED_LOCK == 0);  // every claim is released
 }
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  return freopen("/dev/null", "w", stdout) == nullptr;  // zop_get_bars prints
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size < 1 || size > 1024) return 0;
+void fuzz(std::span<const uint8_t> input) {
+  if (input.empty() || input.size() > 1024) return;
   const auto& commands = every_command();
-  const Command& command = commands[data[0] % commands.size()];
-  Bytes payload(data + 1, data + size);
+  const Command& command = commands[input[0] % commands.size()];
+  Bytes payload(input.begin() + 1, input.end());
   run(command, frame(payload));
   payload.push_back(0x7E);
   run(command, payload);
-  return 0;
 }

@@ -2,14 +2,12 @@
 // items after one. The first byte selects the operation; then each reply is a length byte, a scale,
 // and its bytes. A reply is sent as a good frame, to get past the check sequence, or as is. After
 // the last one the device is gone, which must end every operation.
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
+#include "fuzz/fuzz.h"
 #include "download/image_set.h"
 #include "include/modem_download.h"
 #include "link/serial_port.h"
 #include "tests/support/far_ends.h"
+#include "tests/support/temporary_folder.h"
 
 using namespace test;
 namespace fs = std::filesystem;
@@ -27,11 +25,8 @@ class Replies : public FarEnd {
       gone_ = true;
       return;
     }
-    bool raw = (data_[1] & 0x80) != 0;
-    size_t size = std::min<size_t>(data_[0] * (1u + (data_[1] & 0x0F)), data_.size() - 2);
-    Bytes reply(data_.begin() + 2, data_.begin() + 2 + static_cast<ptrdiff_t>(size));
-    data_ = data_.subspan(2 + size);
-    if (!raw) reply = frame(reply);
+    Bytes head = ::take(data_, 2), reply = ::take(data_, head[0] * (1u + (head[1] & 0x0F)));
+    if ((head[1] & 0x80) == 0) reply = frame(reply);
     if ((data_.size() & 1) != 0) reply.insert(reply.begin(), 0x7E);
     due_.push_back(reply);
   }
@@ -52,19 +47,27 @@ class Replies : public FarEnd {
   bool gone_ = false;
 };
 
-static void require(bool holds) {
-  if (!holds) abort();
-}
+static const fs::path HOME = fs::current_path();  // the fuzzer's own paths are relative to it
 
-static fs::path home, folder;  // the fuzzer's own paths are relative to home
+struct Folder : TemporaryFolder {
+  Folder() {
+    fs::create_directory(*this / "images");
+    for (const char* image :
+         {"QSC6270.ram", "partition.mbn", "dbl.mbn", "fsbl.mbn", "osbl.mbn", "amss.mbn"}) {
+      write(std::string("images/") + image, std::string(1500, 'i'));
+    }
+    write("images/version_info", "Q71XEB22.001");
+  }
+};
+static const Folder FOLDER;
 
 static void dump() {
   mem_dump_process();
   diag_close();
-  for (auto& entry : fs::directory_iterator(folder)) {  // nothing but the images and the dump
-    std::string name = entry.path().filename();
-    require(name == "images" || name.starts_with("dump_"));
-    if (name != "images") fs::remove_all(entry.path());
+  for (auto& entry : fs::directory_iterator(FOLDER.path())) {
+    if (entry.path().filename() == "images") continue;  // nothing else but the dump is there
+    require(entry.path().filename().string().starts_with("dump_"));
+    fs::remove_all(entry.path());
   }
 }
 
@@ -83,35 +86,19 @@ static void nv_items() {
   modem_dload_end_process("/dev/tts/USB1");
 }
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  if (freopen("/dev/null", "w", stdout) == nullptr) return 1;  // the progress
-  std::string name = fs::temp_directory_path() / "download-fuzz-XXXXXX";
-  folder = mkdtemp(name.data());
-  home = fs::current_path();
-  fs::create_directory(folder / "images");
-  for (const char* image :
-       {"QSC6270.ram", "partition.mbn", "dbl.mbn", "fsbl.mbn", "osbl.mbn", "amss.mbn"}) {
-    std::ofstream(folder / "images" / image) << std::string(1500, 'i');
-  }
-  std::ofstream(folder / "images/version_info") << "Q71XEB22.001";
-  atexit([] { fs::remove_all(folder); });
-  return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size < 1) return 0;
+void fuzz(std::span<const uint8_t> input) {
+  if (input.empty()) return;
   World world;
-  Replies modem({data + 1, size - 1});
+  Replies modem(input.subspan(1));
   world.far_end = &modem;
   efs_clear = 0;
-  fs::current_path(folder);
-  if (data[0] % 3 == 0) dump();
-  if (data[0] % 3 == 1) download(data[0] / 3);
-  if (data[0] % 3 == 2) nv_items();
+  fs::current_path(FOLDER.path());
+  if (input[0] % 3 == 0) dump();
+  if (input[0] % 3 == 1) download(input[0] / 3);
+  if (input[0] % 3 == 2) nv_items();
   diag_close();
-  fs::current_path(home);
+  fs::current_path(HOME);
   require(SIO_USED_LOCK == 0);
   require(!world.port_is_open());
   require(dload_tbuf == nullptr);
-  return 0;
 }

@@ -1,14 +1,10 @@
 // Reads arbitrary bytes as a log: a complete report has all its lines, no line is reported twice,
 // and each text is written as valid JSON.
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "fuzz/fuzz.h"
 #include "records/json_text.h"
 #include "records/log_reports.h"
-
-static void require(bool holds) {
-  if (!holds) abort();
-}
 
 // ",n=" and a number end the last line of a report; a number that overflows does not count.
 static bool says_how_many(const std::string& line) {
@@ -50,8 +46,8 @@ static void check_json(std::string_view text) {
   require(nlohmann::json::accept(out));
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  std::string text(data, data + size);
+void fuzz(std::span<const uint8_t> input) {
+  std::string text = text_of(input);
   Count count;
   records::LogReports reports([&](const auto& report) { count.whole(report); },
                               [&](const auto& report) { count.broken(report); },
@@ -65,5 +61,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   reports.end();
   require(count.lines + reports.doubled() <= lines);
   check_json(text);
-  return 0;
 }

@@ -1,17 +1,12 @@
 // Feeds arbitrary requests to the simulated modem. The first byte selects its first mode; then each
 // request is a little-endian length of two bytes and its bytes, sent as a good frame or, when
 // bit 15 of the length is set, as they are. The device comes back from every restart.
-#include <cstdlib>
-
+#include "fuzz/fuzz.h"
 #include "simulator/modem.h"
 
 using namespace std::chrono_literals;
 
 enum { RAW = 0x80 };  // in the upper byte of a length
-
-static void require(bool holds) {
-  if (!holds) abort();
-}
 
 static sim::Scenario scenario_of(uint8_t first) {
   static const char* const STARTS[] = {"", "[device]\ncrashed = true",
@@ -24,20 +19,16 @@ static void run_until(sim::Modem& modem, sim::Time now) {
   }
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size < 1) return 0;
-  sim::Modem modem(scenario_of(data[0]));
-  sim::View rest(data + 1, size - 1);
+void fuzz(std::span<const uint8_t> input) {
+  if (input.empty()) return;
+  sim::Modem modem(scenario_of(take(input, 1)[0]));
   sim::Time now{0};
-  while (rest.size() >= 2) {
-    bool raw = (rest[1] & RAW) != 0;
-    size_t length = std::min<size_t>(rest[0] | (rest[1] & 0x7Fu) << 8, rest.size() - 2);
-    sim::Bytes bytes(rest.begin() + 2, rest.begin() + 2 + static_cast<ptrdiff_t>(length));
-    rest = rest.subspan(2 + length);
-    modem.receive(raw ? bytes : sim::frame(bytes), now);
+  while (input.size() >= 2) {
+    sim::Bytes length = take(input, 2);
+    sim::Bytes bytes = take(input, length[0] | (length[1] & 0x7Fu) << 8);
+    modem.receive((length[1] & RAW) != 0 ? bytes : sim::frame(bytes), now);
     run_until(modem, now += 100ms);
   }
   run_until(modem, now + 1h);
   require(!modem.is_gone());
-  return 0;
 }

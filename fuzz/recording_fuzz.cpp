@@ -1,12 +1,7 @@
 // Reads arbitrary files as recordings: the page made of them has no markup but its own.
-#include <cstdlib>
-
+#include "fuzz/fuzz.h"
 #include "page/page.h"
 #include "records/recording_reader.h"
-
-static void require(bool holds) {
-  if (!holds) abort();
-}
 
 // Every element that is opened is closed, in order, and none can run anything.
 static void check_markup(const std::string& page) {
@@ -32,12 +27,11 @@ static void check_markup(const std::string& page) {
 static const records::ItemTable ITEMS(gLogItems);
 static const records::Callbacks CALLBACKS = {[] {}, [](const std::string&) {}};
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size == 0) return 0;
-  FILE* file = fmemopen(const_cast<uint8_t*>(data), size, "r");
+void fuzz(std::span<const uint8_t> input) {
+  if (input.empty()) return;
+  FILE* file = fmemopen(const_cast<uint8_t*>(input.data()), input.size(), "r");
   try {
     check_markup(page::page_of(records::read_recordings(file, "fuzz", ITEMS, CALLBACKS)));
   } catch (const records::Failure&) {
   }
-  return 0;
 }

@@ -1,19 +1,14 @@
 // Fills the diagnostic record with arbitrary bytes, as a hostile modem would, and renders both
 // forms of the report: no walk may leave the record, no text its buffer, no line its length.
-#include <cstdlib>
 #include <cstring>
-#include <vector>
 
+#include "fuzz/fuzz.h"
 #include "include/vurn.h"
 #include "include/zop_diag_info.h"
 #include "report/rendering.h"
 #include "tests/support/world.h"
 
 enum { LONGEST_LINE = 1200 + 64 };  // with its head and its count
-
-static void require(bool condition) {
-  if (!condition) abort();
-}
 
 static void render_log_string(unsigned size) {
   std::vector<char> text(size + 1, '#');  // of exactly this size, and one byte to watch
@@ -31,16 +26,13 @@ static void check_lines(const test::World& world) {
   }
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void fuzz(std::span<const uint8_t> input) {
   test::World world;
   gDiagInfo = {};
   prv_zop_init_logging();
   vurn_set_log_mask(VURN_LOG_INFO);
-  size_t room = sizeof gDiagInfo;
-  memcpy(static_cast<void*>(&gDiagInfo), data, size < room ? size : room);
-  unsigned buffer = size > 1 ? static_cast<unsigned>(data[size - 1] * 40) : 8192;
-  render_log_string(buffer);
+  memcpy(static_cast<void*>(&gDiagInfo), input.data(), std::min(input.size(), sizeof gDiagInfo));
+  render_log_string(input.size() > 1 ? input.back() * 40u : 8192u);
   prv_zop_output_to_syslog(1, nullptr, 1);
   check_lines(world);
-  return 0;
 }
