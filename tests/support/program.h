@@ -32,12 +32,12 @@ inline bool contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-inline void expect_in_order(const std::string& text, std::initializer_list<const char*> parts) {
+inline void expect_in_order(const std::string& text, std::initializer_list<std::string> parts) {
   size_t at = 0;
-  for (const char* part : parts) {
+  for (const std::string& part : parts) {
     size_t found = text.find(part, at);
     EXPECT_NE(found, std::string::npos) << part << "\n" << text;
-    if (found != std::string::npos) at = found + strlen(part);
+    if (found != std::string::npos) at = found + part.size();
   }
 }
 

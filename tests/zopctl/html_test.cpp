@@ -1,5 +1,4 @@
-// zopctl html: what the page shows, and what becomes of inputs and outputs that are not
-// as they should be.
+// zopctl html: what the page shows, and what becomes of bad inputs and outputs.
 #include <nlohmann/json.hpp>
 
 #include "tests/zopctl/run_zopctl.h"
@@ -85,7 +84,7 @@ TEST_F(ZopctlHtml, a_browser_draws_it) {
   EXPECT_GT(picture.size(), 40'000u);  // a blank page has 7,000
 }
 
-TEST_F(ZopctlHtml, inputs_that_are_not_as_they_should_be) {
+TEST_F(ZopctlHtml, bad_inputs) {
   const std::string good = sample(0, "Testnet").dump() + "\n";
   struct Case {
     const char* name;
@@ -121,13 +120,13 @@ TEST_F(ZopctlHtml, inputs_that_are_not_as_they_should_be) {
 
 TEST_F(ZopctlHtml, a_page_is_whole_or_not_there) {
   std::string input = drive(3, "Testnet");
-  std::string full = "html " + input + " -o /dev/full", itself = "html " + input + " -o " + input;
   // A limit on the size of files: what was there before stays, and nothing beside it.
   std::string limited = "--version; trap '' XFSZ; ulimit -f 8; " ZOPCTL " html " + input + " -o " +
                         folder.write("page.html", "old");
-  expect_runs({{full.c_str(), 1, "/dev/full could not be written: No space left"},
-               {itself.c_str(), 2, ""},
-               {limited.c_str(), 1, "could not be written: File too large"}});
+  expect_runs(
+      {{"html " + input + " -o /dev/full", 1, "/dev/full could not be written: No space left"},
+       {"html " + input + " -o " + input, 2, ""},
+       {limited, 1, "could not be written: File too large"}});
   EXPECT_TRUE(fs::is_character_file("/dev/full"));  // not replaced
   EXPECT_EQ(folder.read("page.html"), "old");
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 2);

@@ -7,9 +7,9 @@
 inline Outcome zopctl(const std::string& arguments) { return shell(ZOPCTL " " + arguments); }
 
 struct Run {
-  const char* arguments;
+  std::string arguments;
   int exit_code;
-  const char* text;
+  std::string text;
 };
 
 inline void expect_runs(std::initializer_list<Run> runs) {
