@@ -50,6 +50,14 @@ TEST_F(SimulatedModem, refuses_what_it_does_not_know) {
   EXPECT_EQ(ask({0xCF, 0x20, 1}), frame(Bytes{BAD_PARAMETER, 0xCF, 0x20, 1}));
 }
 
+// 24 July 2010, a Saturday: 13:02:59 UTC, 08:02:59 five hours to the west.
+TEST_F(SimulatedModem, sends_the_time_of_its_network) {
+  modem.model().clock.zone = -20;
+  EXPECT_EQ(ask({0xCF, 0x14, 0}),
+            frame(Bytes{0xCF, 0x14, 0, 0,  0, 0xDA, 7, 7,    0,    24,   0,    8,
+                        0,    2,    0, 59, 0, 6,    0, 0xEC, 0xFF, 0xFF, 0xFF, 0}));
+}
+
 TEST_F(SimulatedModem, faults_damage_the_answer) {
   Bytes good = frame(RSSI_ANSWER);
   Bytes bad_crc = good;

@@ -110,9 +110,9 @@ TEST_F(ZopctlFirmware, interrupted) {
        "nothing was written"},
       {"delay=4000:request=dmss_write", "loading the programmer", SIGHUP, 129,
        "nothing was written"},
-      {"delay=4000:request=stream_write", "writing the images", SIGINT, 0,
+      {"delay=2000:request=stream_write", "writing the images", SIGINT, 0,
        "must not break off now"},
-      {"delay=4000:request=stream_write", "writing the images", SIGHUP, 0, "done: "},
+      {"delay=2000:request=stream_write", "writing the images", SIGHUP, 0, "done: "},
   };
   for (auto& row : rows) {
     Program program = slow_update(row.slow);
