@@ -117,13 +117,14 @@ static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed
     return;
   }
   if (argument.list) {
-    slot.option = app.add_option(slot.name, slot.words, argument.help)->required(argument.required);
+    slot.option =
+        app.add_option(slot.name, slot.words, argument.help)->required(argument.is_required());
     return;
   }
   std::string short_name =
       argument.short_name == nullptr ? "" : std::string(argument.short_name) + ",";
   slot.option = app.add_option(short_name + slot.name, slot.word, argument.help);
-  if (argument.required) slot.option->required();
+  if (argument.is_required()) slot.option->required();
   if (argument.choices.empty()) return;
   std::vector<std::string> choices(argument.choices.begin(), argument.choices.end());
   slot.option->check(CLI::IsMember(choices));

@@ -287,11 +287,23 @@ static ImageSet good_images(const std::string& folder) {
   throw Failure(folder + ": " + problems + "; nothing was touched");
 }
 
-Findings firmware_update(const ModuleLibrary& module, const Arguments& arguments) {
+static Findings update(const ModuleLibrary& module, const Arguments& arguments) {
   ImageSet set = good_images(arguments.text("DIR"));
   if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
   Update(module, set, arguments).run();
   return {};
 }
+
+const Verb FIRMWARE_UPDATE = {
+    .noun = "firmware",
+    .name = "update",
+    .help = "write an image set to the modem",
+    .need = Session::LIBRARY,
+    .danger = "a modem whose update breaks off has no firmware until an update succeeds",
+    .arguments =
+        {{.name = "DIR", .help = "folder of the image set"},
+         {.name = "--modem-only", .help = "the firmware alone, not the boot loaders", .flag = true},
+         {.name = "--erase", .help = "erase the modem's file system, and write all", .flag = true}},
+    .run = update};
 
 }  // namespace zopctl

@@ -243,7 +243,7 @@ void LiveMonitor::run() {
   }
 }
 
-Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
   bool wants_screen = !arguments.json && isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
   bool log_lines_go_on = !wants_screen || isatty(STDERR_FILENO) == 0;
   Sampling sampling(m, arguments, log_lines_go_on);
@@ -257,5 +257,14 @@ Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
   }
   return {};
 }
+
+const Verb MONITOR = {
+    .name = "monitor",
+    .help = "the modem as it lives: signal, cells, state, events",
+    .need = Session::MODULE,
+    .arguments = {{.name = "--record", .help = "add each sample to FILE, a JSON object a line"},
+                  {.name = "--interval", .help = "look every so many SECONDS, 1 without it"},
+                  {.name = "--count", .help = "end after so many samples"}},
+    .run = monitor};
 
 }  // namespace zopctl

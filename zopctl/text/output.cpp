@@ -74,6 +74,10 @@ Findings one_section(const char* key, const char* title, std::vector<Item> items
   return {{key, title, std::move(items)}};
 }
 
+Findings confirmation(const char* key, const char* title, std::string what) {
+  return one_section(key, title, {shown("done", "Done", true, std::move(what))});
+}
+
 Item shown(const char* key, const char* label, nlohmann::ordered_json value, std::string text) {
   return {key, label, std::move(value), std::move(text), false};
 }
