@@ -16,6 +16,7 @@ namespace fs = std::filesystem;
 
 static uint8_t* receive_buffer = nullptr;  // a download leaves it to the host
 
+namespace {
 class Replies : public FarEnd {
  public:
   explicit Replies(std::span<const uint8_t> data) : data_(data) {}
@@ -51,6 +52,7 @@ class Replies : public FarEnd {
   std::deque<Bytes> due_;
   bool gone_ = false;
 };
+}  // namespace
 
 static void require(bool holds) {
   if (!holds) abort();

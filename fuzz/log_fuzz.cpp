@@ -20,6 +20,7 @@ static bool says_how_many(const std::string& line) {
   return line.find_first_not_of("0123456789", number) == std::string::npos;
 }
 
+namespace {
 // Counts the lines of all reports; there may not be more than the log had.
 class Count {
  public:
@@ -43,6 +44,7 @@ class Count {
     lines += report.lines.size() + report.cut;
   }
 };
+}  // namespace
 
 static void check_json(std::string_view text) {
   std::string out;

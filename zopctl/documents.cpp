@@ -10,11 +10,13 @@ namespace zopctl {
 
 using sim::troff;
 
+namespace {
 struct GlobalOption {
   const char* name;
   const char* value;  // null for a flag
   const char* help;
 };
+}  // namespace
 
 static const GlobalOption GLOBAL_OPTIONS[] = {
     {"--sim", nullptr, "use a simulated modem; --sim=SCENARIO sets its scenario"},

@@ -76,6 +76,7 @@ class ZopctlHtml : public testing::Test {
   }();
 };
 
+namespace {
 // A proxy that answers nothing and knows what it was asked for.
 class Proxy {
  public:
@@ -117,6 +118,7 @@ class Proxy {
   std::string requests_;
   std::thread thread_;
 };
+}  // namespace
 
 TEST_F(ZopctlHtml, a_browser_shows_what_was_recorded_and_fetches_nothing) {
   std::string report =

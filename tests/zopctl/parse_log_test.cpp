@@ -13,6 +13,7 @@
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
+namespace {
 struct Generated {
   std::string log;
   std::map<std::pair<std::string, std::string>, std::map<std::string, std::string>> whole;
@@ -106,6 +107,7 @@ class Generator {
   std::mt19937 random_;
   Generated made_;
 };
+}  // namespace
 
 class ZopctlParseLog : public testing::Test {
  protected:

@@ -5,11 +5,13 @@
 #include "tests/support/program.h"
 #include "tests/zopctl/run_zopctl.h"
 
+namespace {
 struct Row {
   const char* arguments;
   int exit_code;
   const char* text;
 };
+}  // namespace
 
 static void check(std::initializer_list<Row> rows) {
   for (const Row& row : rows) {

@@ -52,6 +52,7 @@ static std::string unescaped(const std::string& text) {
   return name;
 }
 
+namespace {
 class Dump {
  public:
   Dump(const ModuleLibrary& module, bool json)
@@ -112,6 +113,7 @@ class Dump {
   bool complete_ = false;
   bool files_are_whole_ = true;
 };
+}  // namespace
 
 void Dump::take_line(const std::string& line) {
   constexpr std::string_view START = "DUMP_MODE: ", FILE = "FILE=", PERCENT = "PERCENT=",

@@ -20,6 +20,7 @@
 namespace zopctl {
 
 constexpr int DEVICE_GONE_S = 10, DEVICE_BACK_S = 60, START_S = 90;
+namespace {
 enum ExitCode { AS_BEFORE = 1, INCOMPLETE = 3, NOT_STARTED = 4 };
 
 // Where an update can fail: the module's line (or the stage's key, when it prints none), what that
@@ -30,6 +31,7 @@ struct Cause {
   const char* meaning;
   const char* advice;
 };
+}  // namespace
 constexpr char OLD_FIRMWARE[] =
     "nothing was written; power-cycle the modem to go on with its old firmware, or try again";
 constexpr char AGAIN[] =
@@ -51,6 +53,7 @@ static const Cause CAUSES[] = {
      "zopctl doctor looks at the link; a modem that does not answer wants a power-cycle"},
 };
 
+namespace {
 class Update {
  public:
   Update(const ModuleLibrary& module, const ImageSet& set, const Arguments& arguments)
@@ -113,6 +116,7 @@ class Update {
   std::string error_line_;  // the module's
   bool warned_ = false;
 };
+}  // namespace
 
 // ---- looking on while the module works ----
 

@@ -9,12 +9,14 @@
 
 namespace zopctl {
 
+namespace {
 struct Colours {
   const char* title;
   const char* label;
   const char* bad;
   const char* off;
 };
+}  // namespace
 
 static Colours colours() {
   bool wanted = isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;

@@ -16,12 +16,14 @@ namespace zopctl {
 
 using Json = nlohmann::ordered_json;
 
+namespace {
 // One line. Good, worth a look, or bad; bad and doubtful ones say what to try.
 struct Check {
   enum State { GOOD, DOUBTFUL, BAD } state;
   std::string found;
   std::string advice;
 };
+}  // namespace
 
 static const char* const STATE_NAMES[] = {"ok", "look", "bad"};
 

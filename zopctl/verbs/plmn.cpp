@@ -87,11 +87,13 @@ static Json registered(const ModuleLibrary& m) {
   return entries;
 }
 
+namespace {
 struct List {
   const char* key;
   const char* label;
   Json (*read)(const ModuleLibrary&);
 };
+}  // namespace
 static const List LISTS[] = {{"home", "Home", home},
                              {"user", "User", user},
                              {"operator", "Operator", operators},

@@ -27,11 +27,13 @@ static std::string prompt_without_echo(const std::string& what) {
   return code;
 }
 
+namespace {
 // A code of 4 to 8 digits, padded with zeros to the 8 bytes that the card takes.
 struct Code {
   uint8_t bytes[ZOP_PIN_SIZE] = {};
   uint32_t length = 0;
 };
+}  // namespace
 
 static Code code_of(const Arguments& arguments, const std::string& option, const char* what) {
   std::string text;
