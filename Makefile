@@ -46,9 +46,10 @@ format: setup ## format the sources
 check-format: setup ## fail when a source is not formatted
 	@git ls-files '*.cpp' '*.h' '*.c' | xargs clang-format --dry-run -Werror
 
-tidy: setup ## static checks by cppcheck, gcc's analyzer and clang-tidy
+tidy: setup ## static checks by cppcheck, gcc's analyzer, its linker and clang-tidy
 	@sh scripts/cppcheck.sh
 	@sh scripts/analyze.sh
+	@sh scripts/odr.sh
 	@sh scripts/tidy.sh
 
 asan: setup ## tests under the address and undefined-behaviour sanitizers

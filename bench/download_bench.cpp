@@ -43,6 +43,7 @@ static Bytes framed(const Bytes& payload) {
   return frame;
 }
 
+namespace {
 class Folder {
  public:
   Folder() {
@@ -88,6 +89,7 @@ class Silence {
  private:
   int saved_;
 };
+}  // namespace
 
 static Bytes unstuffed_start(std::span<const uint8_t> frame, size_t size) {
   Bytes start;

@@ -26,6 +26,7 @@ extern "C" int open(const char* path, int flags, ...) {
   return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
+namespace {
 // A simulated modem that answers at once and records its requests.
 class AnsweringModem {
  public:
@@ -52,6 +53,7 @@ class AnsweringModem {
   std::vector<std::vector<uint8_t>> requests_;
   AnsweringTerminal terminal_;  // the last: its thread uses the others
 };
+}  // namespace
 
 static bool exchange(int fd, const std::vector<uint8_t>& request) {
   uint8_t buffer[4096];

@@ -29,6 +29,7 @@ static std::string log_line(int device, int report) {
   return line + ",n=1:\n";
 }
 
+namespace {
 // A log file of this many megabytes, deleted when the program ends.
 class LogFile {
  public:
@@ -49,6 +50,7 @@ class LogFile {
   LogFile& operator=(const LogFile&) = delete;
   std::string path;
 };
+}  // namespace
 
 static const std::string& log_of(int64_t megabytes) {
   static std::map<int64_t, LogFile> files;

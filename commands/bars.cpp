@@ -13,19 +13,26 @@ enum { NO_ECIO = -32 };
 
 static constinit int16_t last_ecio = NO_ECIO;
 
+namespace {
 // GSM: bars up to each level, which is the magnitude of the RSSI.
 struct GsmStep {
   int level;
   int bars;
 };
+}  // namespace
+
 static constexpr GsmStep GSM_STEPS[] = {{64, 5}, {74, 4}, {84, 3}, {94, 2}, {104, 1}};
 
 // WCDMA: a row for each lowest RSSI (dBm), a column for each lowest Ec/Io (dB).
 static constexpr int ECIO_STEPS[] = {-5, -10, -13, -16};  // fifth column: below
+
+namespace {
 struct WcdmaStep {
   int rssi;
   int bars[5];
 };
+}  // namespace
+
 static constexpr WcdmaStep WCDMA_STEPS[] = {
     {-90, {5, 4, 3, 2, 1}},  {-95, {4, 3, 2, 1, 1}},  {-99, {3, 2, 1, 1, 1}},
     {-102, {2, 1, 1, 1, 1}}, {-105, {1, 1, 1, 1, 1}},

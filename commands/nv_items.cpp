@@ -10,6 +10,7 @@ enum { NV_READ = 38, NV_WRITE = 39 };
 // Offsets, and the length of a request.
 enum { NV_ITEM = 1, NV_DATA = 3, NV_STATUS = 131, NV_REQUEST = 133 };
 
+namespace {
 // The items that the library knows.
 enum NvItem : uint32_t {
   NV_PREF_MODE = 10,             // byte 1: preferred mode
@@ -18,6 +19,7 @@ enum NvItem : uint32_t {
   NV_SIM_PIN = 16685,            // 8 bytes: copy of the SIM PIN, zero-padded
   NV_ACQ_BAND_ORDER = 16687,     // byte 0: acquisition band order
 };
+}  // namespace
 
 static unsigned nv_exchange(uint8_t command, uint32_t item, const void* data, size_t length,
                             uint32_t* nv_status) {

@@ -14,10 +14,12 @@
 
 enum { PATH_SIZE = 128, FILE_NAME_ROOM = 32 };
 
+namespace {
 struct ImageFile {
   const char* name;
   uint32_t type;
 };
+}  // namespace
 static constexpr ImageFile IMAGE_FILES[IMAGE_COUNT] = {
     {"QSC6270.ram", 0}, {"partition.mbn", 0}, {"dbl.mbn", 15},
     {"fsbl.mbn", 17},   {"osbl.mbn", 16},     {"amss.mbn", 5},

@@ -24,6 +24,7 @@ enum { ENTRY_BASE = 1, ENTRY_LENGTH = 5, ENTRY_TEXTS = 9 };  // in an entry
 enum { DATA_ADDRESS = 1, DATA_LENGTH = 5, DATA = 7 };        // in the reply to a read
 enum { DIRECTORY_MODE = 0666, FILE_MODE = 0666, SEARCHABLE = 0755 };
 
+namespace {
 struct Region {
   int32_t descriptor;  // -1 when the file is closed
   uint32_t done;       // bytes saved
@@ -31,6 +32,8 @@ struct Region {
   uint32_t length;
   char path[TEXT_SIZE];
 };
+}  // namespace
+
 static constinit Region gRegions[MAX_REGIONS] = {};
 static constinit uint32_t gRegionCount = 0;
 static constinit uint32_t gCurrentRegion = 0;

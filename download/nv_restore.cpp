@@ -10,6 +10,7 @@
 #include "include/zop.h"
 #include "link/frame_codec.h"
 
+namespace {
 enum DiagCode : uint8_t {
   DIAG_MODE_CONTROL = 41,
   DIAG_DOWNLOAD_MODE = 58,
@@ -20,6 +21,7 @@ enum DiagCode : uint8_t {
   DIAG_AFTER_CONNECT = 217,  // before each readiness poll
   DIAG_NV_REBUILD = 218,
 };
+}  // namespace
 
 enum { ATTEMPTS = 10, RETRY_PAUSE_US = 5000, READINESS_POLLS = 20 };
 enum { BOOT_S = 10, AFTER_BACKUP_S = 5, SETTLE_S = 10 };
@@ -44,12 +46,15 @@ static void take_readiness() {
   gReadinessValue = fr_buff[READINESS_VALUE];
 }
 
+namespace {
 // A request, its length, and what reads the answer. The answer's first byte echoes the command.
 struct DiagCommand {
   uint8_t request[3];
   uint8_t length;
   void (*take)();
 };
+}  // namespace
+
 static constexpr DiagCommand COMMANDS[] = {
     {{DIAG_BUILD_VERSION}, 1, take_version}, {{DIAG_DOWNLOAD_MODE}, 1, nullptr},
     {{DIAG_AFTER_CONNECT}, 1, nullptr},      {{DIAG_READINESS, 'L', 0}, 3, take_readiness},

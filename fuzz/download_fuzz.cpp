@@ -14,6 +14,7 @@ namespace fs = std::filesystem;
 
 static uint8_t* receive_buffer = nullptr;  // a download leaves it to the host
 
+namespace {
 class Replies : public FarEnd {
  public:
   explicit Replies(std::span<const uint8_t> data) : data_(data) {}
@@ -46,6 +47,7 @@ class Replies : public FarEnd {
   std::deque<Bytes> due_;
   bool gone_ = false;
 };
+}  // namespace
 
 static const fs::path HOME = fs::current_path();  // the fuzzer's own paths are relative to it
 

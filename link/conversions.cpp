@@ -9,10 +9,12 @@ static constexpr char MIN_DIGITS[] = "1234567890";        // IS-95 encodes digit
 
 enum { BCD_FILLER = 15, MIN_FOURTH_ZERO = 10 };
 
+namespace {
 struct Month {
   char name[4];
   char number[3];
 };
+}  // namespace
 
 static constexpr Month s_month[] = {
     {"Jan", "01"}, {"Feb", "02"}, {"Mar", "03"}, {"Apr", "04"}, {"May", "05"}, {"Jun", "06"},

@@ -94,6 +94,7 @@ static void deliver_call_end(const uint8_t* record) {
   }
 }
 
+namespace {
 // Bit in the event flags, request for the event's record, and its handler. Only the first bit set
 // is handled; the modem flags the other events again.
 struct ModemEvent {
@@ -101,6 +102,8 @@ struct ModemEvent {
   uint8_t request;
   void (*deliver)(const uint8_t* record);
 };
+}  // namespace
+
 static constexpr ModemEvent EVENTS[] = {
     {0x01, '>', call_orginate_callback},
     {0x02, '?', pdp_activation_callback},

@@ -7,10 +7,13 @@
 
 constinit int32_t sTestNum = VURN_TEST_NONE;
 
+namespace {
 struct TestBand {
   int test;
   uint32_t band;
 };
+}  // namespace
+
 // Other tests do not change the band. Stopping a test does not restore it.
 static constexpr TestBand TEST_BANDS[] = {
     {VURN_TEST_WCDMA_850, ZOP_BAND_WCDMA_850},

@@ -11,17 +11,22 @@
 #include "core/module_state.h"
 #include "include/zop.h"
 
+namespace {
 struct StuckDetector {
   int32_t limit_s;
   bool watching = false;
   int32_t since = 0;  // monotonic seconds
 };
+}  // namespace
+
 // Under gModuleMutex.
 static constinit StuckDetector gIllegalReject = {60};
 static constinit StuckDetector gPdpNoPpp = {5};
 static constinit StuckDetector gAllFplmn = {300};
 
+namespace {
 enum Verdict { HEALTHY, FIRST_SEEN, STUCK };
+}  // namespace
 
 static Verdict prv_advance(StuckDetector* detector, bool symptom, int32_t now) {
   bool was_watching = detector->watching;

@@ -122,10 +122,12 @@ void TimeLine::probes() {
   }
 }
 
+namespace {
 struct Range {
   float least = 0, most = 0;
   bool any = false;
 };
+}  // namespace
 
 static Range range_of(const Recording& recording, const std::vector<SeriesId>& series) {
   Range range;

@@ -30,6 +30,7 @@ static void write_all(int fd, std::string_view text, const std::string& path, vo
   }
 }
 
+namespace {
 // A new file beside the one it will replace; removed unless keep() is called.
 class NewFile {
  public:
@@ -61,6 +62,7 @@ class NewFile {
   int fd_;
   bool kept_ = false;
 };
+}  // namespace
 
 // A device or a pipe can't be replaced: the page is written to it directly, as to a link's target.
 void write_page(const std::string& name, const std::string& text, void (*check)()) {

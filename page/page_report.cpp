@@ -89,11 +89,13 @@ void write_events(HtmlWriter& html, const Recording& recording) {
 
 // ---- the report ----
 
+namespace {
 struct Meaning {
   const char* label;
   const char* unit;
   const char* meaning;
 };
+}  // namespace
 
 static const Meaning MEANINGS[] = {
     {"C1", "", "cell identity"},

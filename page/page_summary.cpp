@@ -81,10 +81,12 @@ static void write_tiles(HtmlWriter& html, const Recording& recording) {
 
 // ---- what stands out ----
 
+namespace {
 struct Times {
   size_t count = 0;
   int64_t whole = 0, longest = 0;
 };
+}  // namespace
 
 static Times times_of(const std::vector<Span>& spans, uint32_t state) {
   Times times;

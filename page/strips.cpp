@@ -17,10 +17,12 @@ constexpr size_t MOST_SHARES = 6;
 
 // ---- colours ----
 
+namespace {
 struct StateColour {
   const char* word;  // in lower case
   const char* style;
 };
+}  // namespace
 
 // States that are good or bad whatever the track.
 static const StateColour STATE_COLOURS[] = {

@@ -16,6 +16,7 @@
 
 namespace records {
 
+namespace {
 class RecordingReader {
  public:
   RecordingReader(std::FILE* file, std::string name, const ItemTable& items,
@@ -51,6 +52,7 @@ class RecordingReader {
   std::vector<Recording> recordings_;
   std::unordered_map<std::string, size_t> by_host_;
 };
+}  // namespace
 
 void RecordingReader::fail(const std::string& why) const {
   throw Failure(fmt::format("{}:{}: {}", name_, number_, why));

@@ -5,8 +5,10 @@
 #include "report/names.h"
 #include "report/text.h"
 
+namespace {
 enum Case { AS_IS, LOWER };  // LOWER: all but the first character
 enum Screen { ANY_SCREEN, WCDMA_SCREEN, GSM_SCREEN };
+}  // namespace
 
 static int32_t prv_u8(const void* p) { return *prv_bytes(p); }
 static int32_t prv_s8(const void* p) { return static_cast<int8_t>(*prv_bytes(p)); }

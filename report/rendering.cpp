@@ -22,10 +22,12 @@ enum { LINE_SIZE = 1200, COUNT_ROOM = 16, PAIR_EXTRA = 3 };
 static constinit pthread_mutex_t gRendererMutex = PTHREAD_MUTEX_INITIALIZER;
 static constinit uint32_t gLastStamp = 0;  // of the last report; under gRendererMutex
 
+namespace {
 struct Text {
   const char* at;
   size_t length;
 };
+}  // namespace
 
 void prv_zop_init_logging() {
   ScopedLock lock(gRendererMutex);
@@ -65,12 +67,14 @@ static Text prv_float(const zop_log_item& item) {
   return prv_text_of(out);
 }
 
+namespace {
 // Texts of the record. The modem may fill a field without a terminator, and the next field follows
 // directly.
 struct TextField {
   size_t offset;
   size_t size;
 };
+}  // namespace
 
 // clang-format off
 static constexpr TextField TEXT_FIELDS[] = {
@@ -123,11 +127,13 @@ static Text prv_plain_value(const zop_log_item& item, int index) {
   }
 }
 
+namespace {
 // An item as text.
 struct Rendered {
   Text label;
   Text value;
 };
+}  // namespace
 
 // Removes a newline, or a blank and a newline, from the start of the report's first header.
 static void prv_trim_first_header(Text* label) {
@@ -173,12 +179,14 @@ static bool prv_value(const zop_log_item& item, int index, const char* excName,
 
 // ---- the log string ----
 
+namespace {
 struct LogString {
   char* buf;    // null if not requested
   size_t room;  // without the terminator
   size_t used;
   bool whole;
 };
+}  // namespace
 
 static void prv_put(LogString* out, const char* text, size_t length) {
   memcpy(out->buf + out->used, text, length);
@@ -211,12 +219,14 @@ static void prv_add_to_log_string(LogString* out, const zop_log_item& item,
 
 // ---- syslog ----
 
+namespace {
 struct SyslogLine {
   uint32_t stamp;
   int number;  // of this line, from 1
   size_t used;
   char text[LINE_SIZE + COUNT_ROOM];
 };
+}  // namespace
 
 static void prv_write_line(SyslogLine* line) {
   line->text[line->used] = '\0';

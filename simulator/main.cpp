@@ -35,6 +35,7 @@ Faults: silence, delay=MS, bad-crc, cut=BYTES, pieces=BYTES, wrong-echo=OFFSET, 
 hang-up=BYTES, duplicate, error=CODE, status=CODE, flip=BIT; each may be followed by
 :request=NAME,skip=N,count=N,chance=P.)";
 
+namespace {
 struct Options {
   std::string scenario;
   std::string link;
@@ -51,6 +52,7 @@ struct Options {
   bool requests = false;
   bool man = false;
 };
+}  // namespace
 
 // Where shipped scenarios are: installed beside the program, or in the source tree.
 static std::vector<fs::path> scenario_folders() {
@@ -164,6 +166,7 @@ static void act(sim::Terminal& terminal, const sim::Output& output) {
   }
 }
 
+namespace {
 // Time on the modem's clock since its start.
 class Clock {
  public:
@@ -182,6 +185,7 @@ class Clock {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   double speed_;
 };
+}  // namespace
 
 // Calls afterwards whenever the host has sent something, before it sees the answer.
 template <typename Modem>

@@ -10,11 +10,13 @@ namespace zopctl {
 
 using sim::troff;
 
+namespace {
 struct GlobalOption {
   const char* name;
   const char* value;  // null for a flag
   const char* help;
 };
+}  // namespace
 
 static const GlobalOption GLOBAL_OPTIONS[] = {
     {"--sim", nullptr, "use a simulated modem; --sim=SCENARIO sets its scenario"},
@@ -30,16 +32,14 @@ static const GlobalOption GLOBAL_OPTIONS[] = {
     {"--version", nullptr, "version"},
 };
 
-static bool is_option(const Argument& argument) { return argument.name[0] == '-'; }
-
 static std::string usage(const Verb& verb) {
   std::string text = verb.noun == nullptr ? "" : std::string(verb.noun) + " ";
   text += verb.name;
   for (const Argument& argument : verb.arguments) {
     std::string word = argument.short_name != nullptr ? argument.short_name : argument.name;
-    if (is_option(argument) && !argument.flag) word += " VALUE";
+    if (argument.is_option() && !argument.flag) word += " VALUE";
     if (argument.list) word += "...";
-    text += argument.required ? " " + word : " [" + word + "]";
+    text += argument.is_required() ? " " + word : " [" + word + "]";
   }
   return text;
 }
@@ -90,7 +90,7 @@ static std::string words_after(const std::string& noun) {
 static std::string options_and_choices(const Verb& verb) {
   std::string words;
   for (const Argument& argument : verb.arguments) {
-    if (is_option(argument)) words += std::string(" ") + argument.name;
+    if (argument.is_option()) words += std::string(" ") + argument.name;
     for (const char* choice : argument.choices) words += std::string(" ") + choice;
   }
   if (verb.danger != nullptr) words += " --yes";

@@ -34,10 +34,12 @@ Examples:
 Exit code: 0 good, 1 the modem or the module failed, 2 bad usage; of firmware update also
 3 writing broke off, update again, 4 written, but the first start failed.)";
 
+namespace {
 struct MaskName {
   const char* name;
   unsigned bits;
 };
+}  // namespace
 
 static const MaskName MASK_NAMES[] = {
     {"all", 0xFFFFFFFF},           {"error", VURN_LOG_ERROR},
@@ -97,6 +99,7 @@ static void add_options(CLI::App& app, Options& options, std::string& sim, std::
       ->group("Output");
 }
 
+namespace {
 // Where CLI11 leaves the words of one argument.
 struct Slot {
   std::string name;
@@ -109,6 +112,7 @@ struct Parsed {
   CLI::App* app;
   std::list<Slot> slots;
 };
+}  // namespace
 
 static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed) {
   Slot& slot = parsed.slots.emplace_back(Slot{argument.name, "", {}, nullptr});
@@ -117,13 +121,14 @@ static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed
     return;
   }
   if (argument.list) {
-    slot.option = app.add_option(slot.name, slot.words, argument.help)->required(argument.required);
+    slot.option =
+        app.add_option(slot.name, slot.words, argument.help)->required(argument.is_required());
     return;
   }
   std::string short_name =
       argument.short_name == nullptr ? "" : std::string(argument.short_name) + ",";
   slot.option = app.add_option(short_name + slot.name, slot.word, argument.help);
-  if (argument.required) slot.option->required();
+  if (argument.is_required()) slot.option->required();
   if (argument.choices.empty()) return;
   std::vector<std::string> choices(argument.choices.begin(), argument.choices.end());
   slot.option->check(CLI::IsMember(choices));

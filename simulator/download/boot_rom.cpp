@@ -7,7 +7,9 @@
 namespace sim {
 
 enum : uint8_t { ACK = 0x02, NAK = 0x03, PARAMETERS = 0x08, REGIONS = 0x11, MEMORY = 0x13 };
+namespace {
 enum Reason : uint8_t { BAD_ADDRESS = 2, BAD_LENGTH = 3, TOO_LARGE = 5, BAD_COMMAND = 6 };
+}  // namespace
 constexpr size_t LARGEST_WRITE = 1017;
 constexpr uint32_t LARGEST_READ = 1024;
 

@@ -8,11 +8,13 @@
 
 namespace sim {
 
+namespace {
 struct PacketRow {
   Mode mode;
   uint8_t code;
   const char* name;
 };
+}  // namespace
 static const PacketRow PACKETS[] = {
     {Mode::BOOT_ROM, 0x05, "dmss_go"},           {Mode::BOOT_ROM, 0x06, "dmss_nop"},
     {Mode::BOOT_ROM, 0x07, "dmss_parameters"},   {Mode::BOOT_ROM, 0x0F, "dmss_write"},

@@ -11,8 +11,10 @@
 
 namespace sim {
 
+namespace {
 enum Block : uint32_t { SECTION = 0x0A0D0D0A, INTERFACE = 1, ENHANCED_PACKET = 6 };
 enum Option : uint16_t { END = 0, COMMENT = 1, NAME = 2, FLAGS = 2, RESOLUTION = 9 };
+}  // namespace
 constexpr uint32_t ORDER_MARK = 0x1A2B3C4D;
 constexpr uint16_t LINK_TYPE = 147;  // USER0
 constexpr uint32_t DIRECTION_BITS = 3;
@@ -87,6 +89,7 @@ void write_captured(FILE* file, const CapturedPacket& packet) {
 
 // ---- reading ----
 
+namespace {
 class Reader {
  public:
   Reader(View file, const std::string& name) : file_(file), name_(name) {}
@@ -137,6 +140,7 @@ class Reader {
   View body_;
   std::vector<uint32_t> resolutions_;  // of the interfaces, as powers of ten; 0 for another link
 };
+}  // namespace
 
 bool Reader::next_block() {
   if (file_.size() < 12) return false;

@@ -9,12 +9,14 @@
 
 namespace sim {
 
+namespace {
 struct KindRow {
   const char* name;
   FaultKind kind;
   int min, max;  // of the value
   int usual;     // value when none is given
 };
+}  // namespace
 
 static const KindRow KINDS[] = {
     {"silence", FaultKind::SILENCE, 0, 0, 0},     {"delay", FaultKind::DELAY, 1, 3'600'000, 1000},

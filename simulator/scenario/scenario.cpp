@@ -15,6 +15,7 @@ namespace sim {
 
 using Changes = std::vector<std::function<void(Model&)>>;
 
+namespace {
 // Positions in the file, for error messages.
 struct Place {
   const std::string& file;
@@ -29,6 +30,7 @@ struct Range {
   int min, max;
   const std::vector<Word>& words;
 };
+}  // namespace
 
 static int value_in_range(const Place& place, const Range& setting, const toml::node& node) {
   if (auto word = node.value_exact<std::string>()) {
@@ -219,11 +221,14 @@ static bool flag(const Place& place, const toml::node& node, const char* key) {
   return true;
 }
 
+namespace {
 // The events that a listening host sees, and how they change the modem.
 struct EventWord {
   const char* name;
   void (*raise)(Model&);
 };
+}  // namespace
+
 static const EventWord EVENT_WORDS[] = {
     {"call-originated",
      [](Model& m) {

@@ -65,6 +65,7 @@ static Call record(unsigned (*command)(uint8_t*)) {
   };
 }
 
+namespace {
 struct Query {
   const char* name;
   Call call;
@@ -72,6 +73,7 @@ struct Query {
   std::string answer;   // behind the header of a vendor answer with status 0
   std::string shown;
 };
+}  // namespace
 
 // Bytes 0x01, 0x02 ... as hex, followed by zeros.
 static std::string counting(size_t count, size_t zeros = 0) {

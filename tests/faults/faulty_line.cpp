@@ -31,11 +31,13 @@ const char* name_of(FaultKind kind) {
 
 // ---- which faults there are ----
 
+namespace {
 struct Extent {
   FaultKind kind;
   bool every_byte;
   unsigned ways;
 };
+}  // namespace
 static constexpr Extent EXTENTS[] = {
     {FaultKind::SILENCE, false, 1},
     {FaultKind::LATE, true, 1},

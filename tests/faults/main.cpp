@@ -61,6 +61,7 @@ static void begin_row(const Call& call, const Fault& fault) {
 
 // ---- the run ----
 
+namespace {
 struct Run {
   size_t every = 1;  // takes one row of so many
   std::string only;
@@ -71,6 +72,7 @@ struct Run {
     if (++complaints <= SHOWN_COMPLAINTS) std::cerr << where << ": " << what << '\n';
   }
 };
+}  // namespace
 
 static size_t bytes_in(const std::vector<Bytes>& frames) {
   size_t bytes = 0;

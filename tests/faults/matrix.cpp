@@ -31,6 +31,7 @@ static constexpr Time PAUSES = 300ms;  // between attempts, and for a port in us
 
 // ---- the scene ----
 
+namespace {
 class Scene {
  public:
   explicit Scene(const Call& call) : call_(call) {
@@ -103,6 +104,7 @@ class Scene {
   World world_;
   const Call& call_;
 };
+}  // namespace
 
 static std::set<std::string> lines_of(const std::string& text) {
   std::set<std::string> lines;

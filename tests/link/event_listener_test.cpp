@@ -175,6 +175,7 @@ TEST_F(Listener, leaves_a_busy_port_alone) {
   EXPECT_EQ(asked(), "4");
 }
 
+namespace {
 struct DamagingModem : AnsweringModem {
   using AnsweringModem::AnsweringModem;
   Answer answer_to(const Bytes& request) override {
@@ -183,6 +184,7 @@ struct DamagingModem : AnsweringModem {
     return answer;
   }
 };
+}  // namespace
 
 // Neither its flags nor its screen are taken, and the listener goes on.
 TEST_F(Listener, a_damaged_answer_tells_nothing) {

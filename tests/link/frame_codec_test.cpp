@@ -21,10 +21,12 @@ static Bytes encode(const Bytes& payload, bool leading_flag = false) {
   return wire;
 }
 
+namespace {
 struct Decoded {
   int32_t result;
   Bytes buffer;  // the caller's, as the decoder left it
 };
+}  // namespace
 
 // Decodes a frame without its closing flag, in a buffer of exactly its size.
 static Decoded decode(const Bytes& wire) {
@@ -33,11 +35,13 @@ static Decoded decode(const Bytes& wire) {
   return {result, buffer};
 }
 
+namespace {
 struct Vector {
   std::string name;
   Bytes payload;
   Bytes wire;
 };
+}  // namespace
 
 static std::vector<Vector> published_vectors() {
   std::vector<Vector> vectors;

@@ -160,12 +160,14 @@ TEST_F(SerialPort, a_sender_waits_for_the_claim_and_then_gives_up) {
   expect_closed_and_free();
 }
 
+namespace {
 // What one exchange meets on the port, and what comes of it.
 struct Weather {
   const char* name;
   std::deque<PortCall> writes, polls, reads;
   int32_t result;
 };
+}  // namespace
 
 TEST_F(SerialPort, every_failure_closes_and_frees_the_port) {
   const Weather rows[] = {

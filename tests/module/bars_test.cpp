@@ -116,6 +116,7 @@ TEST_F(HostBars, queries_that_fail) {
   EXPECT_EQ(gDiagInfo.bars, -2);
 }
 
+namespace {
 // A symptom, its limit, and what ends it: the value that a query then gives.
 struct Symptom {
   const char* name;
@@ -123,6 +124,7 @@ struct Symptom {
   int limit_s;
   const char *first, *again, *stuck;
 };
+}  // namespace
 
 static const Symptom SYMPTOMS[] = {
     {"illegal reject",

@@ -163,6 +163,7 @@ TEST_F(HostThreads, every_answer_belongs_to_its_question) {
   }
 }
 
+namespace {
 // One answer of a hundred is damaged in a way that shows, and leaves nothing behind on the line.
 class BadLineModem : public AnsweringModem {
  public:
@@ -188,6 +189,7 @@ class BadLineModem : public AnsweringModem {
  private:
   size_t answers_ = 0;
 };
+}  // namespace
 
 // Fewer where each costs more.
 #if defined(__arm__)

@@ -8,10 +8,12 @@
 using namespace std::chrono_literals;
 using namespace test;
 
+namespace {
 // What a host finds out, at one moment.
 struct Seen {
   int opened, bars_result, bars, roaming, mode, time_result;
 };
+}  // namespace
 
 class Scenarios : public ModuleTest {
  protected:

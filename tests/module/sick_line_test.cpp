@@ -7,6 +7,7 @@
 using namespace std::chrono_literals;
 using namespace test;
 
+namespace {
 // Answers each request after a time and in order: with the count of requests of its kind, so that
 // an old answer shows.
 class LateModem : public FarEnd {
@@ -73,6 +74,7 @@ class LateModem : public FarEnd {
   Time next_babble_{0};
   std::deque<std::pair<Time, Bytes>> due_;
 };
+}  // namespace
 
 class SickLine : public ModuleTest {
  protected:

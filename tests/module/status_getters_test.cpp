@@ -15,12 +15,14 @@ class StatusGetters : public ModuleTest {
   }
 };
 
+namespace {
 struct Getter {
   const char* name;
   std::function<int()> call;
   const char* request;
   const char* failure;  // its line, for result 7
 };
+}  // namespace
 
 static char text[64];
 static int number;

@@ -5,8 +5,10 @@
 
 #include <string>
 
+namespace {
 enum State { IDLE, SNAPSHOT, EXCEPTION_ONLY, LOG_STRING_ONLY, BOTH };
 enum Event { NONE, EXCEPTION, LOG_STRING, SCREEN, TURNED_OFF, START_SNAPSHOT };
+}  // namespace
 
 // Actions as letters: 0 and + for the count, N and F for field testing on and off, O output, D the
 // "done" line, S and s for a snapshot or none, T notes the time.
@@ -19,6 +21,7 @@ static std::string letters(const DeferredPlan& plan) {
   return text;
 }
 
+namespace {
 struct Row {
   State state;
   Event event;
@@ -26,6 +29,7 @@ struct Row {
   const char* actions;
   State next;
 };
+}  // namespace
 
 static const Row ROWS[] = {
     {IDLE, EXCEPTION, 0, 0, "0Ns", EXCEPTION_ONLY},

@@ -35,12 +35,14 @@ static World* conducted() {
   return world != nullptr && !world->runs_free ? world : nullptr;
 }
 
+namespace {
 struct Start {
   World* world;
   void* (*function)(void*);
   void* argument;
   Conductor::Player* player;
 };
+}  // namespace
 
 static void* begin(void* argument) {
   std::unique_ptr<Start> start(static_cast<Start*>(argument));

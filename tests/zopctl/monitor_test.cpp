@@ -20,6 +20,7 @@ static bool comes(const std::function<bool()>& condition) {
   return false;
 }
 
+namespace {
 // zopctl in a terminal of its own, with the terminal's settings before and after.
 class Terminal {
  public:
@@ -62,6 +63,7 @@ class Terminal {
     return shell("tmux -S " + folder / "socket" + " " + command).output;
   }
 };
+}  // namespace
 
 TEST(Monitor, shows_the_modem_in_a_window_of_any_size_until_a_key_ends_it) {
   Terminal terminal("--sim monitor");

@@ -52,6 +52,7 @@ static std::string unescaped(const std::string& text) {
   return name;
 }
 
+namespace {
 class Dump {
  public:
   Dump(const ModuleLibrary& module, bool json)
@@ -112,6 +113,7 @@ class Dump {
   bool complete_ = false;
   bool files_are_whole_ = true;
 };
+}  // namespace
 
 void Dump::take_line(const std::string& line) {
   constexpr std::string_view START = "DUMP_MODE: ", FILE = "FILE=", PERCENT = "PERCENT=",
@@ -179,11 +181,20 @@ static void enter_folder(const Arguments& arguments) {
   if (error) throw Failure(folder + ": " + error.message());
 }
 
-Findings dump(const ModuleLibrary& module, const Arguments& arguments) {
+static Findings dump(const ModuleLibrary& module, const Arguments& arguments) {
   if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
   enter_folder(arguments);
   Dump(module, arguments.json).run();
   return {};
 }
+
+const Verb DUMP = {
+    .name = "dump",
+    .help = "save the memory of a modem that has crashed",
+    .need = Session::LIBRARY,
+    .arguments = {{.name = "--output",
+                   .help = "folder in which the dump gets its own; the current one without it",
+                   .short_name = "-o"}},
+    .run = dump};
 
 }  // namespace zopctl

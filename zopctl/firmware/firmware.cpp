@@ -15,7 +15,7 @@ static Item item_of(const ImageFile& file) {
                fmt::format("{:>10}  {}", size_text(file.size), file.role));
 }
 
-Findings firmware_info(const ModuleLibrary&, const Arguments& arguments) {
+static Findings info(const ModuleLibrary&, const Arguments& arguments) {
   ImageSet set = look_at_images(arguments.text("DIR"));
   Section about{"image_set", "Image set", {}};
   if (set.folder_problem.empty()) {
@@ -39,5 +39,12 @@ Findings firmware_info(const ModuleLibrary&, const Arguments& arguments) {
   sent.items.push_back(shown("modem_only", "With --modem-only", modem_only, size_text(modem_only)));
   return {about, files, sent};
 }
+
+const Verb FIRMWARE_INFO = {.noun = "firmware",
+                            .name = "info",
+                            .help = "check an image set, without a modem",
+                            .need = Session::LIBRARY,
+                            .arguments = {{.name = "DIR", .help = "folder of the image set"}},
+                            .run = info};
 
 }  // namespace zopctl

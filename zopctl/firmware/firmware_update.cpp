@@ -20,6 +20,7 @@
 namespace zopctl {
 
 constexpr int DEVICE_GONE_S = 10, DEVICE_BACK_S = 60, START_S = 90;
+namespace {
 enum ExitCode { AS_BEFORE = 1, INCOMPLETE = 3, NOT_STARTED = 4 };
 
 // Where an update can fail: the module's line (or the stage's key, when it prints none), what that
@@ -30,6 +31,7 @@ struct Cause {
   const char* meaning;
   const char* advice;
 };
+}  // namespace
 constexpr char OLD_FIRMWARE[] =
     "nothing was written; power-cycle the modem to go on with its old firmware, or try again";
 constexpr char AGAIN[] =
@@ -51,6 +53,7 @@ static const Cause CAUSES[] = {
      "zopctl doctor looks at the link; a modem that does not answer wants a power-cycle"},
 };
 
+namespace {
 class Update {
  public:
   Update(const ModuleLibrary& module, const ImageSet& set, const Arguments& arguments)
@@ -113,6 +116,7 @@ class Update {
   std::string error_line_;  // the module's
   bool warned_ = false;
 };
+}  // namespace
 
 // ---- looking on while the module works ----
 
@@ -287,11 +291,23 @@ static ImageSet good_images(const std::string& folder) {
   throw Failure(folder + ": " + problems + "; nothing was touched");
 }
 
-Findings firmware_update(const ModuleLibrary& module, const Arguments& arguments) {
+static Findings update(const ModuleLibrary& module, const Arguments& arguments) {
   ImageSet set = good_images(arguments.text("DIR"));
   if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
   Update(module, set, arguments).run();
   return {};
 }
+
+const Verb FIRMWARE_UPDATE = {
+    .noun = "firmware",
+    .name = "update",
+    .help = "write an image set to the modem",
+    .need = Session::LIBRARY,
+    .danger = "a modem whose update breaks off has no firmware until an update succeeds",
+    .arguments =
+        {{.name = "DIR", .help = "folder of the image set"},
+         {.name = "--modem-only", .help = "the firmware alone, not the boot loaders", .flag = true},
+         {.name = "--erase", .help = "erase the modem's file system, and write all", .flag = true}},
+    .run = update};
 
 }  // namespace zopctl

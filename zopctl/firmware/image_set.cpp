@@ -21,12 +21,14 @@ constexpr size_t LONGEST_FOLDER = 127;  // with its closing slash
 constexpr uint64_t LARGEST_IMAGE = INT32_MAX;
 constexpr uint64_t LARGEST_PARTITION_TABLE = 2048;
 
+namespace {
 struct ImageRow {
   const char* name;
   const char* role;
   uint64_t largest;
   bool boot_loader;  // left alone by --modem-only
 };
+}  // namespace
 static const ImageRow ROWS[] = {
     {"QSC6270.ram", "programmer, runs in RAM", LARGEST_IMAGE, false},
     {"partition.mbn", "partition table", LARGEST_PARTITION_TABLE, false},

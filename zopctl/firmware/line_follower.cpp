@@ -11,7 +11,7 @@
 
 namespace zopctl {
 
-enum Code : uint8_t {
+enum : uint8_t {
   STREAM_WRITE = 0x07,  // and, of one byte, a question of the boot ROM's protocol
   DMSS_WRITE = 0x0F,
   REGION_LIST = 0x11,

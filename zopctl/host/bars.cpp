@@ -9,10 +9,12 @@ namespace zopctl {
 
 static const char LINK_LOST[] = "the link to the modem is lost";
 
+namespace {
 struct Reason {
   const char* line;  // part of the module's
   const char* text;
 };
+}  // namespace
 static const Reason REASONS[] = {
     {"illegal network reject", "stuck: rejected by the network, and not attached since"},
     {"PDP active no PPP", "stuck: data connection active without a call"},

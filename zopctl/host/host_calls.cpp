@@ -29,6 +29,7 @@
 
 namespace zopctl {
 
+namespace {
 struct Settings {
   std::string device = MODULE_DEVICE;
   std::string simulated_root;  // empty: the device's own files
@@ -39,6 +40,8 @@ struct Settings {
   LineSink line_sink;    // the same
   std::function<void(unsigned)> sleep_watch;
 };
+}  // namespace
+
 // Made by the first call and never destroyed: a library may open a file before main and after it.
 static Settings& settings() {
   static Settings& made = *new Settings;

@@ -12,7 +12,7 @@ namespace zopctl {
 using sim::Bytes;
 using sim::View;
 
-enum Code : uint8_t {
+enum : uint8_t {
   ESN = 0x01,
   MEMORY_READ = 0x12,
   MEMORY = 0x13,
@@ -28,11 +28,13 @@ constexpr size_t MEMORY_DATA = 7;
 constexpr uint8_t BLANK = '0';
 constexpr uint8_t FLAG = 0x7E;
 
+namespace {
 struct Rule {
   uint8_t command;
   int subcommand;  // the second byte
   size_t at, length;
 };
+}  // namespace
 constexpr Rule RULES[] = {
     {ESN, ANY, 1, 4},        {SIM, ANY, 11, REST},      // PINs and keys
     {SMS, ANY, 1, REST},     {VENDOR, 0x07, 5, 36},     // phone number

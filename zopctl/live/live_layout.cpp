@@ -22,9 +22,11 @@ constexpr Scale RSSI_SCALE = {-113, -51};  // dBm, the range that a modem can re
 constexpr Scale ECIO_SCALE = {-24, 0};     // dB
 constexpr int CELL_LABEL_WIDTH = 32;
 
+namespace {
 struct Thresholds {
   int good, fair;
 };
+}  // namespace
 constexpr Thresholds RSSI_QUALITY = {-85, -100};
 constexpr Thresholds ECIO_QUALITY = {-8, -14};
 
@@ -48,11 +50,13 @@ static void put_bar(int y, const std::string& text) {
 
 // ---- words and values ----
 
+namespace {
 struct Field {
   const char* label;
   std::string value;  // left out when empty
   attr_t attributes = A_BOLD;
 };
+}  // namespace
 
 // Side by side, and on the next line when one is full.
 static int fields(int y, const std::vector<Field>& row) {
@@ -114,11 +118,13 @@ static int network_fields(int y, const Sample& sample) {
 
 // ---- graphs ----
 
+namespace {
 struct Plot {
   const char* title;
   const Levels& levels;
   Scale scale;
 };
+}  // namespace
 
 static void draw_plot(const Plot& plot, int y, int x, int width, int height, bool utf8) {
   put(y, x, plot.title, A_DIM);

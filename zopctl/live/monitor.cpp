@@ -34,6 +34,7 @@ static std::string json_line(const Sample& sample) {
 
 // ---- the recording ----
 
+namespace {
 // Appends to a file. A line is written whole or not at all.
 class RecordingFile {
  public:
@@ -58,6 +59,7 @@ class RecordingFile {
   int fd_;
   uint64_t count_ = 0;
 };
+}  // namespace
 
 void RecordingFile::add(const Sample& sample) {
   std::string line = json_line(sample);
@@ -79,6 +81,7 @@ void RecordingFile::add(const Sample& sample) {
 
 // ---- sampling ----
 
+namespace {
 class Sampling {
  public:
   Sampling(const ModuleLibrary& module, const Arguments& arguments, bool log_lines_go_on)
@@ -118,6 +121,7 @@ class Sampling {
   uint32_t left_ = 0;
   bool is_counted_ = false;
 };
+}  // namespace
 
 static void print_lines(Sampling& sampling, bool json) {
   sampling.run([json](const Sample& sample) {
@@ -128,6 +132,7 @@ static void print_lines(Sampling& sampling, bool json) {
 
 // ---- the live view ----
 
+namespace {
 class LiveMonitor {
  public:
   LiveMonitor(Sampling& sampling, LiveScreen& screen);
@@ -155,6 +160,7 @@ class LiveMonitor {
   LiveView shown_;
   std::thread thread_;
 };
+}  // namespace
 
 // The sampling thread takes no signals: they wake the one that draws.
 LiveMonitor::LiveMonitor(Sampling& sampling, LiveScreen& screen)
@@ -243,7 +249,7 @@ void LiveMonitor::run() {
   }
 }
 
-Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
   bool wants_screen = !arguments.json && isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
   bool log_lines_go_on = !wants_screen || isatty(STDERR_FILENO) == 0;
   Sampling sampling(m, arguments, log_lines_go_on);
@@ -257,5 +263,14 @@ Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
   }
   return {};
 }
+
+const Verb MONITOR = {
+    .name = "monitor",
+    .help = "the modem as it lives: signal, cells, state, events",
+    .need = Session::MODULE,
+    .arguments = {{.name = "--record", .help = "add each sample to FILE, a JSON object a line"},
+                  {.name = "--interval", .help = "look every so many SECONDS, 1 without it"},
+                  {.name = "--count", .help = "end after so many samples"}},
+    .run = monitor};
 
 }  // namespace zopctl

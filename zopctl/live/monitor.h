@@ -1,13 +1,10 @@
 // zopctl monitor.
 #pragma once
 
-#include "zopctl/host/module_library.h"
-#include "zopctl/text/arguments.h"
-#include "zopctl/text/output.h"
+#include "zopctl/host/verb.h"
 
 namespace zopctl {
 
-// Prints as it goes.
-Findings monitor(const ModuleLibrary&, const Arguments&);
+extern const Verb MONITOR;
 
 }  // namespace zopctl

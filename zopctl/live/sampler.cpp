@@ -20,10 +20,12 @@ constexpr size_t MOST_EVENTS = 1000;  // between two samples
 
 // ---- the log ----
 
+namespace {
 struct Notice {
   const char* line;  // part of the module's
   const char* event;
 };
+}  // namespace
 static const Notice NOTICES[] = {
     {"Call originate callback", "call originated"},
     {"Call end callback", "call ended"},
@@ -111,10 +113,12 @@ Sample Sampler::take() {
   return sample;
 }
 
+namespace {
 struct Followed {
   const char* section;
   const char* label;
 };
+}  // namespace
 static const Followed FOLLOWED[] = {
     {"network", "Network Name"},
     {"network", "MCC MNC"},

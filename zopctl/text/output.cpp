@@ -9,12 +9,14 @@
 
 namespace zopctl {
 
+namespace {
 struct Colours {
   const char* title;
   const char* label;
   const char* bad;
   const char* off;
 };
+}  // namespace
 
 static Colours colours() {
   bool wanted = isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
@@ -72,6 +74,10 @@ bool any_failed(const Findings& findings) {
 
 Findings one_section(const char* key, const char* title, std::vector<Item> items) {
   return {{key, title, std::move(items)}};
+}
+
+Findings confirmation(const char* key, const char* title, std::string what) {
+  return one_section(key, title, {shown("done", "Done", true, std::move(what))});
 }
 
 Item shown(const char* key, const char* label, nlohmann::ordered_json value, std::string text) {

@@ -34,6 +34,7 @@ bool any_failed(const Findings& findings);
 
 // Findings of one section.
 Findings one_section(const char* key, const char* title, std::vector<Item> items);
+Findings confirmation(const char* key, const char* title, std::string what);  // that it was done
 Item shown(const char* key, const char* label, nlohmann::ordered_json value, std::string text);
 
 }  // namespace zopctl

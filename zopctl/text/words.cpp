@@ -12,10 +12,12 @@
 
 namespace zopctl {
 
+namespace {
 struct Word {
   int64_t value;
   const char* text;
 };
+}  // namespace
 
 static std::string word(std::span<const Word> words, int64_t value) {
   for (const Word& row : words) {

@@ -57,9 +57,16 @@ static void watch(const ModuleLibrary& m, uint32_t seconds, bool json) {
   }
 }
 
-Findings bars_show(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings show(const ModuleLibrary& m, const Arguments& arguments) {
   if (arguments.has("--watch")) watch(m, arguments.number("--watch", 1, 86400), arguments.json);
   return findings_of(read_bars(m));
 }
+
+const Verb BARS = {
+    .name = "bars",
+    .help = "the bars that a host shows, with the reason when there are none",
+    .need = Session::MODULE,
+    .arguments = {{.name = "--watch", .help = "look again every so many SECONDS, a line each"}},
+    .run = show};
 
 }  // namespace zopctl

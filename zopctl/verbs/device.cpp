@@ -13,17 +13,13 @@ namespace zopctl {
 
 using Json = nlohmann::ordered_json;
 
-static Findings done(const char* key, const char* title, std::string what) {
-  return one_section(key, title, {shown("done", "Done", true, std::move(what))});
-}
-
 static void require_nv(uint32_t nv_status) {
   if (nv_status == 0) return;
   const char* words = nv_status == 5 ? "never written" : "refused";
   throw Failure(fmt::format("NV status {} ({})", nv_status, words));
 }
 
-Findings nv_read(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings read_nv(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t item = arguments.number("ITEM", 0, 0xFFFF);
   uint32_t length = arguments.has("--length") ? arguments.number("--length", 1, ZOP_NV_DATA_SIZE)
                                               : static_cast<uint32_t>(ZOP_NV_DATA_SIZE);
@@ -37,14 +33,14 @@ Findings nv_read(const ModuleLibrary& m, const Arguments& arguments) {
                       shown("data", "Data", hex_of(data), hex_of(data))});
 }
 
-Findings nv_write(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings write_nv(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t item = arguments.number("ITEM", 0, 0xFFFF);
   std::vector<uint8_t> data = bytes_of_hex("DATA", arguments.text("DATA"), ZOP_NV_DATA_SIZE);
   uint32_t nv_status = 0;
   require(m.zop_nv_write(item, data.data(), static_cast<uint32_t>(data.size()), &nv_status),
           "NV write");
   require_nv(nv_status);
-  return done("nv", "NV item", fmt::format("item {} written, {} bytes", item, data.size()));
+  return confirmation("nv", "NV item", fmt::format("item {} written, {} bytes", item, data.size()));
 }
 
 // A value that the modem may not have: shown with the reason when it fails.
@@ -55,7 +51,7 @@ static Item value(const char* key, const char* label, unsigned (*get)(uint32_t*)
   return shown(key, label, number, std::to_string(number));
 }
 
-Findings config_show(const ModuleLibrary& m, const Arguments&) {
+static Findings show_config(const ModuleLibrary& m, const Arguments&) {
   int32_t band_code = 0;
   require(m.zop_get_band(&band_code), "band");
   uint32_t a = 0, b = 0;
@@ -71,19 +67,19 @@ Findings config_show(const ModuleLibrary& m, const Arguments&) {
        shown("backup_value", "Backup value", b, std::to_string(b))});
 }
 
-Findings config_set_band(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings set_band(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
   require(m.zop_set_band(code), "set band");
-  return done("config", "Configuration", "band " + band(static_cast<int32_t>(code)));
+  return confirmation("config", "Configuration", "band " + band(static_cast<int32_t>(code)));
 }
 
-Findings config_set_mode(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings set_mode(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t mode = arguments.number("MODE", 0, 255);
   require(m.zop_set_pref_mode(mode), "set preferred mode");
-  return done("config", "Configuration", fmt::format("preferred mode {}", mode));
+  return confirmation("config", "Configuration", fmt::format("preferred mode {}", mode));
 }
 
-Findings config_set_search_order(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings set_search_order(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t kind = arguments.text("KIND") == "gsm" ? ZOP_SEARCH_GSM : ZOP_SEARCH_WCDMA;
   uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
   unsigned result = m.zop_set_network_search_order(kind, code);
@@ -91,36 +87,39 @@ Findings config_set_search_order(const ModuleLibrary& m, const Arguments& argume
     throw Failure("set search order: a band of another kind, or " + zop_result(result));
   }
   require(result, "set search order");
-  return done("config", "Configuration", "search " + band(static_cast<int32_t>(code)) + " first");
+  return confirmation("config", "Configuration",
+                      "search " + band(static_cast<int32_t>(code)) + " first");
 }
 
-Findings config_diag_port(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings set_diag_port(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t port = arguments.number("PORT", 0, 1);
   require(m.zop_set_diag_port(port), "set diagnostic port");
-  return done("config", "Configuration", fmt::format("diagnostic port {}", port));
+  return confirmation("config", "Configuration", fmt::format("diagnostic port {}", port));
 }
 
-Findings config_factory_test(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings set_factory_test(const ModuleLibrary& m, const Arguments& arguments) {
   bool on = arguments.text("STATE") == "on";
   require(m.zop_enable_factory_test(on ? 1 : 0), "factory test mode");
-  return done("config", "Configuration", on ? "factory test mode on" : "factory test mode off");
+  return confirmation("config", "Configuration",
+                      on ? "factory test mode on" : "factory test mode off");
 }
 
-Findings config_reset(const ModuleLibrary& m, const Arguments&) {
+static Findings reset(const ModuleLibrary& m, const Arguments&) {
   require(m.zop_set_reset(), "reset");
-  return done("config", "Configuration", "the modem restarts; its device goes and comes back");
+  return confirmation("config", "Configuration",
+                      "the modem restarts; its device goes and comes back");
 }
 
-Findings config_error_fatal(const ModuleLibrary& m, const Arguments&) {
+static Findings error_fatal(const ModuleLibrary& m, const Arguments&) {
   require(m.zop_set_error_fatal(), "error fatal");
-  return done("config", "Configuration", "the modem has crashed as asked");
+  return confirmation("config", "Configuration", "the modem has crashed as asked");
 }
 
 static bool is_empty(std::span<const uint8_t> bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
 }
 
-Findings profile_list(const ModuleLibrary& m, const Arguments&) {
+static Findings list_profiles(const ModuleLibrary& m, const Arguments&) {
   std::vector<uint8_t> profiles(static_cast<size_t>(ZOP_PDP_PROFILE_SIZE) * ZOP_PDP_PROFILE_COUNT);
   require(m.zop_read_pdp_profile(profiles.data()), "profiles");
   std::vector<Item> items;
@@ -135,16 +134,17 @@ Findings profile_list(const ModuleLibrary& m, const Arguments&) {
   return one_section("profiles", "PDP profiles", items);
 }
 
-Findings profile_write(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings write_profile(const ModuleLibrary& m, const Arguments& arguments) {
   zop_pdp_record record = {};
   std::vector<uint8_t> bytes =
       bytes_of_hex("RECORD", arguments.text("RECORD"), sizeof record.bytes);
   std::copy(bytes.begin(), bytes.end(), record.bytes);
   require(m.zop_write_pdp_profile(record), "write profile");
-  return done("profiles", "PDP profiles", fmt::format("profile {} written", record.bytes[0]));
+  return confirmation("profiles", "PDP profiles",
+                      fmt::format("profile {} written", record.bytes[0]));
 }
 
-Findings errlog_read(const ModuleLibrary& m, const Arguments&) {
+static Findings read_errlog(const ModuleLibrary& m, const Arguments&) {
   uint8_t log[ZOP_ERROR_LOG_SIZE];
   require(m.zop_get_err_log(log), "error log");
   return one_section(
@@ -155,11 +155,92 @@ Findings errlog_read(const ModuleLibrary& m, const Arguments&) {
        shown("raw", "First bytes", hex_of(log), hex_of(std::span(log).first(16)) + " ...")});
 }
 
-Findings errlog_clear(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings clear_errlog(const ModuleLibrary& m, const Arguments& arguments) {
   constexpr uint32_t ALL = 255;
   uint32_t index = arguments.has("INDEX") ? arguments.number("INDEX", 0, 254) : ALL;
   require(m.zop_get_err_clr(index), "clear error log");
-  return done("errlog", "Error log", index == ALL ? "all records cleared" : "record cleared");
+  return confirmation("errlog", "Error log",
+                      index == ALL ? "all records cleared" : "record cleared");
 }
+
+// ---- the rows ----
+
+const Verbs NV_VERBS = {
+    {.noun = "nv",
+     .name = "read",
+     .help = "read an item",
+     .arguments = {{.name = "ITEM", .help = "number of the item"},
+                   {.name = "--length", .help = "bytes to show, 1 to 128"}},
+     .run = read_nv},
+    {.noun = "nv",
+     .name = "write",
+     .help = "write an item",
+     .danger = "a wrong NV item can make the modem unusable",
+     .arguments = {{.name = "ITEM", .help = "number of the item"},
+                   {.name = "DATA", .help = "its bytes in hexadecimal"}},
+     .run = write_nv},
+};
+const Verbs CONFIG_VERBS = {
+    {.noun = "config",
+     .name = "show",
+     .help = "modes, band, service domain, backup status",
+     .run = show_config},
+    {.noun = "config",
+     .name = "set-band",
+     .help = "fix the modem to a band",
+     .danger = "a band that the network does not use takes the modem out of service",
+     .arguments = {{.name = "BAND", .help = "43, 44, 47, 48, 80, 81 or 84"}},
+     .run = set_band},
+    {.noun = "config",
+     .name = "set-mode",
+     .help = "preferred mode, as the modem numbers it",
+     .danger = "a mode that the network does not use takes the modem out of service",
+     .arguments = {{.name = "MODE", .help = "0 to 255"}},
+     .run = set_mode},
+    {.noun = "config",
+     .name = "set-search-order",
+     .help = "where the modem searches first",
+     .arguments = {{.name = "KIND", .help = "kind of network", .choices = {"gsm", "wcdma"}},
+                   {.name = "BAND", .help = "43, 44, 47, 48 for gsm; 80, 81, 84 for wcdma"}},
+     .run = set_search_order},
+    {.noun = "config",
+     .name = "diag-port",
+     .help = "port of the diagnostic link",
+     .danger = "the modem may not be heard on this port any more",
+     .arguments = {{.name = "PORT", .help = "0 or 1"}},
+     .run = set_diag_port},
+    {.noun = "config",
+     .name = "factory-test",
+     .help = "factory test mode",
+     .arguments = {{.name = "STATE", .help = "on or off", .choices = {"on", "off"}}},
+     .run = set_factory_test},
+    {.noun = "config",
+     .name = "reset",
+     .help = "restart the modem",
+     .danger = "the modem goes away and its calls end",
+     .run = reset},
+    {.noun = "config",
+     .name = "error-fatal",
+     .help = "crash the modem, for a memory dump",
+     .danger = "the modem crashes and its calls end",
+     .run = error_fatal},
+};
+const Verbs PROFILE_VERBS = {
+    {.noun = "profile", .name = "list", .help = "show the profiles", .run = list_profiles},
+    {.noun = "profile",
+     .name = "write",
+     .help = "write a profile",
+     .arguments = {{.name = "RECORD",
+                    .help = "its record in hexadecimal, up to 103 bytes; the first is its number"}},
+     .run = write_profile},
+};
+const Verbs ERRLOG_VERBS = {
+    {.noun = "errlog", .name = "read", .help = "show the log", .run = read_errlog},
+    {.noun = "errlog",
+     .name = "clear",
+     .help = "clear a record, or all",
+     .arguments = {{.name = "INDEX", .help = "0 to 254; all without it", .optional = true}},
+     .run = clear_errlog},
+};
 
 }  // namespace zopctl

@@ -16,12 +16,14 @@ namespace zopctl {
 
 using Json = nlohmann::ordered_json;
 
+namespace {
 // One line. Good, worth a look, or bad; bad and doubtful ones say what to try.
 struct Check {
   enum State { GOOD, DOUBTFUL, BAD } state;
   std::string found;
   std::string advice;
 };
+}  // namespace
 
 static const char* const STATE_NAMES[] = {"ok", "look", "bad"};
 
@@ -173,7 +175,7 @@ static void check_network(const ModuleLibrary& m, Section& section) {
   add(section, "stuck", "Stuck signs", stuck_signs(m));
 }
 
-Findings doctor(const ModuleLibrary& m, const Arguments&) {
+static Findings doctor(const ModuleLibrary& m, const Arguments&) {
   Section section{"doctor", "From the device to the network", {}};
   if (!check_link(m, section)) return {section};
   if (!add(section, "open", "Module", opened(m))) return {section};
@@ -181,5 +183,10 @@ Findings doctor(const ModuleLibrary& m, const Arguments&) {
   m.vurn_close(1);
   return {section};
 }
+
+const Verb DOCTOR = {.name = "doctor",
+                     .help = "check every link of the chain and say what to try",
+                     .need = Session::LIBRARY,
+                     .run = doctor};
 
 }  // namespace zopctl

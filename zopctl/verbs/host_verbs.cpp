@@ -29,7 +29,7 @@ static void require_host(int result, const char* what) {
   if (result != VURN_OK) throw Failure(std::string(what) + ": " + vurn_result(result));
 }
 
-Findings mcc_show(const ModuleLibrary& m, const Arguments&) {
+static Findings show_mcc(const ModuleLibrary& m, const Arguments&) {
   int mcc = 0;
   LogCapture log(m, VURN_LOG_INFO);
   require_host(m.vurn_get_mcc(&mcc), "country");
@@ -40,7 +40,7 @@ Findings mcc_show(const ModuleLibrary& m, const Arguments&) {
        shown("changed", "Changed", changed, changed ? "yes, since the last time" : "no")});
 }
 
-Findings event_ring(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings ring(const ModuleLibrary& m, const Arguments& arguments) {
   int origin = static_cast<int>(arguments.number("ORIGIN", 0, 0x7FFFFFFF));
   NubiEvent event = {"com.orvane.hal", "wanRing", origin};
   require_host(m.vurn_report_event(&event), "event");
@@ -56,7 +56,7 @@ Findings event_ring(const ModuleLibrary& m, const Arguments& arguments) {
                             std::to_string(m.gDiagInfo->last_ring_origin))});
 }
 
-Findings event_downloaded(const ModuleLibrary& m, const Arguments&) {
+static Findings downloaded(const ModuleLibrary& m, const Arguments&) {
   NubiEvent event = {"com.orvane.framework", "fileDownloaded", 0};
   LogCapture log(m, VURN_LOG_INFO);
   require_host(m.vurn_report_event(&event), "event");
@@ -64,7 +64,7 @@ Findings event_downloaded(const ModuleLibrary& m, const Arguments&) {
   return one_section("event", "File downloaded", {shown("line", "Log line", line, line)});
 }
 
-Findings call_test_start(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings start_call_test(const ModuleLibrary& m, const Arguments& arguments) {
   int test = static_cast<int>(arguments.number("TEST", 0, 1000));
   LogCapture log(m, VURN_LOG_ERROR);
   int result = m.vurn_originate_call_test(test);
@@ -76,7 +76,7 @@ Findings call_test_start(const ModuleLibrary& m, const Arguments& arguments) {
 }
 
 // The module knows only of a test that this process has started: it is told that there is one.
-Findings call_test_stop(const ModuleLibrary& m, const Arguments&) {
+static Findings stop_call_test(const ModuleLibrary& m, const Arguments&) {
   LogCapture log(m, VURN_LOG_ERROR);
   *m.sTestNum = 1;
   int result = m.vurn_stop_call_test();
@@ -86,5 +86,39 @@ Findings call_test_stop(const ModuleLibrary& m, const Arguments&) {
   return one_section("call_test", "Call test",
                      {shown("stopped", "Stopped", true, "call ended, factory test mode off")});
 }
+
+const Verb MCC = {
+    .name = "mcc", .help = "the country, and whether it has changed", .run = show_mcc};
+
+const Verbs EVENT_VERBS = {
+    {.noun = "event",
+     .name = "wanRing",
+     .help = "report a ring wake-up to the module",
+     .need = Session::LIBRARY,
+     .arguments = {{.name = "ORIGIN", .help = "0 to 4 are known"}},
+     .run = ring},
+    {.noun = "event",
+     .name = "fileDownloaded",
+     .help = "report a finished download, which logs the network",
+     .need = Session::MODULE,
+     .run = downloaded},
+};
+
+const Verbs CALL_TEST_VERBS = {
+    {.noun = "call-test",
+     .name = "start",
+     .help = "start the factory's call test",
+     .need = Session::MODULE,
+     .danger = "the modem changes its band and calls until it is stopped",
+     .arguments = {{.name = "TEST",
+                    .help = "0 factory test mode alone, 1 WCDMA 850, 2 GSM 1900, others on the "
+                            "band as it is"}},
+     .run = start_call_test},
+    {.noun = "call-test",
+     .name = "stop",
+     .help = "end it",
+     .need = Session::MODULE,
+     .run = stop_call_test},
+};
 
 }  // namespace zopctl

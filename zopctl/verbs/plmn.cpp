@@ -87,18 +87,20 @@ static Json registered(const ModuleLibrary& m) {
   return entries;
 }
 
+namespace {
 struct List {
   const char* key;
   const char* label;
   Json (*read)(const ModuleLibrary&);
 };
+}  // namespace
 static const List LISTS[] = {{"home", "Home", home},
                              {"user", "User", user},
                              {"operator", "Operator", operators},
                              {"forbidden", "Forbidden", forbidden},
                              {"registered", "Registered", registered}};
 
-Findings plmn_list(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings list(const ModuleLibrary& m, const Arguments& arguments) {
   std::vector<Item> items;
   for (const List& list : LISTS) {
     if (arguments.has("LIST") && arguments.text("LIST") != list.key) continue;
@@ -126,7 +128,7 @@ static void put_entry(const std::string& word, uint8_t* entry) {
   entry[kind == "umts" ? 6 : 7] = TECHNOLOGY;
 }
 
-Findings plmn_set_user(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings set_user(const ModuleLibrary& m, const Arguments& arguments) {
   zop_uplmn_list list = {};
   std::stringstream words(arguments.text("PLMNS"));
   for (std::string word; std::getline(words, word, ',');) {
@@ -137,5 +139,23 @@ Findings plmn_set_user(const ModuleLibrary& m, const Arguments& arguments) {
   Json entries = user(m);
   return one_section("plmn", "PLMN lists", {shown("user", "User", entries, text_of(entries))});
 }
+
+const Verbs PLMN_VERBS = {
+    {.noun = "plmn",
+     .name = "list",
+     .help = "show one list, or all",
+     .arguments = {{.name = "LIST",
+                    .help = "which one",
+                    .optional = true,
+                    .choices = {"home", "user", "operator", "forbidden", "registered"}}},
+     .run = list},
+    {.noun = "plmn",
+     .name = "set-user",
+     .help = "write the user's list, for example 310-410,262-01:gsm",
+     .arguments = {{.name = "PLMNS",
+                    .help =
+                        "MCC-MNC with commas, :gsm or :umts behind each; \"\" empties the list"}},
+     .run = set_user},
+};
 
 }  // namespace zopctl

@@ -29,7 +29,7 @@ static Item bars(const ModuleLibrary& m) {
   return shown("bars", "Bars", value, bars_picture(value));
 }
 
-Findings signal_show(const ModuleLibrary& m, const Arguments&) {
+static Findings signal(const ModuleLibrary& m, const Arguments&) {
   return one_section(
       "signal", "Signal",
       {level("rssi", "RSSI", "dBm", m.zop_get_rssi), level("rscp", "RSCP", "dBm", m.zop_get_rscp),
@@ -73,12 +73,16 @@ static Item gsm_neighbors(const ModuleLibrary& m) {
   return shown("gsm_neighbors", "GSM neighbours", list, text.empty() ? "(none)" : text);
 }
 
-Findings cells_show(const ModuleLibrary& m, const Arguments&) {
+static Findings cells(const ModuleLibrary& m, const Arguments&) {
   return one_section(
       "cells", "Cells, WCDMA by scrambling code and Ec/Io, GSM by ARFCN and RSSI",
       {wcdma_set("active", "WCDMA active", m.zop_get_active_set_list),
        wcdma_set("monitored", "WCDMA monitored", m.zop_get_monitored_set_list),
        wcdma_set("detected", "WCDMA detected", m.zop_get_detected_set_list), gsm_neighbors(m)});
 }
+
+const Verb SIGNAL = {
+    .name = "signal", .help = "RSSI, RSCP, transmit power, path loss and bars", .run = signal};
+const Verb CELLS = {.name = "cells", .help = "the cells that the modem hears", .run = cells};
 
 }  // namespace zopctl

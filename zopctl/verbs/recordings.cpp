@@ -22,7 +22,7 @@ static void warn(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", t
 
 static const records::Callbacks CALLBACKS = {check_signals, warn};
 
-Findings parse_log(const ModuleLibrary& module, const Arguments& arguments) {
+static Findings parse_log(const ModuleLibrary& module, const Arguments& arguments) {
   records::LogParser parser(items_of(module), stdout, CALLBACKS);
   auto files = arguments.lists.find("FILE");
   if (files == arguments.lists.end()) {
@@ -49,7 +49,7 @@ static std::string output_of(const Arguments& arguments, const std::vector<std::
   return output;
 }
 
-Findings html(const ModuleLibrary& module, const Arguments& arguments) {
+static Findings html(const ModuleLibrary& module, const Arguments& arguments) {
   const std::vector<std::string>& inputs = arguments.lists.at("INPUT");
   if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
     throw UsageError("standard input can be read once only");
@@ -64,5 +64,25 @@ Findings html(const ModuleLibrary& module, const Arguments& arguments) {
   page::write_page(output, page::page_of(recordings), check_signals);
   return {};
 }
+
+const Verb PARSE_LOG = {.name = "parse-log",
+                        .help = "put the reports in device logs together, a JSON object each",
+                        .need = Session::LIBRARY,
+                        .arguments = {{.name = "FILE",
+                                       .help = "logs, in order of time; standard input without one",
+                                       .optional = true,
+                                       .list = true}},
+                        .run = parse_log};
+const Verb HTML = {
+    .name = "html",
+    .help = "make a page to read of reports (--json), recordings and reports of logs",
+    .need = Session::LIBRARY,
+    .arguments = {{.name = "INPUT",
+                   .help = "files, a part of the page each; - is standard input",
+                   .list = true},
+                  {.name = "--output",
+                   .help = "the page; standard output without it",
+                   .short_name = "-o"}},
+    .run = html};
 
 }  // namespace zopctl

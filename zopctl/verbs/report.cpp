@@ -41,7 +41,7 @@ static void print_object(const Json& object) {
 
 static void print_text(const std::string& text) { fmt::print("{}", printable(text, "\n")); }
 
-Findings report_show(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings report(const ModuleLibrary& m, const Arguments& arguments) {
   std::string report = arguments.has("--wait") ? fresh_log_string(m) : log_string(m);
   if (arguments.json) {
     print_object(records::report_of_text(items_of(m), report));
@@ -105,7 +105,7 @@ static std::vector<std::string> wait_for_reports(const LogCapture& log) {
                             REPORTS_OF_AN_EXCEPTION, EXCEPTION_S));
 }
 
-Findings exception_report(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings exception(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t code = arguments.number("CODE", 0, std::size(EXCEPTION_NAMES) - 1);
   if (code >= FIRST_SILENT && code <= LAST_SILENT) {
     throw UsageError("the module does not report the codes 3 to 7");
@@ -125,5 +125,18 @@ Findings exception_report(const ModuleLibrary& m, const Arguments& arguments) {
   }
   return {};
 }
+
+const Verb REPORT = {
+    .name = "report",
+    .help = "the diagnostic report, as a host reads it",
+    .need = Session::MODULE,
+    .arguments = {{.name = "--wait", .help = "wait for fresh data of the modem", .flag = true}},
+    .run = report};
+const Verb EXCEPTION = {
+    .name = "exception",
+    .help = "report an exception, and show the five reports that follow",
+    .need = Session::MODULE,
+    .arguments = {{.name = "CODE", .help = "0 to 9; 3 to 7 are not reported by the module"}},
+    .run = exception};
 
 }  // namespace zopctl

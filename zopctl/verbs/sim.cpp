@@ -27,11 +27,13 @@ static std::string prompt_without_echo(const std::string& what) {
   return code;
 }
 
+namespace {
 // A code of 4 to 8 digits, padded with zeros to the 8 bytes that the card takes.
 struct Code {
   uint8_t bytes[ZOP_PIN_SIZE] = {};
   uint32_t length = 0;
 };
+}  // namespace
 
 static Code code_of(const Arguments& arguments, const std::string& option, const char* what) {
   std::string text;
@@ -71,7 +73,7 @@ static Findings outcome(const ModuleLibrary& m, uint32_t refused) {
   return one_section("sim", "SIM", items);
 }
 
-Findings sim_status_verb(const ModuleLibrary& m, const Arguments&) {
+static Findings status(const ModuleLibrary& m, const Arguments&) {
   return one_section("sim", "SIM", card_state(m));
 }
 
@@ -94,26 +96,63 @@ static Findings with_new_pin(const ModuleLibrary& m, const Code& old_code,
   return outcome(m, refused);
 }
 
-Findings sim_verify(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings verify(const ModuleLibrary& m, const Arguments& arguments) {
   return with_pin(m, arguments, m.zop_simcard_verify, "verify");
 }
 
-Findings sim_enable(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings enable(const ModuleLibrary& m, const Arguments& arguments) {
   return with_pin(m, arguments, m.zop_simcard_enable, "enable");
 }
 
-Findings sim_disable(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings disable(const ModuleLibrary& m, const Arguments& arguments) {
   return with_pin(m, arguments, m.zop_simcard_disable, "disable");
 }
 
-Findings sim_change(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings change(const ModuleLibrary& m, const Arguments& arguments) {
   Code old_pin = code_of(arguments, "--pin", "old PIN");
   return with_new_pin(m, old_pin, arguments, m.zop_simcard_change, "change");
 }
 
-Findings sim_unblock(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings unblock(const ModuleLibrary& m, const Arguments& arguments) {
   Code key = code_of(arguments, "--key", "unblocking key");
   return with_new_pin(m, key, arguments, m.zop_simcard_unblock, "unblock");
 }
+
+static const Argument PIN = {.name = "--pin", .help = "the PIN; without it, it is asked for"};
+static const Argument OLD_PIN = {.name = "--pin",
+                                 .help = "the old PIN; without it, it is asked for"};
+static const Argument NEW_PIN = {.name = "--new-pin",
+                                 .help = "the new PIN; without it, it is asked for"};
+static const Argument KEY = {.name = "--key",
+                             .help = "the unblocking key; without it, it is asked for"};
+
+const Verbs SIM_VERBS = {
+    {.noun = "sim", .name = "status", .help = "card, lock and tries left", .run = status},
+    {.noun = "sim",
+     .name = "verify",
+     .help = "give the PIN that the card wants",
+     .arguments = {PIN},
+     .run = verify},
+    {.noun = "sim",
+     .name = "enable",
+     .help = "switch the PIN on",
+     .arguments = {PIN},
+     .run = enable},
+    {.noun = "sim",
+     .name = "disable",
+     .help = "switch the PIN off",
+     .arguments = {PIN},
+     .run = disable},
+    {.noun = "sim",
+     .name = "change",
+     .help = "change the PIN",
+     .arguments = {OLD_PIN, NEW_PIN},
+     .run = change},
+    {.noun = "sim",
+     .name = "unblock",
+     .help = "restore a blocked PIN by the unblocking key",
+     .arguments = {KEY, NEW_PIN},
+     .run = unblock},
+};
 
 }  // namespace zopctl

@@ -174,8 +174,13 @@ static Section network_time(const ModuleLibrary& m) {
   return section;
 }
 
-Findings status_show(const ModuleLibrary& module, const Arguments&) {
+static Findings show(const ModuleLibrary& module, const Arguments&) {
   return {identity(module), sim(module), network(module), radio(module), network_time(module)};
 }
+
+const Verb STATUS = {.name = "status",
+                     .help = "identity, SIM, network, mode, signal and time",
+                     .need = Session::MODULE,
+                     .run = show};
 
 }  // namespace zopctl

@@ -12,10 +12,6 @@
 
 namespace zopctl {
 
-static Findings done(const char* key, const char* title, std::string what) {
-  return one_section(key, title, {shown("done", "Done", true, std::move(what))});
-}
-
 static const std::string& bounded(const Arguments& arguments, const char* name, size_t most) {
   const std::string& text = arguments.text(name);
   if (text.empty() || text.size() > most) {
@@ -24,22 +20,23 @@ static const std::string& bounded(const Arguments& arguments, const char* name, 
   return text;
 }
 
-Findings call_start(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings start_call(const ModuleLibrary& m, const Arguments& arguments) {
   const std::string& number = bounded(arguments, "NUMBER", 32);
   require(m.zop_originate_call_test(0, number.c_str()), "start the call");
-  return done("call", "Call", "calling " + number + "; zopctl call end ends it");
+  return confirmation("call", "Call", "calling " + number + "; zopctl call end ends it");
 }
 
-Findings call_end(const ModuleLibrary& m, const Arguments&) {
+static Findings end_call(const ModuleLibrary& m, const Arguments&) {
   require(m.zop_end_call_test(), "end the call");
-  return done("call", "Call", "ended");
+  return confirmation("call", "Call", "ended");
 }
 
-Findings sms_send(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings send_sms(const ModuleLibrary& m, const Arguments& arguments) {
   const std::string& number = bounded(arguments, "NUMBER", 35);
   const std::string& text = bounded(arguments, "TEXT", 254);
   require(m.zop_send_sms(number.c_str(), text.c_str()), "send the message");
-  return done("sms", "Message", fmt::format("{} characters sent to {}", text.size(), number));
+  return confirmation("sms", "Message",
+                      fmt::format("{} characters sent to {}", text.size(), number));
 }
 
 static tm time_of(const Arguments& arguments) {
@@ -55,7 +52,7 @@ static tm time_of(const Arguments& arguments) {
 }
 
 // 14 bytes: year, month, day, hour, minute, second, weekday, u16 each.
-Findings time_set(const ModuleLibrary& m, const Arguments& arguments) {
+static Findings set_time(const ModuleLibrary& m, const Arguments& arguments) {
   tm t = time_of(arguments);
   const int fields[] = {t.tm_year + 1900, t.tm_mon + 1, t.tm_mday, t.tm_hour,
                         t.tm_min,         t.tm_sec,     t.tm_wday};
@@ -66,7 +63,33 @@ Findings time_set(const ModuleLibrary& m, const Arguments& arguments) {
   }
   uint32_t size = sizeof bytes;
   require(m.zop_set_module_time(bytes, &size), "set the clock");
-  return done("time", "Clock", fmt::format("{:%Y-%m-%d %H:%M:%S}", t));
+  return confirmation("time", "Clock", fmt::format("{:%Y-%m-%d %H:%M:%S}", t));
 }
+
+const Verbs CALL_VERBS = {
+    {.noun = "call",
+     .name = "start",
+     .help = "place a test call",
+     .arguments = {{.name = "NUMBER", .help = "1 to 32 characters"}},
+     .run = start_call},
+    {.noun = "call", .name = "end", .help = "end the test call", .run = end_call},
+};
+const Verbs SMS_VERBS = {
+    {.noun = "sms",
+     .name = "send",
+     .help = "send a message",
+     .arguments = {{.name = "NUMBER", .help = "up to 35 characters"},
+                   {.name = "TEXT", .help = "up to 254 characters"}},
+     .run = send_sms},
+};
+const Verbs TIME_VERBS = {
+    {.noun = "time",
+     .name = "set",
+     .help = "set the modem's clock",
+     .arguments = {{.name = "TIME",
+                    .help = "local time as 2010-07-24T13:02:59; now without it",
+                    .optional = true}},
+     .run = set_time},
+};
 
 }  // namespace zopctl
