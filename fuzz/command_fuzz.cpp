@@ -21,7 +21,7 @@ static void run(const Command& command, const Bytes& wire) {
   out->size = sizeof out->bytes;
   command.run(*out);
   diag_close();
-  require(SIO_USED_LOCK == 0);  // every claim is released
+  require(SIO_USED_LOCK == 0);  // no claim is left
 }
 
 void fuzz(std::span<const uint8_t> input) {

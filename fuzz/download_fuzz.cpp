@@ -19,7 +19,7 @@ class Replies : public FarEnd {
  public:
   explicit Replies(std::span<const uint8_t> data) : data_(data) {}
 
-  // Each piece of the host's counts as a request: a packet, or a lone flag.
+  // Each write of the host counts as a request: a packet, or a lone flag.
   void receive(std::span<const uint8_t>, Time) override {
     receive_buffer = dload_rbuf;
     if (data_.size() < 2) {
@@ -67,7 +67,7 @@ static void dump() {
   mem_dump_process();
   diag_close();
   for (auto& entry : fs::directory_iterator(FOLDER.path())) {
-    if (entry.path().filename() == "images") continue;  // nothing else but the dump is there
+    if (entry.path().filename() == "images") continue;  // anything else must be the dump
     require(entry.path().filename().string().starts_with("dump_"));
     fs::remove_all(entry.path());
   }

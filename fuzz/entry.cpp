@@ -1,5 +1,5 @@
-// Where a fuzzer enters a target; in other builds main runs it once on each file of some folders:
-// faults found before stay fixed, and a corpus counts for the coverage.
+// The entry point of a fuzzer. In other builds main runs the target once on each file of some
+// folders, as a regression test.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
     for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
       std::ifstream file(entry.path(), std::ios::binary);
       std::string bytes(std::istreambuf_iterator<char>(file), {});
-      fuzz(std::vector<uint8_t>(bytes.begin(), bytes.end()));  // a sanitizer watches its end
+      fuzz(std::vector<uint8_t>(bytes.begin(), bytes.end()));  // an exact size, for the sanitizer
       ++count;
     }
   }

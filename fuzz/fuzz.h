@@ -1,4 +1,4 @@
-// What a target gives, and what targets share.
+// The function that each target defines, and helpers for all of them.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-// A target: runs what it decodes on one input.
 void fuzz(std::span<const uint8_t> input);
 
 inline void require(bool holds) {

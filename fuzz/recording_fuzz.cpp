@@ -1,4 +1,4 @@
-// Reads arbitrary files as recordings: the page made of them has no markup but its own.
+// Reads arbitrary files as recordings: their text never becomes markup of the page.
 #include "fuzz/fuzz.h"
 #include "page/page.h"
 #include "records/recording_reader.h"

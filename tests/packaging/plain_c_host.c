@@ -21,7 +21,7 @@
 #include "zop_diag_info.h"
 
 static void* library;
-static const char* modem; /* behind the one device that vurn_open knows; null: there is none */
+static const char* modem; /* stands in for the device of vurn_open; null: no modem */
 static int lines;
 
 #define CALL(name) (__extension__(__typeof__(&name)) dlsym(library, #name))
@@ -47,7 +47,7 @@ static int failed(const char* what) {
   return 1;
 }
 
-/* This host has no platform library: its events are ignored, and that is told once. */
+/* This host has no platform library: events are ignored and one log line says so. */
 static int leave_it_closed(void) {
   if (CALL(vurn_report_event)(NULL) != VURN_OK || lines != 0) return failed("a line unasked");
   CALL(vurn_set_log_mask)(VURN_LOG_ERROR);
@@ -69,7 +69,7 @@ static unsigned threads(void) {
 }
 static unsigned threads_at_start; /* an emulator has some of its own */
 
-/* Waits for so many of the library's; one that was joined leaves the list a moment later. */
+/* Waits: a joined thread leaves the list a moment later. */
 static int threads_become(unsigned expected) {
   for (int look = 0; look < 300 && threads() != threads_at_start + expected; ++look) usleep(10000);
   return threads() == threads_at_start + expected ? 0 : failed("another number of threads");
@@ -81,7 +81,7 @@ static int leave_a_failed_open(void) {
   return threads_become(1);
 }
 
-/* With the listener at work. A child that exits has none of the threads, and leaves the port. */
+/* With the listener running. A child that exits has no threads and must leave the port alone. */
 static int leave_it_open(void) {
   if (CALL(vurn_open)() != VURN_OK || threads_become(2) != 0) return failed("no listener");
   if (fork() == 0) exit(0);
@@ -89,7 +89,7 @@ static int leave_it_open(void) {
   return wait(&status) > 0 && status == 0 ? 0 : failed("a child's exit");
 }
 
-/* Loads the library, leaves it in the middle of something, and finds nothing of it left. */
+/* Loads the library, unloads it while it is busy, and checks that nothing remains. */
 static int unloads(const char* path, int (*leave)(void)) {
   library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
   if (library == NULL) return failed(dlerror());

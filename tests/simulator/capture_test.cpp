@@ -1,4 +1,4 @@
-// Captures as files: what is written is read again, and files that are none, or cut, are told.
+// Capture files: written and read back, truncated, and replayed.
 #include "simulator/line/capture.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ TEST(Capture, is_read_as_it_was_written) {
   }
 }
 
-TEST(Capture, a_cut_costs_the_rest) {
+TEST(Capture, a_truncated_file_gives_the_packets_before_the_cut) {
   Bytes good = written(PACKETS);
   for (size_t size = 0; size < good.size(); ++size) {
     try {
@@ -69,7 +69,7 @@ TEST(Capture, replay_answers_by_bytes_then_by_command_and_refuses_the_rest) {
   EXPECT_THROW(Replay({}, {}), CaptureError);
 }
 
-// The module's threads ask in an order that differs from run to run.
+// The order of requests differs from run to run, because the module has several threads.
 TEST(Capture, replay_answers_each_request_in_its_own_order) {
   Bytes poll = frame(Bytes{0xCF, '=', 0}), query = frame(Bytes{0xCF, 0x20, 0});
   std::vector<CapturedPacket> packets;

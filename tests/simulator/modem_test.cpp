@@ -1,4 +1,4 @@
-// The modem in virtual time: its framing, strictness, faults, secrets in the trace.
+// The modem in virtual time: framing, refused requests, faults, no secrets in the trace.
 #include "simulator/modem.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@ using namespace std::chrono_literals;
 
 class SimulatedModem : public testing::Test {
  protected:
-  // What it sends, in an hour.
+  // All that it sends within an hour.
   Bytes ask(const Bytes& request) {
     modem.receive(frame(request), 0s);
     Bytes wire;
@@ -32,7 +32,7 @@ static Deframer::Verdict take(Deframer& deframer, const Bytes& wire) {
   return verdict;
 }
 
-TEST(SimulatorFrame, drops_what_is_damaged_and_takes_the_next) {
+TEST(SimulatorFrame, drops_damaged_frames) {
   Deframer deframer;
   EXPECT_EQ(take(deframer, {0x7E, 0x7E}), Deframer::PENDING);
   EXPECT_EQ(take(deframer, {0x1D, 0x1C, 0x3A, 0x7E}), Deframer::BAD_CHECK);
@@ -43,15 +43,15 @@ TEST(SimulatorFrame, drops_what_is_damaged_and_takes_the_next) {
   EXPECT_EQ(take(deframer, {0x1D, 0x1C, 0x3B, 0x7E}), Deframer::GOOD);
 }
 
-TEST_F(SimulatedModem, refuses_what_it_does_not_know) {
+TEST_F(SimulatedModem, refuses_unknown_requests) {
   EXPECT_EQ(ask({0x99, 1}), frame(Bytes{BAD_COMMAND, 0x99, 1}));
   EXPECT_EQ(ask({0xCF, 0xFE, 0}), frame(Bytes{BAD_COMMAND, 0xCF, 0xFE, 0}));
   EXPECT_EQ(ask({0xCF, 0x20, 0, 0}), frame(Bytes{BAD_LENGTH, 0xCF, 0x20, 0, 0}));
   EXPECT_EQ(ask({0xCF, 0x20, 1}), frame(Bytes{BAD_PARAMETER, 0xCF, 0x20, 1}));
 }
 
-// 24 July 2010, a Saturday: 13:02:59 UTC, 08:02:59 five hours to the west.
-TEST_F(SimulatedModem, sends_the_time_of_its_network) {
+// Saturday, 24 July 2010, 13:02:59 UTC, in a zone five hours behind.
+TEST_F(SimulatedModem, sends_local_network_time) {
   modem.model().clock.zone = -20;
   EXPECT_EQ(ask({0xCF, 0x14, 0}),
             frame(Bytes{0xCF, 0x14, 0, 0,  0, 0xDA, 7, 7,    0,    24,   0,    8,
@@ -90,7 +90,7 @@ TEST_F(SimulatedModem, faults_damage_the_answer) {
   }
 }
 
-TEST_F(SimulatedModem, faults_strike_where_they_are_told) {
+TEST_F(SimulatedModem, faults_apply_to_their_request_after_skip_and_up_to_count) {
   add_fault("silence:request=rssi,skip=1,count=2");
   EXPECT_FALSE(ask(RSSI).empty());
   EXPECT_FALSE(ask({0x1D}).empty());
@@ -114,7 +114,7 @@ TEST_F(SimulatedModem, faults_by_chance_repeat_with_their_seed) {
   EXPECT_LT(struck, 400);
 }
 
-TEST_F(SimulatedModem, a_hang_up_loses_what_was_on_its_way) {
+TEST_F(SimulatedModem, a_hang_up_drops_queued_output) {
   add_fault("delay=100:count=1");
   add_fault("hang-up=3");
   modem.receive(frame(RSSI), 0s);
@@ -133,7 +133,7 @@ TEST_F(SimulatedModem, pins_never_reach_the_trace) {
   Bytes write(133, 0x37);
   write[0] = 0x27, write[1] = 0x2D, write[2] = 0x41;
   ask(write);
-  verify.push_back(0);  // a length that is refused, with the request in the answer
+  verify.push_back(0);  // a bad length: the refusal repeats the request
   ask(verify);
   ASSERT_GE(lines.size(), 6u);
   for (const std::string& text : lines) {

@@ -30,7 +30,7 @@ class SimulatorProgram : public testing::Test {
 };
 
 TEST_F(SimulatorProgram, answers_on_its_terminal_and_ends_cleanly) {
-  std::filesystem::create_symlink("/dev/pts/none", link);  // left by one that was killed
+  std::filesystem::create_symlink("/dev/pts/none", link);  // left by a killed simulator
   for (int signal : {SIGTERM, SIGINT}) {
     Program program({SIMULATOR, "healthy-wcdma", "--link", link, "--exit-with-parent"});
     EXPECT_EQ(program.line(), link);
@@ -46,11 +46,11 @@ TEST_F(SimulatorProgram, a_hang_up_takes_the_terminal_away) {
   Program program({SIMULATOR, "--link", link, "--fault", "hang-up:request=rssi"});
   program.line();
   EXPECT_TRUE(ask_terminal(link, {0xCF, 0x20, 0}).empty());
-  EXPECT_FALSE(std::filesystem::exists(link));  // where it leads
+  EXPECT_FALSE(std::filesystem::exists(link));  // follows the link
   EXPECT_EQ(program.end(SIGTERM), 0);
 }
 
-TEST_F(SimulatorProgram, bad_usage_is_told_in_one_line) {
+TEST_F(SimulatorProgram, bad_usage_is_reported_in_one_line) {
   std::string taken = folder.write("taken", "somebody else's");
   struct {
     std::vector<std::string> words;

@@ -1,4 +1,4 @@
-// The state file: what outlives a restart, and that a damaged or unwritable one is told.
+// The state file: what survives a restart, and errors that name the file.
 #include "simulator/model/state_file.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ class SimulatorState : public testing::Test {
   std::string path = folder / "state";
 };
 
-TEST_F(SimulatorState, outlives_a_restart) {
+TEST_F(SimulatorState, survives_a_restart) {
   Model before;
   before.sim.pin = "9876";
   before.sim.lock = 3;
@@ -35,8 +35,8 @@ TEST_F(SimulatorState, outlives_a_restart) {
   EXPECT_EQ(after.sim.status, 3);
 }
 
-// A kill in the middle of saving leaves a piece of a new file beside the old one.
-TEST_F(SimulatorState, a_cut_save_leaves_the_old_state) {
+// A process killed while saving leaves an incomplete new file beside the old one.
+TEST_F(SimulatorState, an_interrupted_save_keeps_the_old_state) {
   Model model;
   model.sim.pin = "1111";
   StateFile(path).save(model);
@@ -51,7 +51,7 @@ TEST_F(SimulatorState, a_cut_save_leaves_the_old_state) {
   EXPECT_FALSE(std::filesystem::exists(path + ".new"));
 }
 
-TEST_F(SimulatorState, troubles_are_told_with_the_file) {
+TEST_F(SimulatorState, errors_name_the_file) {
   folder.write("state", "rubbish");
   Model model;
   auto message = [&](const std::string& file, auto action) -> std::string {

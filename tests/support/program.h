@@ -1,4 +1,4 @@
-// Programs that a test runs: by the shell to their end, or side by side with the test.
+// Programs that a test runs: in a shell to their end, or in parallel with the test.
 #pragma once
 
 #include <fcntl.h>
@@ -41,7 +41,7 @@ inline void expect_in_order(const std::string& text, std::initializer_list<std::
   }
 }
 
-// One that runs beside the test, and is ended with it.
+// Runs in parallel with the test; the destructor ends it.
 class Program {
  public:
   explicit Program(std::vector<std::string> words) {

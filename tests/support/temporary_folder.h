@@ -1,4 +1,4 @@
-// A folder of the test's own; it goes with all it holds.
+// A new folder, removed with its content by the destructor.
 #pragma once
 
 #include <unistd.h>

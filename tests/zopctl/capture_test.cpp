@@ -1,5 +1,4 @@
-// Captures of the line: what Wireshark shows of them, what a replayed modem makes of them, and what
-// a redacted one leaves out.
+// Captures of the line: decoded by Wireshark, replayed by the simulated modem, redacted.
 #include "tests/zopctl/run_zopctl.h"
 
 class ZopctlCapture : public testing::Test {
@@ -33,7 +32,7 @@ TEST_F(ZopctlCapture, shows_both_download_protocols) {
                            "amss.mbn", "version_info"}) {
     folder.write(name, "Q71XEB22.001" + std::string(1000, 'x'));
   }
-  // The lost reply costs its time-out of four seconds: a bad one costs nothing.
+  // A reply with a bad check is refused at once; a lost one would take four seconds.
   Outcome run = captured(simulated(fault("bad-crc:request=stream_write,count=1")) +
                          " --sim-speed 200 firmware update " + folder.path());
   EXPECT_EQ(run.exit_code, 0) << run.output;
@@ -49,7 +48,6 @@ TEST_F(ZopctlCapture, shows_both_download_protocols) {
                    "> dmss_read 0x00800000, 1024 bytes", "< memory 0x00800000, 1024 bytes"});
 }
 
-// A fault seen in the field becomes a test: the replayed modem has it too.
 TEST_F(ZopctlCapture, replays_what_the_modem_did) {
   Outcome first =
       captured(simulated("[network]\nname = \"Fieldnet\"\n" + fault("error=66:request=band") +
@@ -63,7 +61,7 @@ TEST_F(ZopctlCapture, replays_what_the_modem_did) {
   EXPECT_EQ(modem.end(SIGTERM), 0);
 }
 
-TEST_F(ZopctlCapture, redacted_keeps_secrets_to_itself) {
+TEST_F(ZopctlCapture, redacted_holds_no_secrets) {
   EXPECT_EQ(captured("--redact --sim status").exit_code, 0);
   std::string shown = decoded("-V");
   for (const char* secret :
@@ -78,7 +76,7 @@ TEST_F(ZopctlCapture, redacted_keeps_secrets_to_itself) {
   EXPECT_TRUE(contains(decoded(), "> pin_verify"));
 }
 
-TEST_F(ZopctlCapture, goes_to_standard_output_alone) {
+TEST_F(ZopctlCapture, is_the_only_thing_on_standard_output) {
   zopctl("--capture - --sim signal 2> " + folder / "text" + " > " + capture + "; true");
   expect_in_order(decoded(), {"> rssi", "< rssi: -75"});
   expect_in_order(folder.read("text"), {"RSSI"});

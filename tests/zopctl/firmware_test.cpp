@@ -1,5 +1,5 @@
-// zopctl firmware and dump against simulated modems: what a person and a program are told, what the
-// modem runs and the disk holds in the end, and what the exit code says of a modem that failed.
+// zopctl firmware and dump against simulated modems: the output for people and for programs, the
+// resulting firmware and files, and the exit code after each failure.
 #include <nlohmann/json.hpp>
 
 #include "tests/zopctl/run_zopctl.h"
@@ -39,7 +39,7 @@ static std::vector<Json> events_of(const std::string& output, const std::string&
   return found;
 }
 
-TEST_F(ZopctlFirmware, info_finds_what_an_image_set_lacks) {
+TEST_F(ZopctlFirmware, info_lists_missing_and_bad_images) {
   std::string info = "firmware info " + folder.path();
   expect_runs({{info, 0, "Q71XEB22.001"}, {info, 0, "By an update       55.1 kB"}});
   folder.write("osbl.mbn", "");
@@ -53,7 +53,7 @@ TEST_F(ZopctlFirmware, info_finds_what_an_image_set_lacks) {
                {update(""), 1, "nothing was touched"}});
 }
 
-TEST_F(ZopctlFirmware, update_leads_to_the_new_version) {
+TEST_F(ZopctlFirmware, update_installs_the_new_version) {
   Outcome run = zopctl(update("[device]\nbackup_value = 0\n"));
   EXPECT_EQ(run.exit_code, 0) << run.output;
   expect_in_order(run.output,
@@ -62,7 +62,7 @@ TEST_F(ZopctlFirmware, update_leads_to_the_new_version) {
                    "restored", "done: the modem runs Q71XEB22.001"});
 }
 
-TEST_F(ZopctlFirmware, update_tells_programs_by_events) {
+TEST_F(ZopctlFirmware, update_reports_events_as_json) {
   std::string same = "[device]\npartition = \"" + std::string(1200, '7') + "\"\n";  // 'w' is 0x77
   Outcome run = zopctl("--json " + update(same) + " --modem-only");
   EXPECT_EQ(run.exit_code, 0) << run.output;
@@ -75,7 +75,7 @@ TEST_F(ZopctlFirmware, update_tells_programs_by_events) {
   EXPECT_EQ(events_of(run.output, "done")[0]["version"], "Q71XEB22.001");
 }
 
-TEST_F(ZopctlFirmware, says_what_the_modem_is_left_with) {
+TEST_F(ZopctlFirmware, failure_reports_the_state_of_the_modem) {
   struct {
     const char* fault;
     int exit_code;
@@ -96,9 +96,9 @@ TEST_F(ZopctlFirmware, says_what_the_modem_is_left_with) {
   EXPECT_EQ(events_of(run.output, "failed")[0]["exit_code"], 1);
 }
 
-// A signal cuts the line while nothing is written yet, and is put off from then on; a terminal that
-// is gone is nothing then.
-TEST_F(ZopctlFirmware, interrupted) {
+// A signal ends the update as long as nothing is written; from then on it is ignored, and so is the
+// loss of the terminal.
+TEST_F(ZopctlFirmware, update_interrupted_by_a_signal) {
   struct {
     const char* slow;
     const char* until;
@@ -124,7 +124,7 @@ TEST_F(ZopctlFirmware, interrupted) {
   }
 }
 
-TEST_F(ZopctlFirmware, second_signal_ends_it_at_once_and_nothing_stays) {
+TEST_F(ZopctlFirmware, second_signal_ends_it_at_once_and_leaves_no_files) {
   Program program = slow_update("delay=200000:request=stream_write");
   program.lines_until("writing the images");
   EXPECT_FALSE(fs::is_empty(scratch));
@@ -134,7 +134,7 @@ TEST_F(ZopctlFirmware, second_signal_ends_it_at_once_and_nothing_stays) {
   EXPECT_TRUE(fs::is_empty(scratch));
 }
 
-TEST_F(ZopctlFirmware, update_goes_on_when_nobody_reads_of_it) {
+TEST_F(ZopctlFirmware, update_continues_when_its_output_is_closed) {
   shell("(" ZOPCTL " --sim --sim-speed 200 firmware update " + folder.path() +
         " < /dev/null; echo $? > " + folder / "code" + ") | head -n 1");
   EXPECT_EQ(folder.read("code"), "0\n");
@@ -154,7 +154,7 @@ TEST_F(ZopctlFirmware, dump_saves_every_region) {
   EXPECT_EQ(events_of(run.output, "progress").back()["percent"], 100);
 }
 
-TEST_F(ZopctlFirmware, dump_incomplete_or_broken_off) {
+TEST_F(ZopctlFirmware, dump_incomplete_or_interrupted) {
   auto dump = [&](const std::string& memory) {
     return simulated("[device]\ncrashed = true\nmemory = [" + memory + "]\n" +
                      fault("hang-up=9:request=dmss_read,skip=2")) +

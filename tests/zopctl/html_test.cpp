@@ -1,4 +1,4 @@
-// zopctl html: what the page shows, and what becomes of bad inputs and outputs.
+// zopctl html: what the page shows, and bad inputs and outputs.
 #include <nlohmann/json.hpp>
 
 #include "tests/zopctl/run_zopctl.h"
@@ -47,7 +47,7 @@ class ZopctlHtml : public testing::Test {
   std::string page = folder / "page.html";
 };
 
-TEST_F(ZopctlHtml, shows_what_was_recorded_and_fetches_nothing) {
+TEST_F(ZopctlHtml, shows_the_recording_and_loads_nothing) {
   std::string report =
       folder.write("report.json", Json({{"modem", {{"IMEI", "004999010640000"}}}}).dump());
   std::string text = page_of(drive(120, HOSTILE) + " " + report);
@@ -72,7 +72,7 @@ TEST_F(ZopctlHtml, shows_what_was_recorded_and_fetches_nothing) {
   }
 }
 
-TEST_F(ZopctlHtml, a_browser_draws_it) {
+TEST_F(ZopctlHtml, is_drawn_by_a_browser) {
   page_of(drive(120, "Testnet"));
   shell(
       "timeout 20 chromium --headless --no-sandbox --disable-gpu --no-first-run --user-data-dir=" +
@@ -118,9 +118,9 @@ TEST_F(ZopctlHtml, bad_inputs) {
   }
 }
 
-TEST_F(ZopctlHtml, a_page_is_whole_or_not_there) {
+TEST_F(ZopctlHtml, is_written_completely_or_not_at_all) {
   std::string input = drive(3, "Testnet");
-  // A limit on the size of files: what was there before stays, and nothing beside it.
+  // With a limit on file sizes the old file stays, and no temporary one.
   std::string limited = "--version; trap '' XFSZ; ulimit -f 8; " ZOPCTL " html " + input + " -o " +
                         folder.write("page.html", "old");
   expect_runs(
@@ -133,16 +133,15 @@ TEST_F(ZopctlHtml, a_page_is_whole_or_not_there) {
   EXPECT_EQ(zopctl("html - -o - < " + input).output, zopctl("html - < " + input).output);
 }
 
-// A day has 86,400 samples; the page must not grow with them, and an outlier must not go.
-TEST_F(ZopctlHtml, a_long_recording_makes_no_large_page) {
+// A day has 86,400 samples: the page must not grow with them, nor lose an outlier.
+TEST_F(ZopctlHtml, a_long_recording_makes_a_small_page) {
   size_t small = page_of(drive(400, "Testnet")).size();
   std::string text = page_of(drive(20'000, "Testnet"));
   EXPECT_LT(text.size(), 3 * small);
   EXPECT_TRUE(contains(text, "L15 980"));  // -119 dBm, on an axis from -70 to -120
 }
 
-// A log has a part for each of its devices; the items find their sections.
-TEST_F(ZopctlHtml, logs_by_device) {
+TEST_F(ZopctlHtml, log_has_a_part_for_each_device) {
   std::string text = page_of(folder.write(
       "log", R"({"host":"dev1","time":"2026-11-21T14:20:05Z","items":{"RSSI":-75,"Exc":"no <b>"}})"
              "\n"

@@ -1,5 +1,4 @@
-// The live view in a real terminal (tmux), and what it leaves behind: the terminal as it was, and a
-// recording that can be read.
+// The live view in a real terminal (tmux): its screen, the terminal restored, and its recording.
 #include <chrono>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -11,8 +10,8 @@
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-// Looks again until it holds; the other side is another process.
-static bool comes(const std::function<bool()>& condition) {
+// Polls, because the condition depends on another process.
+static bool becomes_true(const std::function<bool()>& condition) {
   for (int look = 0; look < 1500; ++look) {
     if (condition()) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -21,7 +20,7 @@ static bool comes(const std::function<bool()>& condition) {
 }
 
 namespace {
-// zopctl in a terminal of its own, with the terminal's settings before and after.
+// zopctl in its own terminal; the terminal's settings are saved before and after it.
 class Terminal {
  public:
   explicit Terminal(const std::string& arguments, const std::string& environment = "") {
@@ -37,7 +36,7 @@ class Terminal {
 
   std::string screen(const std::string& part = "") { return tmux("capture-pane -p " + part); }
   bool shows(const std::string& text) {
-    return comes([&] { return contains(screen(), text); });
+    return becomes_true([&] { return contains(screen(), text); });
   }
   void type(const std::string& keys) { tmux("send-keys " + keys); }
   void resize(int width, int height) {
@@ -45,11 +44,11 @@ class Terminal {
   }
   void signal(int number) { kill(std::stoi(folder.read("pid")), number); }
 
-  // Its exit, once it has ended and left the terminal as it was.
+  // Waits for its end, checks that the terminal is restored, and returns its exit status.
   std::string ends() {
-    if (!comes([&] { return fs::exists(folder / "done"); })) return "never:\n" + screen();
+    if (!becomes_true([&] { return fs::exists(folder / "done"); })) return "never:\n" + screen();
     EXPECT_EQ(settings("after"), settings("before"));
-    EXPECT_TRUE(shows("shell-is-here")) << "the full screen was not left";
+    EXPECT_TRUE(shows("shell-is-here")) << "still in full screen";
     return folder.read("exit");
   }
   const TemporaryFolder folder;
@@ -76,7 +75,7 @@ TEST(Monitor, shows_the_modem_in_a_window_of_any_size_until_a_key_ends_it) {
   terminal.type("p");
   EXPECT_TRUE(terminal.shows("PAUSED"));
   terminal.resize(40, 12);
-  EXPECT_TRUE(comes([&] { return contains(terminal.screen("-S 11"), "q quit"); }));
+  EXPECT_TRUE(becomes_true([&] { return contains(terminal.screen("-S 11"), "q quit"); }));
   terminal.resize(20, 4);
   EXPECT_TRUE(terminal.shows("30x8 at least"));
   terminal.resize(150, 50);
@@ -85,7 +84,7 @@ TEST(Monitor, shows_the_modem_in_a_window_of_any_size_until_a_key_ends_it) {
   EXPECT_EQ(terminal.ends(), "exit=0\n");
 }
 
-TEST(Monitor, gives_the_terminal_back_whatever_ends_it) {
+TEST(Monitor, restores_the_terminal_however_it_ends) {
   struct Row {
     const char* name;
     std::vector<int> signals;
@@ -103,7 +102,7 @@ TEST(Monitor, gives_the_terminal_back_whatever_ends_it) {
   }
 }
 
-TEST(Monitor, outlives_a_modem_that_is_pulled_out_and_records_it) {
+TEST(Monitor, survives_and_records_the_loss_of_the_modem) {
   TemporaryFolder folder;
   std::string link = folder / "modem";
   auto plugged_in = [&](const char* scenario) {
@@ -138,7 +137,7 @@ TEST(Monitor, outlives_a_modem_that_is_pulled_out_and_records_it) {
   EXPECT_NE(std::ranges::find(links, "lost"), links.end());
 }
 
-TEST(Monitor, prints_a_line_a_sample_without_a_terminal_that_it_knows) {
+TEST(Monitor, prints_a_line_a_sample_on_an_unknown_terminal) {
   Terminal unknown("--sim monitor --count 2", "TERM=nobody-makes-this");
   EXPECT_TRUE(unknown.shows("no live view on a terminal of this type"));
   EXPECT_EQ(unknown.ends(), "exit=0\n");
@@ -152,7 +151,7 @@ TEST(Monitor, prints_a_line_a_sample_without_a_terminal_that_it_knows) {
   }
 }
 
-TEST(Monitor, says_when_the_recording_can_not_be_kept) {
+TEST(Monitor, reports_a_recording_that_cannot_be_written) {
   expect_runs({
       {"--sim monitor --count 2 --record /dev/full", 1,
        "the recording /dev/full: No space left on device"},

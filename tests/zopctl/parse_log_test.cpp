@@ -1,5 +1,5 @@
-// zopctl parse-log: every whole report of a log comes out once and right, every broken one is
-// counted, and both are told apart by device.
+// zopctl parse-log: each complete report of a log is printed once and correctly, each incomplete
+// one is counted, whatever the order of the devices' lines.
 #include <nlohmann/json.hpp>
 
 #include "tests/zopctl/run_zopctl.h"
@@ -18,18 +18,18 @@ class ZopctlParseLog : public testing::Test {
   std::string out, errors;
 };
 
-TEST_F(ZopctlParseLog, lines_of_devices_mixed_lost_cut_and_doubled) {
+TEST_F(ZopctlParseLog, lines_interleaved_lost_cut_and_repeated) {
   std::string log;
   for (const char* line : {
-           "one 10,a=1:", "two 10,a=2:", "one 10,a=1:",  // doubled
+           "one 10,a=1:", "two 10,a=2:", "one 10,a=1:",  // repeated
            "two 10,b=2,n=2:", "one 10,b=1,n=2:", "one 10,b=1,n=2:",
-           "two 10,a=",                                     // doubled after the end
+           "two 10,a=",                                     // repeated after the end
            "one 20,a=1:", "two 20,a=2:", "two 20,b=2,n=2",  // lost, cut
-           "two 30,b=4,n=2:", "two 30,a=3:",                // the last one first
+           "two 30,b=4,n=2:", "two 30,a=3:",                // in reverse
        }) {
     log += "Jul  4 13:02:59 " + std::string(line, 3) + " hostd: I zop:diag: t=" + (line + 4) + "\n";
   }
-  log.insert(log.rfind("Jul"), 10'000, '\n');  // a report waits longer
+  log.insert(log.rfind("Jul"), 10'000, '\n');  // fewer than a report waits for
   parse(log);
   std::istringstream reports(out);
   std::string seen;
@@ -62,8 +62,8 @@ TEST_F(ZopctlParseLog, values_and_places) {
                            "2 reports, 1 broken; 6 lines, 0 doubled, 1 without a stamp\n"});
 }
 
-// Without hosts, two devices that report in the same second can't be told apart.
-TEST_F(ZopctlParseLog, two_last_lines_are_no_report) {
+// Without host names, two devices that report in the same second look like one.
+TEST_F(ZopctlParseLog, two_last_lines_make_no_report) {
   parse(
       "I zop:diag: t=4c4ae400,Bars=4,n=3:\n"
       "I zop:diag: t=4c4ae400,Bars=5,n=2:\n");
@@ -92,8 +92,7 @@ TEST_F(ZopctlParseLog, the_host_of_a_header) {
   }
 }
 
-// What the module writes is read back, by way of a pipe.
-TEST_F(ZopctlParseLog, a_report_of_the_module) {
+TEST_F(ZopctlParseLog, reads_what_the_module_writes) {
   Outcome run = zopctl("--sim report --log info 2>&1 > /dev/null | " ZOPCTL " parse-log");
   Json report = Json::parse(run.output.substr(0, run.output.find('\n')));
   EXPECT_EQ(report["items"]["Bars"], 5) << run.output;

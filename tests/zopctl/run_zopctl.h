@@ -20,7 +20,7 @@ inline void expect_runs(std::initializer_list<Run> runs) {
   }
 }
 
-// The option for a modem by a scenario of the test's own.
+// The option that simulates a modem with this scenario.
 inline std::string simulated(const std::string& toml) {
   static const TemporaryFolder folder;
   static int count = 0;

@@ -33,7 +33,7 @@ TEST(Zopctl, status_for_programs) {
   EXPECT_TRUE(json["problems"].empty());
 }
 
-TEST(Zopctl, a_query_that_fails_is_told_and_the_rest_is_shown) {
+TEST(Zopctl, a_failed_query_is_reported_and_the_rest_shown) {
   Outcome run = zopctl(simulated(fault("status:request=iccid") + fault("bad-crc:request=rssi") +
                                  "[clock]\nprovided = \"no\"\n") +
                        " status --json");
@@ -49,7 +49,7 @@ TEST(Zopctl, a_query_that_fails_is_told_and_the_rest_is_shown) {
   EXPECT_EQ(json["problems"][2]["failure"], false);  // a network may not send its time
 }
 
-TEST(Zopctl, says_what_is_wrong) {
+TEST(Zopctl, errors_name_their_cause) {
   expect_runs({
       {"status --device /nowhere/modem", 1, "no modem at /nowhere/modem; is it plugged in"},
       {"status --device /dev/null", 1, "/dev/null is not a serial device"},
@@ -68,7 +68,7 @@ TEST(Zopctl, says_what_is_wrong) {
   });
 }
 
-TEST(Zopctl, refuses_a_device_that_another_process_holds) {
+TEST(Zopctl, refuses_a_device_in_use) {
   Program modem({SIMULATOR});
   std::string path = modem.line();
   int held = open(path.c_str(), O_RDWR | O_NOCTTY);
@@ -79,14 +79,13 @@ TEST(Zopctl, refuses_a_device_that_another_process_holds) {
   expect_runs({{"status --device " + path, 0, "004999010640000"}});
 }
 
-// The modem is closed and its simulator ended however the program is told to end.
 TEST(Zopctl, a_signal_ends_it_while_the_module_waits_for_a_card) {
   std::string modem = simulated("[sim]\nstatus = \"not-ready\"\n");
   for (int signal : {SIGINT, SIGTERM}) {
     Program program({ZOPCTL, modem, "status", "--log", "all"});
     program.lines_until("SIM status=4");
     program.send(signal);
-    program.rest();  // until the simulator has let go of the pipe as well
+    program.rest();  // until the simulator has ended too
     EXPECT_EQ(program.exit_code(), 128 + signal);
   }
 }

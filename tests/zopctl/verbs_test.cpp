@@ -1,5 +1,5 @@
-// The verbs beyond status, each against a simulated modem of its own: what it shows, what it
-// refuses, with which exit code. PINs must stay out of everything that is printed.
+// The other verbs, each against its own simulated modem: output, refusals and exit codes. No PIN
+// may be printed.
 #include "tests/zopctl/run_zopctl.h"
 
 TEST(ZopctlVerbs, show_and_do) {
@@ -46,7 +46,7 @@ TEST(ZopctlVerbs, show_and_do) {
   });
 }
 
-TEST(ZopctlVerbs, tell_why_there_are_no_bars) {
+TEST(ZopctlVerbs, explain_missing_bars) {
   expect_runs({
       {"--sim=limited-service bars", 0, "  Reason  no full service\n"},
       {"--sim=illegal-network-reject bars", 0, "  Reason  not attached to the packet network\n"},
@@ -59,7 +59,7 @@ TEST(ZopctlVerbs, tell_why_there_are_no_bars) {
   });
 }
 
-TEST(ZopctlVerbs, refuse_what_they_can_not_take) {
+TEST(ZopctlVerbs, refuse_bad_arguments) {
   expect_runs({
       {"--sim nv read x", 2, "ITEM is a number from 0 to 65535, not \"x\""},
       {"--sim nv read 1 --length 129", 2, "--length is a number from 1 to 128"},
@@ -79,8 +79,8 @@ TEST(ZopctlVerbs, refuse_what_they_can_not_take) {
   });
 }
 
-// The first look comes at once; a signal ends the wait for the next.
-TEST(ZopctlVerbs, watch_prints_a_line_a_look) {
+// The first sample is printed at once; a signal ends the wait for the next.
+TEST(ZopctlVerbs, watch_prints_a_line_a_sample) {
   Program program({ZOPCTL, "--sim", "bars", "--watch", "3600", "--json"});
   expect_in_order(program.line(), {"{", "\"bars\":5", "}"});
   EXPECT_EQ(program.end(SIGINT), 130);
@@ -111,7 +111,7 @@ TEST(ZopctlVerbs, report_has_numbers_and_waits_for_a_screen) {
   });
 }
 
-TEST(ZopctlVerbs, documents_know_every_verb) {
+TEST(ZopctlVerbs, manual_and_completion_have_the_verbs) {
   expect_runs({
       {"--man", 0, ".B zopctl plmn set\\-user PLMNS\n"},
       {"--man", 0, "Take care: a wrong NV item can make the modem unusable"},
