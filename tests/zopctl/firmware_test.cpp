@@ -121,6 +121,7 @@ TEST_F(ZopctlFirmware, update_interrupted_by_a_signal) {
     output += program.rest();
     EXPECT_EQ(program.exit_code(), row.exit_code) << output;
     EXPECT_TRUE(contains(output, row.text)) << output;
+    EXPECT_EQ(contains(output, "must not"), row.signal == SIGINT && row.exit_code == 0) << output;
   }
 }
 

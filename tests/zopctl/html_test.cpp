@@ -21,7 +21,7 @@ static Json sample(int second, const std::string& network) {
     made["report"] = nullptr;
     return made;
   }
-  made["bars"] = 4;
+  made["bars"] = second % 5;
   Json& report = made["report"];
   report["network"] = {{"Network Name", network}, {"Band", gsm ? "GSM 900" : "WCDMA V 850"}};
   report["state"] = {{"RSSI", second == 30 ? -119 : -75}, {"System Mode", gsm ? "GSM" : "WCDMA"}};
