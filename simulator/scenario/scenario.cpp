@@ -173,8 +173,8 @@ static MemoryRegion region_of(const Place& place, const toml::node& node, size_t
 
 static void add_memory(const Place& place, const toml::node& node, Changes& changes) {
   std::vector<MemoryRegion> regions;
-  size_t left = LARGEST_MEMORY;
-  for (const toml::node& entry : list_of(place, "device.memory", MOST_REGIONS, node)) {
+  size_t left = MAX_MEMORY;
+  for (const toml::node& entry : list_of(place, "device.memory", MAX_REGIONS, node)) {
     regions.push_back(region_of(place, entry, left));
     left -= regions.back().content.size();
   }
@@ -199,7 +199,7 @@ static void add_change(const Place& place, const std::string& key, const toml::n
   } else if (key == "device.memory") {
     add_memory(place, node, changes);
   } else if (key == "device.partition") {
-    Bytes data = bytes_of(place, key, node, LARGEST_PARTITION);
+    Bytes data = bytes_of(place, key, node, MAX_PARTITION);
     changes.push_back([data](Model& model) { model.device.partition = data; });
   } else {
     place.error(node.source(), "unknown setting \"" + key + "\"");

@@ -26,7 +26,7 @@ namespace zopctl {
 
 using Json = nlohmann::ordered_json;
 
-static constexpr unsigned LONGEST_INTERVAL_S = 3600;
+static constexpr unsigned MAX_INTERVAL_S = 3600;
 
 static std::string json_line(const Sample& sample) {
   return as_json(sample).dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
@@ -87,7 +87,7 @@ class Sampling {
   Sampling(const ModuleLibrary& module, const Arguments& arguments, bool log_lines_go_on)
       : sampler_(module, log_lines_go_on) {
     if (arguments.has("--interval")) {
-      interval_s = arguments.number("--interval", 1, LONGEST_INTERVAL_S);
+      interval_s = arguments.number("--interval", 1, MAX_INTERVAL_S);
     }
     if (arguments.has("--count")) {
       left_ = arguments.number("--count", 1, std::numeric_limits<uint32_t>::max());
@@ -213,7 +213,7 @@ bool LiveMonitor::wait_for_news() const {
 
 void LiveMonitor::change_interval(int step) {
   int changed = static_cast<int>(sampling_.interval_s) + step;
-  if (changed >= 1 && changed <= static_cast<int>(LONGEST_INTERVAL_S)) {
+  if (changed >= 1 && changed <= static_cast<int>(MAX_INTERVAL_S)) {
     sampling_.interval_s = static_cast<unsigned>(changed);
   }
 }
