@@ -62,22 +62,24 @@ TEST_F(ZopctlFirmware, info_finds_what_an_image_set_lacks) {
   fs::remove(folder / "version_info");
   Outcome bad = zopctl("firmware info " + folder.string());
   EXPECT_EQ(bad.exit_code, 1);
-  for (const char* text : {"osbl.mbn       -  (empty)", "partition.mbn  -  (larger than 2048",
-                           "amss.mbn       -  (missing)", "no version_info"}) {
+  for (const char* text :
+       {"osbl.mbn       -  (empty)", "partition.mbn  -  (larger than the maximum of 2048",
+        "amss.mbn       -  (missing)", "no version_info"}) {
     EXPECT_TRUE(contains(bad.output, text)) << text << "\n" << bad.output;
   }
   Outcome refused = update("");
   EXPECT_EQ(refused.exit_code, 1);
-  EXPECT_TRUE(contains(refused.output, "nothing was touched")) << refused.output;
+  EXPECT_TRUE(contains(refused.output, "the modem was not touched")) << refused.output;
 }
 
 TEST_F(ZopctlFirmware, update_leads_to_the_new_version) {
   Outcome run = update("[device]\nbackup_value = 0\n");
   EXPECT_EQ(run.exit_code, 0) << run.output;
   size_t at = 0;
-  for (const char* text : {"it runs Q71XEB21.004", "switching it", "loading the programmer",
-                           "erasing", "writing the images", "100 %  amss.mbn 100 %", "backed up",
-                           "rebuilds", "restored", "done: the modem runs Q71XEB22.001"}) {
+  for (const char* text :
+       {"the modem runs Q71XEB21.004", "switching the modem", "loading the programmer", "erasing",
+        "writing the images", "100 %  amss.mbn 100 %", "backed up", "rebuilds", "restored",
+        "done: the modem runs Q71XEB22.001"}) {
     at = run.output.find(text, at);
     ASSERT_NE(at, std::string::npos) << text << "\n" << run.output;
   }
@@ -103,10 +105,10 @@ TEST_F(ZopctlFirmware, failures_say_what_the_modem_is_left_with) {
     const char* text;
   } rows[] = {
       {"hang-up=2:request=dmss_write", 1, "nothing was written"},
-      {"error=19:request=download_mode", 1, "not in its download mode"},
+      {"error=19:request=download_mode", 1, "not in download mode"},
       {"error=19:request=stream_security", 1, "the programmer in the modem's RAM does not answer"},
-      {"error=19:request=stream_partition", 3, "the partition table was not taken"},
-      {"wrong-echo=1:request=stream_open", 3, "writing broke off"},
+      {"error=19:request=stream_partition", 3, "the modem did not accept the partition table"},
+      {"wrong-echo=1:request=stream_open", 3, "writing failed"},
       {"hang-up=2:request=stream_write,skip=5", 3, "until then it has no usable firmware"},
       {"error=19:request=backup_end", 4, "the firmware is written"},
   };
@@ -122,7 +124,7 @@ TEST_F(ZopctlFirmware, failures_say_what_the_modem_is_left_with) {
 TEST_F(ZopctlFirmware, a_modem_left_in_its_boot_rom_is_updated) {
   Outcome run = update("[device]\ncrashed = true\n");
   EXPECT_EQ(run.exit_code, 0) << run.output;
-  EXPECT_TRUE(contains(run.output, "in its download mode already")) << run.output;
+  EXPECT_TRUE(contains(run.output, "already in download mode")) << run.output;
 }
 
 // A signal cuts the line while nothing is written yet, and is put off from then on; a terminal that
@@ -139,8 +141,7 @@ TEST_F(ZopctlFirmware, interrupted) {
        "nothing was written"},
       {"delay=4000:request=dmss_write", "loading the programmer", SIGHUP, 129,
        "nothing was written"},
-      {"delay=4000:request=stream_write", "writing the images", SIGINT, 0,
-       "must not break off now"},
+      {"delay=4000:request=stream_write", "writing the images", SIGINT, 0, "the update continues"},
       {"delay=4000:request=stream_write", "writing the images", SIGHUP, 0, "done: "},
   };
   for (auto& row : rows) {
@@ -167,7 +168,7 @@ TEST_F(ZopctlFirmware, second_signal_ends_it_at_once_and_nothing_stays) {
   while (!line.empty() && !contains(line, "writing the images"));
   EXPECT_FALSE(fs::is_empty(scratch));
   program.end(SIGINT);
-  while (!line.empty() && !contains(line, "must not break off now")) line = program.line();
+  while (!line.empty() && !contains(line, "the update continues")) line = program.line();
   program.end(SIGINT);
   EXPECT_EQ(program.exit_code(), 130);
   EXPECT_TRUE(fs::is_empty(scratch));
@@ -213,7 +214,7 @@ TEST_F(ZopctlFirmware, dump_incomplete_or_broken_off) {
        "/a  2.0 kB\nzopctl: the dump is incomplete, left out: no file name: \"../x\\x1B\""},
       {"[device]\ncrashed = true\nmemory = [{ name = \"a\", length = 9000 }]\n"
        "[[fault]]\nswitch = \"hang-up=9:request=dmss_read,skip=2\"\n",
-       "/a  2.0 kB, incomplete\nzopctl: the dump broke off"},
+       "/a  2.0 kB, incomplete\nzopctl: the dump failed"},
   };
   for (auto& row : rows) {
     fs::path place = new_folder();
