@@ -78,13 +78,13 @@ TEST(Zopctl, says_what_is_wrong_with_the_device) {
       {"status --device /dev/null", "/dev/null is not a serial device", 1},
       {"status --sim --library /nowhere.so", "can't load the module: /nowhere.so", 1},
       {"status --sim=nowhere", "no shipped scenario \"nowhere\"", 2},
-      {"--sim roaming status", "is it a scenario? Write --sim=roaming", 2},
+      {"--sim roaming status", "for a scenario use --sim=roaming", 2},
       {"--sim status > /dev/full", "", 1},
       {"", "A verb is required", 2},
-      {"status --sim --log loud", "\"loud\" is no number and none of all error", 2},
-      {"status --sim --device /dev/null", "a simulated modem has no --device", 2},
-      {"dance", "no verb \"dance\"; zopctl --help shows them", 2},
-      {"--help", "Exit code: 0 good", 0},
+      {"status --sim --log loud", "\"loud\" is neither a number nor one of all error", 2},
+      {"status --sim --device /dev/null", "can't be combined with --device", 2},
+      {"dance", "no verb \"dance\"; zopctl --help lists the verbs", 2},
+      {"--help", "Exit code: 0 success", 0},
   };
   for (auto& row : rows) {
     Outcome run = zopctl(row.arguments);

@@ -28,14 +28,14 @@ TEST(ZopctlVerbs, show_and_do) {
       {"mcc", 0, "  MCC      001\n"},
       {"event wanRing 7", 0, "  Counts  0, 0, 0, 0, 0, 1\n"},
       {"event fileDownloaded", 0, "zop:mccmnc:mcc="},
-      {"call-test start 1", 0, "test 1 is under way"},
+      {"call-test start 1", 0, "test 1 is running"},
       {"call-test stop", 0, "call ended, factory test mode off"},
       {"doctor", 0, "  Stuck signs   ok    no sign of a stuck modem\n"},
       {"report", 0, "Dest IP Address: 10.112.112.112\n"},
-      {"exception 3", 2, "does not report the codes 3 to 7"},
-      {"exception 10", 2, "CODE is a number from 0 to 9"},
+      {"exception 3", 2, "does not report codes 3 to 7"},
+      {"exception 10", 2, "CODE must be a number from 0 to 9"},
       {"cells", 0, "  WCDMA active     100 (-5 dB)\n"},
-      {"sim status", 0, "  PIN             PIN switched off\n"},
+      {"sim status", 0, "  PIN             PIN disabled\n"},
       {"plmn list", 0, "  Operator    001-01 umts, 901-70 umts, 310-410 gsm\n"},
       {"plmn list registered", 0, "  Registered  001-01\n"},
       {"plmn set-user 310-410:gsm,262-01", 0, "  User  310-410 gsm, 262-01 umts\n"},
@@ -47,7 +47,7 @@ TEST(ZopctlVerbs, show_and_do) {
       {"config set-band 48", 0, "band PCS 1900"},
       {"config set-mode 2", 0, "preferred mode 2"},
       {"config set-search-order gsm 43", 0, "search GSM 850 first"},
-      {"config set-search-order gsm 80", 1, "a band of another kind"},
+      {"config set-search-order gsm 80", 1, "a band of the other type"},
       {"config diag-port 1", 0, "diagnostic port 1"},
       {"config factory-test on", 0, "factory test mode on"},
       {"config reset", 0, "the modem restarts"},
@@ -71,12 +71,12 @@ TEST(ZopctlVerbs, tell_why_there_are_no_bars) {
   } rows[] = {
       {"--sim=limited-service bars", 0, "  Reason  no full service\n"},
       {"--sim=illegal-network-reject bars", 0, "  Reason  not attached to the packet network\n"},
-      {"--sim=no-sim doctor", 1, "bad   no card; unknown; 0 tries left; is a card in its slot"},
-      {"--sim=sim-pin-locked doctor", 1, "zopctl sim verify gives the PIN"},
+      {"--sim=no-sim doctor", 1, "bad   no card; unknown; 0 tries left; is a card in the slot"},
+      {"--sim=sim-pin-locked doctor", 1, "enter the PIN with zopctl sim verify"},
       {"--sim=illegal-network-reject doctor", 1, "routing-area update rejected (cause 111)"},
       {"--sim=no-network-time doctor", 0, "look  result 13 (not sent by the network)"},
       {"doctor --device /nowhere/modem", 1, "bad   no modem at /nowhere/modem; is it plugged in"},
-      {"--sim bars --watch 0", 2, "--watch is a number from 1 to 86400"},
+      {"--sim bars --watch 0", 2, "--watch must be a number from 1 to 86400"},
   };
   for (auto& row : rows) {
     Outcome run = zopctl(row.arguments);
@@ -97,20 +97,20 @@ TEST(ZopctlVerbs, watch_prints_a_line_a_look) {
 
 TEST(ZopctlVerbs, refuse_what_they_can_not_take) {
   check({
-      {"nv read x", 2, "ITEM is a number from 0 to 65535, not \"x\""},
-      {"nv read 1 --length 129", 2, "--length is a number from 1 to 128"},
-      {"nv write 1 0g", 2, "DATA is 1 to 128 bytes in hexadecimal"},
+      {"nv read x", 2, "ITEM must be a number from 0 to 65535, not \"x\""},
+      {"nv read 1 --length 129", 2, "--length must be a number from 1 to 128"},
+      {"nv write 1 0g", 2, "DATA must be 1 to 128 bytes in hexadecimal"},
       {"nv write 1", 2, "DATA is required"},
       {"nv", 2, "subcommand is required"},
-      {"config set-band 99", 2, "BAND is a number from 43 to 84"},
+      {"config set-band 99", 2, "BAND must be a number from 43 to 84"},
       {"config set-band 45", 1, "invalid argument"},
       {"config factory-test maybe", 2, "maybe"},
-      {"plmn set-user 31-410", 2, "\"31-410\" is no PLMN"},
+      {"plmn set-user 31-410", 2, "\"31-410\" is not a PLMN"},
       {"plmn list all", 2, "all"},
-      {"sim verify --pin 12", 2, "PIN has 4 to 8 digits"},
-      {"sim verify --pin 12a4", 2, "PIN has 4 to 8 digits"},
-      {"call start 012345678901234567890123456789012", 2, "NUMBER has 1 to 32 characters"},
-      {"time set yesterday", 2, "TIME is written 2010-07-24T13:02:59"},
+      {"sim verify --pin 12", 2, "PIN must have 4 to 8 digits"},
+      {"sim verify --pin 12a4", 2, "PIN must have 4 to 8 digits"},
+      {"call start 012345678901234567890123456789012", 2, "NUMBER must have 1 to 32 characters"},
+      {"time set yesterday", 2, "write TIME as 2010-07-24T13:02:59"},
       {"status now", 2, "now"},
   });
 }
@@ -163,7 +163,7 @@ TEST(ZopctlVerbs, report_waits_for_a_screen) {
 TEST(ZopctlVerbs, documents_know_every_verb) {
   std::string man = zopctl("--man").output;
   EXPECT_TRUE(contains(man, ".B zopctl plmn set\\-user PLMNS\n"));
-  EXPECT_TRUE(contains(man, "Take care: a wrong NV item can make the modem unusable"));
+  EXPECT_TRUE(contains(man, "Caution: a wrong NV item can make the modem unusable"));
   std::string bash = zopctl("--completion bash").output;
   EXPECT_TRUE(contains(bash, "'plmn') words='list set-user' ;;"));
   EXPECT_TRUE(contains(bash, "'plmn list') words=' home user operator forbidden registered' ;;"));

@@ -266,11 +266,12 @@ static Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
 
 const Verb MONITOR = {
     .name = "monitor",
-    .help = "the modem as it lives: signal, cells, state, events",
+    .help = "watch signal, cells, state and events of the modem",
     .need = Session::MODULE,
-    .arguments = {{.name = "--record", .help = "add each sample to FILE, a JSON object a line"},
-                  {.name = "--interval", .help = "look every so many SECONDS, 1 without it"},
-                  {.name = "--count", .help = "end after so many samples"}},
+    .arguments = {{.name = "--record",
+                   .help = "append each sample to this file, one JSON object per line"},
+                  {.name = "--interval", .help = "seconds between samples, default 1"},
+                  {.name = "--count", .help = "end after this many samples"}},
     .run = monitor};
 
 }  // namespace zopctl
