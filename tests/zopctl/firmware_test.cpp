@@ -139,8 +139,6 @@ TEST_F(ZopctlFirmware, interrupted) {
   } rows[] = {
       {"delay=4000:request=dmss_write", "loading the programmer", SIGINT, 130,
        "nothing was written"},
-      {"delay=4000:request=dmss_write", "loading the programmer", SIGHUP, 129,
-       "nothing was written"},
       {"delay=4000:request=stream_write", "writing the images", SIGINT, 0, "the update continues"},
       {"delay=4000:request=stream_write", "writing the images", SIGHUP, 0, "done: "},
   };

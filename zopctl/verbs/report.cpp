@@ -23,7 +23,7 @@ constexpr int FRESH_DATA_S = 15;
 constexpr int REPORTS_OF_AN_EXCEPTION = 5;
 constexpr int EXCEPTION_S = 30;
 
-// The first report switches field-test screens on; the first one comes within two seconds.
+// The first report switches field-test screens on; a screen then arrives within two seconds.
 static std::string fresh_log_string(const ModuleLibrary& m) {
   if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for the modem's field-test data ...\n");
   for (int second = 0; second < FRESH_DATA_S; ++second) {
