@@ -75,7 +75,6 @@ static unsigned mask_of(const std::string& text) {
 }
 
 static void add_options(CLI::App& app, Options& options, std::string& sim, std::string& log) {
-  app.footer(EXAMPLES);
   app.set_version_flag("--version", "zopctl " ZOP_VERSION);
   app.add_flag("--sim{-}", sim, "use a simulated modem; --sim=SCENARIO selects a scenario")
       ->group("Modem");
@@ -181,6 +180,7 @@ std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
       ->group("Setup");
   app.add_flag("--man", man, "print the manual page")->group("Setup");
   add_verbs(app, options.arguments.yes, parsed);
+  app.footer(EXAMPLES);  // last: verbs would inherit it
   try {
     app.parse(argc, argv);
     if (!log.empty()) options.log_mask = mask_of(log);
