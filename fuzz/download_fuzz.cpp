@@ -66,7 +66,7 @@ static const Folder FOLDER;
 static void dump() {
   mem_dump_process();
   diag_close();
-  for (auto& entry : fs::directory_iterator(FOLDER.path())) {
+  for (auto& entry : fs::directory_iterator(FOLDER.path)) {
     if (entry.path().filename() == "images") continue;  // anything else must be the dump
     require(entry.path().filename().string().starts_with("dump_"));
     fs::remove_all(entry.path());
@@ -94,7 +94,7 @@ void fuzz(std::span<const uint8_t> input) {
   Replies modem(input.subspan(1));
   world.far_end = &modem;
   efs_clear = 0;
-  fs::current_path(FOLDER.path());
+  fs::current_path(FOLDER.path);
   if (input[0] % 3 == 0) dump();
   if (input[0] % 3 == 1) download(input[0] / 3);
   if (input[0] % 3 == 2) nv_items();

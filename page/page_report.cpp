@@ -8,8 +8,8 @@
 
 namespace page {
 
-constexpr size_t MOST_EVENT_ROWS = 1000;
-constexpr size_t FEW_EVENT_ROWS = 30;  // shown without unfolding
+constexpr size_t MAX_EVENT_ROWS = 1000;
+constexpr size_t OPEN_EVENT_ROWS = 30;  // shown without unfolding
 
 // ---- cells ----
 
@@ -69,20 +69,20 @@ void write_cells(HtmlWriter& html, const Recording& recording) {
 
 void write_events(HtmlWriter& html, const Recording& recording) {
   const auto& events = recording.events;
-  bool few = events.size() <= FEW_EVENT_ROWS;
+  bool few = events.size() <= OPEN_EVENT_ROWS;
   if (!few) {
     html.open("details").element("summary", {}, fmt::format("{} events", events.size()));
   }
   html.open("table").open("thead").open("tr");
   html.element("th", {{"scope", "col"}}, "Time").element("th", {{"scope", "col"}}, "Event");
   html.close().close().open("tbody");
-  for (size_t i = 0; i < std::min(events.size(), MOST_EVENT_ROWS); ++i) {
+  for (size_t i = 0; i < std::min(events.size(), MAX_EVENT_ROWS); ++i) {
     html.open("tr").element("th", {{"scope", "row"}}, time_text(events[i].time));
     html.element("td", {}, events[i].text).close();
   }
   html.close().close();
-  if (events.size() > MOST_EVENT_ROWS) {
-    html.element("p", {}, fmt::format("and {} more", events.size() - MOST_EVENT_ROWS));
+  if (events.size() > MAX_EVENT_ROWS) {
+    html.element("p", {}, fmt::format("and {} more", events.size() - MAX_EVENT_ROWS));
   }
   if (!few) html.close();
 }

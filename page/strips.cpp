@@ -10,10 +10,10 @@ namespace page {
 
 constexpr int PLAIN_COLOURS = 8;
 constexpr int LEVELS = 6;
-constexpr size_t MOST_CELL_STRIPS = 14;
+constexpr size_t MAX_CELL_STRIPS = 14;
 constexpr size_t EVENT_COLUMNS = 200;
-constexpr size_t MOST_EVENTS_OF_A_MARK = 8;
-constexpr size_t MOST_SHARES = 6;
+constexpr size_t MAX_EVENTS_PER_MARK = 8;
+constexpr size_t MAX_SHARES = 6;
 
 // ---- colours ----
 
@@ -100,14 +100,14 @@ void TimeLine::shares(const std::vector<Span>& spans, const Words& words, TrackI
   for (auto [state, time] : length) order.emplace_back(-time, state);
   std::sort(order.begin(), order.end());
   html_.open("p", {{"class", "shares"}});
-  for (size_t i = 0; i < std::min(order.size(), MOST_SHARES); ++i) {
+  for (size_t i = 0; i < std::min(order.size(), MAX_SHARES); ++i) {
     auto [time, state] = order[i];
     double share = static_cast<double>(-time) / static_cast<double>(std::max<int64_t>(whole, 1));
     html_.element("span", {{"class", "key " + state_style(track, words, state)}},
                   fmt::format("{} {:.0f}\u00A0%", words.word(state), share * 100));
   }
-  if (order.size() > MOST_SHARES) {
-    html_.element("span", {}, fmt::format("and {} more", order.size() - MOST_SHARES));
+  if (order.size() > MAX_SHARES) {
+    html_.element("span", {}, fmt::format("and {} more", order.size() - MAX_SHARES));
   }
   html_.close();
 }
@@ -152,7 +152,7 @@ static std::vector<uint32_t> most_heard(const Recording& recording) {
   std::sort(heard.begin(), heard.end());
   std::vector<uint32_t> cells;
   for (auto [count, cell] : heard) {
-    if (count < 0 && cells.size() < MOST_CELL_STRIPS) cells.push_back(cell);
+    if (count < 0 && cells.size() < MAX_CELL_STRIPS) cells.push_back(cell);
   }
   std::sort(cells.begin(), cells.end());  // in order of appearance
   return cells;
@@ -211,10 +211,10 @@ void TimeLine::events() {
                fmt::format("{} events; the table below has them.", recording_.events.size()));
   for (const auto& [column, events] : marks) {
     std::string text;
-    for (size_t i = 0; i < std::min(events.size(), MOST_EVENTS_OF_A_MARK); ++i) {
+    for (size_t i = 0; i < std::min(events.size(), MAX_EVENTS_PER_MARK); ++i) {
       text += clock_text(events[i]->time) + " " + events[i]->text + "\n";
     }
-    if (events.size() > MOST_EVENTS_OF_A_MARK) text += fmt::format("{} in all", events.size());
+    if (events.size() > MAX_EVENTS_PER_MARK) text += fmt::format("{} in all", events.size());
     std::string x = percent(axis_.share(events[0]->time));
     html_.open("g", {{"class", "event"}}).element("title", {}, text);
     html_.empty("line", {{"x1", x}, {"x2", x}, {"y2", "100%"}});

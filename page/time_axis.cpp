@@ -9,7 +9,7 @@
 namespace page {
 
 constexpr int64_t SECOND = 1000, MINUTE = 60 * SECOND, HOUR = 60 * MINUTE, DAY = 24 * HOUR;
-constexpr int64_t MOST_TICKS = 8;
+constexpr int64_t MAX_TICKS = 8;
 constexpr size_t POINT_COLUMNS = 1500;
 constexpr size_t SPAN_COLUMNS = 600;
 
@@ -35,9 +35,9 @@ static int64_t tick_step(int64_t range) {
       3 * HOUR,   6 * HOUR,   12 * HOUR,   DAY,         2 * DAY,     7 * DAY,     14 * DAY,
       30 * DAY,   90 * DAY,   365 * DAY,   3650 * DAY};
   for (int64_t step : STEPS) {
-    if (range / step <= MOST_TICKS) return step;
+    if (range / step <= MAX_TICKS) return step;
   }
-  return range / MOST_TICKS;
+  return range / MAX_TICKS;
 }
 
 static std::string formatted(const char* format, int64_t time) {

@@ -15,7 +15,7 @@
 namespace records {
 
 constexpr size_t CHUNK = 1 << 20;
-constexpr size_t LONGEST_LINE = 1 << 16;  // a longer one is not of a log
+constexpr size_t MAX_LINE_LENGTH = 1 << 16;  // a longer one is not of a log
 
 LogParser::LogParser(ItemTable items, std::FILE* out, const Callbacks& callbacks)
     : out_(out),
@@ -31,7 +31,7 @@ void LogParser::take_lines(std::string_view text) {
   while (!text.empty()) {
     const void* newline = memchr(text.data(), '\n', text.size());
     if (newline == nullptr) {
-      if (rest_.size() < LONGEST_LINE) rest_ += text;
+      if (rest_.size() < MAX_LINE_LENGTH) rest_ += text;
       return;
     }
     auto length = static_cast<size_t>(static_cast<const char*>(newline) - text.data());

@@ -12,9 +12,9 @@ constexpr std::string_view COUNT = ",n=";
 constexpr uint64_t WINDOW = 50'000;     // log lines for which a report waits for its own
 constexpr uint64_t SWEEP = 10'000;      // log lines between two checks for old reports
 constexpr uint64_t MEMORY = 1'000'000;  // log lines for which a silent device is remembered
-constexpr size_t MOST_PENDING = 4;      // incomplete reports of a device
-constexpr size_t MOST_DONE = 8;         // complete reports of a device that are remembered
-constexpr size_t MOST_LINES = 64;       // of a report
+constexpr size_t MAX_PENDING = 4;       // incomplete reports of a device
+constexpr size_t MAX_COMPLETE = 8;      // complete reports of a device that are remembered
+constexpr size_t MAX_LINES = 64;        // of a report
 
 static bool is_hex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }
 
@@ -86,7 +86,7 @@ LogReports::Pending& LogReports::pending_of(const std::string& host, Device& dev
                                             std::string_view stamp) {
   auto found = std::ranges::find(device.pending, stamp, &Pending::stamp);
   if (found != device.pending.end()) return *found;
-  if (device.pending.size() == MOST_PENDING) {
+  if (device.pending.size() == MAX_PENDING) {
     give_up(host, device.pending.front());
     device.pending.erase(device.pending.begin());
   }
@@ -130,7 +130,7 @@ void LogReports::take(std::string_view host, std::string_view stamp, std::string
   size_t wanted = lines_wanted(pairs);
   auto& lines = pending.report.lines;
   bool last_has_come = pending.report.wanted != 0;
-  if (lines.size() < MOST_LINES) {
+  if (lines.size() < MAX_LINES) {
     // The last line may come before another one.
     lines.emplace(lines.end() - (last_has_come ? 1 : 0), pairs);
     pending.hashes.push_back(hash);
@@ -148,10 +148,10 @@ void LogReports::finish(const std::string& host, Device& device, Pending& pendin
   pending.report.stamp = pending.stamp;
   whole_(pending.report);
   Done done = {std::move(pending.stamp), std::move(pending.hashes)};
-  if (device.done.size() < MOST_DONE) {
+  if (device.done.size() < MAX_COMPLETE) {
     device.done.push_back(std::move(done));
   } else {
-    device.done[device.next_done++ % MOST_DONE] = std::move(done);
+    device.done[device.next_done++ % MAX_COMPLETE] = std::move(done);
   }
   device.pending.erase(device.pending.begin() + (&pending - device.pending.data()));
 }

@@ -14,11 +14,11 @@ namespace records {
 
 constexpr int64_t SILENCE_MS = 5'000;     // a sample may take this long with a silent modem
 constexpr int64_t REOPENING_MS = 30'000;  // and with one that is opened again
-constexpr size_t MOST_WORDS = 4096;       // of one track
-constexpr size_t LONGEST_WORD = 120;
-constexpr size_t MOST_CELLS = 4096;
-constexpr size_t MOST_CELLS_AT_ONCE = 32;  // the modem's lists are no longer
-constexpr size_t MOST_EVENTS = 100'000;
+constexpr size_t MAX_WORDS = 4096;        // of one track
+constexpr size_t MAX_WORD_LENGTH = 120;
+constexpr size_t MAX_CELLS = 4096;
+constexpr size_t MAX_CELLS_PER_SAMPLE = 32;  // the modem's lists are no longer
+constexpr size_t MAX_EVENTS = 100'000;
 
 const std::array<Quantity, SERIES_COUNT> QUANTITIES = {{
     {"RSSI", "dBm", "rssi"},
@@ -97,21 +97,23 @@ uint32_t Words::number(const std::string& word) {
   if (word.empty()) return 0;
   auto found = numbers_.find(word);
   if (found != numbers_.end()) return found->second;
-  if (words_.size() >= MOST_WORDS) return static_cast<uint32_t>(MOST_WORDS - 1);
-  words_.push_back(words_.size() + 1 == MOST_WORDS ? "others" : word);
+  if (words_.size() >= MAX_WORDS) return static_cast<uint32_t>(MAX_WORDS - 1);
+  words_.push_back(words_.size() + 1 == MAX_WORDS ? "others" : word);
   auto number = static_cast<uint32_t>(words_.size() - 1);
   numbers_[word] = number;
   return number;
 }
 
-static std::string state_word(const Json& value) { return shortened(text_of(value), LONGEST_WORD); }
+static std::string state_word(const Json& value) {
+  return shortened(text_of(value), MAX_WORD_LENGTH);
+}
 
 void Recording::add_cell(Moment& moment, const Cell& cell) {
   CellId id = {cell.is_gsm(), cell.code, cell.bsic};
   auto found = std::find(cells.begin(), cells.end(), id);
   auto index = static_cast<uint32_t>(found - cells.begin());
   if (found == cells.end()) {
-    if (cells.size() >= MOST_CELLS) return;
+    if (cells.size() >= MAX_CELLS) return;
     cells.push_back(id);
   }
   int least = id.gsm ? -140 : -32;
@@ -120,7 +122,7 @@ void Recording::add_cell(Moment& moment, const Cell& cell) {
 
 void Recording::take_cells(Moment& moment, const Json& report) {
   for (const Cell& cell : cells_of(report)) {
-    if (moment.cells.size() < MOST_CELLS_AT_ONCE) add_cell(moment, cell);
+    if (moment.cells.size() < MAX_CELLS_PER_SAMPLE) add_cell(moment, cell);
   }
 }
 
@@ -144,7 +146,7 @@ void Recording::take_report(Moment& moment, const Json& report) {
 void Recording::add_events(int64_t time, const Json& list) {
   if (!list.is_array()) return;
   for (const Json& event : list) {
-    if (events.size() < MOST_EVENTS) events.push_back({time, state_word(event)});
+    if (events.size() < MAX_EVENTS) events.push_back({time, state_word(event)});
   }
 }
 

@@ -181,21 +181,21 @@ void Modem::put(Output output) {
 }
 
 void Modem::advance(Time now) {
-  while (next_happening_ < timeline_.size() && timeline_[next_happening_].at <= now) {
-    const Happening& happening = timeline_[next_happening_++];
-    for (auto& change : happening.changes) change(model_);
-    if (happening.line == Happening::HANGS_UP) put({happening.at, Output::HANGS_UP, {}});
-    if (happening.line == Happening::COMES_BACK) put({happening.at, Output::COMES_BACK, {}});
-    trace(trace_note(happening.at,
-                     "scenario: " + std::to_string(happening.changes.size()) + " settings change"));
+  while (next_entry_ < timeline_.size() && timeline_[next_entry_].at <= now) {
+    const TimelineEntry& entry = timeline_[next_entry_++];
+    for (auto& change : entry.changes) change(model_);
+    if (entry.line == TimelineEntry::HANGS_UP) put({entry.at, Output::HANGS_UP, {}});
+    if (entry.line == TimelineEntry::COMES_BACK) put({entry.at, Output::COMES_BACK, {}});
+    trace(trace_note(entry.at,
+                     "scenario: " + std::to_string(entry.changes.size()) + " settings change"));
   }
 }
 
 std::optional<Time> Modem::next_due() const {
   std::optional<Time> due;
   if (!output_.empty()) due = output_.front().at;
-  if (next_happening_ < timeline_.size()) {
-    Time next = timeline_[next_happening_].at;
+  if (next_entry_ < timeline_.size()) {
+    Time next = timeline_[next_entry_].at;
     due = due ? std::min(*due, next) : next;
   }
   return due;

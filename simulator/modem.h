@@ -57,8 +57,8 @@ class Modem {
   }
 
   Model model_;
-  std::vector<Happening> timeline_;
-  size_t next_happening_ = 0;
+  std::vector<TimelineEntry> timeline_;
+  size_t next_entry_ = 0;
   Faults faults_;
   Trace trace_;
   Deframer deframer_;

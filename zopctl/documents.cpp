@@ -1,4 +1,4 @@
-// Documents from the table of verbs: what --help shows can't differ from what they say.
+// Made from the table of verbs, so that they can't differ from --help.
 #include "zopctl/documents.h"
 
 #include <fmt/format.h>
@@ -19,17 +19,16 @@ struct GlobalOption {
 }  // namespace
 
 static const GlobalOption GLOBAL_OPTIONS[] = {
-    {"--sim", nullptr, "use a simulated modem; --sim=SCENARIO sets its scenario"},
-    {"--sim-speed", "N", "let its clock, and all waiting for it, run N times faster"},
+    {"--sim", nullptr, "use a simulated modem; --sim=SCENARIO selects a scenario"},
+    {"--sim-speed", "N", "run the simulated modem's clock, and all waits, N times faster"},
     {"--device", "PATH", "serial device of the modem's DIAG port"},
-    {"--library", "PATH", "the module to load"},
-    {"--capture", "FILE",
-     "record every frame on the line into a pcapng file; - is standard output"},
-    {"--redact", nullptr, "blank PINs, identities, numbers, messages and memory in it"},
-    {"--json", nullptr, "print JSON, for programs"},
-    {"--log", "MASK", "show the module's log lines: a mask, or names with commas"},
-    {"--help", nullptr, "help, of a verb as well"},
-    {"--version", nullptr, "version"},
+    {"--library", "PATH", "module to load"},
+    {"--capture", "FILE", "record every frame on the line to a pcapng file; - is standard output"},
+    {"--redact", nullptr, "blank PINs, identities, numbers, messages and memory in the capture"},
+    {"--json", nullptr, "print JSON"},
+    {"--log", "MASK", "show the module's log lines; MASK is a number or comma-separated names"},
+    {"--help", nullptr, "print help; also after a verb"},
+    {"--version", nullptr, "print the version"},
 };
 
 static std::string usage(const Verb& verb) {
@@ -47,7 +46,7 @@ static std::string usage(const Verb& verb) {
 static void man_verb(const Verb& verb) {
   fmt::print(".TP\n.B zopctl {}\n{}.", troff(usage(verb)), troff(verb.help));
   if (verb.danger != nullptr)
-    fmt::print(" Take care: {}; on a terminal it wants \\-\\-yes.", troff(verb.danger));
+    fmt::print(" Caution: {}. On a terminal it requires \\-\\-yes.", troff(verb.danger));
   fmt::print("\n");
   for (const Argument& argument : verb.arguments) {
     std::string choices;
@@ -58,12 +57,13 @@ static void man_verb(const Verb& verb) {
 }
 
 void print_man_page() {
-  fmt::print(".TH ZOPCTL 1 \"\" \"zopctl " ZOP_VERSION
-             "\"\n.SH NAME\n"
-             "zopctl \\- look after a 3G modem through its module\n.SH SYNOPSIS\n"
-             ".B zopctl\n[options] VERB | NOUN VERB [arguments]\n.SH DESCRIPTION\n"
-             "zopctl loads libzop_module.so.0 as a host does, opens the modem and does one thing "
-             "with it. Tables are for people, JSON is for programs.\n.SH OPTIONS\n");
+  fmt::print(
+      ".TH ZOPCTL 1 \"\" \"zopctl " ZOP_VERSION
+      "\"\n.SH NAME\n"
+      "zopctl \\- check and control a 3G modem through its module\n.SH SYNOPSIS\n"
+      ".B zopctl\n[options] VERB | NOUN VERB [arguments]\n.SH DESCRIPTION\n"
+      "zopctl loads libzop_module.so.0 as a host does, opens the modem, runs one command and "
+      "prints the result as a table, or as JSON for programs.\n.SH OPTIONS\n");
   for (const GlobalOption& option : GLOBAL_OPTIONS) {
     fmt::print(".TP\n.B {}{}\n{}.\n", troff(option.name),
                option.value == nullptr ? "" : std::string(" ") + option.value, troff(option.help));
@@ -71,8 +71,8 @@ void print_man_page() {
   fmt::print(".SH VERBS\n");
   for (const Verb& verb : verbs()) man_verb(verb);
   fmt::print(
-      ".SH EXIT STATUS\n0 good, 1 the modem or the module failed, 2 bad usage; of firmware "
-      "update also 3 writing broke off, update again, 4 written, but the first start failed.\n");
+      ".SH EXIT STATUS\n0 success, 1 the modem or the module failed, 2 bad usage. firmware update "
+      "also has 3 writing failed, update again, and 4 written, but the first start failed.\n");
 }
 
 static std::string words_after(const std::string& noun) {
@@ -97,7 +97,7 @@ static std::string options_and_choices(const Verb& verb) {
   return words;
 }
 
-// The cases of the completion: the verb so far, and the words that may follow.
+// The cases of the completion: the words so far, and what may follow them.
 static void print_cases() {
   fmt::print("    '') words='{}' ;;\n", words_after(""));
   for (const Noun& noun : nouns()) {
@@ -128,7 +128,7 @@ static void print_bash() {
       global_words());
 }
 
-// zsh runs the same function by its emulation of bash completion.
+// zsh runs the same function in its emulation of bash completion.
 static void print_zsh() {
   fmt::print("#compdef zopctl\nautoload -U +X bashcompinit && bashcompinit\n");
   print_bash();

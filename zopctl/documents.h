@@ -1,4 +1,4 @@
-// The manual page and the shell completions, made from the table of verbs.
+// The manual page and the shell completions, generated from the table of verbs.
 #pragma once
 
 #include <string>

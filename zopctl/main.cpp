@@ -14,7 +14,7 @@ using namespace zopctl;
 
 static int show(const Options& options, const Findings& findings) {
   if (findings.empty()) {
-    // it has printed by itself
+    // the verb has printed its own output
   } else if (options.json) {
     print_json(findings);
   } else {
@@ -24,10 +24,10 @@ static int show(const Options& options, const Findings& findings) {
   return any_failed(findings) ? 1 : 0;
 }
 
-// What can break a device is not done by a slip of the fingers: a person says --yes.
+// A typing mistake must not break a device: a person confirms with --yes.
 static void require_yes(const Verb& verb, const Arguments& arguments) {
   if (verb.danger == nullptr || arguments.yes || isatty(STDIN_FILENO) == 0) return;
-  throw UsageError(std::string(verb.danger) + "; say --yes to do it");
+  throw UsageError(std::string(verb.danger) + "; confirm with --yes");
 }
 
 static int run(const Options& options) {
@@ -37,7 +37,7 @@ static int run(const Options& options) {
   return show(options, options.verb->run(session.module(), options.arguments));
 }
 
-// A stream that is closed would be taken by the modem's device, and be written to.
+// Otherwise the modem's device could get the descriptor of a closed stream, and our output.
 static void fill_standard_streams() {
   int fd;
   do fd = open("/dev/null", O_RDWR);

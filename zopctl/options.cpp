@@ -1,4 +1,4 @@
-// Arguments by CLI11, which stays in this one source: it compiles slowly.
+// Parses arguments with CLI11, which only this source includes: it compiles slowly.
 #include "zopctl/options.h"
 
 #include <CLI/CLI.hpp>
@@ -12,27 +12,27 @@ namespace zopctl {
 
 static const char EXAMPLES[] = R"(
 Examples:
-  zopctl status                      what the modem on the device is and does
-  zopctl status --json               the same for a program
-  zopctl --sim status                against a simulated modem
-  zopctl --sim=roaming status        against a simulated modem in a scenario
-  zopctl status --log error,general  with the module's own log lines
-  zopctl doctor                      what is wrong, and what to try
-  zopctl report --wait               the diagnostic report, with fresh data of the modem
-  zopctl monitor                     the modem as it lives, until q is pressed
-  zopctl sim verify                  asks for the PIN and gives it to the card
+  zopctl status                      identity, network and signal of the modem
+  zopctl status --json               the same as JSON
+  zopctl --sim status                status of a simulated modem
+  zopctl --sim=roaming status        status of a simulated modem that is roaming
+  zopctl status --log error,general  also print the module's log lines
+  zopctl doctor                      find out what is wrong and what to try
+  zopctl report --wait               the diagnostic report, with fresh data from the modem
+  zopctl monitor                     watch the modem, q quits
+  zopctl sim verify                  ask for the PIN and send it to the card
   zopctl plmn list operator --json   one list of the SIM
-  zopctl firmware info ./images      what is in an image set, and what is wrong with it
+  zopctl firmware info ./images      check an image set
   zopctl firmware update ./images    write it to the modem
   zopctl dump -o /tmp                save the memory of a modem that has crashed
-  zopctl parse-log *.log             the reports in logs of many devices
-  zopctl html drive.jsonl -o p.html  a page to read of reports and recordings
+  zopctl parse-log *.log             extract the reports from logs of many devices
+  zopctl html drive.jsonl -o p.html  make a page of reports and recordings
 
-  zopctl --capture - status | wireshark -k -i -   watch the line
+  zopctl --capture - status | wireshark -k -i -   watch the traffic
 
---sim, --device, --library, --json, --log and --capture may stand before or after the verb.
-Exit code: 0 good, 1 the modem or the module failed, 2 bad usage; of firmware update also
-3 writing broke off, update again, 4 written, but the first start failed.)";
+--sim, --device, --library, --json, --log and --capture may come before or after the verb.
+Exit code: 0 success, 1 the modem or the module failed, 2 bad usage. firmware update also has
+3 writing failed, update again, and 4 written, but the first start failed.)";
 
 namespace {
 struct MaskName {
@@ -63,7 +63,7 @@ static unsigned mask_of_word(const std::string& word) {
   if (used == 0 || used != word.size() || bits > 0xFFFFFFFF) {
     std::string known;
     for (const MaskName& row : MASK_NAMES) known += std::string(" ") + row.name;
-    throw CLI::ValidationError("--log", "\"" + word + "\" is no number and none of" + known);
+    throw CLI::ValidationError("--log", "\"" + word + "\" is neither a number nor one of" + known);
   }
   return static_cast<unsigned>(bits);
 }
@@ -75,32 +75,30 @@ static unsigned mask_of(const std::string& text) {
 }
 
 static void add_options(CLI::App& app, Options& options, std::string& sim, std::string& log) {
-  app.footer(EXAMPLES);
   app.set_version_flag("--version", "zopctl " ZOP_VERSION);
-  app.add_flag("--sim{-}", sim, "use a simulated modem; --sim=SCENARIO sets its scenario")
+  app.add_flag("--sim{-}", sim, "use a simulated modem; --sim=SCENARIO selects a scenario")
       ->group("Modem");
-  app.add_option(
-         "--sim-speed", options.sim_speed,
-         "let the simulated modem's clock, and all waiting for it, run so many times faster")
+  app.add_option("--sim-speed", options.sim_speed,
+                 "run the simulated modem's clock, and all waits, this many times faster")
       ->check(CLI::Range(0.01, 1000.0))
       ->group("Modem");
   app.add_option("--device", options.device,
-                 std::string("serial device of the modem's DIAG port, instead of ") + MODULE_DEVICE)
+                 std::string("serial device of the modem's DIAG port, default ") + MODULE_DEVICE)
       ->group("Modem");
-  app.add_option("--library", options.library, "the module to load")->group("Modem");
+  app.add_option("--library", options.library, "module to load")->group("Modem");
   app.add_option("--capture", options.capture,
-                 "record every frame on the line into this pcapng file; - is standard output")
+                 "record every frame on the line to this pcapng file; - is standard output")
       ->group("Output");
   app.add_flag("--redact", options.redact,
-               "blank PINs, identities, numbers, messages and memory in it")
+               "blank PINs, identities, numbers, messages and memory in the capture")
       ->group("Output");
-  app.add_flag("--json", options.json, "print JSON, for programs")->group("Output");
-  app.add_option("--log", log, "show the module's log lines: a mask, or names with commas")
+  app.add_flag("--json", options.json, "print JSON")->group("Output");
+  app.add_option("--log", log, "show the module's log lines: a mask or comma-separated names")
       ->group("Output");
 }
 
 namespace {
-// Where CLI11 leaves the words of one argument.
+// Where CLI11 stores the words of one argument.
 struct Slot {
   std::string name;
   std::string word;
@@ -139,8 +137,8 @@ static void add_verb(CLI::App& parent, const Verb& verb, bool& yes, std::list<Pa
   Parsed& parsed = all.emplace_back(Parsed{&verb, app, {}});
   for (const Argument& argument : verb.arguments) add_argument(*app, argument, parsed);
   if (verb.danger == nullptr) return;
-  app->footer(std::string("Take care: ") + verb.danger + ". On a terminal it wants --yes.");
-  app->add_flag("--yes", yes, "do it");
+  app->footer(std::string("Caution: ") + verb.danger + ". On a terminal it requires --yes.");
+  app->add_flag("--yes", yes, "confirm");
 }
 
 static void add_verbs(CLI::App& app, bool& yes, std::list<Parsed>& all) {
@@ -175,18 +173,19 @@ std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
   std::string sim, log, completion;
   bool man = false;
   std::list<Parsed> parsed;
-  CLI::App app{"zopctl looks after a 3G modem through its module, as a host does."};
+  CLI::App app{"zopctl checks and controls a 3G modem through its module, as a host does."};
   add_options(app, options, sim, log);
-  app.add_option("--completion", completion, "print the completion of a shell, bash or zsh")
+  app.add_option("--completion", completion, "print the completion script of a shell")
       ->check(CLI::IsMember({"bash", "zsh"}))
-      ->group("Setting up");
-  app.add_flag("--man", man, "print the manual page")->group("Setting up");
+      ->group("Setup");
+  app.add_flag("--man", man, "print the manual page")->group("Setup");
   add_verbs(app, options.arguments.yes, parsed);
+  app.footer(EXAMPLES);  // last: verbs would inherit it
   try {
     app.parse(argc, argv);
     if (!log.empty()) options.log_mask = mask_of(log);
     if (!sim.empty() && !options.device.empty()) {
-      throw CLI::ValidationError("--sim", "a simulated modem has no --device");
+      throw CLI::ValidationError("--sim", "can't be combined with --device");
     }
     bool printed = man || !completion.empty();
     if (!completion.empty()) print_completion(completion);
@@ -197,12 +196,12 @@ std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
     exit_code = 2;
     std::string word = app.remaining(true).front();
     if (sim == "-" && !word.starts_with("-")) {  // --sim without a name
-      fprintf(stderr, "zopctl: no verb \"%s\"; is it a scenario? Write --sim=%s\n", word.c_str(),
+      fprintf(stderr, "zopctl: no verb \"%s\"; for a scenario use --sim=%s\n", word.c_str(),
               word.c_str());
       return std::nullopt;
     }
     if (!app.get_subcommands().empty()) return app.exit(error), std::nullopt;
-    fprintf(stderr, "zopctl: no verb \"%s\"; zopctl --help shows them\n", word.c_str());
+    fprintf(stderr, "zopctl: no verb \"%s\"; zopctl --help lists the verbs\n", word.c_str());
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     exit_code = app.exit(error) == 0 ? 0 : 2;

@@ -1,4 +1,4 @@
-// The order in which --help and the manual page show the verbs.
+// In the order of --help and the manual page.
 #include "zopctl/verb_table.h"
 
 #include "zopctl/firmware/firmware.h"
@@ -11,15 +11,15 @@ const std::vector<Noun>& nouns() {
   static const std::vector<Noun> list = {
       {"sim", "the SIM card and its PIN"},
       {"plmn", "the PLMN lists of the SIM"},
-      {"nv", "NV items, the modem's own memory"},
+      {"nv", "NV items, the modem's non-volatile settings"},
       {"config", "band, modes, reset, factory test"},
-      {"firmware", "image sets, and their way into the modem"},
+      {"firmware", "check image sets and write them to the modem"},
       {"profile", "packet data (PDP) profiles"},
       {"errlog", "the modem's error log"},
       {"call", "test calls"},
-      {"call-test", "the factory's call test"},
-      {"event", "events of the host's platform"},
-      {"sms", "messages"},
+      {"call-test", "the factory call test"},
+      {"event", "events of the host platform"},
+      {"sms", "text messages"},
       {"time", "the modem's clock"},
   };
   return list;

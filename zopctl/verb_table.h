@@ -1,4 +1,4 @@
-// Every verb of zopctl. One table serves the command line, --help, the completion and the man page.
+// All verbs. The command line, --help, completion and manual page share this table.
 #pragma once
 
 #include "zopctl/host/verb.h"

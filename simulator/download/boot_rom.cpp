@@ -10,8 +10,8 @@ enum : uint8_t { ACK = 0x02, NAK = 0x03, PARAMETERS = 0x08, REGIONS = 0x11, MEMO
 namespace {
 enum Reason : uint8_t { BAD_ADDRESS = 2, BAD_LENGTH = 3, TOO_LARGE = 5, BAD_COMMAND = 6 };
 }  // namespace
-constexpr size_t LARGEST_WRITE = 1017;
-constexpr uint32_t LARGEST_READ = 1024;
+constexpr size_t MAX_WRITE = 1017;
+constexpr uint32_t MAX_READ = 1024;
 
 static void put16(Bytes& out, uint32_t value) {
   out.push_back(static_cast<uint8_t>(value >> 8));
@@ -38,7 +38,7 @@ static Bytes nak(Reason reason) { return {NAK, 0, reason}; }
 Bytes BootRom::write(View packet) {
   if (packet.size() < 7 || packet.size() - 7 != get16(packet, 5)) return nak(BAD_LENGTH);
   View data = packet.subspan(7);
-  if (data.empty() || data.size() > LARGEST_WRITE) return nak(TOO_LARGE);
+  if (data.empty() || data.size() > MAX_WRITE) return nak(TOO_LARGE);
   uint32_t offset = get32(packet, 1) - RAM_ADDRESS;
   if (offset > ram.size()) return nak(BAD_ADDRESS);
   ram.resize(std::max<size_t>(ram.size(), offset + data.size()));
@@ -67,7 +67,7 @@ Bytes BootRom::read(View packet) const {
   if (packet.size() != 7) return nak(BAD_LENGTH);
   uint32_t address = get32(packet, 1);
   uint32_t length = get16(packet, 5);
-  if (length == 0 || length > LARGEST_READ) return nak(TOO_LARGE);
+  if (length == 0 || length > MAX_READ) return nak(TOO_LARGE);
   for (const MemoryRegion& region : regions) {
     uint64_t offset = uint64_t{address} - region.base;
     if (address < region.base || offset + length > region.content.size()) continue;

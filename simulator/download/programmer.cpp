@@ -10,7 +10,7 @@ namespace sim {
 enum : uint8_t { HELLO = 0x02, WRITTEN = 0x08, ERROR = 0x0D, CLOSED = 0x16, SECURITY = 0x18 };
 enum : uint8_t { PARTITION = 0x1A, OPENED = 0x1C };
 enum : uint8_t { ACCEPTED = 0, DIFFERS = 1, REFUSED = 2 };
-constexpr size_t LARGEST_WRITE = 2048;
+constexpr size_t MAX_WRITE = 2048;
 
 static Bytes error(uint8_t code) { return {ERROR, code, 0, 0, 0}; }
 
@@ -51,7 +51,7 @@ Bytes Programmer::open(View packet) {
 }
 
 Bytes Programmer::write(View packet) {
-  if (open_ < 0 || packet.size() <= 5 || packet.size() - 5 > LARGEST_WRITE) return error(4);
+  if (open_ < 0 || packet.size() <= 5 || packet.size() - 5 > MAX_WRITE) return error(4);
   Bytes& image = images[open_];
   uint32_t address = packet[1] | static_cast<uint32_t>(packet[2]) << 8 |
                      static_cast<uint32_t>(packet[3]) << 16 |

@@ -8,7 +8,7 @@ namespace sim {
 constexpr uint8_t FLAG = 0x7E;
 constexpr uint8_t ESCAPE = 0x7D;
 constexpr uint8_t ESCAPE_BIT = 0x20;
-constexpr size_t LONGEST_FRAME = 8192;
+constexpr size_t MAX_FRAME = 8192;
 
 static uint16_t crc_of(View bytes) {
   boost::crc_optimal<16, 0x1021, 0xFFFF, 0xFFFF, true, true> crc;
@@ -38,7 +38,7 @@ Bytes frame(View payload) {
 
 Deframer::Verdict Deframer::take(uint8_t byte) {
   if (byte == FLAG) return close();
-  if (raw_.size() > LONGEST_FRAME) return PENDING;
+  if (raw_.size() > MAX_FRAME) return PENDING;
   if (byte == ESCAPE) {
     escaped_ = true;
     return PENDING;
@@ -54,7 +54,7 @@ Deframer::Verdict Deframer::close() {
   bool cut = escaped_;
   escaped_ = false;
   if (raw.empty() && !cut) return PENDING;
-  if (raw.size() > LONGEST_FRAME) return TOO_LONG;
+  if (raw.size() > MAX_FRAME) return TOO_LONG;
   if (cut || raw.size() < 3) return BAD_CHECK;
   size_t size = raw.size() - 2;
   if (crc_of({raw.data(), size}) != (raw[size] | raw[size + 1] << 8)) return BAD_CHECK;

@@ -7,45 +7,45 @@
 
 namespace sim {
 
-constexpr size_t MOST_CELLS = 32;
-constexpr size_t MOST_SHOWN_CELLS = 31;  // an empty entry ends the screen's list
-constexpr size_t MOST_BEST = 6;
+constexpr size_t MAX_CELLS = 32;
+constexpr size_t MAX_SHOWN_CELLS = 31;  // an empty entry ends the screen's list
+constexpr size_t MAX_BEST = 6;
 
 void cell_set(const Incoming& in, Answer& a, int set) {
   std::vector<WcdmaCell> cells;
   std::ranges::copy_if(in.model.radio.cells, std::back_inserter(cells),
                        [&](const WcdmaCell& cell) { return cell.set == set; });
-  cells.resize(std::min(MOST_CELLS, cells.size()));
+  cells.resize(std::min(MAX_CELLS, cells.size()));
   a.u8(static_cast<int>(cells.size()));
   for (const WcdmaCell& cell : cells) a.u16(cell.code).u16(cell.ecio);
 }
 
 void neighbors(const Radio& radio, Answer& a) {
-  size_t count = std::min(MOST_CELLS, radio.neighbors.size());
+  size_t count = std::min(MAX_CELLS, radio.neighbors.size());
   a.u32(static_cast<int64_t>(count));
   for (size_t i = 0; i < count; ++i) {
     a.u16(radio.neighbors[i].rssi).u16(radio.neighbors[i].arfcn).u8(radio.neighbors[i].bsic);
   }
-  a.zeros((MOST_CELLS - count) * 5);
+  a.zeros((MAX_CELLS - count) * 5);
 }
 
 void best_six(const Radio& radio, Answer& a) {
-  size_t count = std::min(MOST_BEST, radio.best.size());
+  size_t count = std::min(MAX_BEST, radio.best.size());
   a.u32(static_cast<int64_t>(count));
   for (size_t i = 0; i < count; ++i) {
     const GsmBestCell& cell = radio.best[i];
     a.u8(cell.first).u8(cell.second).u8(0).u32(cell.cell_id).u16(cell.channel);
   }
-  a.zeros((MOST_BEST - count) * 9);
+  a.zeros((MAX_BEST - count) * 9);
 }
 
 static void wcdma_part(const Radio& radio, Answer& a) {
-  size_t count = std::min(MOST_SHOWN_CELLS, radio.cells.size());
+  size_t count = std::min(MAX_SHOWN_CELLS, radio.cells.size());
   a.u16(-radio.rscp);
   for (size_t i = 0; i < count; ++i) {
     a.u16(radio.cells[i].set).u16(radio.cells[i].code).u16(radio.cells[i].ecio);
   }
-  a.zeros((MOST_CELLS - count) * 6);
+  a.zeros((MAX_CELLS - count) * 6);
   a.u16(radio.drx).u8(radio.hsdpa_status).u8(radio.hsdpa_indication).zeros(30);
 }
 

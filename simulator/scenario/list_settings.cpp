@@ -8,8 +8,8 @@
 
 namespace sim {
 
-constexpr size_t MOST_PLMNS = 200;
-constexpr size_t MOST_FORBIDDEN = 20;
+constexpr size_t MAX_PLMNS = 200;
+constexpr size_t MAX_FORBIDDEN = 20;
 constexpr int LAST_NV_ITEM = 0xFFFF;
 
 static void store_cells(Model& m, const Rows& rows) {
@@ -45,12 +45,12 @@ static const RecordSetting RECORDS[] = {
 };
 
 #define PLMNS(name) \
-  "sim." #name, MOST_PLMNS, [](Model& m) -> std::vector<Plmn>& { return m.sim.name; }
+  "sim." #name, MAX_PLMNS, [](Model& m) -> std::vector<Plmn>& { return m.sim.name; }
 static const PlmnSetting PLMN_LISTS[] = {
     {PLMNS(home)},
     {PLMNS(user)},
     {PLMNS(operators)},
-    {"sim.forbidden", MOST_FORBIDDEN,
+    {"sim.forbidden", MAX_FORBIDDEN,
      [](Model& m) -> std::vector<Plmn>& { return m.sim.forbidden; }},
 };
 

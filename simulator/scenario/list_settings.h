@@ -43,7 +43,7 @@ std::vector<std::string> describe_lists();
 Plmn parse_plmn(const std::string& text);
 
 // Limits of device.memory, all regions together, and of the partition table.
-enum : int64_t { MOST_REGIONS = 40, LARGEST_MEMORY = 0x1000'0000, LARGEST_PARTITION = 2048 };
+enum : int64_t { MAX_REGIONS = 40, MAX_MEMORY = 0x1000'0000, MAX_PARTITION = 2048 };
 enum : int { NV_BYTES = 128 };
 
 // The number of an NV item in a key "nv.NUMBER", or -1 for another key.

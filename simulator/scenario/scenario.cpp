@@ -173,8 +173,8 @@ static MemoryRegion region_of(const Place& place, const toml::node& node, size_t
 
 static void add_memory(const Place& place, const toml::node& node, Changes& changes) {
   std::vector<MemoryRegion> regions;
-  size_t left = LARGEST_MEMORY;
-  for (const toml::node& entry : list_of(place, "device.memory", MOST_REGIONS, node)) {
+  size_t left = MAX_MEMORY;
+  for (const toml::node& entry : list_of(place, "device.memory", MAX_REGIONS, node)) {
     regions.push_back(region_of(place, entry, left));
     left -= regions.back().content.size();
   }
@@ -199,7 +199,7 @@ static void add_change(const Place& place, const std::string& key, const toml::n
   } else if (key == "device.memory") {
     add_memory(place, node, changes);
   } else if (key == "device.partition") {
-    Bytes data = bytes_of(place, key, node, LARGEST_PARTITION);
+    Bytes data = bytes_of(place, key, node, MAX_PARTITION);
     changes.push_back([data](Model& model) { model.device.partition = data; });
   } else {
     place.error(node.source(), "unknown setting \"" + key + "\"");
@@ -262,29 +262,29 @@ static void add_event(const Place& place, const toml::node& node, Changes& chang
   place.error(node.source(), "event takes one of " + known);
 }
 
-static Happening read_happening(const Place& place, const toml::table& entry) {
-  Happening happening;
-  auto seconds = entry["time"].value<double>();
+static TimelineEntry read_timeline_entry(const Place& place, const toml::table& table) {
+  TimelineEntry entry;
+  auto seconds = table["time"].value<double>();
   if (!seconds || !(*seconds >= 0 && *seconds < 1e9)) {
-    place.error(entry.source(), "a time line entry needs a time in seconds");
+    place.error(table.source(), "a time line entry needs a time in seconds");
   }
-  happening.at = std::chrono::duration_cast<Time>(std::chrono::duration<double>(*seconds));
-  for (auto&& [name, node] : entry) {
+  entry.at = std::chrono::duration_cast<Time>(std::chrono::duration<double>(*seconds));
+  for (auto&& [name, node] : table) {
     std::string key(name.str());
     if (key == "time") continue;
     if (key == "hang_up" && flag(place, node, "hang_up")) {
-      happening.line = Happening::HANGS_UP;
+      entry.line = TimelineEntry::HANGS_UP;
     } else if (key == "replug" && flag(place, node, "replug")) {
-      happening.line = Happening::COMES_BACK;
+      entry.line = TimelineEntry::COMES_BACK;
     } else if (key == "event") {
-      add_event(place, node, happening.changes);
+      add_event(place, node, entry.changes);
     } else if (is_section(key)) {
-      add_section(place, key, node, happening.changes);
+      add_section(place, key, node, entry.changes);
     } else {
       place.error(node.source(), "unknown key \"" + key + "\" in a time line entry");
     }
   }
-  return happening;
+  return entry;
 }
 
 // Calls read for each table of the array that node must be.
@@ -335,7 +335,7 @@ static Scenario read_scenario(const Place& place, toml::table& root) {
       scenario.title = *node.value<std::string>();
     } else if (key == "at") {
       for_each_table(place, node, [&](const toml::table& entry) {
-        scenario.timeline.push_back(read_happening(place, entry));
+        scenario.timeline.push_back(read_timeline_entry(place, entry));
       });
     } else if (key == "fault") {
       for_each_table(place, node, [&](const toml::table& entry) {
@@ -348,7 +348,7 @@ static Scenario read_scenario(const Place& place, toml::table& root) {
     }
   }
   for (auto& change : initial) change(scenario.model);
-  std::ranges::stable_sort(scenario.timeline, {}, &Happening::at);
+  std::ranges::stable_sort(scenario.timeline, {}, &TimelineEntry::at);
   return scenario;
 }
 

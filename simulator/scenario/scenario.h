@@ -24,7 +24,7 @@
 namespace sim {
 
 // One entry of the time line.
-struct Happening {
+struct TimelineEntry {
   enum Line { STAYS, HANGS_UP, COMES_BACK };
   Time at{0};
   std::vector<std::function<void(Model&)>> changes;
@@ -34,8 +34,8 @@ struct Happening {
 struct Scenario {
   std::string title;
   Model model;
-  bool clock_is_set = false;        // by the scenario; otherwise it starts at the present time
-  std::vector<Happening> timeline;  // in order of time
+  bool clock_is_set = false;            // by the scenario; otherwise it starts at the present time
+  std::vector<TimelineEntry> timeline;  // in order of time
   std::vector<Fault> faults;
 };
 

@@ -38,8 +38,8 @@ class Week : public ModuleTest {
     sim::Scenario week;
     for (int day = 0; day < 7; ++day) {
       auto at = std::chrono::hours(24 * day + 3) + 30min;
-      week.timeline.push_back({at, {}, sim::Happening::HANGS_UP});
-      week.timeline.push_back({at + 10s, {}, sim::Happening::COMES_BACK});
+      week.timeline.push_back({at, {}, sim::TimelineEntry::HANGS_UP});
+      week.timeline.push_back({at + 10s, {}, sim::TimelineEntry::COMES_BACK});
       ++hang_ups;
     }
     return week;

@@ -11,14 +11,15 @@
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("mkdtemp " + path_);
+    std::string name = std::filesystem::temp_directory_path() / "zop-test-XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp " + name);
+    path = name;
   }
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+  ~TemporaryFolder() { std::filesystem::remove_all(path); }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-  const std::string& path() const { return path_; }
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+  std::string operator/(const std::string& name) const { return path / name; }
   // Returns the path of the file.
   std::string write(const std::string& name, const std::string& content) const {
     std::ofstream(*this / name, std::ios::binary) << content;
@@ -29,6 +30,5 @@ class TemporaryFolder {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
- private:
-  std::string path_ = std::filesystem::temp_directory_path() / "zop-test-XXXXXX";
+  std::filesystem::path path;
 };

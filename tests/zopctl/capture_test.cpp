@@ -34,7 +34,7 @@ TEST_F(ZopctlCapture, shows_both_download_protocols) {
   }
   // A reply with a bad check is refused at once; a lost one would take four seconds.
   Outcome run = captured(simulated(fault("bad-crc:request=stream_write,count=1")) +
-                         " --sim-speed 200 firmware update " + folder.path());
+                         " --sim-speed 200 firmware update " + folder.path.string());
   EXPECT_EQ(run.exit_code, 0) << run.output;
   expect_in_order(
       decoded(),
@@ -42,7 +42,7 @@ TEST_F(ZopctlCapture, shows_both_download_protocols) {
        "> dmss_write 0x00800028, 1012 bytes", "> dmss_go", "< hello", "> stream_partition",
        "< partition table status 1", "> stream_open dbl", "bad check sequence", "a lone flag",
        "< written 0x00000000", "> stream_open amss.mbn", "> stream_reset", "> backup_status"});
-  EXPECT_EQ(captured("--sim=crashed dump -o " + folder.path()).exit_code, 0);
+  EXPECT_EQ(captured("--sim=crashed dump -o " + folder.path.string()).exit_code, 0);
   expect_in_order(decoded(),
                   {"< memory regions ebi_cs0.bin adsp_ram.bin imem.bin",
                    "> dmss_read 0x00800000, 1024 bytes", "< memory 0x00800000, 1024 bytes"});

@@ -18,12 +18,13 @@ class ZopctlFirmware : public testing::Test {
     folder.write("version_info", "Q71XEB22.001\n");
   }
   std::string update(const std::string& toml) {
-    return simulated(toml) + " --sim-speed 200 firmware update " + folder.path() + " < /dev/null";
+    return simulated(toml) + " --sim-speed 200 firmware update " + folder.path.string() +
+           " < /dev/null";
   }
   Program slow_update(const std::string& delay) {
     fs::create_directory(scratch);
     return Program({"env", "TMPDIR=" + scratch, ZOPCTL, simulated(fault(delay)), "--sim-speed",
-                    "200", "firmware", "update", "--yes", folder.path()});
+                    "200", "firmware", "update", "--yes", folder.path.string()});
   }
   TemporaryFolder folder;
   std::string scratch = folder / "scratch";
@@ -40,24 +41,24 @@ static std::vector<Json> events_of(const std::string& output, const std::string&
 }
 
 TEST_F(ZopctlFirmware, info_lists_missing_and_bad_images) {
-  std::string info = "firmware info " + folder.path();
+  std::string info = "firmware info " + folder.path.string();
   expect_runs({{info, 0, "Q71XEB22.001"}, {info, 0, "By an update       55.1 kB"}});
   folder.write("osbl.mbn", "");
   folder.write("partition.mbn", std::string(2049, 'p'));
   fs::remove(folder / "amss.mbn");
   fs::remove(folder / "version_info");
   expect_runs({{info, 1, "osbl.mbn       -  (empty)"},
-               {info, 1, "partition.mbn  -  (larger than 2048"},
+               {info, 1, "partition.mbn  -  (larger than"},
                {info, 1, "amss.mbn       -  (missing)"},
                {info, 1, "no version_info"},
-               {update(""), 1, "nothing was touched"}});
+               {update(""), 1, "the modem was not touched"}});
 }
 
 TEST_F(ZopctlFirmware, update_installs_the_new_version) {
   Outcome run = zopctl(update("[device]\nbackup_value = 0\n"));
   EXPECT_EQ(run.exit_code, 0) << run.output;
   expect_in_order(run.output,
-                  {"it runs Q71XEB21.004", "switching it", "loading the programmer", "erasing",
+                  {"runs Q71XEB21.004", "switching", "loading the programmer", "erasing",
                    "writing the images", "100 %  amss.mbn 100 %", "backed up", "rebuilds",
                    "restored", "done: the modem runs Q71XEB22.001"});
 }
@@ -82,15 +83,15 @@ TEST_F(ZopctlFirmware, failure_reports_the_state_of_the_modem) {
     const char* text;
   } rows[] = {
       {"hang-up=2:request=dmss_write", 1, "nothing was written"},
-      {"error=19:request=download_mode", 1, "not in its download mode"},
+      {"error=19:request=download_mode", 1, "not in download mode"},
       {"error=19:request=stream_security", 1, "the programmer in the modem's RAM does not answer"},
-      {"error=19:request=stream_partition", 3, "the partition table was not taken"},
-      {"wrong-echo=1:request=stream_open", 3, "writing broke off"},
+      {"error=19:request=stream_partition", 3, "the modem did not accept the partition table"},
+      {"wrong-echo=1:request=stream_open", 3, "writing failed"},
       {"hang-up=2:request=stream_write,skip=5", 3, "until then it has no usable firmware"},
       {"error=19:request=backup_end", 4, "the firmware is written"},
   };
   for (auto& row : rows) expect_runs({{update(fault(row.fault)), row.exit_code, row.text}});
-  expect_runs({{update("[device]\ncrashed = true\n"), 0, "in its download mode already"}});
+  expect_runs({{update("[device]\ncrashed = true\n"), 0, "already in download mode"}});
   Outcome run = zopctl("--json " + update(fault(rows[0].fault)));
   ASSERT_EQ(events_of(run.output, "failed").size(), 1u) << run.output;
   EXPECT_EQ(events_of(run.output, "failed")[0]["exit_code"], 1);
@@ -108,10 +109,7 @@ TEST_F(ZopctlFirmware, update_interrupted_by_a_signal) {
   } rows[] = {
       {"delay=4000:request=dmss_write", "loading the programmer", SIGINT, 130,
        "nothing was written"},
-      {"delay=4000:request=dmss_write", "loading the programmer", SIGHUP, 129,
-       "nothing was written"},
-      {"delay=2000:request=stream_write", "writing the images", SIGINT, 0,
-       "must not break off now"},
+      {"delay=2000:request=stream_write", "writing the images", SIGINT, 0, "the update continues"},
       {"delay=2000:request=stream_write", "writing the images", SIGHUP, 0, "done: "},
   };
   for (auto& row : rows) {
@@ -121,7 +119,8 @@ TEST_F(ZopctlFirmware, update_interrupted_by_a_signal) {
     output += program.rest();
     EXPECT_EQ(program.exit_code(), row.exit_code) << output;
     EXPECT_TRUE(contains(output, row.text)) << output;
-    EXPECT_EQ(contains(output, "must not"), row.signal == SIGINT && row.exit_code == 0) << output;
+    EXPECT_EQ(contains(output, "the update continues"), row.signal == SIGINT && row.exit_code == 0)
+        << output;
   }
 }
 
@@ -130,13 +129,13 @@ TEST_F(ZopctlFirmware, second_signal_ends_it_at_once_and_leaves_no_files) {
   program.lines_until("writing the images");
   EXPECT_FALSE(fs::is_empty(scratch));
   program.send(SIGINT);
-  program.lines_until("must not break off now");
+  program.lines_until("the update continues");
   EXPECT_EQ(program.end(SIGINT), 130);
   EXPECT_TRUE(fs::is_empty(scratch));
 }
 
 TEST_F(ZopctlFirmware, update_continues_when_its_output_is_closed) {
-  shell("(" ZOPCTL " --sim --sim-speed 200 firmware update " + folder.path() +
+  shell("(" ZOPCTL " --sim --sim-speed 200 firmware update " + folder.path.string() +
         " < /dev/null; echo $? > " + folder / "code" + ") | head -n 1");
   EXPECT_EQ(folder.read("code"), "0\n");
 }
@@ -166,6 +165,6 @@ TEST_F(ZopctlFirmware, dump_incomplete_or_interrupted) {
       {dump("{ name = \"../x\\u001B\", length = 10 }, { name = \"a\", length = 2000 }"), 1,
        "/a  2.0 kB\nzopctl: the dump is incomplete, left out: no file name: \"../x\\x1B\""},
       {dump("{ name = \"b\", length = 9000 }"), 1,
-       "/b  2.0 kB, incomplete\nzopctl: the dump broke off"},
+       "/b  2.0 kB, incomplete\nzopctl: the dump failed"},
   });
 }

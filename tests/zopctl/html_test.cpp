@@ -129,7 +129,7 @@ TEST_F(ZopctlHtml, is_written_completely_or_not_at_all) {
        {limited, 1, "could not be written: File too large"}});
   EXPECT_TRUE(fs::is_character_file("/dev/full"));  // not replaced
   EXPECT_EQ(folder.read("page.html"), "old");
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 2);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path.string()), {}), 2);
   EXPECT_EQ(zopctl("html - -o - < " + input).output, zopctl("html - < " + input).output);
 }
 

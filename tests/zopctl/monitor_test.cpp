@@ -27,7 +27,7 @@ class Terminal {
     folder.write("run", "ulimit -c 0; echo shell-is-here; stty -a > before\n" + environment +
                             " sh -c 'echo $$ > pid; exec " ZOPCTL " " + arguments +
                             "'\necho exit=$? > exit; stty -a > after; touch done; exec cat\n");
-    tmux("-f /dev/null new-session -d -x 80 -y 24 'cd " + folder.path() +
+    tmux("-f /dev/null new-session -d -x 80 -y 24 'cd " + folder.path.string() +
          " && LC_ALL=C.UTF-8 sh run'");
   }
   ~Terminal() { tmux("kill-server"); }

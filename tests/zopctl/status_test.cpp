@@ -55,16 +55,16 @@ TEST(Zopctl, errors_name_their_cause) {
       {"status --device /dev/null", 1, "/dev/null is not a serial device"},
       {"status --sim --library /nowhere.so", 1, "can't load the module: /nowhere.so"},
       {"status --sim=nowhere", 2, "no shipped scenario \"nowhere\""},
-      {"--sim roaming status", 2, "is it a scenario? Write --sim=roaming"},
+      {"--sim roaming status", 2, "for a scenario use --sim=roaming"},
       {"--sim=no-sim status", 1, "vurn_open, result 2 (failed)"},
       {"--sim=no-sim status --log error", 1, "E zop:simstat:status=0:bad sim status\n"},
       {simulated("[network]\nname = \"a\\u001b[2Jb\"\n") + " status", 0, "a?[2Jb"},
       {"--sim status > /dev/full", 1, ""},
       {"", 2, "A verb is required"},
-      {"status --sim --log loud", 2, "\"loud\" is no number and none of all error"},
-      {"status --sim --device /dev/null", 2, "a simulated modem has no --device"},
-      {"dance", 2, "no verb \"dance\"; zopctl --help shows them"},
-      {"--help", 0, "Exit code: 0 good"},
+      {"status --sim --log loud", 2, "\"loud\" is neither a number nor one of all error"},
+      {"status --sim --device /dev/null", 2, "can't be combined with --device"},
+      {"dance", 2, "no verb \"dance\"; zopctl --help lists the verbs"},
+      {"--help", 0, "Exit code: 0 success"},
   });
 }
 

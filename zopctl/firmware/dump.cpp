@@ -1,5 +1,5 @@
-// zopctl dump: the memory regions that a crashed modem offers, saved to files. Nothing in the modem
-// changes: Ctrl-C cuts the line at any time, and what was saved stays.
+// zopctl dump: saves the memory regions that a crashed modem offers to files. Nothing in the modem
+// changes, so Ctrl-C stops it at any time; files saved so far are kept.
 #include <fmt/format.h>
 #include <nettle/sha2.h>
 
@@ -39,7 +39,7 @@ static std::string sha256_of(const fs::path& path) {
   return text;
 }
 
-// A name as the module prints it, with \xNN for what is not printable.
+// Undoes the module's \xNN escapes of unprintable characters.
 static std::string unescaped(const std::string& text) {
   std::string name;
   for (size_t i = 0; i < text.size(); ++i) {
@@ -58,7 +58,7 @@ class Dump {
   Dump(const ModuleLibrary& module, bool json)
       : module_(module),
         json_(json),
-        progress_(output_.user(), Progress::face_for(output_.user(), json)) {
+        progress_(output_.user(), Progress::style_for(output_.user(), json)) {
     watch_line([this](Direction direction, std::span<const uint8_t> piece) {
       return on_line(direction, piece);
     });
@@ -108,8 +108,8 @@ class Dump {
   Progress progress_;
   DumpFollower follower_;
   std::vector<Saved> files_;
-  std::vector<std::string> left_out_;  // what the module says of regions that it does not save
-  std::string error_;                  // and of what ended the dump
+  std::vector<std::string> left_out_;  // the module's reasons for regions it does not save
+  std::string error_;                  // the module's line, if it ended the dump early
   bool complete_ = false;
   bool files_are_whole_ = true;
 };
@@ -129,7 +129,7 @@ void Dump::take_line(const std::string& line) {
     complete_ = true;
   } else if (text.starts_with(LEFT_OUT)) {
     left_out_.push_back(text.substr(LEFT_OUT.size()));
-    follower_.leave_next_out();
+    follower_.skip_next();
     progress_.note(text);
   } else if (!text.starts_with(PERCENT)) {
     error_ = text;
@@ -139,16 +139,16 @@ void Dump::take_line(const std::string& line) {
 
 std::string Dump::why_incomplete() const {
   if (!error_.empty()) return error_;
-  if (!files_are_whole_) return "the dump broke off: the modem does not answer any more";
+  if (!files_are_whole_) return "the dump failed: the modem no longer answers";
   if (!left_out_.empty())
     return fmt::format("the dump is incomplete, left out: {}", fmt::join(left_out_, "; "));
-  return "the modem offers no memory: only one that has crashed into its boot ROM does; "
-         "zopctl config error-fatal crashes it when it is set up for dumps";
+  return "the modem offers no memory; only one that has crashed into its boot ROM does. "
+         "zopctl config error-fatal crashes a modem that is set up for dumps";
 }
 
 void Dump::show_summary() {
   if (complete_ && !files_.empty()) progress_.amount(follower_.all_saved());
-  if (!files_.empty()) progress_.stage("summary", "SHA-256 of what was saved:");
+  if (!files_.empty()) progress_.stage("summary", "SHA-256 of the saved files:");
   Json files = Json::array();
   uint64_t bytes = 0;
   for (size_t i = 0; i < files_.size(); ++i) {
@@ -193,7 +193,7 @@ const Verb DUMP = {
     .help = "save the memory of a modem that has crashed",
     .need = Session::LIBRARY,
     .arguments = {{.name = "--output",
-                   .help = "folder in which the dump gets its own; the current one without it",
+                   .help = "where to make the dump's folder; default the current folder",
                    .short_name = "-o"}},
     .run = dump};
 

@@ -1,4 +1,4 @@
-// zopctl firmware info: an image set, file by file.
+// zopctl firmware info: checks an image set file by file.
 #include "zopctl/firmware/firmware.h"
 
 #include <fmt/format.h>
@@ -16,7 +16,7 @@ static Item item_of(const ImageFile& file) {
 }
 
 static Findings info(const ModuleLibrary&, const Arguments& arguments) {
-  ImageSet set = look_at_images(arguments.text("DIR"));
+  ImageSet set = read_image_set(arguments.text("DIR"));
   Section about{"image_set", "Image set", {}};
   if (set.folder_problem.empty()) {
     about.items.push_back(shown("folder", "Folder", set.folder, set.folder));

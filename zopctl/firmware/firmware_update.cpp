@@ -1,6 +1,6 @@
-// zopctl firmware update: the whole road, from a modem that runs its old firmware to one that runs
-// the new. Until the first packet that changes what the modem keeps, Ctrl-C cuts the line and the
-// old firmware stays; from then on it takes a second one.
+// zopctl firmware update: the whole update, from switching the modem to download mode to checking
+// the version that it runs afterwards. Until the first packet that changes the modem's flash,
+// Ctrl-C stops the update and the old firmware stays; from then on it takes a second Ctrl-C.
 #include <fmt/format.h>
 #include <sys/stat.h>
 
@@ -23,8 +23,7 @@ constexpr int DEVICE_GONE_S = 10, DEVICE_BACK_S = 60, START_S = 90;
 namespace {
 enum ExitCode { AS_BEFORE = 1, INCOMPLETE = 3, NOT_STARTED = 4 };
 
-// Where an update can fail: the module's line (or the stage's key, when it prints none), what that
-// means for the modem, what to do.
+// A point of failure, found by the module's error line or, if it printed none, by the stage's key.
 struct Cause {
   const char* mark;
   ExitCode exit_code;
@@ -33,24 +32,24 @@ struct Cause {
 };
 }  // namespace
 constexpr char OLD_FIRMWARE[] =
-    "nothing was written; power-cycle the modem to go on with its old firmware, or try again";
+    "nothing was written; power-cycle the modem to keep its old firmware, or try again";
 constexpr char AGAIN[] =
     "power-cycle the modem and run the update again, without --modem-only; until then it has no "
     "usable firmware";
 static const Cause CAUSES[] = {
     {"wait", AS_BEFORE, "the device did not come back in download mode", OLD_FIRMWARE},
-    {"STAGE1: Err-Load Config", AS_BEFORE, "an image can't be read any more", OLD_FIRMWARE},
+    {"STAGE1: Err-Load Config", AS_BEFORE, "an image can no longer be read", OLD_FIRMWARE},
     {"STAGE1: Err-Load RAM", AS_BEFORE,
-     "the modem is not in its download mode, or does not take the programmer", OLD_FIRMWARE},
+     "the modem is not in download mode, or does not accept the programmer", OLD_FIRMWARE},
     {"load", AS_BEFORE, "the device did not come back with the programmer", OLD_FIRMWARE},
     {"start", AS_BEFORE, "the device did not come back with the programmer", OLD_FIRMWARE},
     {"STAGE1: Err-RAM Entry", AS_BEFORE, "the programmer in the modem's RAM does not answer",
      OLD_FIRMWARE},
-    {"STAGE2: Err-Erasing", INCOMPLETE, "the partition table was not taken", AGAIN},
-    {"STAGE3: Err-Writing", INCOMPLETE, "writing broke off", AGAIN},
+    {"STAGE2: Err-Erasing", INCOMPLETE, "the modem did not accept the partition table", AGAIN},
+    {"STAGE3: Err-Writing", INCOMPLETE, "writing failed", AGAIN},
     {"first-start", NOT_STARTED,
-     "the firmware is written, but the modem did not get ready with it, or lacks its NV items",
-     "zopctl doctor looks at the link; a modem that does not answer wants a power-cycle"},
+     "the firmware is written, but the modem did not start, or its NV items are not restored",
+     "check the link with zopctl doctor; power-cycle the modem if it does not answer"},
 };
 
 namespace {
@@ -61,14 +60,14 @@ class Update {
         set_(set),
         modem_only_(arguments.has("--modem-only") && !arguments.has("--erase")),
         erase_(arguments.has("--erase")),
-        progress_(output_.user(), Progress::face_for(output_.user(), arguments.json)),
+        progress_(output_.user(), Progress::style_for(output_.user(), arguments.json)),
         follower_(set, modem_only_) {
     watch_line([this](Direction direction, std::span<const uint8_t> piece) {
       return on_line(direction, piece);
     });
     watch_sleeps([this](unsigned seconds) {
-      look_around();
-      progress_.resting(seconds);
+      poll_events();
+      progress_.countdown(seconds);
     });
   }
   ~Update() {
@@ -86,7 +85,7 @@ class Update {
     if (open_modem() && switch_mode()) {
       await_download_mode();
     } else {
-      progress_.note("trying whether it is in its download mode already");
+      progress_.note("checking whether it is already in download mode");
     }
     download();
     first_start();
@@ -95,7 +94,7 @@ class Update {
 
  private:
   bool on_line(Direction direction, std::span<const uint8_t> piece);
-  void look_around();
+  void poll_events();
   void take_line(const std::string& line);
   bool open_modem();
   bool switch_mode();
@@ -113,16 +112,16 @@ class Update {
   ModuleOutput output_;
   Progress progress_;
   DownloadFollower follower_;
-  std::string error_line_;  // the module's
+  std::string error_line_;  // from the module
   bool warned_ = false;
 };
 }  // namespace
 
-// ---- looking on while the module works ----
+// ---- progress of the module ----
 
 bool Update::on_line(Direction direction, std::span<const uint8_t> piece) {
   if (has_caught_signal() && !follower_.is_writing()) return false;
-  look_around();
+  poll_events();
   if (direction == Direction::FROM_MODEM) return true;
   std::optional<Amount> amount = follower_.to_modem(piece);
   if (follower_.is_writing()) hold_on();
@@ -130,12 +129,12 @@ bool Update::on_line(Direction direction, std::span<const uint8_t> piece) {
   return true;
 }
 
-void Update::look_around() {
+void Update::poll_events() {
   for (const std::string& line : output_.new_lines()) take_line(line);
   if (has_caught_signal() && follower_.is_writing() && !warned_) {
     warned_ = true;
     progress_.note(
-        "the update must not break off now: going on; Ctrl-C again ends it all the same");
+        "the modem is being written, the update continues; press Ctrl-C again to end it anyway");
   }
 }
 
@@ -146,12 +145,13 @@ void Update::take_line(const std::string& line) {
     const char* text;
   };
   static const StageLine STAGES[] = {
-      {"STAGE1: Loading Success", "programmer", "greeting the programmer"},
-      {"STAGE2: Erasing Start", "erase", "erasing the modem's file system, up to half a minute"},
+      {"STAGE1: Loading Success", "programmer", "connecting to the programmer"},
+      {"STAGE2: Erasing Start", "erase",
+       "erasing the modem's file system, this takes up to half a minute"},
       {"STAGE3: Writing Start", "write", "writing the images"},
       {"DLOAD: NV Backup", "first-start", "the modem has backed up its NV items"},
-      {"DLOAD: NV Rebuild", "first-start", "it rebuilds them"},
-      {"DLOAD: NV Restore", "first-start", "it has restored them"},
+      {"DLOAD: NV Rebuild", "first-start", "the modem rebuilds its NV items"},
+      {"DLOAD: NV Restore", "first-start", "the modem has restored its NV items"},
   };
   if (line.find("Err-") != std::string::npos) error_line_ = line;
   for (const StageLine& row : STAGES) {
@@ -169,10 +169,10 @@ void Update::fail() {
     if (found == nullptr && error_line_.empty() && progress_.stage_key() == cause.mark)
       found = &cause;
   }
-  // A stage without a row of its own fails after writing has begun, or before.
-  static const Cause UNTOLD[] = {{"", AS_BEFORE, "the update broke off", OLD_FIRMWARE},
-                                 {"", INCOMPLETE, "the update broke off", AGAIN}};
-  if (found == nullptr) found = &UNTOLD[follower_.is_writing()];
+  // For stages without a row: before and after writing has begun.
+  static const Cause OTHERS[] = {{"", AS_BEFORE, "the update failed", OLD_FIRMWARE},
+                                 {"", INCOMPLETE, "the update failed", AGAIN}};
+  if (found == nullptr) found = &OTHERS[follower_.is_writing()];
   progress_.event("failed", {{"stage", progress_.stage_key()},
                              {"module_line", error_line_},
                              {"meaning", found->meaning},
@@ -184,7 +184,7 @@ void Update::fail() {
 }
 
 void Update::require_stage(bool good) {
-  look_around();
+  poll_events();
   if (good) return;
   if (has_caught_signal() && !follower_.is_writing()) {
     progress_.event("interrupted", {{"stage", progress_.stage_key()}});
@@ -210,21 +210,21 @@ bool Update::open_modem() {
     progress_.note("no answer on the diagnostic link");
     return false;
   }
-  if (auto version = version_of_modem()) progress_.note("it runs " + *version);
+  if (auto version = version_of_modem()) progress_.note("the modem runs " + *version);
   return true;
 }
 
-// A modem whose last update broke off is in that mode already, and answers what is no answer.
+// A modem whose last update failed is already in that mode and can't answer this.
 bool Update::switch_mode() {
-  progress_.stage("switch", "switching it to its download mode");
+  progress_.stage("switch", "switching the modem to download mode");
   bool good = module_.modem_diag_process() == 1;
   module_.zop_close();
-  if (!good) progress_.note("it does not switch");
+  if (!good) progress_.note("the modem does not switch");
   check_signals();
   return good;
 }
 
-// The node as it is now; another one may come at the same path.
+// Identifies the node: another one may appear at the same path.
 static std::optional<std::pair<dev_t, ino_t>> node() {
   struct stat found;
   if (stat(mapped_device().c_str(), &found) != 0) return std::nullopt;
@@ -242,28 +242,29 @@ static bool wait_until(int seconds, Condition condition) {
 }
 
 void Update::await_download_mode() {
-  progress_.stage("wait", "waiting for the device to go and to come back");
+  progress_.stage("wait", "waiting for the device to disappear and come back");
   auto before = node();
   if (!wait_until(DEVICE_GONE_S, [&] { return node() != before; })) {
-    progress_.note(fmt::format("the device did not go within {} s: going on", DEVICE_GONE_S));
+    progress_.note(
+        fmt::format("the device did not disappear within {} s, continuing", DEVICE_GONE_S));
   }
   require_stage(wait_until(DEVICE_BACK_S, [] { return !device_problem(mapped_device()); }));
 }
 
 void Update::download() {
-  progress_.stage("load", "loading the programmer into its RAM");
+  progress_.stage("load", "loading the programmer into the modem's RAM");
   module_.modem_set_config(set_.folder.c_str(), "", modem_only_ ? 1 : 0, erase_ ? 1 : 0);
   require_stage(module_.modem_dload_process() == 1);
 }
 
 void Update::first_start() {
   progress_.stage("first-start", set_.has_version_info
-                                     ? "waiting for the new firmware, and its NV items"
+                                     ? "waiting for the new firmware and its NV items"
                                      : "waiting for the new firmware");
   require_stage(module_.modem_dload_end_process(MODULE_DEVICE) == 1);
 }
 
-// The modem may still be on its way down or up.
+// The modem may still be restarting.
 void Update::show_version() {
   std::optional<std::string> version;
   require_stage(wait_until(START_S, [&] {
@@ -276,19 +277,19 @@ void Update::show_version() {
   progress_.stage("done", "done: the modem runs " + *version);
   progress_.event("done", {{"version", *version}});
   if (!set_.version.empty() && set_.version != *version) {
-    progress_.note("the image set calls itself " + set_.version);
+    progress_.note("but version_info says " + set_.version);
   }
 }
 
 static ImageSet good_images(const std::string& folder) {
-  ImageSet set = look_at_images(folder);
+  ImageSet set = read_image_set(folder);
   std::string problems = set.folder_problem;
   for (const ImageFile& file : set.files) {
-    bool told = file.problem.empty() || !set.folder_problem.empty();
-    if (!told) problems += (problems.empty() ? "" : ", ") + file.name + " " + file.problem;
+    bool report = !file.problem.empty() && set.folder_problem.empty();
+    if (report) problems += (problems.empty() ? "" : ", ") + file.name + " " + file.problem;
   }
   if (problems.empty()) return set;
-  throw Failure(folder + ": " + problems + "; nothing was touched");
+  throw Failure(folder + ": " + problems + "; the modem was not touched");
 }
 
 static Findings update(const ModuleLibrary& module, const Arguments& arguments) {
@@ -303,11 +304,14 @@ const Verb FIRMWARE_UPDATE = {
     .name = "update",
     .help = "write an image set to the modem",
     .need = Session::LIBRARY,
-    .danger = "a modem whose update breaks off has no firmware until an update succeeds",
-    .arguments =
-        {{.name = "DIR", .help = "folder of the image set"},
-         {.name = "--modem-only", .help = "the firmware alone, not the boot loaders", .flag = true},
-         {.name = "--erase", .help = "erase the modem's file system, and write all", .flag = true}},
+    .danger = "a modem whose update fails has no firmware until an update succeeds",
+    .arguments = {{.name = "DIR", .help = "folder of the image set"},
+                  {.name = "--modem-only",
+                   .help = "write only the firmware, not the boot loaders",
+                   .flag = true},
+                  {.name = "--erase",
+                   .help = "erase the modem's file system and write all images",
+                   .flag = true}},
     .run = update};
 
 }  // namespace zopctl

@@ -1,5 +1,5 @@
-// The packets that tell. Those of the boot ROM are big-endian, those of the programmer
-// little-endian. A list of regions that is damaged is left to the module, which refuses it.
+// The packets that show progress. The boot ROM's are big-endian, the programmer's little-endian. A
+// damaged region list is not reported here: the module refuses it.
 #include "zopctl/firmware/line_follower.h"
 
 #include <fmt/format.h>
@@ -12,7 +12,7 @@
 namespace zopctl {
 
 enum : uint8_t {
-  STREAM_WRITE = 0x07,  // and, of one byte, a question of the boot ROM's protocol
+  STREAM_WRITE = 0x07,  // a single byte is a boot ROM request instead
   DMSS_WRITE = 0x0F,
   REGION_LIST = 0x11,
   MEMORY_READ = 0x12,
@@ -29,7 +29,7 @@ static uint32_t le32(sim::View p, size_t at) {
   return le16(&p[at]) | static_cast<uint32_t>(le16(&p[at + 2])) << 16;
 }
 
-// Calls take with the payload of each packet that ends in piece.
+// Calls take with the payload of each packet that piece completes.
 template <typename Take>
 static void for_each_packet(sim::Deframer& deframer, sim::View piece, Take take) {
   for (uint8_t byte : piece) {
@@ -85,10 +85,10 @@ std::optional<Amount> DownloadFollower::follow(sim::View packet) {
       writing_ = true;
       if (packet.size() < 2) return std::nullopt;
       const char* name = image_of_type(packet[1]);
-      if (part_ == name) return reached(0);  // a repetition
+      if (part_ == name) return reached(0);  // a retry
       before_part_ += part_done_;
       part_ = name;
-      if (packet[1] == 15) total_ = set_.bytes_to_send(false);  // the modem may want all of them
+      if (packet[1] == 15) total_ = set_.bytes_to_send(false);  // the boot loaders are sent too
       return reached(0);
     }
     case STREAM_WRITE:
@@ -101,7 +101,7 @@ std::optional<Amount> DownloadFollower::follow(sim::View packet) {
 
 // ---- dump ----
 
-// The text at at, which moves behind its terminator; nothing when it has none.
+// Reads the terminated text at offset at, and moves at past it. Nothing if it has no terminator.
 static std::optional<std::string> take_text(sim::View list, size_t& at) {
   auto start = list.begin() + static_cast<ptrdiff_t>(at);
   auto end = std::find(start, list.end(), 0);
@@ -128,14 +128,14 @@ static std::vector<DumpRegion> regions_in(sim::View packet) {
 
 void DumpFollower::from_modem(sim::View piece) {
   for_each_packet(answers_, piece, [&](sim::View packet) {
-    if (packet[0] == REGION_LIST && told_ == 0) listed_ = regions_in(packet);
+    if (packet[0] == REGION_LIST && announced_ == 0) listed_ = regions_in(packet);
   });
 }
 
 void DumpFollower::save_next() {
-  if (told_ >= listed_.size()) return;
-  total_ += listed_[told_].length;
-  regions_.push_back(listed_[told_++]);
+  if (announced_ >= listed_.size()) return;
+  total_ += listed_[announced_].length;
+  regions_.push_back(listed_[announced_++]);
 }
 
 Amount DumpFollower::all_saved() const {
@@ -151,13 +151,13 @@ std::optional<Amount> DumpFollower::to_modem(sim::View piece) {
   return amount;
 }
 
-// Regions are read in order and may overlap; what is asked for next lies behind all that was saved.
+// Regions are read in order and may overlap: a request belongs to the first that it continues.
 std::optional<Amount> DumpFollower::asked_for(uint32_t address) {
-  constexpr uint64_t LARGEST_READ = 1024;
+  constexpr uint64_t MAX_READ_SIZE = 1024;
   for (; current_ < regions_.size(); ++current_, offset_ = 0) {
     const DumpRegion& region = regions_[current_];
     uint64_t offset = uint32_t{address - region.base};
-    bool follows = offset >= offset_ && offset <= offset_ + LARGEST_READ && offset < region.length;
+    bool follows = offset >= offset_ && offset <= offset_ + MAX_READ_SIZE && offset < region.length;
     if (follows) {
       offset_ = offset;
       std::string part = fmt::format("{} ({} of {})", region.name, current_ + 1, regions_.size());

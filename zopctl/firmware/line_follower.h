@@ -1,5 +1,5 @@
-// Follows a download or a memory dump by the packets on the line: what part is under way, how far
-// it is, and whether the modem is being written.
+// Follows a download or a memory dump by its packets: which part is being transferred, how far it
+// is, and whether the modem is being written.
 #pragma once
 
 #include <map>
@@ -17,10 +17,10 @@ class DownloadFollower {
  public:
   DownloadFollower(const ImageSet& set, bool modem_only);
 
-  // A piece before it goes to the modem. How far the download is with it, when that has changed.
+  // Takes bytes about to be sent. Returns the new progress if they change it.
   std::optional<Amount> to_modem(sim::View piece);
 
-  // From the first packet on that changes what the modem keeps.
+  // True from the first packet that changes the modem's flash.
   bool is_writing() const { return writing_; }
 
  private:
@@ -31,7 +31,7 @@ class DownloadFollower {
   sim::Deframer deframer_;
   bool writing_ = false;
   std::string part_;
-  uint64_t before_part_ = 0;  // bytes of the parts that are done
+  uint64_t before_part_ = 0;  // bytes of the finished parts
   uint64_t part_done_ = 0;
   uint64_t total_;
 };
@@ -47,26 +47,26 @@ class DumpFollower {
   std::optional<Amount> to_modem(sim::View piece);
   void from_modem(sim::View piece);
 
-  // What the module says of the modem's next region, before it reads any.
+  // The module's decision on the next region of the list, before it reads any.
   void save_next();
-  void leave_next_out() { ++told_; }
+  void skip_next() { ++announced_; }
 
-  // What is told at the end.
+  // The final progress.
   Amount all_saved() const;
 
-  // Those that are saved.
+  // The regions to save.
   const std::vector<DumpRegion>& regions() const { return regions_; }
 
  private:
   std::optional<Amount> asked_for(uint32_t address);
   sim::Deframer requests_, answers_;
-  std::vector<DumpRegion> listed_;  // by the modem
-  size_t told_ = 0;                 // so many of them has the module told of
+  std::vector<DumpRegion> listed_;  // all that the modem offers
+  size_t announced_ = 0;            // how many of them the module has decided on
   std::vector<DumpRegion> regions_;
   uint64_t total_ = 0;
-  size_t current_ = 0;   // region that is being read
-  uint64_t offset_ = 0;  // in it
-  uint64_t before_ = 0;  // bytes of the regions before it
+  size_t current_ = 0;   // index of the region being read
+  uint64_t offset_ = 0;  // in that region
+  uint64_t before_ = 0;  // bytes of the earlier regions
 };
 
 }  // namespace zopctl

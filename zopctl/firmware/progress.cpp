@@ -1,6 +1,5 @@
-// The three faces of progress. Texts of a modem that come in here are made printable by the caller.
-// An output that fails, a closed pipe or a terminal that is gone, must not end the work: what is
-// written here is not looked after.
+// The three styles of progress. The caller makes texts from a modem printable. Write errors are
+// ignored: a closed pipe or a lost terminal must not end the work.
 #include "zopctl/firmware/progress.h"
 
 #include <fmt/format.h>
@@ -26,12 +25,12 @@ static std::string minutes(double seconds) {
   return fmt::format("{}:{:02}", whole / 60, whole % 60);
 }
 
-Progress::Face Progress::face_for(FILE* out, bool json) {
+Progress::Style Progress::style_for(FILE* out, bool json) {
   if (json) return EVENTS;
   return isatty(fileno(out)) != 0 ? BAR : LINES;
 }
 
-Progress::Progress(FILE* out, Face face) : out_(out), face_(face) {}
+Progress::Progress(FILE* out, Style style) : out_(out), style_(style) {}
 
 Progress::~Progress() { clear_bar(); }
 
@@ -48,7 +47,7 @@ void Progress::print_line(const std::string& text) {
 }
 
 void Progress::event(const char* name, const Json& fields) {
-  if (face_ != EVENTS) return;
+  if (style_ != EVENTS) return;
   Json object = {{"event", name}};
   object.update(fields);
   print_line(object.dump(-1, ' ', false, Json::error_handler_t::replace));
@@ -60,12 +59,12 @@ void Progress::stage(const std::string& key, const std::string& text) {
   counting_ = false;
   steps_shown_ = 0;
   event("stage", {{"stage", key}, {"text", text}});
-  if (face_ != EVENTS) print_line(text);
+  if (style_ != EVENTS) print_line(text);
 }
 
 void Progress::note(const std::string& text) {
   event("note", {{"stage", stage_}, {"text", text}});
-  if (face_ != EVENTS) print_line("  " + text);
+  if (style_ != EVENTS) print_line("  " + text);
 }
 
 double Progress::speed_of(const Amount& amount) const {
@@ -74,14 +73,14 @@ double Progress::speed_of(const Amount& amount) const {
   return known ? static_cast<double>(amount.done - done_at_start_) / seconds : 0;
 }
 
-// The terminal's columns, less one: a full line would wrap and stay.
+// One less than the terminal's columns: a full line would wrap and could not be cleared.
 static size_t columns(FILE* out) {
   winsize size = {};
   bool known = ioctl(fileno(out), TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
   return known ? size.ws_col - 1u : 79u;
 }
 
-void Progress::show_moving(const std::string& text) {
+void Progress::show_transient(const std::string& text) {
   fputs(fmt::format("\r{}\033[K", text.substr(0, columns(out_))).c_str(), out_);
   fflush(out_);
   bar_is_shown_ = true;
@@ -100,11 +99,11 @@ void Progress::show_bar(const Amount& amount) {
     double left = static_cast<double>(amount.total - amount.done) / speed;
     line += fmt::format("  {}/s  {} left", size_text(static_cast<uint64_t>(speed)), minutes(left));
   }
-  show_moving(line);
+  show_transient(line);
 }
 
-void Progress::resting(unsigned seconds) {
-  if (face_ == BAR) show_moving(fmt::format("  {} s", seconds));
+void Progress::countdown(unsigned seconds) {
+  if (style_ == BAR) show_transient(fmt::format("  {} s", seconds));
 }
 
 void Progress::amount(const Amount& amount) {
@@ -113,11 +112,11 @@ void Progress::amount(const Amount& amount) {
     done_at_start_ = amount.done;
     counting_ = true;
   }
-  if (face_ == BAR) return show_bar(amount);
+  if (style_ == BAR) return show_bar(amount);
   bool new_part = amount.part != part_;
   part_ = amount.part;
-  unsigned step = share(amount.done, amount.total, face_ == EVENTS ? 100 : 10);
-  if (step == steps_shown_ && !(new_part && face_ == EVENTS)) return;
+  unsigned step = share(amount.done, amount.total, style_ == EVENTS ? 100 : 10);
+  if (step == steps_shown_ && !(new_part && style_ == EVENTS)) return;
   steps_shown_ = step;
   event("progress", {{"stage", stage_},
                      {"part", amount.part},
@@ -127,7 +126,7 @@ void Progress::amount(const Amount& amount) {
                      {"total", amount.total},
                      {"percent", share(amount.done, amount.total, 100)},
                      {"bytes_per_second", static_cast<uint64_t>(speed_of(amount))}});
-  if (face_ == LINES) {
+  if (style_ == LINES) {
     print_line(fmt::format("  {:3} %  {} {} %", step * 10, amount.part,
                            share(amount.part_done, amount.part_total, 100)));
   }

@@ -54,7 +54,7 @@ FakeRoot::FakeRoot() : start_(modem_now()) {
   std::string name = fs::temp_directory_path() / "zopctl-XXXXXX";
   if (mkdtemp(name.data()) == nullptr) throw Failure("no folder for the simulated device in /tmp");
   folder_ = name;
-  leave_nothing_of(folder_.c_str());
+  remove_on_hard_exit(folder_.c_str());
   update();
   write(folder_ / "proc/814/stat", stat_of_pppd());
   write(folder_ / "etc/resolv.conf", "nameserver 10.112.112.1\nnameserver 10.112.112.2\n");
@@ -78,7 +78,7 @@ FakeRoot::~FakeRoot() {
   refresh_root(nullptr);
   std::error_code ignored;
   fs::remove_all(folder_, ignored);
-  leave_nothing_of(nullptr);
+  remove_on_hard_exit(nullptr);
 }
 
 }  // namespace zopctl

@@ -60,7 +60,7 @@ static double speed = 1;  // of a simulated modem's clock
 bool has_caught_signal() { return caught_signal != 0; }
 static bool may_hurry() { return (has_caught_signal() || end_is_asked != 0) && held_on == 0; }
 void hold_on() { held_on = 1; }
-void leave_nothing_of(const char* folder) { scratch_folder = folder; }
+void remove_on_hard_exit(const char* folder) { scratch_folder = folder; }
 
 void set_speed(double factor) {
   speed = factor;

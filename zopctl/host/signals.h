@@ -37,6 +37,6 @@ void hold_on();
 
 // A folder that a second signal removes before it ends the program; the caller's text, which must
 // live until nullptr takes its place.
-void leave_nothing_of(const char* folder);
+void remove_on_hard_exit(const char* folder);
 
 }  // namespace zopctl

@@ -16,7 +16,7 @@ namespace zopctl {
 
 using records::Cell;
 
-constexpr int SMALLEST_WIDTH = 30, SMALLEST_HEIGHT = 8;
+constexpr int MIN_WIDTH = 30, MIN_HEIGHT = 8;
 constexpr int SCALE_WIDTH = 5;             // "-113 " before a graph
 constexpr Scale RSSI_SCALE = {-113, -51};  // dBm, the range that a modem can report
 constexpr Scale ECIO_SCALE = {-24, 0};     // dB
@@ -142,7 +142,7 @@ static int graphs(int y, const LiveView& view, bool utf8) {
   int room = LINES - 1 - y;
   int height = std::clamp(room / 3, 2, 12);
   if (room < height + 1) return y;
-  bool both = COLS >= 2 * SMALLEST_WIDTH;
+  bool both = COLS >= 2 * MIN_WIDTH;
   int width = both ? (COLS - 4) / 2 : COLS - 2;
   draw_plot({"RSSI, dBm", view.rssi, RSSI_SCALE}, y, 1, width, height, utf8);
   if (both) {
@@ -268,9 +268,9 @@ static void body(const LiveView& view, bool utf8) {
 
 void draw_layout(const LiveView& view, bool utf8) {
   erase();
-  if (LINES < SMALLEST_HEIGHT || COLS < SMALLEST_WIDTH) {
+  if (LINES < MIN_HEIGHT || COLS < MIN_WIDTH) {
     put(0, 0, with_unit(newest(view.rssi), "dBm"));
-    put(1, 0, fmt::format("{}x{} at least", SMALLEST_WIDTH, SMALLEST_HEIGHT));
+    put(1, 0, fmt::format("{}x{} at least", MIN_WIDTH, MIN_HEIGHT));
     return;
   }
   body(view, utf8);

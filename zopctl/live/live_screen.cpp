@@ -18,8 +18,8 @@
 
 namespace zopctl {
 
-constexpr size_t MOST_LEVELS = 1024;
-constexpr size_t MOST_EVENTS = 200;
+constexpr size_t MAX_LEVELS = 1024;
+constexpr size_t MAX_EVENTS = 200;
 
 static std::optional<int> known_rssi(const Sample& sample) {
   auto rssi = sample.number("state", "RSSI");
@@ -32,12 +32,12 @@ void LiveView::add(const Sample& newest) {
   has_sample = true;
   rssi.push_back(known_rssi(newest));
   ecio.push_back(records::active_ecio(records::cells_of(newest.report)));
-  if (rssi.size() > MOST_LEVELS) rssi.pop_front(), ecio.pop_front();
+  if (rssi.size() > MAX_LEVELS) rssi.pop_front(), ecio.pop_front();
   auto time = std::chrono::floor<std::chrono::seconds>(newest.time);
   for (const std::string& event : newest.events) {
     events.push_back(fmt::format("{:%H:%M:%S}  {}", time, printable_ascii(event)));
   }
-  while (events.size() > MOST_EVENTS) events.pop_front();
+  while (events.size() > MAX_EVENTS) events.pop_front();
 }
 
 static void use_colours() {

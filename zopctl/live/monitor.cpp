@@ -26,7 +26,7 @@ namespace zopctl {
 
 using Json = nlohmann::ordered_json;
 
-static constexpr unsigned LONGEST_INTERVAL_S = 3600;
+static constexpr unsigned MAX_INTERVAL_S = 3600;
 
 static std::string json_line(const Sample& sample) {
   return as_json(sample).dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
@@ -87,7 +87,7 @@ class Sampling {
   Sampling(const ModuleLibrary& module, const Arguments& arguments, bool log_lines_go_on)
       : sampler_(module, log_lines_go_on) {
     if (arguments.has("--interval")) {
-      interval_s = arguments.number("--interval", 1, LONGEST_INTERVAL_S);
+      interval_s = arguments.number("--interval", 1, MAX_INTERVAL_S);
     }
     if (arguments.has("--count")) {
       left_ = arguments.number("--count", 1, std::numeric_limits<uint32_t>::max());
@@ -213,7 +213,7 @@ bool LiveMonitor::wait_for_news() const {
 
 void LiveMonitor::change_interval(int step) {
   int changed = static_cast<int>(sampling_.interval_s) + step;
-  if (changed >= 1 && changed <= static_cast<int>(LONGEST_INTERVAL_S)) {
+  if (changed >= 1 && changed <= static_cast<int>(MAX_INTERVAL_S)) {
     sampling_.interval_s = static_cast<unsigned>(changed);
   }
 }
@@ -266,11 +266,12 @@ static Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
 
 const Verb MONITOR = {
     .name = "monitor",
-    .help = "the modem as it lives: signal, cells, state, events",
+    .help = "watch signal, cells, state and events of the modem",
     .need = Session::MODULE,
-    .arguments = {{.name = "--record", .help = "add each sample to FILE, a JSON object a line"},
-                  {.name = "--interval", .help = "look every so many SECONDS, 1 without it"},
-                  {.name = "--count", .help = "end after so many samples"}},
+    .arguments = {{.name = "--record",
+                   .help = "append each sample to this file, one JSON object per line"},
+                  {.name = "--interval", .help = "seconds between samples, default 1"},
+                  {.name = "--count", .help = "end after this many samples"}},
     .run = monitor};
 
 }  // namespace zopctl

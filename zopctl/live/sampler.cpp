@@ -16,7 +16,7 @@ namespace zopctl {
 
 constexpr unsigned WATCHED =
     VURN_LOG_EVENTS | VURN_LOG_STUCK | VURN_LOG_GENERAL | VURN_LOG_WARNING | VURN_LOG_ERROR;
-constexpr size_t MOST_EVENTS = 1000;  // between two samples
+constexpr size_t MAX_EVENTS = 1000;  // between two samples
 
 // ---- the log ----
 
@@ -64,7 +64,7 @@ void ModuleWatch::take(const std::string& line) {
   }
   std::string event = event_of(line);
   bool is_new = !event.empty() && (events_.empty() || events_.back() != event);
-  if (is_new && events_.size() < MOST_EVENTS) events_.push_back(event);
+  if (is_new && events_.size() < MAX_EVENTS) events_.push_back(event);
 }
 
 std::vector<std::string> ModuleWatch::take_events() {

@@ -1,4 +1,4 @@
-// Numbers are taken to the last character: "12x" is none.
+// The whole word must be a number: "12x" is refused.
 #include "zopctl/text/arguments.h"
 
 #include <charconv>
@@ -15,7 +15,7 @@ uint32_t Arguments::number(const std::string& name, uint32_t min, uint32_t max) 
   uint32_t value = 0;
   auto [end, error] = std::from_chars(first, last, value, hex ? 16 : 10);
   if (error != std::errc{} || end != last || first == last || value < min || value > max) {
-    throw UsageError(name + " is a number from " + std::to_string(min) + " to " +
+    throw UsageError(name + " must be a number from " + std::to_string(min) + " to " +
                      std::to_string(max) + ", not \"" + word + "\"");
   }
   return value;

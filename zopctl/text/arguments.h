@@ -1,4 +1,4 @@
-// What the user has said to a verb.
+// The arguments of a verb on the command line.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +8,13 @@
 
 namespace zopctl {
 
-// Arguments of a verb by name, as the user gave them.
+// Arguments by name, as the user gave them.
 class Arguments {
  public:
   std::map<std::string, std::string> texts;
   std::map<std::string, std::vector<std::string>> lists;
-  bool yes = false;   // --yes: what can break a device is meant
-  bool json = false;  // for verbs that print as they go
+  bool yes = false;   // --yes: a dangerous verb is confirmed
+  bool json = false;  // for verbs that print their own output
 
   bool has(const std::string& name) const { return texts.count(name) != 0; }
   const std::string& text(const std::string& name) const { return texts.at(name); }

@@ -11,14 +11,14 @@ std::string hex_of(std::span<const uint8_t> bytes) {
   return fmt::format("{:02x}", fmt::join(bytes, " "));
 }
 
-std::vector<uint8_t> bytes_of_hex(const std::string& what, const std::string& text, size_t most) {
+std::vector<uint8_t> bytes_of_hex(const std::string& what, const std::string& text, size_t max) {
   std::string digits;
   for (char c : text) {
     if (isspace(static_cast<unsigned char>(c)) == 0) digits += c;
   }
   bool good = digits.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
-  if (!good || digits.empty() || digits.size() % 2 != 0 || digits.size() > 2 * most) {
-    throw UsageError(fmt::format("{} is 1 to {} bytes in hexadecimal", what, most));
+  if (!good || digits.empty() || digits.size() % 2 != 0 || digits.size() > 2 * max) {
+    throw UsageError(fmt::format("{} must be 1 to {} bytes in hexadecimal", what, max));
   }
   std::vector<uint8_t> bytes;
   bytes.reserve(digits.size() / 2);

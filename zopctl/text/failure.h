@@ -1,4 +1,4 @@
-// What ends a verb before its time.
+// Errors that end a verb.
 #pragma once
 
 #include <stdexcept>
@@ -6,14 +6,14 @@
 
 namespace zopctl {
 
-// Something went wrong that the user must know; what() is a whole sentence.
+// A failure to report to the user; what() is the whole message.
 struct Failure : std::runtime_error {
   explicit Failure(const std::string& what, int code = 1)
       : std::runtime_error(what), exit_code(code) {}
   int exit_code;
 };
 
-// The command line asks for what can't be.
+// Bad usage.
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

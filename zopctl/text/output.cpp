@@ -1,4 +1,4 @@
-// The two printers.
+// Tables for people, JSON for programs.
 #include "zopctl/text/output.h"
 
 #include <fmt/format.h>
@@ -61,7 +61,7 @@ void print_json(const Findings& findings) {
     }
   }
   root["problems"] = problems;
-  // Bytes that are no UTF-8 come from a modem's texts: they are replaced, not refused.
+  // A modem's texts may contain invalid UTF-8, which would otherwise throw.
   fmt::print("{}\n", root.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 

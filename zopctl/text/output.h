@@ -1,4 +1,4 @@
-// What a verb found out, and the two ways to show it.
+// The findings of a verb, printed as a table or as JSON.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -7,13 +7,13 @@
 
 namespace zopctl {
 
-// One value: for programs under its key, for people under its label.
+// One value: programs see its key, people its label.
 struct Item {
   std::string key;
   std::string label;
-  nlohmann::ordered_json value;  // null when the modem did not give it
-  std::string shown;             // for people; with a null value, the reason
-  bool failed = false;           // the reason is a failure
+  nlohmann::ordered_json value;  // null if the modem did not provide it
+  std::string shown;             // for people; the reason if value is null
+  bool failed = false;           // whether the reason is a failure
 };
 
 struct Section {
@@ -34,7 +34,7 @@ bool any_failed(const Findings& findings);
 
 // Findings of one section.
 Findings one_section(const char* key, const char* title, std::vector<Item> items);
-Findings confirmation(const char* key, const char* title, std::string what);  // that it was done
+Findings confirmation(const char* key, const char* title, std::string what);
 Item shown(const char* key, const char* label, nlohmann::ordered_json value, std::string text);
 
 }  // namespace zopctl

@@ -1,4 +1,4 @@
-// The one place where a text is made safe for a terminal.
+// The only place that makes text safe for a terminal.
 #include "zopctl/text/printable.h"
 
 #include <algorithm>

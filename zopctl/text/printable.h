@@ -1,4 +1,4 @@
-// Texts of a modem or a module on a terminal: control characters never reach it.
+// Keeps control characters in texts of the modem or the module away from the terminal.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +8,13 @@
 
 namespace zopctl {
 
-// Control characters become '?', but for those in kept.
+// Replaces control characters by '?', except those in kept.
 std::string printable(std::string_view text, std::string_view kept = "");
 
-// A text field of fixed width, up to its terminator.
+// A text field of fixed width, up to its terminator, if any.
 std::string printable(std::span<const uint8_t> field);
 
-// All that is not ASCII becomes '?', too: a column a byte.
+// Also replaces what is not ASCII, so that each byte takes one column.
 std::string printable_ascii(std::string_view text);
 
 }  // namespace zopctl

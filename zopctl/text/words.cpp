@@ -1,4 +1,4 @@
-// Word tables. A value without a word is shown as its number.
+// Word tables. An unknown value is shown as a number.
 #include "zopctl/text/words.h"
 
 #include <fmt/format.h>
@@ -31,7 +31,7 @@ std::string vurn_result(int result) {
       {VURN_OK, "good"},
       {VURN_ERR_NOT_OPEN, "module not open"},
       {VURN_ERR_FAILED, "failed"},
-      {VURN_ERR_REOPENED, "was open, closed now"},
+      {VURN_ERR_REOPENED, "was already open, now closed"},
       {VURN_ERR_NULL_ARGUMENT, "null argument"},
       {VURN_ERR_TIME_NOT_PROVIDED, "not sent by the network"},
   };
@@ -68,10 +68,10 @@ std::string sim_status(uint32_t status) {
 
 std::string lock_status(uint32_t lock) {
   static const Word words[] = {
-      {ZOP_PIN_UNKNOWN, "unknown"},     {ZOP_PIN_OKAY, "okay"},
-      {ZOP_PIN_ENABLED, "PIN wanted"},  {ZOP_PIN_VERIFIED, "verified"},
-      {ZOP_PIN_BLOCKED, "blocked"},     {ZOP_PIN_PERM_DISABLED, "PIN switched off"},
-      {ZOP_PIN_NOT_VALID, "not valid"}, {ZOP_PIN_NOT_INITIALISED, "not initialised"}};
+      {ZOP_PIN_UNKNOWN, "unknown"},      {ZOP_PIN_OKAY, "okay"},
+      {ZOP_PIN_ENABLED, "PIN required"}, {ZOP_PIN_VERIFIED, "verified"},
+      {ZOP_PIN_BLOCKED, "blocked"},      {ZOP_PIN_PERM_DISABLED, "PIN disabled"},
+      {ZOP_PIN_NOT_VALID, "not valid"},  {ZOP_PIN_NOT_INITIALISED, "not initialised"}};
   return word(words, lock);
 }
 

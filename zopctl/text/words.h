@@ -20,7 +20,7 @@ std::string band(int32_t band);
 // "4 [####.]", or "none [.....]".
 std::string bars_picture(int bars);
 
-// Throws Failure, with the call's name and result in words, unless result is ZOP_SUCCESS.
+// Throws Failure, with what and the result in words, unless result is ZOP_SUCCESS.
 void require(unsigned result, const char* what);
 
 }  // namespace zopctl

@@ -1,4 +1,4 @@
-// zopctl bars: what the host shows, once or as it changes.
+// zopctl bars: the signal bars that a host shows, once or periodically.
 #include "zopctl/host/bars.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/host/signals.h"
@@ -25,7 +25,7 @@ static Findings findings_of(const Bars& found) {
   return {section};
 }
 
-// One line a look: for people, or a JSON object.
+// One line per sample: text or a JSON object.
 static void print_sample(const Bars& found, bool json) {
   auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   if (json) {
@@ -39,15 +39,15 @@ static void print_sample(const Bars& found, bool json) {
   if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
 }
 
-// A modem that was unplugged is opened again as soon as it is back.
+// Reconnects to a modem that was unplugged.
 static void reopen_lost(const ModuleLibrary& m, const Bars& found) {
   if (!is_lost(found)) return;
   QuietOutput quiet;
   m.vurn_close(0);
-  m.vurn_open();  // the next look tells
+  m.vurn_open();  // a failure shows in the next sample
 }
 
-// Until the user ends it.
+// Runs until a signal ends it.
 static void watch(const ModuleLibrary& m, uint32_t seconds, bool json) {
   for (;;) {
     Bars found = read_bars(m);
@@ -64,9 +64,9 @@ static Findings show(const ModuleLibrary& m, const Arguments& arguments) {
 
 const Verb BARS = {
     .name = "bars",
-    .help = "the bars that a host shows, with the reason when there are none",
+    .help = "the signal bars that a host shows, or why there are none",
     .need = Session::MODULE,
-    .arguments = {{.name = "--watch", .help = "look again every so many SECONDS, a line each"}},
+    .arguments = {{.name = "--watch", .help = "seconds between samples; prints a line for each"}},
     .run = show};
 
 }  // namespace zopctl

@@ -1,4 +1,4 @@
-// zopctl nv, config, profile, errlog: what the modem keeps and how it is set up.
+// zopctl nv, config, profile, errlog: NV items, configuration, PDP profiles and error log.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -43,7 +43,7 @@ static Findings write_nv(const ModuleLibrary& m, const Arguments& arguments) {
   return confirmation("nv", "NV item", fmt::format("item {} written, {} bytes", item, data.size()));
 }
 
-// A value that the modem may not have: shown with the reason when it fails.
+// A value that not every modem has: on failure the reason is shown.
 static Item value(const char* key, const char* label, unsigned (*get)(uint32_t*)) {
   uint32_t number = 0;
   unsigned result = get(&number);
@@ -84,7 +84,7 @@ static Findings set_search_order(const ModuleLibrary& m, const Arguments& argume
   uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
   unsigned result = m.zop_set_network_search_order(kind, code);
   if (result == ZOP_ERR_BAD_RESPONSE) {
-    throw Failure("set search order: a band of another kind, or " + zop_result(result));
+    throw Failure("set search order: a band of the other type, or " + zop_result(result));
   }
   require(result, "set search order");
   return confirmation("config", "Configuration",
@@ -107,12 +107,12 @@ static Findings set_factory_test(const ModuleLibrary& m, const Arguments& argume
 static Findings reset(const ModuleLibrary& m, const Arguments&) {
   require(m.zop_set_reset(), "reset");
   return confirmation("config", "Configuration",
-                      "the modem restarts; its device goes and comes back");
+                      "the modem restarts; its device disappears for a while");
 }
 
 static Findings error_fatal(const ModuleLibrary& m, const Arguments&) {
   require(m.zop_set_error_fatal(), "error fatal");
-  return confirmation("config", "Configuration", "the modem has crashed as asked");
+  return confirmation("config", "Configuration", "the modem has crashed");
 }
 
 static bool is_empty(std::span<const uint8_t> bytes) {
@@ -169,15 +169,15 @@ const Verbs NV_VERBS = {
     {.noun = "nv",
      .name = "read",
      .help = "read an item",
-     .arguments = {{.name = "ITEM", .help = "number of the item"},
+     .arguments = {{.name = "ITEM", .help = "item number"},
                    {.name = "--length", .help = "bytes to show, 1 to 128"}},
      .run = read_nv},
     {.noun = "nv",
      .name = "write",
      .help = "write an item",
      .danger = "a wrong NV item can make the modem unusable",
-     .arguments = {{.name = "ITEM", .help = "number of the item"},
-                   {.name = "DATA", .help = "its bytes in hexadecimal"}},
+     .arguments = {{.name = "ITEM", .help = "item number"},
+                   {.name = "DATA", .help = "its bytes, in hexadecimal"}},
      .run = write_nv},
 };
 const Verbs CONFIG_VERBS = {
@@ -187,41 +187,41 @@ const Verbs CONFIG_VERBS = {
      .run = show_config},
     {.noun = "config",
      .name = "set-band",
-     .help = "fix the modem to a band",
+     .help = "lock the modem to a band",
      .danger = "a band that the network does not use takes the modem out of service",
      .arguments = {{.name = "BAND", .help = "43, 44, 47, 48, 80, 81 or 84"}},
      .run = set_band},
     {.noun = "config",
      .name = "set-mode",
-     .help = "preferred mode, as the modem numbers it",
+     .help = "set the preferred mode, a number that the modem defines",
      .danger = "a mode that the network does not use takes the modem out of service",
      .arguments = {{.name = "MODE", .help = "0 to 255"}},
      .run = set_mode},
     {.noun = "config",
      .name = "set-search-order",
-     .help = "where the modem searches first",
-     .arguments = {{.name = "KIND", .help = "kind of network", .choices = {"gsm", "wcdma"}},
+     .help = "set the band to search first",
+     .arguments = {{.name = "KIND", .help = "network type", .choices = {"gsm", "wcdma"}},
                    {.name = "BAND", .help = "43, 44, 47, 48 for gsm; 80, 81, 84 for wcdma"}},
      .run = set_search_order},
     {.noun = "config",
      .name = "diag-port",
-     .help = "port of the diagnostic link",
-     .danger = "the modem may not be heard on this port any more",
+     .help = "select the port of the diagnostic link",
+     .danger = "the modem may stop answering on the current port",
      .arguments = {{.name = "PORT", .help = "0 or 1"}},
      .run = set_diag_port},
     {.noun = "config",
      .name = "factory-test",
-     .help = "factory test mode",
-     .arguments = {{.name = "STATE", .help = "on or off", .choices = {"on", "off"}}},
+     .help = "switch factory test mode on or off",
+     .arguments = {{.name = "STATE", .help = "new state", .choices = {"on", "off"}}},
      .run = set_factory_test},
     {.noun = "config",
      .name = "reset",
      .help = "restart the modem",
-     .danger = "the modem goes away and its calls end",
+     .danger = "the modem disconnects and its calls end",
      .run = reset},
     {.noun = "config",
      .name = "error-fatal",
-     .help = "crash the modem, for a memory dump",
+     .help = "crash the modem, to get a memory dump",
      .danger = "the modem crashes and its calls end",
      .run = error_fatal},
 };
@@ -231,15 +231,15 @@ const Verbs PROFILE_VERBS = {
      .name = "write",
      .help = "write a profile",
      .arguments = {{.name = "RECORD",
-                    .help = "its record in hexadecimal, up to 103 bytes; the first is its number"}},
+                    .help = "up to 103 bytes in hexadecimal, the first is the profile number"}},
      .run = write_profile},
 };
 const Verbs ERRLOG_VERBS = {
     {.noun = "errlog", .name = "read", .help = "show the log", .run = read_errlog},
     {.noun = "errlog",
      .name = "clear",
-     .help = "clear a record, or all",
-     .arguments = {{.name = "INDEX", .help = "0 to 254; all without it", .optional = true}},
+     .help = "clear one record or all",
+     .arguments = {{.name = "INDEX", .help = "0 to 254; default all", .optional = true}},
      .run = clear_errlog},
 };
 

@@ -1,6 +1,5 @@
-// zopctl doctor: every link of the chain from the device node to the network, a line each, with
-// what is wrong and what to try. The chain ends at the first link without which the next has no
-// sense.
+// zopctl doctor: checks every step from the device node to the network, prints a line for each, and
+// says what is wrong and what to try. It stops where later checks would be meaningless.
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
@@ -17,7 +16,7 @@ namespace zopctl {
 using Json = nlohmann::ordered_json;
 
 namespace {
-// One line. Good, worth a look, or bad; bad and doubtful ones say what to try.
+// The result of one check. BAD and DOUBTFUL ones come with advice.
 struct Check {
   enum State { GOOD, DOUBTFUL, BAD } state;
   std::string found;
@@ -41,14 +40,14 @@ static Check device() {
     std::string advice = end == std::string::npos ? "" : problem->substr(end + 2);
     return {Check::BAD, problem->substr(0, end), advice};
   }
-  return {Check::GOOD, mapped_device() + " is a serial device and may be opened", ""};
+  return {Check::GOOD, mapped_device() + " is a serial device and can be opened", ""};
 }
 
 static Check probe(const ModuleLibrary& m) {
   unsigned result = m.zop_open(MODULE_DEVICE);
   if (result == ZOP_OPEN_UP) return {Check::GOOD, "the modem answers", ""};
-  return {Check::BAD, fmt::format("no answer within five attempts (zop_open, result {})", result),
-          "is this the DIAG port, and no other program on it? Unplug the modem and plug it in"};
+  return {Check::BAD, fmt::format("no answer in five attempts (zop_open, result {})", result),
+          "is this the DIAG port, and not in use? Unplug the modem and plug it in again"};
 }
 
 static Check card(const ModuleLibrary& m) {
@@ -59,13 +58,13 @@ static Check card(const ModuleLibrary& m) {
       fmt::format("{}; {}; {} tries left", sim_status(status), lock_status(lock), retries);
   if (status == ZOP_SIM_READY) return {Check::GOOD, found, ""};
   if (lock == ZOP_PIN_BLOCKED) {
-    return {Check::BAD, found, "zopctl sim unblock wants the unblocking key"};
+    return {Check::BAD, found, "unblock it with zopctl sim unblock and the unblocking key"};
   }
   if (status == ZOP_SIM_NOT_INITIALISED && lock == ZOP_PIN_ENABLED) {
-    return {Check::BAD, found, "zopctl sim verify gives the PIN"};
+    return {Check::BAD, found, "enter the PIN with zopctl sim verify"};
   }
-  if (status == ZOP_SIM_NOT_READY) return {Check::DOUBTFUL, found, "wait, it may become ready"};
-  return {Check::BAD, found, "is a card in its slot, the right way round?"};
+  if (status == ZOP_SIM_NOT_READY) return {Check::DOUBTFUL, found, "wait, it may get ready"};
+  return {Check::BAD, found, "is a card in the slot, the right way round?"};
 }
 
 static Check opened(const ModuleLibrary& m) {
@@ -82,7 +81,7 @@ static Check registered(const ModuleLibrary& m) {
   unsigned result = m.zop_get_registration_status(&value);
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
   if (value == ZOP_REGISTRATION_SUCCESS) return {Check::GOOD, registration(value), ""};
-  return {Check::BAD, registration(value), "is an antenna connected, the card allowed here?"};
+  return {Check::BAD, registration(value), "is an antenna connected, and the card allowed here?"};
 }
 
 static Check attached(const ModuleLibrary& m) {
@@ -91,7 +90,7 @@ static Check attached(const ModuleLibrary& m) {
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
   if (state == ZOP_ATTACH_ACCEPTED) return {Check::GOOD, "attached to the packet network", ""};
   return {Check::BAD, fmt::format("not attached: state {}, 3GPP TS 24.008 cause {}", state, cause),
-          "does the contract of the card include data?"};
+          "does the subscription include data?"};
 }
 
 static Check served(const ModuleLibrary& m) {
@@ -100,7 +99,7 @@ static Check served(const ModuleLibrary& m) {
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
   if (value == ZOP_SERVICE_FULL) return {Check::GOOD, service(value), ""};
   return {Check::BAD, service(value),
-          "zopctl plmn list forbidden, zopctl signal and zopctl config show tell more"};
+          "see zopctl plmn list forbidden, zopctl signal and zopctl config show"};
 }
 
 static Check bars(const ModuleLibrary& m) {
@@ -108,11 +107,11 @@ static Check bars(const ModuleLibrary& m) {
   QuietOutput quiet;
   int result = m.vurn_get_bars(&value);
   if (result != VURN_OK) {
-    return {Check::BAD, vurn_result(result), "zopctl bars --watch 5 shows whether it is stuck"};
+    return {Check::BAD, vurn_result(result), "watch it with zopctl bars --watch 5"};
   }
   if (value > 1) return {Check::GOOD, bars_picture(value), ""};
   return {value == 1 ? Check::DOUBTFUL : Check::BAD, bars_picture(value),
-          "zopctl signal shows the levels; look at the antenna"};
+          "zopctl signal shows the levels; check the antenna"};
 }
 
 static Check network_time(const ModuleLibrary& m) {
@@ -125,10 +124,10 @@ static Check network_time(const ModuleLibrary& m) {
     return {Check::GOOD, fmt::format("{:%Y-%m-%d %H:%M:%S}", local), ""};
   }
   if (result != VURN_ERR_TIME_NOT_PROVIDED) return {Check::BAD, vurn_result(result), "try again"};
-  return {Check::DOUBTFUL, vurn_result(result), "not every network sends it; zopctl time set"};
+  return {Check::DOUBTFUL, vurn_result(result), "not every network sends it; use zopctl time set"};
 }
 
-// What the detectors of a stuck modem look at: a bad sign now, or none.
+// The conditions of the module's stuck-modem detectors, as they are now.
 static Check stuck_signs(const ModuleLibrary& m) {
   int32_t rau = 0, rau_error = 0, pdp = 0, reject = 0;
   uint32_t call = 0;
@@ -138,20 +137,20 @@ static Check stuck_signs(const ModuleLibrary& m) {
   if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
   if (rau == ZOP_RA_UPDATE_REJECTED && rau_error == ZOP_CAUSE_PROTOCOL_ERROR) {
     return {Check::BAD, "routing-area update rejected (cause 111)",
-            "after 60 s without an attach the module takes the modem for stuck: restart it"};
+            "after 60 s without an attach the module considers the modem stuck: restart it"};
   }
   if (call == ZOP_CALL_IDLE && (pdp == ZOP_PDP_ACTIVE_PENDING || pdp == ZOP_PDP_ACTIVE)) {
     return {Check::DOUBTFUL, "data connection active without a call",
-            "after 5 s the module takes the modem for stuck: restart it"};
+            "after 5 s the module considers the modem stuck: restart it"};
   }
   if (reject != ZOP_CAUSE_NONE) {
     return {Check::DOUBTFUL, fmt::format("data connection refused (cause {})", reject),
-            "zopctl plmn list forbidden, zopctl profile list"};
+            "see zopctl plmn list forbidden and zopctl profile list"};
   }
   return {Check::GOOD, "no sign of a stuck modem", ""};
 }
 
-// Adds a line; whether the chain goes on.
+// Adds a line. False if the checks that depend on this one can't run.
 static bool add(Section& section, const char* key, const char* label, const Check& check) {
   check_signals();
   section.items.push_back(line(key, label, check));
@@ -185,7 +184,7 @@ static Findings doctor(const ModuleLibrary& m, const Arguments&) {
 }
 
 const Verb DOCTOR = {.name = "doctor",
-                     .help = "check every link of the chain and say what to try",
+                     .help = "check every step from device to network and say what to try",
                      .need = Session::LIBRARY,
                      .run = doctor};
 

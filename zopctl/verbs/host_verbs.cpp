@@ -1,5 +1,5 @@
-// zopctl mcc, event, call-test: the rest of what a host does with the module. The platform's events
-// are played by this program.
+// zopctl mcc, event, call-test: the module calls that only a host makes. This program stands in for
+// the host's event platform.
 #include <fmt/format.h>
 
 #include "include/nubi.h"
@@ -14,7 +14,7 @@ struct NubiEvent {
   int parameter;
 };
 
-// The module binds to these.
+// The module resolves these symbols in this program.
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 EXPORTED const char* NubiGetEventName(const NubiEvent* event) { return event->name; }
 EXPORTED const char* NubiGetEventSource(const NubiEvent* event) { return event->source; }
@@ -37,7 +37,7 @@ static Findings show_mcc(const ModuleLibrary& m, const Arguments&) {
   return one_section(
       "country", "Country",
       {shown("mcc", "MCC", mcc, fmt::format("{:03}", mcc)),
-       shown("changed", "Changed", changed, changed ? "yes, since the last time" : "no")});
+       shown("changed", "Changed", changed, changed ? "yes, since the last check" : "no")});
 }
 
 static Findings ring(const ModuleLibrary& m, const Arguments& arguments) {
@@ -71,11 +71,11 @@ static Findings start_call_test(const ModuleLibrary& m, const Arguments& argumen
   if (result != VURN_OK) {
     throw Failure("the call test did not start: " + vurn_result(result) + "\n" + log.text());
   }
-  std::string text = fmt::format("test {} is under way; zopctl call-test stop ends it", test);
+  std::string text = fmt::format("test {} is running; zopctl call-test stop ends it", test);
   return one_section("call_test", "Call test", {shown("test", "Started", test, text)});
 }
 
-// The module knows only of a test that this process has started: it is told that there is one.
+// The module stops only a test of its own process, but zopctl call-test start was another one.
 static Findings stop_call_test(const ModuleLibrary& m, const Arguments&) {
   LogCapture log(m, VURN_LOG_ERROR);
   *m.sTestNum = 1;
@@ -88,18 +88,18 @@ static Findings stop_call_test(const ModuleLibrary& m, const Arguments&) {
 }
 
 const Verb MCC = {
-    .name = "mcc", .help = "the country, and whether it has changed", .run = show_mcc};
+    .name = "mcc", .help = "the country code, and whether it has changed", .run = show_mcc};
 
 const Verbs EVENT_VERBS = {
     {.noun = "event",
      .name = "wanRing",
-     .help = "report a ring wake-up to the module",
+     .help = "send the module a ring wake-up event",
      .need = Session::LIBRARY,
-     .arguments = {{.name = "ORIGIN", .help = "0 to 4 are known"}},
+     .arguments = {{.name = "ORIGIN", .help = "origin of the ring; 0 to 4 are counted separately"}},
      .run = ring},
     {.noun = "event",
      .name = "fileDownloaded",
-     .help = "report a finished download, which logs the network",
+     .help = "send the module a finished-download event; it logs the network",
      .need = Session::MODULE,
      .run = downloaded},
 };
@@ -107,16 +107,16 @@ const Verbs EVENT_VERBS = {
 const Verbs CALL_TEST_VERBS = {
     {.noun = "call-test",
      .name = "start",
-     .help = "start the factory's call test",
+     .help = "start the factory call test",
      .need = Session::MODULE,
-     .danger = "the modem changes its band and calls until it is stopped",
+     .danger = "the modem changes its band and stays in a call until stopped",
      .arguments = {{.name = "TEST",
-                    .help = "0 factory test mode alone, 1 WCDMA 850, 2 GSM 1900, others on the "
-                            "band as it is"}},
+                    .help = "0 factory test mode only, 1 WCDMA 850, 2 GSM 1900, others keep "
+                            "the current band"}},
      .run = start_call_test},
     {.noun = "call-test",
      .name = "stop",
-     .help = "end it",
+     .help = "end the factory call test",
      .need = Session::MODULE,
      .run = stop_call_test},
 };

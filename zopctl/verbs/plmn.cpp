@@ -14,7 +14,7 @@ namespace zopctl {
 using Json = nlohmann::ordered_json;
 using View = std::span<const uint8_t>;
 
-constexpr size_t ENTRY = 8;  // with two technology bytes
+constexpr size_t ENTRY = 8;  // bytes: MCC, MNC, two for the technology
 constexpr size_t USER_ENTRIES = 15;
 constexpr uint8_t TECHNOLOGY = 128;
 
@@ -24,7 +24,7 @@ static std::string technology(uint8_t first, uint8_t second) {
   return fmt::format("{}_{}", first, second);
 }
 
-// Entries of a block that begins with its count; width 6, or 8 with technology.
+// The block starts with its number of entries. An entry has 6 bytes, or 8 with technology.
 static void add_entries(Json& list, View block, size_t width) {
   size_t count = std::min<size_t>(block[0], (block.size() - 1) / width);
   for (size_t i = 0; i < count; ++i) {
@@ -46,7 +46,7 @@ static std::string text_of(const Json& list) {
   return text.empty() ? "(empty)" : text;
 }
 
-// A list that comes whole.
+// A list that comes in one answer.
 static Json whole_list(unsigned (*get)(uint8_t*), size_t size, size_t width, const char* what) {
   std::vector<uint8_t> list(size);
   require(get(list.data()), what);
@@ -67,7 +67,7 @@ static Json forbidden(const ModuleLibrary& m) {
   return whole_list(m.zop_get_uim_data_fplmn, ZOP_FPLMN_LIST_SIZE, ZOP_PLMN_SIZE, "forbidden list");
 }
 
-// The operator's list is read in blocks of 20, up to the last that can be asked for.
+// The operator's list is read in blocks of 20; 256 is the highest first entry to ask for.
 static Json operators(const ModuleLibrary& m) {
   Json entries = Json::array();
   uint32_t total = 1;
@@ -122,7 +122,7 @@ static void put_entry(const std::string& word, uint8_t* entry) {
   };
   bool good = mcc.size() == 3 && (mnc.size() == 2 || mnc.size() == 3) && digits(mcc + mnc) &&
               (kind == "gsm" || kind == "umts");
-  if (!good) throw UsageError("\"" + word + "\" is no PLMN; write 310-410 or 310-410:gsm");
+  if (!good) throw UsageError("\"" + word + "\" is not a PLMN; write 310-410 or 310-410:gsm");
   memcpy(entry, mcc.data(), 3);
   memcpy(entry + 3, mnc.data(), mnc.size());
   entry[kind == "umts" ? 6 : 7] = TECHNOLOGY;
@@ -132,7 +132,7 @@ static Findings set_user(const ModuleLibrary& m, const Arguments& arguments) {
   zop_uplmn_list list = {};
   std::stringstream words(arguments.text("PLMNS"));
   for (std::string word; std::getline(words, word, ',');) {
-    if (list.bytes[0] == USER_ENTRIES) throw UsageError("the list holds 15 PLMNs");
+    if (list.bytes[0] == USER_ENTRIES) throw UsageError("the list holds at most 15 PLMNs");
     put_entry(word, list.bytes + 1 + ENTRY * list.bytes[0]++);
   }
   require(m.zop_set_uim_data_uplmn(list), "write the user list");
@@ -143,18 +143,17 @@ static Findings set_user(const ModuleLibrary& m, const Arguments& arguments) {
 const Verbs PLMN_VERBS = {
     {.noun = "plmn",
      .name = "list",
-     .help = "show one list, or all",
+     .help = "show one list, by default all",
      .arguments = {{.name = "LIST",
-                    .help = "which one",
+                    .help = "list to show",
                     .optional = true,
                     .choices = {"home", "user", "operator", "forbidden", "registered"}}},
      .run = list},
     {.noun = "plmn",
      .name = "set-user",
-     .help = "write the user's list, for example 310-410,262-01:gsm",
+     .help = "write the user list, for example 310-410,262-01:gsm",
      .arguments = {{.name = "PLMNS",
-                    .help =
-                        "MCC-MNC with commas, :gsm or :umts behind each; \"\" empties the list"}},
+                    .help = "MCC-MNC[:gsm|:umts],...; default umts; \"\" clears the list"}},
      .run = set_user},
 };
 

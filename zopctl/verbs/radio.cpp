@@ -1,4 +1,4 @@
-// zopctl signal, cells: what the modem hears.
+// zopctl signal, cells: signal levels, and the cells that the modem receives.
 #include <fmt/format.h>
 
 #include "zopctl/host/standard_output.h"
@@ -83,6 +83,6 @@ static Findings cells(const ModuleLibrary& m, const Arguments&) {
 
 const Verb SIGNAL = {
     .name = "signal", .help = "RSSI, RSCP, transmit power, path loss and bars", .run = signal};
-const Verb CELLS = {.name = "cells", .help = "the cells that the modem hears", .run = cells};
+const Verb CELLS = {.name = "cells", .help = "the cells that the modem receives", .run = cells};
 
 }  // namespace zopctl

@@ -1,4 +1,4 @@
-// zopctl parse-log and html: what modems have left behind, to read. No modem is needed.
+// zopctl parse-log and html: read device logs, reports and recordings. No modem is needed.
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -36,14 +36,14 @@ static Findings parse_log(const ModuleLibrary& module, const Arguments& argument
 
 static std::string output_of(const Arguments& arguments, const std::vector<std::string>& inputs) {
   if (!arguments.has("--output")) {
-    if (isatty(STDOUT_FILENO) != 0) throw UsageError("where to? Give -o page.html");
+    if (isatty(STDOUT_FILENO) != 0) throw UsageError("no output file; use -o page.html");
     return "-";
   }
   const std::string& output = arguments.text("--output");
   for (const std::string& input : inputs) {
     std::error_code error;
     if (fs::is_regular_file(input, error) && fs::equivalent(input, output, error)) {
-      throw UsageError(output + " is read from; write the page to another file");
+      throw UsageError(output + " is an input; write the page to another file");
     }
   }
   return output;
@@ -52,7 +52,7 @@ static std::string output_of(const Arguments& arguments, const std::vector<std::
 static Findings html(const ModuleLibrary& module, const Arguments& arguments) {
   const std::vector<std::string>& inputs = arguments.lists.at("INPUT");
   if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
-    throw UsageError("standard input can be read once only");
+    throw UsageError("standard input can be read only once");
   }
   std::string output = output_of(arguments, inputs);
   std::vector<records::Recording> recordings;
@@ -66,23 +66,22 @@ static Findings html(const ModuleLibrary& module, const Arguments& arguments) {
 }
 
 const Verb PARSE_LOG = {.name = "parse-log",
-                        .help = "put the reports in device logs together, a JSON object each",
+                        .help = "extract the reports from device logs, one JSON object each",
                         .need = Session::LIBRARY,
                         .arguments = {{.name = "FILE",
-                                       .help = "logs, in order of time; standard input without one",
+                                       .help = "logs, oldest first; default standard input",
                                        .optional = true,
                                        .list = true}},
                         .run = parse_log};
-const Verb HTML = {
-    .name = "html",
-    .help = "make a page to read of reports (--json), recordings and reports of logs",
-    .need = Session::LIBRARY,
-    .arguments = {{.name = "INPUT",
-                   .help = "files, a part of the page each; - is standard input",
-                   .list = true},
-                  {.name = "--output",
-                   .help = "the page; standard output without it",
-                   .short_name = "-o"}},
-    .run = html};
+const Verb HTML = {.name = "html",
+                   .help = "make an HTML page of reports (--json), recordings and parsed logs",
+                   .need = Session::LIBRARY,
+                   .arguments = {{.name = "INPUT",
+                                  .help = "files, each a section of the page; - is standard input",
+                                  .list = true},
+                                 {.name = "--output",
+                                  .help = "the page; default standard output",
+                                  .short_name = "-o"}},
+                   .run = html};
 
 }  // namespace zopctl

@@ -1,4 +1,4 @@
-// zopctl report, exception: the diagnostic report as a host reads it, and as it goes to syslog.
+// zopctl report, exception: the diagnostic report as a host reads it, and as syslog gets it.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -23,7 +23,7 @@ constexpr int FRESH_DATA_S = 15;
 constexpr int REPORTS_OF_AN_EXCEPTION = 5;
 constexpr int EXCEPTION_S = 30;
 
-// The first report switches field testing on; then a screen comes within two seconds.
+// The first report switches field-test screens on; a screen then arrives within two seconds.
 static std::string fresh_log_string(const ModuleLibrary& m) {
   if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for the modem's field-test data ...\n");
   for (int second = 0; second < FRESH_DATA_S; ++second) {
@@ -32,7 +32,7 @@ static std::string fresh_log_string(const ModuleLibrary& m) {
     wait_seconds(1);
   }
   throw Failure(
-      fmt::format("no field-test data within {} s; zopctl doctor looks at the link", FRESH_DATA_S));
+      fmt::format("no field-test data within {} s; check with zopctl doctor", FRESH_DATA_S));
 }
 
 static void print_object(const Json& object) {
@@ -53,14 +53,14 @@ static Findings report(const ModuleLibrary& m, const Arguments& arguments) {
 
 // ---- exceptions ----
 
-// A host's names of its exceptions, by code. 3 to 7 are the ones that the module does not report.
+// The names that a host gives its exceptions, by code. The module does not report 3 to 7.
 static const char* const EXCEPTION_NAMES[] = {
     "no carrier",    "dial failed",     "ppp timeout", "user hang-up",   "idle hang-up",
     "shutting down", "no subscription", "flight mode", "authentication", "modem reset",
 };
 constexpr uint32_t FIRST_SILENT = 3, LAST_SILENT = 7;
 
-// The lines of the reports, from "t=" on.
+// The report lines, starting at "t=".
 static std::vector<std::string> report_lines(const std::string& log) {
   std::vector<std::string> found;
   std::istringstream lines(log);
@@ -78,7 +78,7 @@ static int count_reports(const std::vector<std::string>& lines) {
   return static_cast<int>(std::count_if(lines.begin(), lines.end(), ends_report));
 }
 
-// One object a report: its pairs.
+// One object of label-value pairs per report.
 static Json reports_as_json(const std::vector<std::string>& lines) {
   Json reports = Json::array();
   Json report = Json::object();
@@ -101,20 +101,20 @@ static std::vector<std::string> wait_for_reports(const LogCapture& log) {
     if (count_reports(lines) >= REPORTS_OF_AN_EXCEPTION) return lines;
     wait_seconds(1);
   }
-  throw Failure(fmt::format("fewer than {} reports within {} s; zopctl doctor looks at the link",
+  throw Failure(fmt::format("fewer than {} reports within {} s; check with zopctl doctor",
                             REPORTS_OF_AN_EXCEPTION, EXCEPTION_S));
 }
 
 static Findings exception(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t code = arguments.number("CODE", 0, std::size(EXCEPTION_NAMES) - 1);
   if (code >= FIRST_SILENT && code <= LAST_SILENT) {
-    throw UsageError("the module does not report the codes 3 to 7");
+    throw UsageError("the module does not report codes 3 to 7");
   }
   LogCapture log(m, VURN_LOG_INFO);
   {
     QuietOutput quiet;
     int result = m.vurn_log_message(code, const_cast<const char**>(EXCEPTION_NAMES));
-    if (result != VURN_OK) throw Failure("the exception: " + vurn_result(result));
+    if (result != VURN_OK) throw Failure("report the exception: " + vurn_result(result));
   }
   if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for five reports ...\n");
   std::vector<std::string> lines = wait_for_reports(log);
@@ -130,13 +130,13 @@ const Verb REPORT = {
     .name = "report",
     .help = "the diagnostic report, as a host reads it",
     .need = Session::MODULE,
-    .arguments = {{.name = "--wait", .help = "wait for fresh data of the modem", .flag = true}},
+    .arguments = {{.name = "--wait", .help = "wait for fresh data from the modem", .flag = true}},
     .run = report};
 const Verb EXCEPTION = {
     .name = "exception",
-    .help = "report an exception, and show the five reports that follow",
+    .help = "report an exception to the module, and show the five reports that follow",
     .need = Session::MODULE,
-    .arguments = {{.name = "CODE", .help = "0 to 9; 3 to 7 are not reported by the module"}},
+    .arguments = {{.name = "CODE", .help = "0 to 9; the module does not report 3 to 7"}},
     .run = exception};
 
 }  // namespace zopctl

@@ -28,7 +28,7 @@ static std::string prompt_without_echo(const std::string& what) {
 }
 
 namespace {
-// A code of 4 to 8 digits, padded with zeros to the 8 bytes that the card takes.
+// 4 to 8 digits, padded with zero bytes to the 8 bytes that the card expects.
 struct Code {
   uint8_t bytes[ZOP_PIN_SIZE] = {};
   uint32_t length = 0;
@@ -47,7 +47,7 @@ static Code code_of(const Arguments& arguments, const std::string& option, const
   check_signals();
   bool digits = text.find_first_not_of("0123456789") == std::string::npos;
   if (!digits || text.size() < 4 || text.size() > ZOP_PIN_SIZE) {
-    throw UsageError(std::string(what) + " has 4 to 8 digits");
+    throw UsageError(std::string(what) + " must have 4 to 8 digits");
   }
   Code code;
   code.length = static_cast<uint32_t>(text.size());
@@ -64,7 +64,7 @@ static std::vector<Item> card_state(const ModuleLibrary& m) {
           shown("pin_retries", "PIN tries left", retries, std::to_string(retries))};
 }
 
-// Shows what came of an operation and the state of the card after it.
+// Whether the card accepted the code, and its state now.
 static Findings outcome(const ModuleLibrary& m, uint32_t refused) {
   std::vector<Item> items = card_state(m);
   Item result = shown("accepted", "Accepted", refused == 0, refused == 0 ? "yes" : "no");
@@ -118,29 +118,19 @@ static Findings unblock(const ModuleLibrary& m, const Arguments& arguments) {
   return with_new_pin(m, key, arguments, m.zop_simcard_unblock, "unblock");
 }
 
-static const Argument PIN = {.name = "--pin", .help = "the PIN; without it, it is asked for"};
-static const Argument OLD_PIN = {.name = "--pin",
-                                 .help = "the old PIN; without it, it is asked for"};
+static const Argument PIN = {.name = "--pin", .help = "the PIN; asked for if not given"};
+static const Argument OLD_PIN = {.name = "--pin", .help = "the old PIN; asked for if not given"};
 static const Argument NEW_PIN = {.name = "--new-pin",
-                                 .help = "the new PIN; without it, it is asked for"};
-static const Argument KEY = {.name = "--key",
-                             .help = "the unblocking key; without it, it is asked for"};
+                                 .help = "the new PIN; asked for if not given"};
+static const Argument KEY = {.name = "--key", .help = "the unblocking key; asked for if not given"};
 
 const Verbs SIM_VERBS = {
     {.noun = "sim", .name = "status", .help = "card, lock and tries left", .run = status},
-    {.noun = "sim",
-     .name = "verify",
-     .help = "give the PIN that the card wants",
-     .arguments = {PIN},
-     .run = verify},
-    {.noun = "sim",
-     .name = "enable",
-     .help = "switch the PIN on",
-     .arguments = {PIN},
-     .run = enable},
+    {.noun = "sim", .name = "verify", .help = "enter the PIN", .arguments = {PIN}, .run = verify},
+    {.noun = "sim", .name = "enable", .help = "enable the PIN", .arguments = {PIN}, .run = enable},
     {.noun = "sim",
      .name = "disable",
-     .help = "switch the PIN off",
+     .help = "disable the PIN",
      .arguments = {PIN},
      .run = disable},
     {.noun = "sim",
@@ -150,7 +140,7 @@ const Verbs SIM_VERBS = {
      .run = change},
     {.noun = "sim",
      .name = "unblock",
-     .help = "restore a blocked PIN by the unblocking key",
+     .help = "replace a blocked PIN, with the unblocking key",
      .arguments = {KEY, NEW_PIN},
      .run = unblock},
 };

@@ -1,4 +1,5 @@
-// Gathering the status: by the host's own calls where they exist, by the command library otherwise.
+// zopctl status: read with the host interface where it has a call, otherwise with the command
+// library.
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
@@ -21,7 +22,7 @@ static Item failed(std::string key, std::string label, std::string reason) {
   return {std::move(key), std::move(label), nullptr, std::move(reason), true};
 }
 
-// An enumeration: its number and its word for programs, the word for people.
+// An enumeration: number and word for programs, the word for people.
 static Item coded(const char* key, const char* label, int64_t code, const std::string& word) {
   return good(key, label, Json{{"code", code}, {"text", word}}, word);
 }
@@ -30,7 +31,7 @@ static Item text_item(const char* key, const char* label, const std::string& val
   return good(key, label, value, value.empty() ? "(empty)" : value);
 }
 
-// A text of the host interface, or of the command library.
+// Text getters of the host interface and of the command library.
 using HostText = int (*)(char*, unsigned);
 using LibraryText = unsigned (*)(uint8_t*, uint32_t*);
 
@@ -49,7 +50,7 @@ static Item text(const char* key, const char* label, LibraryText get) {
   return text_item(key, label, printable(buffer));
 }
 
-// A number of the command library.
+// A number from the command library.
 static Item number(const char* key, const char* label, unsigned (*get)(uint32_t*)) {
   check_signals();
   uint32_t value = 0;
@@ -57,7 +58,7 @@ static Item number(const char* key, const char* label, unsigned (*get)(uint32_t*
   return good(key, label, value, fmt::format("{0} (0x{0:X})", value));
 }
 
-// An enumeration of the command library.
+// An enumeration from the command library.
 template <typename Number>
 static Item coded(const char* key, const char* label, unsigned (*get)(Number*),
                   std::string (*word)(Number)) {
@@ -146,11 +147,11 @@ static Section radio(const ModuleLibrary& m) {
 }
 
 static std::string offset_text(int seconds) {
-  int minutes = std::abs(seconds / 60);  // the offset may be the lowest number there is
+  int minutes = std::abs(seconds / 60);  // abs of INT_MIN would overflow
   return fmt::format("UTC{}{:02}:{:02}", seconds < 0 ? '-' : '+', minutes / 60, minutes % 60);
 }
 
-// The module reads the network's local time in this machine's zone, and so it is shown here.
+// The module takes the network's local time as being in this machine's zone; localtime_r undoes it.
 static Section network_time(const ModuleLibrary& m) {
   check_signals();
   time_t when = 0;

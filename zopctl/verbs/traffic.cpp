@@ -1,4 +1,4 @@
-// zopctl call, sms, time: what the modem is made to do.
+// zopctl call, sms, time: place a call, send a message, set the clock.
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
@@ -12,10 +12,10 @@
 
 namespace zopctl {
 
-static const std::string& bounded(const Arguments& arguments, const char* name, size_t most) {
+static const std::string& bounded(const Arguments& arguments, const char* name, size_t max) {
   const std::string& text = arguments.text(name);
-  if (text.empty() || text.size() > most) {
-    throw UsageError(fmt::format("{} has 1 to {} characters", name, most));
+  if (text.empty() || text.size() > max) {
+    throw UsageError(fmt::format("{} must have 1 to {} characters", name, max));
   }
   return text;
 }
@@ -46,12 +46,12 @@ static tm time_of(const Arguments& arguments) {
   if (!arguments.has("TIME")) return local;
   tm given{};
   const char* end = strptime(arguments.text("TIME").c_str(), "%Y-%m-%dT%H:%M:%S", &given);
-  if (end == nullptr || *end != '\0') throw UsageError("TIME is written 2010-07-24T13:02:59");
-  timegm(&given);  // fills the weekday in
+  if (end == nullptr || *end != '\0') throw UsageError("write TIME as 2010-07-24T13:02:59");
+  timegm(&given);  // fills in the weekday
   return given;
 }
 
-// 14 bytes: year, month, day, hour, minute, second, weekday, u16 each.
+// The modem expects year, month, day, hour, minute, second, weekday as 16-bit fields.
 static Findings set_time(const ModuleLibrary& m, const Arguments& arguments) {
   tm t = time_of(arguments);
   const int fields[] = {t.tm_year + 1900, t.tm_mon + 1, t.tm_mday, t.tm_hour,
@@ -78,8 +78,8 @@ const Verbs SMS_VERBS = {
     {.noun = "sms",
      .name = "send",
      .help = "send a message",
-     .arguments = {{.name = "NUMBER", .help = "up to 35 characters"},
-                   {.name = "TEXT", .help = "up to 254 characters"}},
+     .arguments = {{.name = "NUMBER", .help = "1 to 35 characters"},
+                   {.name = "TEXT", .help = "1 to 254 characters"}},
      .run = send_sms},
 };
 const Verbs TIME_VERBS = {
@@ -87,7 +87,7 @@ const Verbs TIME_VERBS = {
      .name = "set",
      .help = "set the modem's clock",
      .arguments = {{.name = "TIME",
-                    .help = "local time as 2010-07-24T13:02:59; now without it",
+                    .help = "local time, as 2010-07-24T13:02:59; default now",
                     .optional = true}},
      .run = set_time},
 };

@@ -1,4 +1,4 @@
-// The rows of the verbs, one source a noun.
+// The verbs, by source.
 #pragma once
 
 #include "zopctl/host/verb.h"
