@@ -40,8 +40,7 @@ static Call command_call(const Command& command) {
     unsigned result = command.run(out);
     return brought(result, bytes_of(out));
   };
-  bool blind = command.kind == Command::BLIND;
-  return {command.name, Call::LINK, make, blind ? Call::IGNORES : Call::TELLS};
+  return {command.name, Call::LINK, make};
 }
 
 // The listener for four seconds, with an event flagged: two polls of events, and a screen.
@@ -55,19 +54,17 @@ static Brought listen_for_a_while() {
 
 static std::vector<Call> other_commands() {
   return {
-      {"zop_open", Call::CLOSED_LINK, [] { return brought(zop_open(DEVICE), ""); }, Call::IGNORES},
+      {"zop_open", Call::CLOSED_LINK, [] { return brought(zop_open(DEVICE), ""); }},
       {"zop_send_sms", Call::LINK, [] { return brought(zop_send_sms("+15550100", "hello"), ""); }},
-      {"zop_set_backup step 3", Call::LINK, [] { return brought(zop_set_backup(3), ""); },
-       Call::IGNORES},
-      {"zop_debug_start", Call::LINK, listen_for_a_while, Call::GATHERS},
+      {"zop_set_backup step 3", Call::LINK, [] { return brought(zop_set_backup(3), ""); }},
+      {"zop_debug_start", Call::LINK, listen_for_a_while, true},
   };
 }
 
 // ---- the host's calls ----
 
-static Call module_call(const char* name, std::function<Brought()> make,
-                        Call::Trust trust = Call::TELLS) {
-  return {name, Call::MODULE, std::move(make), trust};
+static Call module_call(const char* name, std::function<Brought()> make, bool gathers = false) {
+  return {name, Call::MODULE, std::move(make), gathers};
 }
 
 static Call text(const char* name, int (*get)(char*, unsigned)) {
@@ -125,7 +122,7 @@ static Brought stop_call_test() {
 
 static std::vector<Call> host_calls() {
   return {
-      {"vurn_open", Call::CLOSED_MODULE, open_module, Call::GATHERS},
+      {"vurn_open", Call::CLOSED_MODULE, open_module, true},
       number("vurn_get_rssi", vurn_get_rssi),
       number("vurn_get_roaming_status", vurn_get_roaming_status),
       text("vurn_get_realm", vurn_get_realm),
@@ -142,10 +139,10 @@ static std::vector<Call> host_calls() {
       module_call("vurn_originate_call_test",
                   [] { return brought(vurn_originate_call_test(1), ""); }),
       module_call("vurn_stop_call_test", stop_call_test),
-      module_call("vurn_get_log_string", log_string, Call::GATHERS),
-      module_call("vurn_log_message", log_message, Call::GATHERS),
+      module_call("vurn_get_log_string", log_string, true),
+      module_call("vurn_log_message", log_message, true),
       module_call(
-          "vurn_enable_logging", [] { return brought(vurn_enable_logging(1), ""); }, Call::GATHERS),
+          "vurn_enable_logging", [] { return brought(vurn_enable_logging(1), ""); }, true),
   };
 }
 

@@ -26,12 +26,7 @@ struct Call {
   } needs = LINK;
   std::function<Brought()> make;
 
-  // How far it may follow a damaged answer without saying so.
-  enum Trust {
-    TELLS,    // a good result has the right output
-    IGNORES,  // does not look at the answer
-    GATHERS,  // gathers what it can get; the rest is missing, or older
-  } trust = TELLS;
+  bool gathers = false;  // what it can get; the rest of its output is missing, or older
 };
 
 const std::vector<Call>& every_call();

@@ -25,9 +25,6 @@ using namespace std::chrono_literals;
 static const char DEVICE[] = "/dev/tts/USB1";
 static constexpr Time SNAPSHOT_LASTS = 12s;  // that an open starts
 static constexpr Time SCENES_APART = 100s;
-static constexpr Time ANSWER_LIMIT = 5s;
-static constexpr Time PROBES_LIMIT = 5 * 1s;
-static constexpr Time PAUSES = 300ms;  // between attempts, and for a port in use
 
 // ---- the scene ----
 
@@ -120,7 +117,7 @@ Healthy make_healthy(const Call& call) {
     healthy.brought = call.make();
     healthy.frames = scene.line.frames();
   }
-  if (call.trust != Call::GATHERS) return healthy;
+  if (!call.gathers) return healthy;
   healthy.honest_lines = lines_of(healthy.brought.output);
   for (size_t answer = 0; answer < healthy.frames.size(); ++answer) {
     Scene scene(call);
@@ -129,14 +126,6 @@ Healthy make_healthy(const Call& call) {
     healthy.honest_lines.merge(lines_of(call.make().output));
   }
   return healthy;
-}
-
-Time time_limit(const Call& call) {
-  bool opens = call.needs == Call::CLOSED_LINK || call.needs == Call::CLOSED_MODULE;
-  Time limit = ANSWER_LIMIT + PAUSES;
-  if (opens) limit += PROBES_LIMIT;
-  if (call.name == "zop_debug_start") limit += ANSWER_LIMIT + 4s;  // it listens so long
-  return limit;
 }
 
 // ---- a row ----
@@ -157,48 +146,9 @@ static Row::Next ask_another(const Call& call) {
 static Row::Output judge(const Call& call, const Healthy& healthy, const Brought& brought) {
   if (brought.result != 0) return Row::FAILED;
   if (brought == healthy.brought) return Row::RIGHT;
-  if (call.trust != Call::GATHERS) return Row::WRONG;
+  if (!call.gathers) return Row::WRONG;
   auto is_honest = [&](const std::string& line) { return healthy.honest_lines.contains(line); };
   return std::ranges::all_of(lines_of(brought.output), is_honest) ? Row::PARTIAL : Row::WRONG;
-}
-
-static bool answer_is_whole(FaultKind kind) {
-  return kind == FaultKind::OTHER || kind == FaultKind::REFUSAL;
-}
-
-// What is left of the answer is the next one's, in the same call or the one after it.
-static bool leaves_bytes_behind(FaultKind kind) {
-  return kind == FaultKind::TWICE || kind == FaultKind::INSERTED || kind == FaultKind::FLIPPED;
-}
-
-static bool is_known_result(const Call& call, FaultKind kind, int result) {
-  if (call.name.starts_with("vurn_")) {
-    bool refused_time = result == VURN_ERR_TIME_NOT_PROVIDED && answer_is_whole(kind);
-    return result == VURN_OK || result == VURN_ERR_FAILED || refused_time;
-  }
-  bool refused = result == ZOP_ERR_MODEM_FAILURE || result == ZOP_ERR_HOME_NETWORK_REFUSED;
-  if (refused) return answer_is_whole(kind) || call.name == "zop_get_uim_data";
-  return result == ZOP_SUCCESS || result == ZOP_ERR_NOT_OPEN || result == ZOP_ERR_NO_RESPONSE ||
-         result == ZOP_ERR_BAD_RESPONSE;
-}
-
-static bool may_be_wrong(const Row& row, const Healthy& healthy, const Scene& scene) {
-  FaultKind kind = row.fault.kind;
-  bool shifts = leaves_bytes_behind(kind) && healthy.frames.size() > 1;
-  return answer_is_whole(kind) || shifts || scene.line.passes_check();
-}
-
-static std::string complaint_about(const Call& call, const Healthy& healthy, const Row& row,
-                                   const Scene& scene) {
-  FaultKind kind = row.fault.kind;
-  if (!scene.line.has_struck()) return "the fault was not met";
-  if (row.took > time_limit(call)) return "took too long";
-  if (!is_known_result(call, kind, row.result)) return "a result that the fault can't have";
-  if (row.output == Row::WRONG && !may_be_wrong(row, healthy, scene)) {
-    return "a damaged answer was believed";
-  }
-  if (row.next == Row::NEXT_WRONG && !leaves_bytes_behind(kind)) return "the next answer is wrong";
-  return "";
 }
 
 // Empty when the host has recovered, whatever is still on its way when the port is opened.
@@ -231,21 +181,9 @@ Row make_row(const Call& call, const Healthy& healthy, const Fault& fault) {
   row.output = judge(call, healthy, brought);
   scene.line.mend();
   if (scene.is_open()) row.next = ask_another(call);
-  std::string hindrance = recover(scene, call, healthy, fault.kind);
-  row.recovered = hindrance.empty();
-  row.complaint = complaint_about(call, healthy, row, scene);
-  if (row.complaint.empty()) row.complaint = hindrance;
+  row.complaint = recover(scene, call, healthy, fault.kind);
+  if (!scene.line.has_struck()) row.complaint = "the fault was not met";
   return row;
-}
-
-void count(const Row& row, FunctionRow& function) {
-  Cell& cell = function.cells[static_cast<size_t>(row.fault.kind)];
-  ++cell.rows;
-  cell.results.insert(row.result);
-  cell.longest = std::max(cell.longest, row.took);
-  cell.wrong = cell.wrong || row.output == Row::WRONG;
-  cell.partial = cell.partial || row.output == Row::PARTIAL;
-  cell.next_wrong = cell.next_wrong || row.next == Row::NEXT_WRONG;
 }
 
 }  // namespace test

@@ -2,7 +2,6 @@
 // the line is mended and the modem opened anew.
 #pragma once
 
-#include <array>
 #include <set>
 #include <string>
 #include <vector>
@@ -26,26 +25,8 @@ struct Row {
   enum Output { FAILED, RIGHT, PARTIAL, WRONG } output = FAILED;
   enum Next { NOT_ASKED, NEXT_FAILS, NEXT_RIGHT, NEXT_WRONG } next = NOT_ASKED;
   Time took{0};
-  bool recovered = false;
-  std::string complaint;  // what is not as it must be, empty when all is
+  std::string complaint;  // why the host has not recovered, empty when it has
 };
 Row make_row(const Call& call, const Healthy& healthy, const Fault& fault);
-
-// The longest that a call may take with one fault on the line.
-Time time_limit(const Call& call);
-
-// All rows of a function with one kind of fault.
-struct Cell {
-  std::set<int> results;
-  Time longest{0};
-  bool wrong = false, partial = false, next_wrong = false;
-  size_t rows = 0;
-};
-struct FunctionRow {
-  std::string name;
-  int healthy_result;
-  std::array<Cell, FAULT_KINDS> cells;
-};
-void count(const Row& row, FunctionRow& function);
 
 }  // namespace test
