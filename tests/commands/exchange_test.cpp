@@ -29,14 +29,6 @@ class Exchange : public testing::Test {
 
 static const char RSSI[] = "cf 20 00 00 00 b5 ff";
 
-TEST_F(Exchange, an_answer_is_written_to_the_caller) {
-  modem.answers = {{{frame(hex(RSSI))}}};
-  int32_t rssi = 0;
-  EXPECT_EQ(zop_get_rssi(&rssi), ZOP_SUCCESS);
-  EXPECT_EQ(rssi, -75);
-  EXPECT_EQ(to_hex(modem.requests.at(0)), to_hex(frame(hex("cf 20 00"))));
-}
-
 TEST_F(Exchange, failures_by_what_came_over_the_wire) {
   Bytes damaged = frame(hex(RSSI));
   damaged[5] ^= 1;
@@ -61,14 +53,6 @@ TEST_F(Exchange, failures_by_what_came_over_the_wire) {
     EXPECT_EQ(rssi, 4711) << row.name;
     EXPECT_EQ(diag_status(), 1) << row.name;
   }
-}
-
-// Every other command takes an answer under another command byte: the echo check never refuses.
-TEST_F(Exchange, an_answer_of_another_command_is_accepted) {
-  modem.answers = {{{frame(hex("13 2f 00 00 00 07"))}}};
-  uint32_t rac = 0;
-  EXPECT_EQ(zop_get_rac(&rac), ZOP_SUCCESS);
-  EXPECT_EQ(rac, 7u);
 }
 
 TEST_F(Exchange, a_silent_modem_closes_the_link_and_the_retry_fails_to_write) {
@@ -97,29 +81,6 @@ TEST_F(Exchange, a_second_attempt_may_succeed) {
   uint32_t rac = 0;
   EXPECT_EQ(zop_get_rac(&rac), ZOP_SUCCESS);
   EXPECT_EQ(rac, 7u);
-}
-
-TEST_F(Exchange, io_errors_are_no_response) {
-  struct {
-    const char* name;
-    std::deque<PortCall> writes, polls, reads;
-  } rows[] = {
-      {"write error", {Fail{EIO}}, {}, {}},
-      {"short write", std::deque<PortCall>(15, Accept{0}), {}, {}},
-      {"poll error", {}, {Fail{EIO}}, {}},
-      {"read error", {}, {}, {Fail{EIO}}},
-  };
-  for (auto& row : rows) {
-    diag_open(DEVICE);
-    modem.answers = {{{frame(hex("cf 2f 00 00 00 07"))}}};
-    world.writes = row.writes;
-    world.polls = row.polls;
-    world.reads = row.reads;
-    uint32_t rac = 4711;
-    EXPECT_EQ(zop_get_rac(&rac), ZOP_ERR_NO_RESPONSE) << row.name;
-    EXPECT_EQ(rac, 4711u) << row.name;
-    EXPECT_EQ(diag_status(), 0) << row.name;
-  }
 }
 
 TEST_F(Exchange, a_cut_answer_never_shows_an_earlier_one) {

@@ -181,25 +181,3 @@ TEST_F(AgainstTheSimulator, a_reset_takes_the_device_away_and_brings_it_back) {
   EXPECT_EQ(zop_open(DEVICE), 0u);
   EXPECT_EQ(zop_get_rac(&result), ZOP_SUCCESS);
 }
-
-// What the simulator strikes a command with reaches the caller as its code.
-TEST_F(AgainstTheSimulator, faults_reach_the_caller) {
-  struct {
-    const char* fault;
-    unsigned result;
-  } rows[] = {{"bad-crc", ZOP_ERR_BAD_RESPONSE}, {"status=1", ZOP_ERR_MODEM_FAILURE},
-              {"status=256", ZOP_SUCCESS},       {"pieces=1", ZOP_SUCCESS},
-              {"cut=5", ZOP_ERR_NO_RESPONSE},    {"silence", ZOP_ERR_NO_RESPONSE},
-              {"delay=4000", ZOP_SUCCESS},       {"delay=6000", ZOP_ERR_NO_RESPONSE},
-              {"hang-up=4", ZOP_ERR_NO_RESPONSE}};
-  for (auto& row : rows) {
-    SimulatedFarEnd fresh;
-    world.far_end = &fresh;
-    diag_open(DEVICE);
-    fresh.modem.faults().add(sim::parse_fault(std::string(row.fault) + ":request=gmm"));
-    int32_t state;
-    EXPECT_EQ(zop_get_gmm_state(&state), row.result) << row.fault;
-    diag_close();
-  }
-  world.far_end = &far_end;
-}
