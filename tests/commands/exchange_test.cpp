@@ -1,31 +1,13 @@
 // The common exchange: which failure gives which result, what is retried, what stays untouched.
 #include "commands/exchange.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/link_test.h"
 
 #include <cerrno>
-
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/far_ends.h"
 
 using namespace std::chrono_literals;
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
-
-class Exchange : public testing::Test {
- protected:
-  void SetUp() override {
-    world.far_end = &modem;
-    fresh_link();
-    ASSERT_EQ(diag_open(DEVICE), 1);
-  }
-  void TearDown() override { diag_close(); }
-
-  World world;
-  Script modem;
-};
+class Exchange : public OpenLinkTest {};
 
 static const char RSSI[] = "cf 20 00 00 00 b5 ff";
 

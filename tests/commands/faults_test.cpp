@@ -1,28 +1,17 @@
 // Every command: its request, its output, and against every fault of the line the result that the
 // caller gets, outputs left alone, and a link that works again. Run under sanitizers, nothing may
 // touch memory that is not the command's.
-#include <gtest/gtest.h>
 
 #include <cstring>
 
 #include "commands/exchange.h"
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
 #include "tests/commands/every_command.h"
-#include "tests/support/far_ends.h"
+#include "tests/support/link_test.h"
 
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
-
-class EveryCommand : public testing::Test {
+class EveryCommand : public LinkTest {
  protected:
-  void SetUp() override {
-    world.far_end = &modem;
-    open_anew();
-  }
-  void TearDown() override { diag_close(); }
-
   static void open_anew() {
     diag_close();
     fresh_link();
@@ -72,8 +61,6 @@ class EveryCommand : public testing::Test {
     EXPECT_EQ(shown(), "") << command.name << ": " << fault;
   }
 
-  World world;
-  Script modem;
   Outputs out;
 };
 

@@ -1,6 +1,5 @@
 // What single commands do beyond the common exchange: argument rules, packed lists, series of
 // exchanges, bars, alarms. Bounds against the caller as well as against the modem.
-#include <gtest/gtest.h>
 #include <signal.h>
 
 #include <cstring>
@@ -9,26 +8,20 @@
 #include "core/bytes.h"
 #include "include/zop_diag_info.h"
 #include "link/event_listener.h"
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/far_ends.h"
 #include "tests/support/other_exchange.h"
+#include "tests/support/link_test.h"
 
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
-
-class Operations : public testing::Test {
+class Operations : public OpenLinkTest {
  protected:
   void SetUp() override {
-    world.far_end = &modem;
-    fresh_link();
+    OpenLinkTest::SetUp();
     THREAD_STATUS = 0;
-    diag_open(DEVICE);
   }
   void TearDown() override {
-    diag_close();
     THREAD_STATUS = 0;
+    OpenLinkTest::TearDown();
   }
   // Answers the next request with payload, zeros up to size.
   void answer(const std::string& payload, size_t size = 0) {
@@ -38,8 +31,6 @@ class Operations : public testing::Test {
   }
   Bytes request(size_t i) const { return unframe(modem.requests.at(i)); }
 
-  World world;
-  Script modem;
   uint32_t result = 4711;
 };
 

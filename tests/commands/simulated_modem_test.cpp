@@ -1,31 +1,23 @@
 // Every command against the simulated modem: what one side sends, the other must understand. The
 // two share no code, so a mistake in either shows here.
-#include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "include/zop.h"
 #include "include/zop_diag_info.h"
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
 #include "tests/commands/every_command.h"
 #include "tests/support/simulated_far_end.h"
+#include "tests/support/link_test.h"
 
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
-
-class AgainstTheSimulator : public testing::Test {
+class AgainstTheSimulator : public OpenLinkTest {
  protected:
   void SetUp() override {
+    OpenLinkTest::SetUp();
     world.far_end = &far_end;
-    fresh_link();
-    ASSERT_EQ(diag_open(DEVICE), 1);
   }
-  void TearDown() override { diag_close(); }
   sim::Model& model() { return far_end.modem.model(); }
 
-  World world;
   SimulatedFarEnd far_end;
   uint32_t result = 4711;
 };

@@ -1,25 +1,19 @@
 // A module in its World with a modem that answers what a test tells it.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <regex>
 
 #include "core/module_state.h"
 #include "include/vurn.h"
-#include "include/zop.h"
 #include "include/zop_diag_info.h"
 #include "link/event_listener.h"
-#include "link/serial_port.h"
 #include "module/lifecycle.h"
 #include "report/deferred_action.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/far_ends.h"
+#include "tests/support/link_test.h"
 
 namespace test {
 
-inline const char DEVICE[] = "/dev/tts/USB1";
 enum : unsigned { LOG_EVERYTHING = 0xFFFFFFFF };
 
 class ModuleTest : public testing::Test {
