@@ -1,6 +1,5 @@
 // One row: a module as just loaded in a World of its own, the call with the fault, a second call
 // while the link is still open, then the way a host recovers, and the call again.
-#include "tests/support/fresh_link.h"
 #include "tests/faults/matrix.h"
 
 #include <signal.h>
@@ -9,14 +8,9 @@
 #include <cstring>
 #include <sstream>
 
-#include "core/module_state.h"
-#include "include/vurn.h"
 #include "include/zop.h"
-#include "include/zop_diag_info.h"
-#include "link/event_listener.h"
 #include "link/serial_port.h"
-#include "module/lifecycle.h"
-#include "report/deferred_action.h"
+#include "tests/support/fresh_module.h"
 
 namespace test {
 
@@ -38,20 +32,10 @@ class Scene {
       world_.missing[path] = EACCES;
     }
     start_later_than_the_last();
-    gDiagInfo = {};
-    gModuleOpen = false;
-    gDeferredThreadCreated = false;
-    fresh_link();
-    THREAD_STATUS = 0;
-    sTestNum = -1;
-    zop_debug_end_callback_status = 0;
-    take_leftover_event();
+    fresh_module(world_);
   }
   ~Scene() {
-    vurn_close(1);
-    prv_stop_deferred_action_thread();  // one whose module is closed
-    prv_join_deferred_action_thread();
-    zop_debug_stop();
+    close_module();
     zop_close();
   }
 
@@ -78,13 +62,6 @@ class Scene {
   }
 
  private:
-  // The slot of the deferred-action thread keeps what a row before has posted.
-  void take_leftover_event() {
-    prv_start_deferred_action_thread();
-    world_.advance(1ms);
-    prv_stop_deferred_action_thread();
-    prv_join_deferred_action_thread();
-  }
   // What the module remembers by the monotonic clock is old, and reports show the same time of day.
   void start_later_than_the_last() {
     static Time start{0};

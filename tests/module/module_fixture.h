@@ -4,12 +4,7 @@
 #include <cstring>
 #include <regex>
 
-#include "core/module_state.h"
-#include "include/vurn.h"
-#include "include/zop_diag_info.h"
-#include "link/event_listener.h"
-#include "module/lifecycle.h"
-#include "report/deferred_action.h"
+#include "tests/support/fresh_module.h"
 #include "tests/support/link_test.h"
 
 namespace test {
@@ -21,35 +16,16 @@ class ModuleTest : public testing::Test {
   void SetUp() override {
     setenv("TZ", "UTC", 1);
     tzset();
-    gDiagInfo = {};
-    gModuleOpen = false;
-    fresh_link();
-    world.far_end = &modem;
-    world.missing["/proc/uptime"] = ENOENT;
-    THREAD_STATUS = 0;
-    zop_debug_end_callback_status = 0;
-    gDeferredThreadCreated = false;
-    for (const char* path : {"/proc/net/dev", "/etc/resolv.conf", "/proc"}) {
+    for (const char* path : {"/proc/uptime", "/proc/net/dev", "/etc/resolv.conf", "/proc"}) {
       world.missing[path] = ENOENT;
     }
     vurn_set_log_mask(0);
-    take_leftover_event();
-  }
-  // The slot of the deferred-action thread keeps what a test before has posted.
-  void take_leftover_event() {
-    prv_start_deferred_action_thread();
-    world.advance(std::chrono::milliseconds(1));
-    prv_stop_deferred_action_thread();
-    prv_join_deferred_action_thread();
+    world.far_end = &modem;
+    fresh_module(world);
     world.advance(-world.now());
     world.threads_made = 0;
   }
-  void TearDown() override {
-    vurn_close(1);
-    prv_stop_deferred_action_thread();  // one whose module is closed
-    prv_join_deferred_action_thread();
-    zop_debug_stop();
-  }
+  void TearDown() override { close_module(); }
 
   // Answer to each request, by the request's payload as hex: payload, or "" for one that can't be
   // unframed. Others are answered with zeros.
