@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "include/zop_diag_info.h"
-#include "tests/commands/every_command.h"
 #include "tests/support/simulated_far_end.h"
 #include "tests/support/link_test.h"
 
@@ -21,21 +20,6 @@ class AgainstTheSimulator : public OpenLinkTest {
   SimulatedFarEnd far_end;
   uint32_t result = 4711;
 };
-
-TEST_F(AgainstTheSimulator, every_command_is_understood) {
-  for (const Command& command : every_command()) {
-    if (std::string(command.name) == "zop_get_uim_data")
-      continue;  // asks for a file that no card has
-    SimulatedFarEnd fresh;
-    world.far_end = &fresh;
-    diag_open(DEVICE);
-    Outputs out;
-    out.size = sizeof out.bytes;
-    EXPECT_EQ(command.run(out), ZOP_SUCCESS) << command.name;
-    diag_close();
-  }
-  world.far_end = &far_end;
-}
 
 // By number: both sides have the names of bands from one header.
 TEST_F(AgainstTheSimulator, bands_that_can_be_set) {
