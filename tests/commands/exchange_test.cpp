@@ -1,8 +1,7 @@
 // The common exchange: which failure gives which result, what is retried, what stays untouched.
 #include "commands/exchange.h"
-#include "tests/support/link_test.h"
 
-#include <cerrno>
+#include "tests/support/link_test.h"
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -11,22 +10,14 @@ class Exchange : public OpenLinkTest {};
 
 // The only command that compares the answer with its request.
 TEST_F(Exchange, rssi_refuses_an_answer_to_another_request) {
-  struct {
-    const char* name;
-    Answer answer;
-  } rows[] = {
-      {"other command", {{frame(hex("ce 20 00 00 00 b5 ff"))}}},
-      {"other subcommand", {{frame(hex("cf 21 00 00 00 b5 ff"))}}},
-      {"other third byte", {{frame(hex("cf 20 01 00 00 b5 ff"))}}},
-      {"refusal", {{frame(hex("13 cf 20 00"))}}},
-  };
-  for (auto& row : rows) {
-    modem.answers = {row.answer};
+  for (const char* answer :
+       {"ce 20 00 00 00 b5 ff", "cf 21 00 00 00 b5 ff", "cf 20 01 00 00 b5 ff", "13 cf 20 00"}) {
+    modem.answers = {{{frame(hex(answer))}}};
     forget_owed();
     int32_t rssi = 4711;
-    EXPECT_EQ(zop_get_rssi(&rssi), ZOP_ERR_BAD_RESPONSE) << row.name;
-    EXPECT_EQ(rssi, 4711) << row.name;
-    EXPECT_EQ(diag_status(), 1) << row.name;
+    EXPECT_EQ(zop_get_rssi(&rssi), ZOP_ERR_BAD_RESPONSE) << answer;
+    EXPECT_EQ(rssi, 4711) << answer;
+    EXPECT_EQ(diag_status(), 1) << answer;
   }
 }
 

@@ -8,8 +8,8 @@
 #include "core/bytes.h"
 #include "include/zop_diag_info.h"
 #include "link/event_listener.h"
-#include "tests/support/other_exchange.h"
 #include "tests/support/link_test.h"
+#include "tests/support/other_exchange.h"
 
 using namespace test;
 

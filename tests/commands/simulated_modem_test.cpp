@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "include/zop_diag_info.h"
-#include "tests/support/simulated_far_end.h"
 #include "tests/support/link_test.h"
+#include "tests/support/simulated_far_end.h"
 
 using namespace test;
 

@@ -1,8 +1,8 @@
 // zop_faults: every function against every fault of the line. Prints what differs from
 // docs/faults.md and then exits with 1; writes the page anew on request.
 //
-// A crash, or the conductor's abort at a deadlock, is reported with its row: the signal handlers print
-// the buffer that names it.
+// A crash, or the conductor's abort at a deadlock, is reported with its row: the signal handlers
+// print the buffer that names it.
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <signal.h>

@@ -1,6 +1,7 @@
 // Opening the link: what counts as a modem, how often is tried, what each failure costs.
 
 #include <cerrno>
+
 #include "tests/support/link_test.h"
 
 using namespace std::chrono_literals;

@@ -1,6 +1,8 @@
 // The serial port: line settings, the claim, short and failing calls, a silent and a yanked device.
 // Every fatal error must leave the port closed and free.
 
+#include "link/serial_port.h"
+
 #include <sys/resource.h>
 #include <sys/select.h>
 #include <unistd.h>
@@ -9,8 +11,8 @@
 #include <cstring>
 
 #include "link/exchange.h"
-#include "tests/support/other_exchange.h"
 #include "tests/support/link_test.h"
+#include "tests/support/other_exchange.h"
 
 using namespace std::chrono_literals;
 using namespace test;

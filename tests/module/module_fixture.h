@@ -39,11 +39,7 @@ class ModuleTest : public testing::Test {
   void refuse(const std::string& request) { answers[request] = request + " 01 00"; }
   void garble(const std::string& request) { answers[request] = ""; }
 
-  // The log, with the place in the source cut off "D" lines.
-  std::string log_lines() const {
-    static const std::regex place(" \\(\\w+:zop_module:\\d+\\)\n");
-    return std::regex_replace(world.log_text(), place, "\n");
-  }
+  std::string log_lines() const { return world.log_lines(); }
   std::string asked() const {
     std::string all;
     for (const Bytes& payload : modem.payloads) all += to_hex(payload) + "\n";

@@ -15,8 +15,8 @@ class Scenarios : public ModuleTest {
  protected:
   void start(const std::string& name) {
     vurn_close(0);
-    far_end = std::make_unique<SimulatedFarEnd>(
-        sim::load_scenario(std::string(SCENARIOS) + "/" + name + ".toml"), world.now());
+    far_end = std::make_unique<SimulatedFarEnd>(sim::load_scenario(SCENARIOS "/" + name + ".toml"),
+                                                world.now());
     started = world.now();
     world.far_end = far_end.get();
   }

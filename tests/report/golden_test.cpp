@@ -16,14 +16,14 @@ using namespace test;
 class Golden : public ModuleTest {
  protected:
   static void expect_file(const std::string& name, const std::string& text) {
-    std::string path = std::string(GOLDEN) + "/" + name;
+    std::string path = GOLDEN "/" + name;
     if (std::getenv("ZOP_REBUILD_GOLDEN") != nullptr) std::ofstream(path) << text;
     std::stringstream kept;
     kept << std::ifstream(path).rdbuf();
     EXPECT_EQ(text, kept.str()) << name;
   }
   void report(const std::string& scenario) {
-    SimulatedFarEnd far_end(sim::load_scenario(std::string(SCENARIOS) + "/" + scenario + ".toml"));
+    SimulatedFarEnd far_end(sim::load_scenario(SCENARIOS "/" + scenario + ".toml"));
     world.far_end = &far_end;
     world.ppp0_error = 0;
     world.ppp0_addresses = {"10.64.1.2", "10.112.112.112"};

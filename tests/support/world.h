@@ -103,7 +103,8 @@ class World {
   Time now() const { return now_; }
   void advance(Time by);  // other threads do what is due meanwhile
   bool port_is_open() const { return !ports_.empty(); }
-  std::string log_text() const;  // all lines, one a line
+  std::string log_text() const;   // all lines, one a line
+  std::string log_lines() const;  // the same, with the place in the source cut off "D" lines
 
   // ---- for system_calls.cpp and threads.cpp ----
   std::recursive_mutex mutex;  // while it runs free
