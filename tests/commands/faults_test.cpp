@@ -12,7 +12,7 @@ using namespace test;
 
 class EveryCommand : public LinkTest {
  protected:
-  static void open_anew() {
+  static void reopen() {
     diag_close();
     fresh_link();
     diag_open(DEVICE);
@@ -34,7 +34,7 @@ class EveryCommand : public LinkTest {
     return answer;
   }
   unsigned run(const Command& command, Answer answer) {
-    open_anew();
+    reopen();
     modem.requests.clear();
     // Commands of several exchanges get the same answer each time.
     modem.answers = std::deque<Answer>(8, answer);

@@ -1,5 +1,5 @@
 // zop_faults: every function against every fault of the line. Prints what differs from
-// docs/faults.md and then exits with 1; writes the page anew on request.
+// docs/faults.md and then exits with 1; rewrites the page on request.
 //
 // A crash, or the conductor's abort at a deadlock, is reported with its row: the signal handlers
 // print the buffer that names it.

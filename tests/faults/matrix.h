@@ -1,5 +1,5 @@
 // A call against a fault: what the host gets, how long it takes, and whether all is well again once
-// the line is mended and the modem opened anew.
+// the line is mended and the modem opened again.
 #pragma once
 
 #include <set>

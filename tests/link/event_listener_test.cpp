@@ -251,7 +251,7 @@ TEST_F(Listener, is_stopped_by_a_close) {
 }
 
 // Its answer is its own: it is not taken for the next one's, and its claim goes with it.
-TEST_F(Listener, an_exchange_under_way_ends_before_the_port_opens_anew) {
+TEST_F(Listener, an_exchange_under_way_ends_before_the_port_opens_again) {
   for (int ms = 0; ms < 700; ms += 35) {
     start_and_wait(ms);
     diag_close();

@@ -64,7 +64,7 @@ TEST_F(SerialPort, a_host_with_thousands_of_files_has_a_port) {
   rlimit before;
   getrlimit(RLIMIT_NOFILE, &before);
   rlimit enough = {FD_SETSIZE + 8, before.rlim_max};
-  if (setrlimit(RLIMIT_NOFILE, &enough) != 0) GTEST_SKIP() << "not so many descriptors here";
+  if (setrlimit(RLIMIT_NOFILE, &enough) != 0) GTEST_SKIP() << "too few descriptors here";
   std::vector<int> held;
   do held.push_back(dup(STDERR_FILENO));
   while (held.back() < FD_SETSIZE);

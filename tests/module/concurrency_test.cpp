@@ -208,7 +208,7 @@ TEST_F(HostThreads, ten_of_them_on_a_bad_line) {
   }
 }
 
-// With a join the thread is gone for good; a host that loads the module anew has another.
+// With a join the thread is gone for good; a host that loads the module again has another.
 TEST_F(ModuleTest, opened_and_closed_again_and_again) {
   world.keeps_history = false;
   world.keeps_log = false;

@@ -205,7 +205,7 @@ TEST_F(SickLine, a_slow_modem_is_understood_from_its_open_on) {
   struct {
     Time latency;
     bool one_at_a_time;
-    int deaf_to;   // so many probes
+    int deaf_to;   // probes that it ignores
     int requests;  // of the open
   } rows[] = {{0ms, false, 0, 1},   {2500ms, false, 0, 4}, {4500ms, false, 0, 6},
               {2500ms, true, 0, 4}, {3500ms, true, 0, 5},  {100ms, false, 3, 5}};
