@@ -1,18 +1,34 @@
-// A folder of a test's own, gone with all that is in it.
+// A new folder, removed with its content by the destructor.
 #pragma once
 
-#include <cstdlib>
+#include <unistd.h>
+
 #include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
 
-namespace test {
-
-struct TemporaryFolder {
+class TemporaryFolder {
+ public:
   TemporaryFolder() {
-    std::string name = std::filesystem::temp_directory_path() / "zop-XXXXXX";
-    path = mkdtemp(name.data());
+    std::string name = std::filesystem::temp_directory_path() / "zop-test-XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp " + name);
+    path = name;
   }
   ~TemporaryFolder() { std::filesystem::remove_all(path); }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  std::string operator/(const std::string& name) const { return path / name; }
+  // Returns the path of the file.
+  std::string write(const std::string& name, const std::string& content) const {
+    std::ofstream(*this / name, std::ios::binary) << content;
+    return *this / name;
+  }
+  std::string read(const std::string& name) const {
+    std::ifstream file(*this / name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
   std::filesystem::path path;
 };
-
-}  // namespace test
