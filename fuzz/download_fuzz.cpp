@@ -51,6 +51,7 @@ class Replies : public FarEnd {
 
 static const fs::path HOME = fs::current_path();  // the fuzzer's own paths are relative to it
 
+namespace {
 struct Folder : TemporaryFolder {
   Folder() {
     fs::create_directory(*this / "images");
@@ -61,6 +62,8 @@ struct Folder : TemporaryFolder {
     write("images/version_info", "Q71XEB22.001");
   }
 };
+}  // namespace
+
 static const Folder FOLDER;
 
 static void dump() {

@@ -1,27 +1,21 @@
 // Signal bars: both threshold tables at every edge, the choice of the Ec/Io, limited service.
-#include <gtest/gtest.h>
 
 #include "commands/exchange.h"
 #include "core/bytes.h"
 #include "include/zop_diag_info.h"
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/far_ends.h"
+#include "tests/support/link_test.h"
 
 using namespace test;
 
-class Bars : public testing::Test {
+class Bars : public OpenLinkTest {
  protected:
   void SetUp() override {
-    world.far_end = &modem;
-    fresh_link();
-    diag_open("/dev/tts/USB1");
+    OpenLinkTest::SetUp();
     int32_t unused;  // a damaged answer puts the kept Ec/Io back to its start
     modem.answers = {{{hex("01 02 03 7e")}}};
     EXPECT_EQ(zop_get_bars(&unused), ZOP_ERR_BAD_RESPONSE);
     forget_owed();
   }
-  void TearDown() override { diag_close(); }
 
   int32_t bars(const zop_screen& screen) {
     Bytes answer = hex("cf 34 00 01 00");  // the status is not looked at
@@ -54,8 +48,6 @@ class Bars : public testing::Test {
     return screen;
   }
 
-  World world;
-  Script modem;
   std::string printed;
 };
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace test {
@@ -21,12 +22,14 @@ struct Command {
   size_t request_size;
   enum Kind {
     PLAIN,     // 7 for an answer that can't be unframed
-    DIRECT,    // the same, without retry
+    CLEARS,    // the same, its output cleared even when the exchange fails
+    DIRECT,    // without retry
     BLIND,     // 0 whatever is answered
     COMPARES,  // compares the answer's header with the request's
   } kind = PLAIN;
   enum Status { NONE, BYTE3, WORD, INVERTED, NV, SIM_RESULT } status = NONE;
-  bool clears_output = false;  // even when the exchange then fails
+  std::string answer = "";  // hex, behind the request's header and a status of 0
+  std::string shown = "";   // its output: bytes as hex, then numbers, unsigned ones as signed
 };
 
 const std::vector<Command>& every_command();

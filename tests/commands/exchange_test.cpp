@@ -1,84 +1,24 @@
 // The common exchange: which failure gives which result, what is retried, what stays untouched.
 #include "commands/exchange.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/far_ends.h"
+#include "tests/support/link_test.h"
 
 using namespace std::chrono_literals;
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
+class Exchange : public OpenLinkTest {};
 
-class Exchange : public testing::Test {
- protected:
-  void SetUp() override {
-    world.far_end = &modem;
-    fresh_link();
-    ASSERT_EQ(diag_open(DEVICE), 1);
-  }
-  void TearDown() override { diag_close(); }
-
-  World world;
-  Script modem;
-};
-
-static const char RSSI[] = "cf 20 00 00 00 b5 ff";
-
-TEST_F(Exchange, an_answer_is_written_to_the_caller) {
-  modem.answers = {{{frame(hex(RSSI))}}};
-  int32_t rssi = 0;
-  EXPECT_EQ(zop_get_rssi(&rssi), ZOP_SUCCESS);
-  EXPECT_EQ(rssi, -75);
-  EXPECT_EQ(to_hex(modem.requests.at(0)), to_hex(frame(hex("cf 20 00"))));
-}
-
-TEST_F(Exchange, failures_by_what_came_over_the_wire) {
-  Bytes damaged = frame(hex(RSSI));
-  damaged[5] ^= 1;
-  struct {
-    const char* name;
-    Answer answer;
-    unsigned result;
-  } rows[] = {
-      {"flag alone", {{hex("7e")}}, ZOP_ERR_BAD_RESPONSE},
-      {"two bytes", {{hex("cf 7e")}}, ZOP_ERR_BAD_RESPONSE},
-      {"bad check sequence", {{damaged}}, ZOP_ERR_BAD_RESPONSE},
-      {"other command", {{frame(hex("ce 20 00 00 00 b5 ff"))}}, ZOP_ERR_BAD_RESPONSE},
-      {"other subcommand", {{frame(hex("cf 21 00 00 00 b5 ff"))}}, ZOP_ERR_BAD_RESPONSE},
-      {"other third byte", {{frame(hex("cf 20 01 00 00 b5 ff"))}}, ZOP_ERR_BAD_RESPONSE},
-      {"refusal", {{frame(hex("13 cf 20 00"))}}, ZOP_ERR_BAD_RESPONSE},
-  };
-  for (auto& row : rows) {
-    modem.answers = {row.answer};
+// The only command that compares the answer with its request.
+TEST_F(Exchange, rssi_refuses_an_answer_to_another_request) {
+  for (const char* answer :
+       {"ce 20 00 00 00 b5 ff", "cf 21 00 00 00 b5 ff", "cf 20 01 00 00 b5 ff", "13 cf 20 00"}) {
+    modem.answers = {{{frame(hex(answer))}}};
     forget_owed();
     int32_t rssi = 4711;
-    EXPECT_EQ(zop_get_rssi(&rssi), row.result) << row.name;
-    EXPECT_EQ(rssi, 4711) << row.name;
-    EXPECT_EQ(diag_status(), 1) << row.name;
+    EXPECT_EQ(zop_get_rssi(&rssi), ZOP_ERR_BAD_RESPONSE) << answer;
+    EXPECT_EQ(rssi, 4711) << answer;
+    EXPECT_EQ(diag_status(), 1) << answer;
   }
-}
-
-// Every other command takes an answer under another command byte: the echo check never refuses.
-TEST_F(Exchange, an_answer_of_another_command_is_accepted) {
-  modem.answers = {{{frame(hex("13 2f 00 00 00 07"))}}};
-  uint32_t rac = 0;
-  EXPECT_EQ(zop_get_rac(&rac), ZOP_SUCCESS);
-  EXPECT_EQ(rac, 7u);
-}
-
-TEST_F(Exchange, a_silent_modem_closes_the_link_and_the_retry_fails_to_write) {
-  uint32_t rac = 4711;
-  EXPECT_EQ(zop_get_rac(&rac), ZOP_ERR_NO_RESPONSE);
-  EXPECT_EQ(world.now(), 5s + 2ms);
-  EXPECT_EQ(modem.requests.size(), 1u);
-  EXPECT_EQ(diag_status(), 0);
-  EXPECT_EQ(zop_get_rac(&rac), ZOP_ERR_NOT_OPEN);
-  EXPECT_EQ(rac, 4711u);
 }
 
 // A host that opens the link again between the attempts: three time-outs read as a bad response.
@@ -97,29 +37,6 @@ TEST_F(Exchange, a_second_attempt_may_succeed) {
   uint32_t rac = 0;
   EXPECT_EQ(zop_get_rac(&rac), ZOP_SUCCESS);
   EXPECT_EQ(rac, 7u);
-}
-
-TEST_F(Exchange, io_errors_are_no_response) {
-  struct {
-    const char* name;
-    std::deque<PortCall> writes, polls, reads;
-  } rows[] = {
-      {"write error", {Fail{EIO}}, {}, {}},
-      {"short write", std::deque<PortCall>(15, Accept{0}), {}, {}},
-      {"poll error", {}, {Fail{EIO}}, {}},
-      {"read error", {}, {}, {Fail{EIO}}},
-  };
-  for (auto& row : rows) {
-    diag_open(DEVICE);
-    modem.answers = {{{frame(hex("cf 2f 00 00 00 07"))}}};
-    world.writes = row.writes;
-    world.polls = row.polls;
-    world.reads = row.reads;
-    uint32_t rac = 4711;
-    EXPECT_EQ(zop_get_rac(&rac), ZOP_ERR_NO_RESPONSE) << row.name;
-    EXPECT_EQ(rac, 4711u) << row.name;
-    EXPECT_EQ(diag_status(), 0) << row.name;
-  }
 }
 
 TEST_F(Exchange, a_cut_answer_never_shows_an_earlier_one) {

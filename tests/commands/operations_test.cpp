@@ -1,6 +1,5 @@
 // What single commands do beyond the common exchange: argument rules, packed lists, series of
 // exchanges, bars, alarms. Bounds against the caller as well as against the modem.
-#include <gtest/gtest.h>
 #include <signal.h>
 
 #include <cstring>
@@ -9,26 +8,20 @@
 #include "core/bytes.h"
 #include "include/zop_diag_info.h"
 #include "link/event_listener.h"
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/far_ends.h"
+#include "tests/support/link_test.h"
 #include "tests/support/other_exchange.h"
 
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
-
-class Operations : public testing::Test {
+class Operations : public OpenLinkTest {
  protected:
   void SetUp() override {
-    world.far_end = &modem;
-    fresh_link();
+    OpenLinkTest::SetUp();
     THREAD_STATUS = 0;
-    diag_open(DEVICE);
   }
   void TearDown() override {
-    diag_close();
     THREAD_STATUS = 0;
+    OpenLinkTest::TearDown();
   }
   // Answers the next request with payload, zeros up to size.
   void answer(const std::string& payload, size_t size = 0) {
@@ -38,10 +31,78 @@ class Operations : public testing::Test {
   }
   Bytes request(size_t i) const { return unframe(modem.requests.at(i)); }
 
-  World world;
-  Script modem;
   uint32_t result = 4711;
 };
+
+// A capacity one below the minimum gives the minimum back, on a closed link as well, and sends
+// nothing.
+TEST_F(Operations, texts_want_the_minimum_capacity) {
+  diag_close();
+  struct {
+    unsigned (*command)(uint8_t*, uint32_t*);
+    uint32_t minimum;
+  } rows[] = {{zop_get_mcc, 3},
+              {zop_get_mnc, 3},
+              {zop_get_imei, 20},
+              {zop_get_imsi, 20},
+              {zop_get_iccid, 20},
+              {zop_get_location_area_id, 14},
+              {zop_get_network_name, 255},
+              {zop_get_hardware_version, 20},
+              {zop_get_firmware_version, 20},
+              {zop_get_radio_serial_number, 8},
+              {zop_get_tq2_version, 17}};
+  for (auto& row : rows) {
+    for (uint32_t capacity : {row.minimum - 1, 0u, 0xFFFFFFFFu}) {
+      uint8_t canvas[300];
+      memset(canvas, 0xEE, sizeof canvas);
+      uint32_t size = capacity;
+      EXPECT_EQ(row.command(canvas, &size), ZOP_ERR_BUFFER_TOO_SMALL);
+      EXPECT_EQ(size, row.minimum);
+      EXPECT_EQ(canvas[0], 0xEE);
+    }
+    uint8_t text[300];
+    uint32_t size = row.minimum;
+    unsigned enough = row.command == zop_get_tq2_version ? ZOP_SUCCESS : ZOP_ERR_NOT_OPEN;
+    EXPECT_EQ(row.command(text, &size), enough) << row.minimum;
+  }
+  uint32_t size = 35;
+  char number[64];
+  EXPECT_EQ(zop_get_radio_phone_number(number, &size), ZOP_ERR_BUFFER_TOO_SMALL);
+  EXPECT_EQ(size, 36u);
+  EXPECT_EQ(zop_get_radio_phone_number(number, &size), ZOP_ERR_NOT_OPEN);
+  EXPECT_TRUE(world.written.empty());
+}
+
+TEST_F(Operations, home_network) {
+  for (auto [refusal, expected] : {std::pair{"cf 22 00 00 00 01", ZOP_SUCCESS},
+                                   {"cf 22 00 00 00 00", ZOP_ERR_HOME_NETWORK_REFUSED}}) {
+    answer(refusal);
+    EXPECT_EQ(zop_try_to_use_home_network(), expected) << refusal;
+  }
+}
+
+TEST_F(Operations, a_powerup_flag_above_1_is_a_failure) {
+  answer("cf 6d 00 00 00 02");
+  EXPECT_EQ(zop_get_powerup_flag(&result), ZOP_ERR_MODEM_FAILURE);
+  EXPECT_EQ(result, 4711u);
+}
+
+TEST_F(Operations, serial_number_is_hexadecimal_most_significant_first) {
+  uint8_t number[9] = "........";
+  uint32_t size = 8;
+  answer("01 01 02 03 fa");
+  EXPECT_EQ(zop_get_radio_serial_number(number, &size), ZOP_SUCCESS);
+  EXPECT_EQ(memcmp(number, "FA030201", 9), 0);
+}
+
+TEST_F(Operations, library_version_needs_no_link) {
+  diag_close();
+  uint8_t version[17];
+  uint32_t size = 17;
+  EXPECT_EQ(zop_get_tq2_version(version, &size), ZOP_SUCCESS);
+  EXPECT_EQ(memcmp(version, "REV_3.0 20100419", 17), 0);
+}
 
 static const uint8_t CODE[16] = "123456789ABCDEF";
 

@@ -1,49 +1,25 @@
 // Every command against the simulated modem: what one side sends, the other must understand. The
 // two share no code, so a mistake in either shows here.
-#include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "include/zop.h"
 #include "include/zop_diag_info.h"
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/commands/every_command.h"
+#include "tests/support/link_test.h"
 #include "tests/support/simulated_far_end.h"
 
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
-
-class AgainstTheSimulator : public testing::Test {
+class AgainstTheSimulator : public OpenLinkTest {
  protected:
   void SetUp() override {
+    OpenLinkTest::SetUp();
     world.far_end = &far_end;
-    fresh_link();
-    ASSERT_EQ(diag_open(DEVICE), 1);
   }
-  void TearDown() override { diag_close(); }
   sim::Model& model() { return far_end.modem.model(); }
 
-  World world;
   SimulatedFarEnd far_end;
   uint32_t result = 4711;
 };
-
-TEST_F(AgainstTheSimulator, every_command_is_understood) {
-  for (const Command& command : every_command()) {
-    if (std::string(command.name) == "zop_get_uim_data")
-      continue;  // asks for a file that no card has
-    SimulatedFarEnd fresh;
-    world.far_end = &fresh;
-    diag_open(DEVICE);
-    Outputs out;
-    out.size = sizeof out.bytes;
-    EXPECT_EQ(command.run(out), ZOP_SUCCESS) << command.name;
-    diag_close();
-  }
-  world.far_end = &far_end;
-}
 
 // By number: both sides have the names of bands from one header.
 TEST_F(AgainstTheSimulator, bands_that_can_be_set) {
@@ -180,26 +156,4 @@ TEST_F(AgainstTheSimulator, a_reset_takes_the_device_away_and_brings_it_back) {
   world.advance(std::chrono::seconds(10));
   EXPECT_EQ(zop_open(DEVICE), 0u);
   EXPECT_EQ(zop_get_rac(&result), ZOP_SUCCESS);
-}
-
-// What the simulator strikes a command with reaches the caller as its code.
-TEST_F(AgainstTheSimulator, faults_reach_the_caller) {
-  struct {
-    const char* fault;
-    unsigned result;
-  } rows[] = {{"bad-crc", ZOP_ERR_BAD_RESPONSE}, {"status=1", ZOP_ERR_MODEM_FAILURE},
-              {"status=256", ZOP_SUCCESS},       {"pieces=1", ZOP_SUCCESS},
-              {"cut=5", ZOP_ERR_NO_RESPONSE},    {"silence", ZOP_ERR_NO_RESPONSE},
-              {"delay=4000", ZOP_SUCCESS},       {"delay=6000", ZOP_ERR_NO_RESPONSE},
-              {"hang-up=4", ZOP_ERR_NO_RESPONSE}};
-  for (auto& row : rows) {
-    SimulatedFarEnd fresh;
-    world.far_end = &fresh;
-    diag_open(DEVICE);
-    fresh.modem.faults().add(sim::parse_fault(std::string(row.fault) + ":request=gmm"));
-    int32_t state;
-    EXPECT_EQ(zop_get_gmm_state(&state), row.result) << row.fault;
-    diag_close();
-  }
-  world.far_end = &far_end;
 }

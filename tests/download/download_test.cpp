@@ -13,6 +13,7 @@
 #include "link/serial_port.h"
 #include "tests/support/fresh_link.h"
 #include "tests/support/simulated_far_end.h"
+#include "tests/support/temporary_folder.h"
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -32,10 +33,7 @@ class Download : public testing::Test {
     std::ofstream(folder / "version_info") << "Q71XEB22.001\n";
     scenario.model.device.backup_value = 0;  // the NV items are to be carried over
   }
-  void TearDown() override {
-    zop_close();
-    fs::remove_all(folder);
-  }
+  void TearDown() override { zop_close(); }
   void write(uint8_t row, size_t size) {
     uint32_t seed = row;
     Bytes& image = images[row] = Bytes(size);
@@ -115,10 +113,8 @@ class Download : public testing::Test {
   }
   sim::Model& model() { return far_end->modem.model(); }
 
-  fs::path folder = [] {
-    std::string name = testing::TempDir() + "download-XXXXXX";
-    return fs::path(mkdtemp(name.data()));
-  }();
+  TemporaryFolder temporary;
+  fs::path folder = temporary.path;
   Bytes images[IMAGE_COUNT];
   World world;
   sim::Scenario scenario;

@@ -15,6 +15,7 @@
 #include "tests/support/fresh_link.h"
 #include "tests/support/holdings.h"
 #include "tests/support/simulated_far_end.h"
+#include "tests/support/temporary_folder.h"
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -28,10 +29,7 @@ class MemoryDump : public testing::Test {
     fresh_link();
     fs::current_path(folder);
   }
-  void TearDown() override {
-    fs::current_path(before);
-    fs::remove_all(folder);
-  }
+  void TearDown() override { fs::current_path(before); }
   static Bytes pattern(size_t size) {
     Bytes bytes(size);
     for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(i * 7 + (i >> 8));
@@ -72,10 +70,8 @@ class MemoryDump : public testing::Test {
   static inline const char DIRECTORY[] = "dump_07242010_1933";
 
   fs::path before = fs::current_path();
-  fs::path folder = [] {
-    std::string name = testing::TempDir() + "dump-XXXXXX";
-    return fs::path(mkdtemp(name.data()));
-  }();
+  TemporaryFolder temporary;
+  fs::path folder = temporary.path;
   World world;
   std::vector<sim::MemoryRegion> regions;
 };

@@ -23,11 +23,11 @@ static std::string bytes_of(const Record& record) {
   return bytes;
 }
 
-static Brought brought(int result, std::string output) {
+static Outcome outcome(int result, std::string output) {
   return {result, result == 0 ? std::move(output) : std::string()};
 }
-static Brought brought(unsigned result, std::string output) {
-  return brought(static_cast<int>(result), std::move(output));
+static Outcome outcome(unsigned result, std::string output) {
+  return outcome(static_cast<int>(result), std::move(output));
 }
 
 // ---- the command library ----
@@ -38,43 +38,40 @@ static Call command_call(const Command& command) {
     memset(static_cast<void*>(&out), 0xEE, sizeof out);
     out.size = sizeof out.bytes;
     unsigned result = command.run(out);
-    return brought(result, bytes_of(out));
+    return outcome(result, bytes_of(out));
   };
-  bool blind = command.kind == Command::BLIND;
-  return {command.name, Call::LINK, make, blind ? Call::IGNORES : Call::TELLS};
+  return {command.name, Call::LINK, make};
 }
 
 // The listener for four seconds, with an event flagged: two polls of events, and a screen.
-static Brought listen_for_a_while() {
+static Outcome listen_for_a_while() {
   gDiagInfo.screen = {};
   unsigned result = zop_debug_start(1);
   World::current()->advance(std::chrono::seconds(4));
   zop_debug_stop();
-  return brought(result, bytes_of(gDiagInfo.screen));
+  return outcome(result, bytes_of(gDiagInfo.screen));
 }
 
 static std::vector<Call> other_commands() {
   return {
-      {"zop_open", Call::CLOSED_LINK, [] { return brought(zop_open(DEVICE), ""); }, Call::IGNORES},
-      {"zop_send_sms", Call::LINK, [] { return brought(zop_send_sms("+15550100", "hello"), ""); }},
-      {"zop_set_backup step 3", Call::LINK, [] { return brought(zop_set_backup(3), ""); },
-       Call::IGNORES},
-      {"zop_debug_start", Call::LINK, listen_for_a_while, Call::GATHERS},
+      {"zop_open", Call::CLOSED_LINK, [] { return outcome(zop_open(DEVICE), ""); }},
+      {"zop_send_sms", Call::LINK, [] { return outcome(zop_send_sms("+15550100", "hello"), ""); }},
+      {"zop_set_backup step 3", Call::LINK, [] { return outcome(zop_set_backup(3), ""); }},
+      {"zop_debug_start", Call::LINK, listen_for_a_while, true},
   };
 }
 
 // ---- the host's calls ----
 
-static Call module_call(const char* name, std::function<Brought()> make,
-                        Call::Trust trust = Call::TELLS) {
-  return {name, Call::MODULE, std::move(make), trust};
+static Call module_call(const char* name, std::function<Outcome()> make, bool gathers = false) {
+  return {name, Call::MODULE, std::move(make), gathers};
 }
 
 static Call text(const char* name, int (*get)(char*, unsigned)) {
   return module_call(name, [get] {
     char buffer[64] = "";
     int result = get(buffer, sizeof buffer);
-    return brought(result, bytes_of(buffer));
+    return outcome(result, bytes_of(buffer));
   });
 }
 
@@ -82,19 +79,19 @@ static Call number(const char* name, int (*get)(int*)) {
   return module_call(name, [get] {
     int value = 4711;
     int result = get(&value);
-    return brought(result, bytes_of(value));
+    return outcome(result, bytes_of(value));
   });
 }
 
-static Brought module_time() {
+static Outcome module_time() {
   time_t when = 0;
   int offset = 0;
   int result = vurn_get_module_time(&when, &offset);
-  return brought(result, bytes_of(when) + bytes_of(offset));
+  return outcome(result, bytes_of(when) + bytes_of(offset));
 }
 
 // The report without the lines that show the time of day.
-static Brought log_string() {
+static Outcome log_string() {
   char report[8192] = "";
   int result = vurn_get_log_string(report, sizeof report);
   std::istringstream lines(report);
@@ -103,29 +100,29 @@ static Brought log_string() {
     bool shows_time = line.starts_with("Awake:") || line.starts_with("FTD Age:");
     if (!shows_time) output.append(line).append("\n");
   }
-  return brought(result, output);
+  return outcome(result, output);
 }
 
-static Brought log_message() {
+static Outcome log_message() {
   static const char* names[] = {"no carrier"};
-  return brought(vurn_log_message(0, names), "");
+  return outcome(vurn_log_message(0, names), "");
 }
 
 // The versions that an open has once read stay for the life of the process, right or not.
-static Brought open_module() {
+static Outcome open_module() {
   int result = vurn_open();
-  return brought(result, bytes_of(gDiagInfo.lock_status) + bytes_of(gDiagInfo.pin_retries));
+  return outcome(result, bytes_of(gDiagInfo.lock_status) + bytes_of(gDiagInfo.pin_retries));
 }
 
 // A stop asks the modem for something only while a test is under way.
-static Brought stop_call_test() {
+static Outcome stop_call_test() {
   sTestNum = 1;
-  return brought(vurn_stop_call_test(), "");
+  return outcome(vurn_stop_call_test(), "");
 }
 
 static std::vector<Call> host_calls() {
   return {
-      {"vurn_open", Call::CLOSED_MODULE, open_module, Call::GATHERS},
+      {"vurn_open", Call::CLOSED_MODULE, open_module, true},
       number("vurn_get_rssi", vurn_get_rssi),
       number("vurn_get_roaming_status", vurn_get_roaming_status),
       text("vurn_get_realm", vurn_get_realm),
@@ -140,12 +137,12 @@ static std::vector<Call> host_calls() {
       number("vurn_get_bars", vurn_get_bars),
       number("vurn_get_mcc", vurn_get_mcc),
       module_call("vurn_originate_call_test",
-                  [] { return brought(vurn_originate_call_test(1), ""); }),
+                  [] { return outcome(vurn_originate_call_test(1), ""); }),
       module_call("vurn_stop_call_test", stop_call_test),
-      module_call("vurn_get_log_string", log_string, Call::GATHERS),
-      module_call("vurn_log_message", log_message, Call::GATHERS),
+      module_call("vurn_get_log_string", log_string, true),
+      module_call("vurn_log_message", log_message, true),
       module_call(
-          "vurn_enable_logging", [] { return brought(vurn_enable_logging(1), ""); }, Call::GATHERS),
+          "vurn_enable_logging", [] { return outcome(vurn_enable_logging(1), ""); }, true),
   };
 }
 

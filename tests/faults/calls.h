@@ -9,11 +9,11 @@
 
 namespace test {
 
-// What a call brought: its result, and all that it wrote as bytes, when it succeeded.
-struct Brought {
+// What a call outcome: its result, and all that it wrote as bytes, when it succeeded.
+struct Outcome {
   int result = 0;
   std::string output;
-  bool operator==(const Brought&) const = default;
+  bool operator==(const Outcome&) const = default;
 };
 
 struct Call {
@@ -24,14 +24,9 @@ struct Call {
     CLOSED_MODULE,
     MODULE,
   } needs = LINK;
-  std::function<Brought()> make;
+  std::function<Outcome()> make;
 
-  // How far it may follow a damaged answer without saying so.
-  enum Trust {
-    TELLS,    // a good result has the right output
-    IGNORES,  // does not look at the answer
-    GATHERS,  // gathers what it can get; the rest is missing, or older
-  } trust = TELLS;
+  bool gathers = false;  // what it can get; the rest of its output is missing, or older
 };
 
 const std::vector<Call>& every_call();

@@ -127,19 +127,12 @@ void FaultyLine::strike(const Fault& fault) {
   watch();
   fault_ = fault;
   has_struck_ = false;
-  passes_check_ = false;
 }
 
 void FaultyLine::mend() {
   fault_.reset();
   silent_ = false;
   stays_away_ = false;
-}
-
-void FaultyLine::send(Bytes bytes, Time at) {
-  if (bytes.empty()) return;
-  if (!due_.empty()) at = std::max(at, due_.back().at);
-  due_.push_back({at, std::move(bytes)});
 }
 
 std::optional<Time> FaultyLine::last_due() const {
@@ -153,11 +146,8 @@ static Bytes part(const Bytes& bytes, size_t from, size_t to = SIZE_MAX) {
   return {bytes.begin() + static_cast<ptrdiff_t>(from), bytes.begin() + static_cast<ptrdiff_t>(to)};
 }
 
-void FaultyLine::send_split(const Bytes& wire, size_t at, Time now, Time pause) {
-  send(part(wire, 0, at), now);
-  send(part(wire, at), now + pause);
-  bool ends_early = at > 0 && wire[at - 1] == FLAG;
-  passes_check_ = !unframe(ends_early ? part(wire, 0, at) : wire).empty();
+static Answer split(const Bytes& wire, size_t at, Time pause) {
+  return {{part(wire, 0, at)}, {part(wire, at), pause}};
 }
 
 // The last check byte, changed to one that needs no escape.
@@ -179,79 +169,64 @@ static Bytes other_than(const Bytes& request, unsigned way) {
   return payload_for(query);
 }
 
-void FaultyLine::answer_damaged(const Bytes& request, const Bytes& payload, Time now) {
+Answer FaultyLine::damaged(const Bytes& request, const Bytes& payload) {
   Bytes wire = frame(payload);
   size_t at = std::min(fault_->at, wire.size() - 1);
   auto place = wire.begin() + static_cast<ptrdiff_t>(at);
   switch (fault_->kind) {
     case FaultKind::SILENCE:
       silent_ = true;
-      return;
+      return {};
     case FaultKind::LATE:
     case FaultKind::LATE_AT_ONCE:
-      return send_split(wire, at, now, LATE_BY);
+      return split(wire, at, LATE_BY);
     case FaultKind::CUT:
-      return send(part(wire, 0, at), now);
+      return {{part(wire, 0, at)}};
     case FaultKind::BAD_CHECK:
-      return send(with_bad_check(wire), now);
+      return {{with_bad_check(wire)}};
     case FaultKind::FLIPPED:
       *place ^= static_cast<uint8_t>(1u << fault_->way);
-      return send_split(wire, at + 1, now, Time{0});
+      return split(wire, at + 1, Time{0});
     case FaultKind::INSERTED:
       wire.insert(place, NOISE[fault_->way]);
-      return send_split(wire, at + 1, now, Time{0});
+      return split(wire, at + 1, Time{0});
     case FaultKind::LOST:
       wire.erase(place);
-      return send_split(wire, at, now, Time{0});
+      return split(wire, at, Time{0});
     case FaultKind::OTHER:
-      return send(frame(other_than(request, fault_->way)), now);
+      return {{frame(other_than(request, fault_->way))}};
     case FaultKind::REFUSAL:
-      return send(frame(refusal_of(request, fault_->way)), now);
+      return {{frame(refusal_of(request, fault_->way))}};
     case FaultKind::TWICE: {
+      if (fault_->way != 0) return {{wire}, {wire, SECOND_AFTER}};
       Bytes both = wire;
       both.insert(both.end(), wire.begin(), wire.end());
-      if (fault_->way == 0) return send(both, now);
-      send(wire, now);
-      return send(wire, now + SECOND_AFTER);
+      return {{both}};
     }
     case FaultKind::GONE:
     case FaultKind::BACK:
       stays_away_ = fault_->kind == FaultKind::GONE;
-      leaves_ = now + GOES_AFTER;
-      return send(part(wire, 0, at), now);
+      leaves_ = World::current()->now() + GOES_AFTER;
+      return {{part(wire, 0, at)}};
   }
+  return {};
 }
 
-void FaultyLine::answer(const Bytes& request, Time now) {
+Answer FaultyLine::answer_to(const Bytes& wire) {
+  Bytes request = unframe(wire);
+  if (silent_ || request.empty()) return {};
   const Bytes& payload = payload_for(request);
-  if (silent_ || payload.empty()) return;
+  if (payload.empty()) return {};
   frames_.push_back(frame(payload));
   bool hit = fault_ && !has_struck_ && frames_.size() == fault_->answer + 1;
-  if (!hit) return send(frames_.back(), now);
+  if (!hit) return {{frames_.back()}};
   has_struck_ = true;
-  answer_damaged(request, payload, now);
-}
-
-void FaultyLine::receive(std::span<const uint8_t> bytes, Time now) {
-  for (uint8_t byte : bytes) {
-    request_.push_back(byte);
-    if (byte != FLAG) continue;
-    Bytes request = unframe(request_);
-    request_.clear();
-    if (!request.empty()) answer(request, now);
-  }
+  return damaged(request, payload);
 }
 
 std::optional<Time> FaultyLine::next_due() const {
   if (due_.empty()) return leaves_;
   return leaves_ ? std::min(due_.front().at, *leaves_) : due_.front().at;
-}
-
-Bytes FaultyLine::take(Time now) {
-  if (due_.empty() || due_.front().at > now) return {};
-  Bytes bytes = std::move(due_.front().bytes);
-  due_.pop_front();
-  return bytes;
 }
 
 // What was on its way is lost with the device.

@@ -37,8 +37,9 @@ const char* name_of(FaultKind kind);
 // All faults of a call whose answers are these frames. With few_bits a byte loses one bit only.
 std::vector<Fault> all_faults(const std::vector<Bytes>& frames, bool few_bits);
 
-class FaultyLine : public FarEnd {
+class FaultyLine : public Script {
  public:
+  FaultyLine() { keeps_requests = false; }
   void strike(const Fault& fault);  // counted from here
   void mend();                      // what is still under way comes all the same
 
@@ -46,36 +47,25 @@ class FaultyLine : public FarEnd {
   void watch();
   const std::vector<Bytes>& frames() const { return frames_; }
   bool has_struck() const { return has_struck_; }
-  // What a damaged answer looks like to its reader happens to be a good frame.
-  bool passes_check() const { return passes_check_; }
   std::optional<Time> last_due() const;
 
-  void receive(std::span<const uint8_t> bytes, Time now) override;
   std::optional<Time> next_due() const override;
-  Bytes take(Time now) override;
   bool gone(Time now) override;
   int hang_ups() const override { return hang_ups_; }
 
+ protected:
+  Answer answer_to(const Bytes& wire) override;
+
  private:
-  struct Due {
-    Time at;
-    Bytes bytes;
-  };
-  void answer(const Bytes& request, Time now);
-  void answer_damaged(const Bytes& request, const Bytes& payload, Time now);
-  void send_split(const Bytes& wire, size_t at, Time now, Time pause);
-  void send(Bytes bytes, Time at);
+  Answer damaged(const Bytes& request, const Bytes& payload);
 
   std::optional<Fault> fault_;
   std::vector<Bytes> frames_;
   bool has_struck_ = false;
-  bool passes_check_ = false;
   bool silent_ = false;
   bool stays_away_ = false;
   std::optional<Time> leaves_;
   int hang_ups_ = 0;
-  Bytes request_;
-  std::deque<Due> due_;
 };
 
 }  // namespace test

@@ -1,6 +1,5 @@
 // One row: a module as just loaded in a World of its own, the call with the fault, a second call
 // while the link is still open, then the way a host recovers, and the call again.
-#include "tests/support/fresh_link.h"
 #include "tests/faults/matrix.h"
 
 #include <signal.h>
@@ -9,14 +8,9 @@
 #include <cstring>
 #include <sstream>
 
-#include "core/module_state.h"
-#include "include/vurn.h"
 #include "include/zop.h"
-#include "include/zop_diag_info.h"
-#include "link/event_listener.h"
 #include "link/serial_port.h"
-#include "module/lifecycle.h"
-#include "report/deferred_action.h"
+#include "tests/support/fresh_module.h"
 
 namespace test {
 
@@ -25,9 +19,6 @@ using namespace std::chrono_literals;
 static const char DEVICE[] = "/dev/tts/USB1";
 static constexpr Time SNAPSHOT_LASTS = 12s;  // that an open starts
 static constexpr Time SCENES_APART = 100s;
-static constexpr Time ANSWER_LIMIT = 5s;
-static constexpr Time PROBES_LIMIT = 5 * 1s;
-static constexpr Time PAUSES = 300ms;  // between attempts, and for a port in use
 
 // ---- the scene ----
 
@@ -42,20 +33,10 @@ class Scene {
       world_.missing[path] = EACCES;
     }
     start_later_than_the_last();
-    gDiagInfo = {};
-    gModuleOpen = false;
-    gDeferredThreadCreated = false;
-    fresh_link();
-    THREAD_STATUS = 0;
-    sTestNum = -1;
-    zop_debug_end_callback_status = 0;
-    take_leftover_event();
+    fresh_module(world_);
   }
   ~Scene() {
-    vurn_close(1);
-    prv_stop_deferred_action_thread();  // one whose module is closed
-    prv_join_deferred_action_thread();
-    zop_debug_stop();
+    close_module();
     zop_close();
   }
 
@@ -82,13 +63,6 @@ class Scene {
   }
 
  private:
-  // The slot of the deferred-action thread keeps what a row before has posted.
-  void take_leftover_event() {
-    prv_start_deferred_action_thread();
-    world_.advance(1ms);
-    prv_stop_deferred_action_thread();
-    prv_join_deferred_action_thread();
-  }
   // What the module remembers by the monotonic clock is old, and reports show the same time of day.
   void start_later_than_the_last() {
     static Time start{0};
@@ -119,11 +93,11 @@ Healthy make_healthy(const Call& call) {
     Scene scene(call);
     if (!scene.open()) return healthy;
     scene.line.watch();
-    healthy.brought = call.make();
+    healthy.outcome = call.make();
     healthy.frames = scene.line.frames();
   }
-  if (call.trust != Call::GATHERS) return healthy;
-  healthy.honest_lines = lines_of(healthy.brought.output);
+  if (!call.gathers) return healthy;
+  healthy.honest_lines = lines_of(healthy.outcome.output);
   for (size_t answer = 0; answer < healthy.frames.size(); ++answer) {
     Scene scene(call);
     if (!scene.open()) break;
@@ -131,14 +105,6 @@ Healthy make_healthy(const Call& call) {
     healthy.honest_lines.merge(lines_of(call.make().output));
   }
   return healthy;
-}
-
-Time time_limit(const Call& call) {
-  bool opens = call.needs == Call::CLOSED_LINK || call.needs == Call::CLOSED_MODULE;
-  Time limit = ANSWER_LIMIT + PAUSES;
-  if (opens) limit += PROBES_LIMIT;
-  if (call.name == "zop_debug_start") limit += ANSWER_LIMIT + 4s;  // it listens so long
-  return limit;
 }
 
 // ---- a row ----
@@ -156,51 +122,12 @@ static Row::Next ask_another(const Call& call) {
   return memcmp(text, imsi, sizeof imsi - 1) == 0 ? Row::NEXT_RIGHT : Row::NEXT_WRONG;
 }
 
-static Row::Output judge(const Call& call, const Healthy& healthy, const Brought& brought) {
-  if (brought.result != 0) return Row::FAILED;
-  if (brought == healthy.brought) return Row::RIGHT;
-  if (call.trust != Call::GATHERS) return Row::WRONG;
+static Row::Output judge(const Call& call, const Healthy& healthy, const Outcome& outcome) {
+  if (outcome.result != 0) return Row::FAILED;
+  if (outcome == healthy.outcome) return Row::RIGHT;
+  if (!call.gathers) return Row::WRONG;
   auto is_honest = [&](const std::string& line) { return healthy.honest_lines.contains(line); };
-  return std::ranges::all_of(lines_of(brought.output), is_honest) ? Row::PARTIAL : Row::WRONG;
-}
-
-static bool answer_is_whole(FaultKind kind) {
-  return kind == FaultKind::OTHER || kind == FaultKind::REFUSAL;
-}
-
-// What is left of the answer is the next one's, in the same call or the one after it.
-static bool leaves_bytes_behind(FaultKind kind) {
-  return kind == FaultKind::TWICE || kind == FaultKind::INSERTED || kind == FaultKind::FLIPPED;
-}
-
-static bool is_known_result(const Call& call, FaultKind kind, int result) {
-  if (call.name.starts_with("vurn_")) {
-    bool refused_time = result == VURN_ERR_TIME_NOT_PROVIDED && answer_is_whole(kind);
-    return result == VURN_OK || result == VURN_ERR_FAILED || refused_time;
-  }
-  bool refused = result == ZOP_ERR_MODEM_FAILURE || result == ZOP_ERR_HOME_NETWORK_REFUSED;
-  if (refused) return answer_is_whole(kind) || call.name == "zop_get_uim_data";
-  return result == ZOP_SUCCESS || result == ZOP_ERR_NOT_OPEN || result == ZOP_ERR_NO_RESPONSE ||
-         result == ZOP_ERR_BAD_RESPONSE;
-}
-
-static bool may_be_wrong(const Row& row, const Healthy& healthy, const Scene& scene) {
-  FaultKind kind = row.fault.kind;
-  bool shifts = leaves_bytes_behind(kind) && healthy.frames.size() > 1;
-  return answer_is_whole(kind) || shifts || scene.line.passes_check();
-}
-
-static std::string complaint_about(const Call& call, const Healthy& healthy, const Row& row,
-                                   const Scene& scene) {
-  FaultKind kind = row.fault.kind;
-  if (!scene.line.has_struck()) return "the fault was not met";
-  if (row.took > time_limit(call)) return "took too long";
-  if (!is_known_result(call, kind, row.result)) return "a result that the fault can't have";
-  if (row.output == Row::WRONG && !may_be_wrong(row, healthy, scene)) {
-    return "a damaged answer was believed";
-  }
-  if (row.next == Row::NEXT_WRONG && !leaves_bytes_behind(kind)) return "the next answer is wrong";
-  return "";
+  return std::ranges::all_of(lines_of(outcome.output), is_honest) ? Row::PARTIAL : Row::WRONG;
 }
 
 // Empty when the host has recovered, whatever is still on its way when the port is opened.
@@ -210,11 +137,11 @@ static std::string recover(Scene& scene, const Call& call, const Healthy& health
   auto late = scene.line.last_due();
   if (late && kind != FaultKind::LATE_AT_ONCE) scene.wait_until(*late);
   if (!scene.open()) return "can't be opened again";
-  Brought brought = call.make();
-  if (brought.result != healthy.brought.result) {
-    return "afterwards the result is " + std::to_string(brought.result);
+  Outcome outcome = call.make();
+  if (outcome.result != healthy.outcome.result) {
+    return "afterwards the result is " + std::to_string(outcome.result);
   }
-  return brought == healthy.brought ? "" : "afterwards the output is wrong";
+  return outcome == healthy.outcome ? "" : "afterwards the output is wrong";
 }
 
 Row make_row(const Call& call, const Healthy& healthy, const Fault& fault) {
@@ -227,27 +154,15 @@ Row make_row(const Call& call, const Healthy& healthy, const Fault& fault) {
   }
   scene.line.strike(fault);
   Time start = scene.now();
-  Brought brought = call.make();
+  Outcome outcome = call.make();
   row.took = scene.now() - start;
-  row.result = brought.result;
-  row.output = judge(call, healthy, brought);
+  row.result = outcome.result;
+  row.output = judge(call, healthy, outcome);
   scene.line.mend();
   if (scene.is_open()) row.next = ask_another(call);
-  std::string hindrance = recover(scene, call, healthy, fault.kind);
-  row.recovered = hindrance.empty();
-  row.complaint = complaint_about(call, healthy, row, scene);
-  if (row.complaint.empty()) row.complaint = hindrance;
+  row.complaint = recover(scene, call, healthy, fault.kind);
+  if (!scene.line.has_struck()) row.complaint = "the fault was not met";
   return row;
-}
-
-void count(const Row& row, FunctionRow& function) {
-  Cell& cell = function.cells[static_cast<size_t>(row.fault.kind)];
-  ++cell.rows;
-  cell.results.insert(row.result);
-  cell.longest = std::max(cell.longest, row.took);
-  cell.wrong = cell.wrong || row.output == Row::WRONG;
-  cell.partial = cell.partial || row.output == Row::PARTIAL;
-  cell.next_wrong = cell.next_wrong || row.next == Row::NEXT_WRONG;
 }
 
 }  // namespace test

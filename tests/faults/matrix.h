@@ -1,8 +1,7 @@
 // A call against a fault: what the host gets, how long it takes, and whether all is well again once
-// the line is mended and the modem opened anew.
+// the line is mended and the modem opened again.
 #pragma once
 
-#include <array>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,7 +13,7 @@ namespace test {
 
 // A call without a fault: what it brings, and the frames of its answers.
 struct Healthy {
-  Brought brought;
+  Outcome outcome;
   std::vector<Bytes> frames;
   std::set<std::string> honest_lines;  // of a report, with its values or without some
 };
@@ -26,26 +25,8 @@ struct Row {
   enum Output { FAILED, RIGHT, PARTIAL, WRONG } output = FAILED;
   enum Next { NOT_ASKED, NEXT_FAILS, NEXT_RIGHT, NEXT_WRONG } next = NOT_ASKED;
   Time took{0};
-  bool recovered = false;
-  std::string complaint;  // what is not as it must be, empty when all is
+  std::string complaint;  // why the host has not recovered, empty when it has
 };
 Row make_row(const Call& call, const Healthy& healthy, const Fault& fault);
-
-// The longest that a call may take with one fault on the line.
-Time time_limit(const Call& call);
-
-// All rows of a function with one kind of fault.
-struct Cell {
-  std::set<int> results;
-  Time longest{0};
-  bool wrong = false, partial = false, next_wrong = false;
-  size_t rows = 0;
-};
-struct FunctionRow {
-  std::string name;
-  int healthy_result;
-  std::array<Cell, FAULT_KINDS> cells;
-};
-void count(const Row& row, FunctionRow& function);
 
 }  // namespace test

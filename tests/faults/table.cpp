@@ -1,10 +1,12 @@
 // One line a function, one column a fault. A cell holds all that was seen at any byte of any
-// answer.
+// answer: a row fits when the cell looks the same with it.
 #include "tests/faults/table.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 
-#include <ostream>
+#include <algorithm>
+#include <istream>
+#include <sstream>
 
 namespace test {
 
@@ -26,6 +28,8 @@ static const char LEGEND[] = R"(
 A cell shows the results that occurred, and the longest time of a call if it is 0.05 s or more. `zop_`
 results are those of `zop.h` (0 success, 1 not open, 2 no response, 7 bad response, 10 and 11 the
 modem refuses), `vurn_` results those of `vurn.h` (0 success, 2 failed, 13 no time yet).
+
+`cases` counts the answers and bytes that were damaged, in each way.
 
 | mark | meaning |
 |---|---|
@@ -73,52 +77,75 @@ is observed for four seconds while its listener runs.
 - **`zop_end_call_test` ignores its answer**, and `zop_set_backup` step 3 has none.
 )";
 
-static std::string text_of(const Cell& cell) {
-  std::string text;
-  for (int result : cell.results) text += fmt::format("{}{}", text.empty() ? "" : " ", result);
-  if (cell.wrong) text += '!';
-  if (cell.partial) text += '~';
-  if (cell.next_wrong) text += '>';
-  if (cell.longest >= WORTH_TELLING) text += fmt::format(", {:.1f} s", seconds(cell.longest));
+// ---- cells ----
+
+void Cell::add(const Row& row) {
+  results.insert(row.result);
+  longest = std::max(longest, row.took);
+  wrong = wrong || row.output == Row::WRONG;
+  partial = partial || row.output == Row::PARTIAL;
+  next_wrong = next_wrong || row.next == Row::NEXT_WRONG;
+}
+
+std::string Cell::text() const {
+  std::string text = fmt::format("{}", fmt::join(results, " "));
+  if (wrong) text += '!';
+  if (partial) text += '~';
+  if (next_wrong) text += '>';
+  if (longest >= WORTH_TELLING) text += fmt::format(", {:.1f} s", seconds(longest));
   return text;
 }
 
-void write_markdown(std::ostream& out, const std::vector<FunctionRow>& functions) {
-  out << TITLE << "| function | good line |";
+static Cell cell_of(const std::string& text) {
+  Cell cell;
+  std::istringstream words(text);
+  for (int result; words >> result;) cell.results.insert(result);
+  cell.wrong = text.find('!') != std::string::npos;
+  cell.partial = text.find('~') != std::string::npos;
+  cell.next_wrong = text.find('>') != std::string::npos;
+  size_t comma = text.find(',');
+  if (comma == std::string::npos) return cell;
+  std::chrono::duration<double> longest(std::stod(text.substr(comma + 1)));
+  cell.longest = std::chrono::duration_cast<Time>(longest);
+  return cell;
+}
+
+std::string difference(const std::string& expected, const Row& row) {
+  Cell alone, both = cell_of(expected);
+  alone.add(row);
+  both.add(row);
+  return both.text() == expected ? "" : fmt::format("{}, not {}", alone.text(), expected);
+}
+
+// ---- the page ----
+
+Table read_markdown(std::istream& in) {
+  Table table;
+  for (std::string line; std::getline(in, line);) {
+    if (!line.starts_with("| `zop_") && !line.starts_with("| `vurn_")) continue;
+    Columns columns;
+    for (size_t at = 2, end; (end = line.find(" |", at)) != std::string::npos; at = end + 3) {
+      columns.push_back(line.substr(at, end - at));
+    }
+    if (columns.size() == CELLS + FAULT_KINDS) table[columns[0]] = columns;
+  }
+  return table;
+}
+
+void write_markdown(std::ostream& out, const std::vector<Columns>& functions) {
+  out << TITLE << "| function | good line | cases |";
   for (int kind = 0; kind < FAULT_KINDS; ++kind) {
     out << ' ' << name_of(static_cast<FaultKind>(kind)) << " |";
   }
-  out << "\n|---|---|";
-  for (int kind = 0; kind < FAULT_KINDS; ++kind) out << "---|";
-  out << '\n';
-  for (const FunctionRow& function : functions) {
-    out << "| `" << function.name << "` | " << function.healthy_result << " |";
-    for (const Cell& cell : function.cells) out << ' ' << text_of(cell) << " |";
-    out << '\n';
+  out << "\n|";
+  for (size_t column = 0; column < CELLS + FAULT_KINDS; ++column) out << "---|";
+  for (const Columns& columns : functions) {
+    out << fmt::format("\n| {} |", fmt::join(columns, " | "));
   }
-  out << LEGEND << "\n## Functions without a row\n\n";
+  out << '\n' << LEGEND << "\n## Functions without a row\n\n";
   for (const Silent& function : silent_functions()) {
     out << "- `" << function.name << "`: " << function.why << "\n";
   }
-}
-
-JsonRows::JsonRows(std::ostream& out) : out_(out) {
-  out_
-      << R"({"columns": ["function", "fault", "answer", "byte", "way", "result", "output", "next",)"
-      << R"( "milliseconds", "recovered"],)"
-      << "\n\"rows\": [";
-}
-
-JsonRows::~JsonRows() { out_ << "\n]}\n"; }
-
-void JsonRows::add(const std::string& function, const Row& row) {
-  static constexpr const char* OUTPUTS[] = {"failed", "right", "partial", "wrong"};
-  static constexpr const char* NEXTS[] = {"closed", "fails", "right", "wrong"};
-  out_ << fmt::format("{}\n[\"{}\", \"{}\", {}, {}, {}, {}, \"{}\", \"{}\", {}, {}]",
-                      first_ ? "" : ",", function, name_of(row.fault.kind), row.fault.answer,
-                      row.fault.at, row.fault.way, row.result, OUTPUTS[row.output], NEXTS[row.next],
-                      row.took / std::chrono::milliseconds(1), row.recovered);
-  first_ = false;
 }
 
 }  // namespace test

@@ -1,25 +1,31 @@
-// The matrix for readers (Markdown) and for programs (JSON).
+// The matrix as a page for readers, which is what the tests expect as well.
 #pragma once
 
 #include <iosfwd>
+#include <map>
 
 #include "tests/faults/matrix.h"
 
 namespace test {
 
-void write_markdown(std::ostream& out, const std::vector<FunctionRow>& functions);
-
-// Writes rows as they come: {"rows": [[function, fault, answer, byte, way, result, output, next,
-// milliseconds, recovered], ...]}
-class JsonRows {
- public:
-  explicit JsonRows(std::ostream& out);
-  ~JsonRows();
-  void add(const std::string& function, const Row& row);
-
- private:
-  std::ostream& out_;
-  bool first_ = true;
+// All rows of a function with one kind of fault.
+struct Cell {
+  std::set<int> results;
+  Time longest{0};
+  bool wrong = false, partial = false, next_wrong = false;
+  void add(const Row& row);
+  std::string text() const;
 };
+
+// Of one function: its name, its result on a good line, how many cases, and its cells.
+using Columns = std::vector<std::string>;
+inline constexpr size_t CELLS = 3;  // begin here
+using Table = std::map<std::string, Columns>;
+
+Table read_markdown(std::istream& in);
+void write_markdown(std::ostream& out, const std::vector<Columns>& functions);
+
+// What a row shows that its cell does not; empty when there is nothing.
+std::string difference(const std::string& expected, const Row& row);
 
 }  // namespace test

@@ -1,30 +1,15 @@
 // Opening the link: what counts as a modem, how often is tried, what each failure costs.
-#include <gtest/gtest.h>
 
 #include <cerrno>
 
-#include "include/zop.h"
-#include "link/serial_port.h"
-#include "tests/support/far_ends.h"
-#include "tests/support/fresh_link.h"
+#include "tests/support/link_test.h"
 
 using namespace std::chrono_literals;
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
 static const Answer SILENCE = {};
 
-class LinkOpen : public testing::Test {
- protected:
-  void SetUp() override {
-    fresh_link();
-    world.far_end = &modem;
-  }
-  void TearDown() override { zop_close(); }
-
-  World world;
-  Script modem;
-};
+class LinkOpen : public LinkTest {};
 
 TEST_F(LinkOpen, any_bytes_that_end_in_a_flag_are_a_modem) {
   for (const char* answer : {"1d 00 00 7e", "7e", "13 1d ff ff 7e"}) {

@@ -1,8 +1,8 @@
 // The serial port: line settings, the claim, short and failing calls, a silent and a yanked device.
 // Every fatal error must leave the port closed and free.
+
 #include "link/serial_port.h"
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/select.h>
 #include <unistd.h>
@@ -11,25 +11,14 @@
 #include <cstring>
 
 #include "link/exchange.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/far_ends.h"
+#include "tests/support/link_test.h"
 #include "tests/support/other_exchange.h"
 
 using namespace std::chrono_literals;
 using namespace test;
 
-static const char DEVICE[] = "/dev/tts/USB1";
-
-class SerialPort : public testing::Test {
+class SerialPort : public LinkTest {
  protected:
-  void SetUp() override {
-    fresh_link();
-    world.far_end = &modem;
-  }
-  void TearDown() override {
-    diag_close();
-    fresh_link();
-  }
   void expect_closed_and_free() {
     EXPECT_EQ(diag_status(), 0);
     EXPECT_EQ(SIO_USED_LOCK, 0u);
@@ -40,8 +29,6 @@ class SerialPort : public testing::Test {
     return written == 2 ? diag_read(answer) : written;
   }
 
-  World world;
-  Script modem;
   uint8_t answer[RAW_ANSWER_SIZE] = {};
 };
 
@@ -77,7 +64,7 @@ TEST_F(SerialPort, a_host_with_thousands_of_files_has_a_port) {
   rlimit before;
   getrlimit(RLIMIT_NOFILE, &before);
   rlimit enough = {FD_SETSIZE + 8, before.rlim_max};
-  if (setrlimit(RLIMIT_NOFILE, &enough) != 0) GTEST_SKIP() << "not so many descriptors here";
+  if (setrlimit(RLIMIT_NOFILE, &enough) != 0) GTEST_SKIP() << "too few descriptors here";
   std::vector<int> held;
   do held.push_back(dup(STDERR_FILENO));
   while (held.back() < FD_SETSIZE);
@@ -160,29 +147,32 @@ TEST_F(SerialPort, a_sender_waits_for_the_claim_and_then_gives_up) {
   expect_closed_and_free();
 }
 
-namespace {
-// What one exchange meets on the port, and what comes of it.
-struct Weather {
-  const char* name;
-  std::deque<PortCall> writes, polls, reads;
-  int32_t result;
-};
-}  // namespace
-
-TEST_F(SerialPort, every_failure_closes_and_frees_the_port) {
-  const Weather rows[] = {
+TEST_F(SerialPort, calls_that_fail_and_calls_that_are_short) {
+  struct {
+    const char* name;
+    std::deque<PortCall> writes, polls, reads;
+    int32_t result;  // above 0 the port stays open
+  } rows[] = {
       {"write error", {Fail{EIO}}, {}, {}, PORT_ERROR},
       {"write error after a piece", {Accept{1}, Fail{EIO}}, {}, {}, PORT_ERROR},
-      {"writes that take nothing", std::deque<PortCall>(15, Accept{0}), {}, {}, 0},
+      {"14 writes that take nothing", std::deque<PortCall>(14, Accept{0}), {}, {}, 2},
+      {"15 writes that take nothing", std::deque<PortCall>(15, Accept{0}), {}, {}, 0},
       {"poll error", {}, {Fail{EBADF}}, {}, PORT_ERROR},
       {"read error", {}, {}, {Fail{EIO}}, PORT_ERROR},
+      {"interrupted", {Fail{EINTR}}, {Fail{EINTR}, Fail{EINTR}}, {Fail{EINTR}}, 2},
+      {"byte by byte", {Accept{1}, Accept{1}}, {}, {Accept{1}, Accept{1}}, 2},
+      {"15 empty reads",
+       {},
+       std::deque<PortCall>(15, Accept{1}),
+       std::deque<PortCall>(15, Accept{0}),
+       2},
       {"16 empty reads",
        {},
        std::deque<PortCall>(16, Accept{1}),
        std::deque<PortCall>(16, Accept{0}),
        PORT_ERROR},
   };
-  for (const Weather& row : rows) {
+  for (auto& row : rows) {
     ASSERT_EQ(diag_open(DEVICE), 1);
     modem.answers = {{{hex("01 7e")}}};
     world.writes = row.writes;
@@ -191,30 +181,9 @@ TEST_F(SerialPort, every_failure_closes_and_frees_the_port) {
     EXPECT_EQ(exchange(), row.result) << row.name;
     EXPECT_TRUE(world.writes.empty()) << row.name;
     EXPECT_TRUE(world.reads.empty()) << row.name;
+    EXPECT_EQ(diag_status(), row.result > 0) << row.name;
+    if (row.result > 0) diag_close();
     expect_closed_and_free();
-  }
-}
-
-TEST_F(SerialPort, interrupted_and_short_calls_are_no_failures) {
-  const Weather rows[] = {
-      {"interrupted", {Fail{EINTR}}, {Fail{EINTR}, Fail{EINTR}}, {Fail{EINTR}}, 2},
-      {"14 writes that take nothing", std::deque<PortCall>(14, Accept{0}), {}, {}, 2},
-      {"byte by byte", {Accept{1}, Accept{1}}, {}, {Accept{1}, Accept{1}}, 2},
-      {"15 empty reads",
-       {},
-       std::deque<PortCall>(15, Accept{1}),
-       std::deque<PortCall>(15, Accept{0}),
-       2},
-  };
-  for (const Weather& row : rows) {
-    ASSERT_EQ(diag_open(DEVICE), 1);
-    modem.answers = {{{hex("01 7e")}}};
-    world.writes = row.writes;
-    world.polls = row.polls;
-    world.reads = row.reads;
-    EXPECT_EQ(exchange(), row.result) << row.name;
-    EXPECT_EQ(diag_status(), 1) << row.name;
-    diag_close();
   }
 }
 

@@ -54,17 +54,6 @@ TEST_F(Lifecycle, a_missing_device_fails_the_open) {
   EXPECT_EQ(vurn_update_prl(), VURN_ERR_NOT_OPEN);
 }
 
-TEST_F(Lifecycle, a_sim_that_never_gets_ready_costs_twenty_polls) {
-  sim_answers("04", "00", "07");
-  vurn_set_log_mask(VURN_LOG_ERROR);
-  EXPECT_EQ(vurn_open(), VURN_ERR_FAILED);
-  EXPECT_EQ(polls(), 20);
-  EXPECT_EQ(std::count(world.sleeps.begin(), world.sleeps.end(), Time(1s)), 20);
-  EXPECT_EQ(world.log_text(),
-            "E zop:simtries:tries=7,status=4:sim not ready after too many tries\n");
-  EXPECT_FALSE(world.port_is_open());
-}
-
 TEST_F(Lifecycle, a_sim_that_gets_ready_is_waited_for) {
   sim_answers("03", "01", "03");
   world.on_sleep = [&](Time time) {
@@ -74,33 +63,33 @@ TEST_F(Lifecycle, a_sim_that_gets_ready_is_waited_for) {
   EXPECT_EQ(polls(), 6);
 }
 
-TEST_F(Lifecycle, sims_that_waiting_does_not_help) {
+TEST_F(Lifecycle, sims_that_fail_the_open) {
   struct {
-    const char* status;
-    const char* lock;
+    const char* answer;  // behind the request
+    int polls;           // a second apart
     const char* line;
-  } rows[] = {{"00", "00", "E zop:simstat:status=0:bad sim status\n"},
-              {"01", "00", "E zop:simstat:status=1:bad sim status\n"},
-              {"03", "02", "E zop:simstat:status=3:bad sim status\n"},
-              {"ff", "02", "E zop:simstat:status=255:bad sim status\n"}};
+  } rows[] = {
+      {"00 00 00 04 00 07", 20,
+       "E zop:simtries:tries=7,status=4:sim not ready after too many tries\n"},
+      {"00 00 00 00 00 03", 1, "E zop:simstat:status=0:bad sim status\n"},
+      {"00 00 00 01 00 03", 1, "E zop:simstat:status=1:bad sim status\n"},
+      {"00 00 00 03 02 03", 1, "E zop:simstat:status=3:bad sim status\n"},
+      {"00 00 00 ff 02 03", 1, "E zop:simstat:status=255:bad sim status\n"},
+      {"01 00", 1, "E zop:get:param=sim_status,error=10:can't get parameter\n"},
+  };
   vurn_set_log_mask(VURN_LOG_ERROR);
   for (auto& row : rows) {
-    sim_answers(row.status, row.lock, "03");
+    answers["d2 00 00"] = std::string("d2 00 00 ") + row.answer;
     world.log.clear();
+    world.sleeps.clear();
     modem.payloads.clear();
     EXPECT_EQ(vurn_open(), VURN_ERR_FAILED);
     EXPECT_EQ(world.log_text(), row.line);
-    EXPECT_EQ(polls(), 1);
+    EXPECT_EQ(polls(), row.polls);
+    EXPECT_EQ(std::count(world.sleeps.begin(), world.sleeps.end(), Time(1s)),
+              row.polls == 1 ? 0 : row.polls);
     EXPECT_FALSE(world.port_is_open());
   }
-}
-
-TEST_F(Lifecycle, a_refused_sim_query_fails_the_open) {
-  refuse("d2 00 00");
-  vurn_set_log_mask(VURN_LOG_ERROR);
-  EXPECT_EQ(vurn_open(), VURN_ERR_FAILED);
-  EXPECT_EQ(world.log_text(), "E zop:get:param=sim_status,error=10:can't get parameter\n");
-  EXPECT_FALSE(world.port_is_open());
 }
 
 TEST_F(Lifecycle, versions_that_can_not_be_read_do_not_fail_the_open) {

@@ -8,6 +8,7 @@
 #include "commands/exchange.h"
 #include "link/frame_codec.h"
 #include "tests/module/module_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 using namespace test;
 namespace fs = std::filesystem;
@@ -23,10 +24,7 @@ class Mcc : public ModuleTest {
     diag_open(DEVICE);
     forget();
   }
-  void TearDown() override {
-    diag_close();
-    fs::remove_all(folder);
-  }
+  void TearDown() override { diag_close(); }
   void modem_says(const std::string& mcc) {
     answers["cf 30 00"] = "cf 30 00 00 00 " + to_hex(Bytes(mcc.begin(), mcc.end()));
   }
@@ -48,10 +46,8 @@ class Mcc : public ModuleTest {
     std::ifstream in(file);
     return {std::istreambuf_iterator<char>(in), {}};
   }
-  fs::path folder = [] {
-    std::string name = testing::TempDir() + "mcc-XXXXXX";
-    return fs::path(mkdtemp(name.data()));
-  }();
+  TemporaryFolder temporary;
+  fs::path folder = temporary.path;
   std::string file = folder / "mcc";
   int value = 4711;
 };

@@ -1,25 +1,14 @@
 // A module in its World with a modem that answers what a test tells it.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <regex>
 
-#include "core/module_state.h"
-#include "include/vurn.h"
-#include "include/zop.h"
-#include "include/zop_diag_info.h"
-#include "link/event_listener.h"
-#include "link/serial_port.h"
-#include "module/lifecycle.h"
-#include "report/deferred_action.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/far_ends.h"
+#include "tests/support/fresh_module.h"
+#include "tests/support/link_test.h"
 
 namespace test {
 
-inline const char DEVICE[] = "/dev/tts/USB1";
 enum : unsigned { LOG_EVERYTHING = 0xFFFFFFFF };
 
 class ModuleTest : public testing::Test {
@@ -27,35 +16,16 @@ class ModuleTest : public testing::Test {
   void SetUp() override {
     setenv("TZ", "UTC", 1);
     tzset();
-    gDiagInfo = {};
-    gModuleOpen = false;
-    fresh_link();
-    world.far_end = &modem;
-    world.missing["/proc/uptime"] = ENOENT;
-    THREAD_STATUS = 0;
-    zop_debug_end_callback_status = 0;
-    gDeferredThreadCreated = false;
-    for (const char* path : {"/proc/net/dev", "/etc/resolv.conf", "/proc"}) {
+    for (const char* path : {"/proc/uptime", "/proc/net/dev", "/etc/resolv.conf", "/proc"}) {
       world.missing[path] = ENOENT;
     }
     vurn_set_log_mask(0);
-    take_leftover_event();
-  }
-  // The slot of the deferred-action thread keeps what a test before has posted.
-  void take_leftover_event() {
-    prv_start_deferred_action_thread();
-    world.advance(std::chrono::milliseconds(1));
-    prv_stop_deferred_action_thread();
-    prv_join_deferred_action_thread();
+    world.far_end = &modem;
+    fresh_module(world);
     world.advance(-world.now());
     world.threads_made = 0;
   }
-  void TearDown() override {
-    vurn_close(1);
-    prv_stop_deferred_action_thread();  // one whose module is closed
-    prv_join_deferred_action_thread();
-    zop_debug_stop();
-  }
+  void TearDown() override { close_module(); }
 
   // Answer to each request, by the request's payload as hex: payload, or "" for one that can't be
   // unframed. Others are answered with zeros.
@@ -69,11 +39,7 @@ class ModuleTest : public testing::Test {
   void refuse(const std::string& request) { answers[request] = request + " 01 00"; }
   void garble(const std::string& request) { answers[request] = ""; }
 
-  // The log, with the place in the source cut off "D" lines.
-  std::string log_lines() const {
-    static const std::regex place(" \\(\\w+:zop_module:\\d+\\)\n");
-    return std::regex_replace(world.log_text(), place, "\n");
-  }
+  std::string log_lines() const { return world.log_lines(); }
   std::string asked() const {
     std::string all;
     for (const Bytes& payload : modem.payloads) all += to_hex(payload) + "\n";

@@ -1,6 +1,4 @@
 // The shipped scenarios as a host sees them, in virtual time.
-#include <functional>
-
 #include "simulator/scenario/scenario.h"
 #include "tests/module/module_fixture.h"
 #include "tests/support/simulated_far_end.h"
@@ -19,13 +17,11 @@ class Scenarios : public ModuleTest {
  protected:
   void start(const std::string& name) {
     vurn_close(0);
-    far_end = std::make_unique<SimulatedFarEnd>(
-        sim::load_scenario(std::string(SCENARIOS) + "/" + name + ".toml"), world.now());
+    far_end = std::make_unique<SimulatedFarEnd>(sim::load_scenario(SCENARIOS "/" + name + ".toml"),
+                                                world.now());
     started = world.now();
     world.far_end = far_end.get();
-    missing_mcc_file();
   }
-  void missing_mcc_file() { world.missing["/var/local/wan/mcc"] = EACCES; }
   Seen look() {
     Seen seen{};
     seen.opened = vurn_update_prl();
@@ -121,22 +117,4 @@ TEST_F(Scenarios, events_reach_a_listening_host) {
     ASSERT_NE(at, std::string::npos) << line << log;
   }
   EXPECT_EQ(log.find("callback called", log.find("Deactivate") + 20), std::string::npos);
-}
-
-TEST_F(Scenarios, a_country_change_is_reported_once) {
-  start("roaming");
-  vurn_set_log_mask(VURN_LOG_INFO);
-  std::string file = testing::TempDir() + "mcc-of-scenarios";
-  world.missing.erase("/var/local/wan/mcc");
-  world.files["/var/local/wan/mcc"] = file;
-  unlink(file.c_str());
-  ASSERT_EQ(vurn_open(), VURN_OK);
-  world.log.clear();
-  int mcc = 0;
-  for (int poll = 0; poll < 3; ++poll) {
-    EXPECT_EQ(vurn_get_mcc(&mcc), VURN_OK);
-    EXPECT_EQ(mcc, 901);
-  }
-  EXPECT_EQ(log_lines(), "I zop:mccchanged:mcc=901:mcc has changed\n");
-  unlink(file.c_str());
 }

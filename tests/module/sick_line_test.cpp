@@ -10,7 +10,7 @@ using namespace test;
 namespace {
 // Answers each request after a time and in order: with the count of requests of its kind, so that
 // an old answer shows.
-class LateModem : public FarEnd {
+class LateModem : public Script {
  public:
   Time latency{0};
   bool one_at_a_time = false;  // the latency is that of its work, not of its way
@@ -19,42 +19,45 @@ class LateModem : public FarEnd {
   bool babbles = false;  // a frame of nobody's every 7 ms
   Answer spoilt;         // in place of the next answer
   std::map<Bytes, uint8_t> asked;
-  int requests = 0;
+  int requests_seen = 0;
 
-  void receive(std::span<const uint8_t> bytes, Time now) override {
-    for (uint8_t byte : bytes) {
-      wire_.push_back(byte);
-      if (byte != 0x7E) continue;
-      take_request(unframe(wire_), now);
-      wire_.clear();
-    }
-  }
   // What was on its way arrives half a second later.
   void recover(Time now) {
     latency = gap = Time{0};
     ignores = [](const Bytes&) { return false; };
-    for (auto& [at, piece] : due_) at = std::min(at, now + 500ms);
+    for (Due& due : due_) due.at = std::min(due.at, now + 500ms);
   }
   std::optional<Time> next_due() const override {
-    if (babbles) return next_babble_;
-    if (due_.empty()) return std::nullopt;
-    return due_.front().first;
+    return babbles ? next_babble_ : Script::next_due();
   }
   Bytes take(Time now) override {
     if (babbles && now < next_babble_) return {};
     if (babbles) return next_babble_ = now + 7ms, frame(hex("d0 01 02"));
     Bytes all;
-    for (; !due_.empty() && due_.front().first <= now; due_.pop_front()) {
-      all.insert(all.end(), due_.front().second.begin(), due_.front().second.end());
+    for (Bytes piece; !(piece = Script::take(now)).empty();) {
+      all.insert(all.end(), piece.begin(), piece.end());
     }
     return all;
   }
 
+ protected:
+  Answer answer_to(const Bytes& wire) override {
+    Bytes request = unframe(wire);
+    if (request.empty()) return {};  // damaged, or nothing between two flags
+    ++requests_seen;
+    if (ignores(request)) return {};
+    Answer answer = std::exchange(spoilt, {});
+    if (answer.empty()) answer = {{frame(payload_for(request))}};
+    if (gap != Time{0}) answer = byte_by_byte(answer[0].bytes);
+    answer[0].after += latency;
+    Time now = World::current()->now();
+    if (one_at_a_time || due_.empty()) return answer;
+    answer[0].after -= std::clamp(due_.back().at - now, Time{0}, latency);
+    return answer;
+  }
+
  private:
-  void take_request(const Bytes& request, Time now) {
-    if (request.empty()) return;  // damaged, or nothing between two flags
-    ++requests;
-    if (ignores(request)) return;
+  Bytes payload_for(const Bytes& request) {
     bool vendor = request.size() >= 3;
     uint8_t count = ++asked[vendor ? Bytes(request.begin(), request.begin() + 3) : request];
     Bytes answer(350, count);
@@ -63,16 +66,14 @@ class LateModem : public FarEnd {
     if (request[0] == 0xD2 && request[1] == 0) answer = hex("d2 00 00 00 00 00 02 01 03");
     if (request[0] == 0xD2 && request[1] == 1) answer = hex("d2 01 00 00 00 00 00 00 00");
     if (request[0] == 0xCF && request[1] == '=') answer[5] = 0;
-    Time at = (one_at_a_time && !due_.empty() ? due_.back().first : now) + latency;
-    for (Piece& piece : spoilt) due_.push_back({at += piece.after, piece.bytes});
-    if (!std::exchange(spoilt, {}).empty()) return;
-    Bytes wire = frame(answer);
-    if (gap == Time{0}) return due_.push_back({at, wire});
-    for (uint8_t byte : wire) due_.push_back({at += gap, {byte}});
+    return answer;
   }
-  Bytes wire_;
+  Answer byte_by_byte(const Bytes& wire) const {
+    Answer answer;
+    for (uint8_t byte : wire) answer.push_back({{byte}, gap});
+    return answer;
+  }
   Time next_babble_{0};
-  std::deque<std::pair<Time, Bytes>> due_;
 };
 }  // namespace
 
@@ -146,18 +147,16 @@ TEST_F(SickLine, a_stop_is_prompt_whatever_the_listener_does) {
       world.advance(1200ms);
       state.fall_sick();
       world.advance(400ms);  // a screen is asked for
-      int requests = late.requests;
+      int requests = late.requests_seen;
       EXPECT_LE(time_of(stop.stop), Time(100ms)) << where;
       EXPECT_EQ(THREAD_STATUS, 0u) << where;
       EXPECT_EQ(SIO_USED_LOCK, 0u) << where;
       EXPECT_EQ(diag_status(), stop.closes ? 0 : 1) << where;
-      EXPECT_EQ(late.requests, requests) << where;
+      EXPECT_EQ(late.requests_seen, requests) << where;
       world.takes = SIZE_MAX;
       late.recover(world.now());
       if (!stop.closes) expect_own_answers(where);
-      vurn_close(1);
-      prv_stop_deferred_action_thread();
-      prv_join_deferred_action_thread();
+      close_module();
       gDeferredThreadCreated = false;
     }
   }
@@ -208,7 +207,7 @@ TEST_F(SickLine, a_slow_modem_is_understood_from_its_open_on) {
   struct {
     Time latency;
     bool one_at_a_time;
-    int deaf_to;   // so many probes
+    int deaf_to;   // probes that it ignores
     int requests;  // of the open
   } rows[] = {{0ms, false, 0, 1},   {2500ms, false, 0, 4}, {4500ms, false, 0, 6},
               {2500ms, true, 0, 4}, {3500ms, true, 0, 5},  {100ms, false, 3, 5}};
@@ -222,7 +221,7 @@ TEST_F(SickLine, a_slow_modem_is_understood_from_its_open_on) {
     };
     std::string where = std::to_string(row.latency.count() / 1'000'000) + " ms";
     ASSERT_EQ(zop_open(DEVICE), 0u) << where;
-    EXPECT_EQ(late.requests, row.requests) << where;
+    EXPECT_EQ(late.requests_seen, row.requests) << where;
     late.one_at_a_time = false;
     expect_own_answers(where);
     uint32_t refused = 1;

@@ -262,7 +262,7 @@ TEST_F(Snapshot, every_road_back_leads_to_reports) {
     vurn_set_log_mask(0);
     vurn_close(1);
     gDeferredThreadCreated = false;
-    take_leftover_event();
+    take_leftover_event(world);
   }
 }
 

@@ -7,6 +7,7 @@
 
 #include "report/supplement.h"
 #include "tests/module/module_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 using namespace test;
 namespace fs = std::filesystem;
@@ -22,10 +23,6 @@ class WanData : public ModuleTest {
     fs::create_directories(root / "proc/net");
     fs::create_directories(root / "etc");
   }
-  void TearDown() override {
-    fs::remove_all(root);
-    ModuleTest::TearDown();
-  }
   void write(const std::string& path, const std::string& text) {
     fs::create_directories((root / path).parent_path());
     std::ofstream(root / path) << text;
@@ -37,10 +34,8 @@ class WanData : public ModuleTest {
     write("proc/" + std::to_string(pid) + "/stat",
           stat + " " + std::to_string(start_ticks) + " 0\n");
   }
-  fs::path root = [] {
-    std::string name = testing::TempDir() + "root-XXXXXX";
-    return fs::path(mkdtemp(name.data()));
-  }();
+  TemporaryFolder temporary;
+  fs::path root = temporary.path;
 };
 
 TEST_F(WanData, addresses_or_why_there_are_none) {

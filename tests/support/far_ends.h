@@ -37,8 +37,6 @@ class Script : public FarEnd {
 
  protected:
   virtual Answer answer_to(const Bytes& request);
-
- private:
   struct Due {
     Time at;
     Bytes bytes;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <regex>
 #include <stdexcept>
 
 namespace test {
@@ -28,6 +29,11 @@ std::string World::log_text() const {
   std::string text;
   for (const LogLine& line : log) text += line.text + "\n";
   return text;
+}
+
+std::string World::log_lines() const {
+  static const std::regex place(" \\(\\w+:\\w+:\\d+\\)\n");
+  return std::regex_replace(log_text(), place, "\n");
 }
 
 int World::open_port() {

@@ -40,7 +40,7 @@ class FarEnd {
   virtual std::optional<Time> next_due() const = 0;  // when there is more to take
   virtual Bytes take(Time now) = 0;                  // one piece, empty when nothing is due
   virtual bool gone(Time) { return false; }          // the device is unplugged
-  virtual int hang_ups() const { return 0; }         // so many times it has been, up to now
+  virtual int hang_ups() const { return 0; }         // how often, up to now
 };
 
 struct LogLine {
@@ -79,7 +79,7 @@ class World {
   std::vector<Time> sleeps;
   std::function<void(Time)> on_sleep;            // runs inside each sleep
   int polls_made = 0;                            // on the port
-  size_t takes = SIZE_MAX;                       // so many bytes more, and then none
+  size_t takes = SIZE_MAX;                       // bytes that the line still takes
   std::map<std::string, std::string> files;      // path -> the real file behind it
   std::map<std::string, int> missing;            // path -> errno of an attempt to open it
   std::deque<PortCall> writes, reads, polls;     // upcoming calls on the port that misbehave
@@ -98,12 +98,13 @@ class World {
   // differs from run to run.
   bool runs_free = false;
   int thread_error = 0;     // of pthread_create
-  int malloc_failures = 0;  // so many calls to come
+  int malloc_failures = 0;  // calls that are to fail
   std::atomic<int> threads_made = 0;
   Time now() const { return now_; }
   void advance(Time by);  // other threads do what is due meanwhile
   bool port_is_open() const { return !ports_.empty(); }
-  std::string log_text() const;  // all lines, one a line
+  std::string log_text() const;   // all lines, one a line
+  std::string log_lines() const;  // the same, with the place in the source cut off "D" lines
 
   // ---- for system_calls.cpp and threads.cpp ----
   std::recursive_mutex mutex;  // while it runs free
