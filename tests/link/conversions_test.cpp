@@ -1,4 +1,4 @@
-// Identity conversions: the text, and that nothing is written behind it.
+// Identity conversions: the text, and that nothing is written after it.
 #include "link/conversions.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 using test::Bytes;
 using test::hex;
 
-// What a conversion writes over a canvas of "~"; a terminator shows as "|".
+// What a conversion writes, on a background of "~"; a terminator is shown as "|".
 static std::string painted(const std::function<void(char*)>& convert) {
   char canvas[41] = {};
   memset(canvas, '~', 40);
@@ -27,12 +27,12 @@ TEST(Conversions, digits_of_two_a_byte) {
     const char* input;  // hex
     const char* text;
   } rows[] = {
-      {bcd_to_ascii, "02 21 f3", "123?"},  // the filler stays, unterminated
+      {bcd_to_ascii, "02 21 f3", "123?"},  // filler kept, no terminator
       {bcd_to_ascii, "02 21 43", "1234|"},
       {bcd_to_ascii, "00", "|"},
       {bcd_to_ascii, "03 ba dc e1", "*#ab1c|"},
-      {Mobile_ID_bcd_to_ascii, "08 39 01 14 00 00 00 00 21", "310410000000012|"},  // odd number
-      {Mobile_ID_bcd_to_ascii, "08 31 01 14 00 00 00 00 f1", "31041000000001|"},   // even: filler
+      {Mobile_ID_bcd_to_ascii, "08 39 01 14 00 00 00 00 21", "310410000000012|"},  // 15 digits
+      {Mobile_ID_bcd_to_ascii, "08 31 01 14 00 00 00 00 f1", "31041000000001|"},  // 14 and a filler
       {Mobile_ID_bcd_to_ascii, "01 11", "|"},
       {util_locationID_to_ascii, "13 f0 14 1a 2b", "310-41 0x1A2B"},
       {util_locationID_to_ascii, "13 00 14 1a 2b", "310-410 0x1A2B"},

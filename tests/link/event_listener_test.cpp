@@ -1,5 +1,5 @@
-// The event listener in virtual time: its cadence, what each flag fetches, how it shares the port,
-// how it is stopped, and what an alarm may do to it.
+// The event listener in virtual time: its cadence, the record requested for each flag, sharing the
+// port, stopping, and alarms.
 #include "link/event_listener.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ class Listener : public testing::Test {
     ASSERT_EQ(zop_debug_start(1), ZOP_SUCCESS);
     modem.payloads.clear();
   }
-  // An exchange may be under way then: answers take 150 ms.
+  // Answers take 150 ms, so an exchange may be in progress afterwards.
   void start_and_wait(int ms) {
     modem.delay = 0ms;
     start();
@@ -59,7 +59,7 @@ class Listener : public testing::Test {
 
   World world;
   int flags = 0;
-  std::map<char, std::string> records;  // by subcommand, behind the header
+  std::map<char, std::string> records;  // by subcommand, without the header
   AnsweringModem modem{[this](const Bytes& request) -> std::optional<Bytes> {
     Bytes answer = {request[0], request[1], 0, 0, 0};
     Bytes record = hex(records[static_cast<char>(request[1])]);
@@ -133,7 +133,7 @@ TEST_F(Listener, the_first_flag_is_fetched_and_told) {
   }
 }
 
-// Lengths that pass the record are cut to it.
+// Lengths that exceed the record are clamped.
 TEST_F(Listener, a_hostile_record_stays_inside_its_bounds) {
   for (auto [flag, request] : {std::pair{1, '>'}, {2, '?'}}) {
     start();
@@ -156,7 +156,7 @@ TEST_F(Listener, a_screen_reaches_the_record) {
   EXPECT_EQ(gDiagInfo.screen_time, static_cast<uint32_t>(time(nullptr)));
 }
 
-// A busy port costs the tick and counts as a good poll.
+// A tick that finds the port busy sends nothing and counts as a successful poll.
 TEST_F(Listener, leaves_a_busy_port_alone) {
   start();
   {
@@ -179,7 +179,7 @@ struct DamagingModem : AnsweringModem {
 };
 }  // namespace
 
-// Neither its flags nor its screen are taken, and the listener goes on.
+// Its flags and screen are ignored, and the listener continues.
 TEST_F(Listener, a_damaged_answer_tells_nothing) {
   DamagingModem damaging{[](const Bytes&) { return Bytes(350, 0xFF); }};
   start();
@@ -201,7 +201,7 @@ TEST_F(Listener, ends_a_timed_call_on_the_21st_tick_of_ten_seconds) {
   world.advance(10'250ms);
   EXPECT_EQ(asked().find('d'), std::string::npos);
   {
-    OtherExchange other;  // at that very tick
+    OtherExchange other;  // at the tick that should end the call
     world.advance(500ms);
     EXPECT_EQ(asked(), "");
   }
@@ -225,8 +225,8 @@ TEST_F(Listener, a_call_that_ends_by_itself_is_not_ended_again) {
   EXPECT_EQ(asked().find('d'), std::string::npos);
 }
 
-// The host's command and the listener's requests at every distance: each goes out whole, and each
-// takes its own answer.
+// Host commands and listener requests at varying intervals: each is sent whole and gets its own
+// answer.
 TEST_F(Listener, two_senders_never_mix) {
   start();
   modem.delay = 40ms;
@@ -242,7 +242,7 @@ TEST_F(Listener, two_senders_never_mix) {
   EXPECT_EQ(diag_status(), 1);
 }
 
-// A download opens the port next, and speaks another language.
+// A download may open the port next, with another protocol.
 TEST_F(Listener, is_stopped_by_a_close) {
   start();
   zop_close();
@@ -252,7 +252,7 @@ TEST_F(Listener, is_stopped_by_a_close) {
   EXPECT_EQ(asked(), "");
 }
 
-// Its answer is its own: it is not taken for the next one's, and its claim goes with it.
+// Its answer is not taken for that of the next exchange, and its claim is void.
 TEST_F(Listener, an_exchange_under_way_ends_before_the_port_opens_again) {
   for (int ms = 0; ms < 700; ms += 35) {
     start_and_wait(ms);
@@ -278,7 +278,7 @@ TEST_F(Listener, a_dead_link_stops_it_a_second_later) {
   EXPECT_EQ(THREAD_STATUS, 0u);
   EXPECT_EQ(world.alarm, 0u);
   EXPECT_EQ(zop_debug_end_callback_status, 0);
-  // It ends by itself, and can be started again.
+  // No zop_debug_stop is needed before the next start.
   modem.unplugged = false;
   ASSERT_EQ(zop_open(DEVICE), 0u);
   start();
@@ -286,7 +286,7 @@ TEST_F(Listener, a_dead_link_stops_it_a_second_later) {
   EXPECT_EQ(asked(), "=");
 }
 
-// The end of a test call that fails leaves the shutdown of the listener armed.
+// Failing to end a test call arms the listener's shutdown; the handler must not cancel that alarm.
 TEST_F(Listener, a_call_s_alarm_does_not_cancel_the_shutdown) {
   start();
   modem.unplugged = true;

@@ -1,5 +1,4 @@
-// The frame codec against an independent CRC and hostile input. A fault here
-// would make every command fail, or accept a damaged answer.
+// The frame codec against an independent CRC and hostile input.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -26,7 +25,7 @@ struct Decoded {
 };
 }  // namespace
 
-// Decodes a frame without its closing flag, in a buffer of exactly its size.
+// Decodes a frame without its closing flag, in a buffer of the exact size.
 static Decoded decode(const Bytes& wire) {
   Bytes buffer(wire.begin(), wire.end() - 1);
   int32_t result = DiagPacketRXCRC(buffer.data(), static_cast<uint32_t>(buffer.size()));
@@ -47,7 +46,7 @@ TEST(FrameCodec, round_trip_of_every_length_and_byte_value) {
     Bytes wire = encode(payload);
     ASSERT_EQ(to_hex(wire), to_hex(frame(payload)));
     ASSERT_EQ(to_hex(encode(payload, true)), "7e " + to_hex(wire));
-    if (length == 0) continue;  // two check bytes alone are below the shortest frame
+    if (length == 0) continue;  // too short to decode: only the two check bytes
     Decoded decoded = decode(wire);
     ASSERT_EQ(decoded.result, 0) << length;
     ASSERT_EQ(static_cast<size_t>(m_nRxLen), length);
@@ -75,13 +74,13 @@ TEST(FrameCodec, lengths_outside_the_limits_are_refused) {
   }
 }
 
-// An escape at the end of the input must not make the decoder read the byte behind it.
+// The decoder must not read past an escape at the end of the input.
 TEST(FrameCodec, a_lone_escape_at_the_end_is_refused) {
   for (const char* text : {"7d 7d 7d", "01 02 7d", "7d 5e 7d 5d 7d"}) {
     Bytes buffer = hex(text);
     EXPECT_EQ(DiagPacketRXCRC(buffer.data(), static_cast<uint32_t>(buffer.size())), -1) << text;
   }
-  // Everything is escaped down to one byte: fewer than the two check bytes.
+  // Unstuffing leaves fewer than the two check bytes.
   Bytes buffer = hex("7d 5e 7d");
   EXPECT_EQ(DiagPacketRXCRC(buffer.data(), 3), -1);
 }

@@ -1,4 +1,4 @@
-// Opening the link: what counts as a modem, how often is tried, what each failure costs.
+// Opening the link: what counts as a modem, the number of attempts, the cost of each failure.
 
 #include <cerrno>
 

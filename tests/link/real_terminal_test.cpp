@@ -1,5 +1,5 @@
-// The port on a real pseudo-terminal, without the World: every byte value, a host without
-// standard streams, a yanked device.
+// The port on a real pseudo-terminal, without a World: every byte value, a full line, an unplugged
+// device, a host without standard streams.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -46,7 +46,7 @@ TEST_F(RealTerminal, carries_every_byte_value) {
   EXPECT_EQ(memcmp(sent, received, sizeof sent), 0);
 }
 
-// A write never waits by itself: the line takes some thousands of bytes that nobody reads.
+// The terminal buffers a few thousand bytes; only then does a write have to wait.
 TEST_F(RealTerminal, a_line_that_takes_nothing_is_given_up_when_told) {
   ASSERT_EQ(diag_open(path.c_str()), 1);
   PortUse port([] { return false; });

@@ -1,4 +1,4 @@
-// The serial port: line settings, the claim, short and failing calls, a silent and a yanked device.
+// The serial port: line settings, the claim, short and failing calls, silent and unplugged devices.
 // Every fatal error must leave the port closed and free.
 
 #include "link/serial_port.h"
@@ -98,15 +98,15 @@ TEST_F(SerialPort, the_claim_lasts_from_write_to_the_end_of_the_answer) {
   modem.answers = {{{hex("01 02")}, {hex("03"), 4s}, {hex("04 7e 05"), 4s}, {hex("06 7e"), 4s}}};
   ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
   EXPECT_FALSE(try_claim_port(PortUse()));
-  // A piece that does not end in a flag is joined with the next, even when a flag is inside it.
+  // A piece that does not end in a flag is joined with the next, even if it contains a flag.
   EXPECT_EQ(diag_read(answer), 8);
   EXPECT_EQ(to_hex({answer, 8}), "01 02 03 04 7e 05 06 7e");
   EXPECT_EQ(SIO_USED_LOCK, 0u);
   EXPECT_EQ(diag_status(), 1);
 }
 
-// Another thread closes and opens the port while an exchange waits: it reads nothing of the new
-// port's, leaves it and its claim alone, and its own claim is nobody's.
+// Another thread reopens the port during an exchange: the exchange can't read from the new port and
+// doesn't affect it or its claim; its own claim is void.
 TEST_F(SerialPort, a_port_that_is_replaced_ends_the_exchange_and_stays) {
   ASSERT_EQ(diag_open(DEVICE), 1);
   {
@@ -151,7 +151,7 @@ TEST_F(SerialPort, calls_that_fail_and_calls_that_are_short) {
   struct {
     const char* name;
     std::deque<PortCall> writes, polls, reads;
-    int32_t result;  // above 0 the port stays open
+    int32_t result;  // above 0: the port stays open
   } rows[] = {
       {"write error", {Fail{EIO}}, {}, {}, PORT_ERROR},
       {"write error after a piece", {Accept{1}, Fail{EIO}}, {}, {}, PORT_ERROR},
@@ -237,7 +237,7 @@ TEST_F(SerialPort, download_reads_wait_long_and_read_on) {
     EXPECT_EQ(diag_status(), 1);
     EXPECT_EQ(SIO_USED_LOCK, 0u);
   }
-  // Pieces are one answer while they come within 0.2 s, to a flag that is not the first byte.
+  // Pieces within 0.2 s of each other form one answer, which ends at a flag after its first byte.
   const Piece slow = {Bytes(64, 0x11), 190ms};
   struct {
     const char* name;

@@ -1,4 +1,4 @@
-// The conductor's state belongs to the thread that plays; semaphores hand it over.
+// Only the running thread touches the conductor's state; semaphores pass it to the next.
 #include "tests/support/conductor.h"
 
 #include <pthread.h>

@@ -1,5 +1,5 @@
-// Threads in virtual time: one runs at a time, until it parks for a while or for something to
-// happen. When all are parked, time jumps to the first that is due. The order is always the same.
+// Threads in virtual time. One thread runs at a time, until it parks to wait for a time or an
+// event. When all are parked, time jumps to the earliest deadline. Every run has the same order.
 #pragma once
 
 #include <semaphore.h>
@@ -25,23 +25,23 @@ class Conductor {
     pthread_t handle{};
   };
 
-  explicit Conductor(Time& now);  // the calling thread plays first
+  explicit Conductor(Time& now);  // the calling thread runs first
   ~Conductor();
   Conductor(const Conductor&) = delete;
   Conductor& operator=(const Conductor&) = delete;
 
   bool has_others() const { return players_.size() > 1; }
 
-  // A thread to be: it plays when its turn comes.
+  // Registers a thread before it is created; it runs when its turn comes.
   Player* add();
-  void begin(Player* player);  // on that thread
-  void finish();               // the same
+  void begin(Player* player);  // on the new thread
+  void finish();               // on the thread that ends
   void join(pthread_t handle);
 
-  // Waits for the channel, or until then. True when woken.
+  // Waits until the channel is woken or the time is reached. True if woken.
   bool park(const void* channel, std::optional<Time> until);
 
-  // Those that wait for the channel are to play again, all or the first of them.
+  // Makes all threads that wait for the channel ready, or only the first.
   void wake(const void* channel, bool all);
 
  private:
@@ -49,7 +49,7 @@ class Conductor {
   Player* next_due();
   Time& now_;
   std::list<Player> players_;
-  std::deque<Player*> parked_;  // in the order of their parking
+  std::deque<Player*> parked_;  // longest parked first
   std::deque<Player*> ready_;
 };
 

@@ -1,4 +1,4 @@
-// Scripted modems. Each piece of an answer becomes due after the piece before it.
+// Scripted modems. Each piece's delay counts from when the previous piece is due.
 #include "tests/support/far_ends.h"
 
 #include <algorithm>

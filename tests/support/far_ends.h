@@ -1,5 +1,5 @@
-// Far ends of the serial line for tests: a script of raw pieces, and a modem that answers each
-// request by a function. Frames are made here with Boost's CRC, not with the codec under test.
+// Modems for tests: one with scripted raw answers, and one whose answers a function returns.
+// Frames are encoded with Boost's CRC, independently of the codec under test.
 #pragma once
 
 #include <functional>
@@ -8,25 +8,25 @@
 
 namespace test {
 
-// payload as a frame on the wire, without an opening flag.
+// The payload as a frame on the wire, without a leading flag.
 Bytes frame(std::span<const uint8_t> payload);
 
-// The payload of a frame without an opening flag; empty when its check sequence is wrong.
+// The payload of a frame without a leading flag; empty if its check sequence is wrong.
 Bytes unframe(std::span<const uint8_t> wire);
 
-// One piece of an answer, some time after the one before it.
+// One piece of an answer, and its delay after the previous one.
 struct Piece {
   Bytes bytes;
   Time after{0};
 };
 using Answer = std::vector<Piece>;
 
-// A modem that gives each request (everything up to a flag) the next answer of a list; with the
-// list used up it is silent.
+// A modem that answers each request (everything up to a flag) with the next answer of a list, and
+// is silent when the list is empty.
 class Script : public FarEnd {
  public:
   std::deque<Answer> answers;
-  std::vector<Bytes> requests;  // as they came over the wire
+  std::vector<Bytes> requests;  // as received on the wire
   bool keeps_requests = true;
   bool unplugged = false;
 
@@ -45,14 +45,14 @@ class Script : public FarEnd {
   std::deque<Due> due_;
 };
 
-// A modem that answers each good request with the payload that a function makes of it; no payload,
-// no answer. Answers the link's probe by itself.
+// A modem that answers each request with the payload that the function returns, or not at all if it
+// returns none. The link's probe is always answered.
 class AnsweringModem : public Script {
  public:
   using Function = std::function<std::optional<Bytes>(const Bytes& request)>;
   explicit AnsweringModem(Function function) : function_(std::move(function)) {}
 
-  std::vector<Bytes> payloads;  // of the requests, the probe left out
+  std::vector<Bytes> payloads;  // of the requests, without probes
   Time delay{0};                // before each answer
 
  protected:

@@ -1,4 +1,4 @@
-// The link as a process finds it at its start: closed, claimed by nobody, nothing owed.
+// Resets the link to its state at process start: closed, unclaimed, no answers owed.
 #pragma once
 
 #include "link/owed_answers.h"

@@ -1,4 +1,4 @@
-// The module as a process finds it at its start: closed, no thread, nothing posted.
+// Resets the module to its state at process start: closed, no threads, no posted event.
 #pragma once
 
 #include "core/module_state.h"
@@ -13,7 +13,7 @@
 
 namespace test {
 
-// The slot of the deferred-action thread keeps what was posted last.
+// The deferred-action thread's slot may still hold an event of the previous test.
 inline void take_leftover_event(World& world) {
   prv_start_deferred_action_thread();
   world.advance(std::chrono::milliseconds(1));
@@ -34,7 +34,7 @@ inline void fresh_module(World& world) {
 
 inline void close_module() {
   vurn_close(1);
-  prv_stop_deferred_action_thread();  // one whose module is closed
+  prv_stop_deferred_action_thread();  // vurn_close may have found the module closed
   prv_join_deferred_action_thread();
   zop_debug_stop();
 }

@@ -1,1 +1,1 @@
-// Compiles the headers of tests/CMakeLists.txt; the tests reuse what comes of it.
+// Exists only to precompile the headers that tests/CMakeLists.txt lists.

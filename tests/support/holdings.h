@@ -1,4 +1,4 @@
-// Descriptors and threads of the test's process, to see what a run leaves behind.
+// Counts the test process's descriptors and threads, to find leaks.
 #pragma once
 
 #include <sched.h>
@@ -20,8 +20,8 @@ inline size_t entries_of(const char* folder) {
 
 inline Holdings holdings() { return {entries_of("/proc/self/fd"), entries_of("/proc/self/task")}; }
 
-// What is held once it is as before, or does not become so: a thread that was joined leaves the
-// kernel's list a moment later.
+// Waits for the holdings to equal before, and returns the last ones: the kernel lists a thread for
+// a moment after it was joined.
 inline Holdings holdings_like(const Holdings& before) {
   constexpr int MOST_LOOKS = 10'000;
   Holdings now = holdings();

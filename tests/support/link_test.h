@@ -1,4 +1,4 @@
-// A link of its own for each test, with a scripted modem behind it.
+// Fixtures that give each test a fresh link to a scripted modem.
 #pragma once
 
 #include <gtest/gtest.h>

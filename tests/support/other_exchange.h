@@ -1,4 +1,4 @@
-// Another exchange that is under way on the port as it is open now.
+// Another exchange in progress: claims the open port for its lifetime.
 #pragma once
 
 #include "link/serial_port.h"

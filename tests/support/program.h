@@ -1,4 +1,4 @@
-// Programs that a test runs: in a shell to their end, or in parallel with the test.
+// Runs programs: in a shell until they exit, or in parallel with the test.
 #pragma once
 
 #include <fcntl.h>
@@ -41,7 +41,7 @@ inline void expect_in_order(const std::string& text, std::initializer_list<std::
   }
 }
 
-// Runs in parallel with the test; the destructor ends it.
+// Runs in parallel with the test; the destructor terminates it.
 class Program {
  public:
   explicit Program(std::vector<std::string> words) {
@@ -70,14 +70,14 @@ class Program {
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 
-  // The next line of its output or errors; empty at the end.
+  // The next line of standard output or error; empty at the end.
   std::string line() {
     char text[512] = "";
     if (fgets(text, sizeof text, output_) == nullptr) return "";
     text[strcspn(text, "\n")] = '\0';
     return text;
   }
-  // Its lines up to the one with this text, or to the end.
+  // The lines up to and including the first that contains text.
   std::string lines_until(const std::string& text) {
     std::string lines, next;
     do lines += (next = line()) + "\n";

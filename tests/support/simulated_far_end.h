@@ -8,7 +8,6 @@ namespace test {
 
 class SimulatedFarEnd : public FarEnd {
  public:
-  // The modem is started at a moment of the World.
   explicit SimulatedFarEnd(sim::Scenario scenario = {}, Time start = Time{0},
                            sim::Modem::Trace trace = {})
       : modem(std::move(scenario), 1, std::move(trace)), start_(start) {}
@@ -36,7 +35,7 @@ class SimulatedFarEnd : public FarEnd {
   int hang_ups() const override { return hang_ups_; }
 
  private:
-  // Takes all that the modem does by now; what it sent before a hang-up is lost with the line.
+  // Collects the modem's output up to now. A hang-up discards what was not yet taken.
   void run(Time now) {
     while (auto output = modem.take_output(us(now))) {
       if (output->kind == sim::Output::SENDS) pieces_.push_back(output->bytes);

@@ -1,8 +1,8 @@
-// The system calls of the module under test, defined by the test program: they reach the World
-// while there is one, and the system otherwise. The real calls go by system call number, so that
-// they work before any library is initialised.
+// The system calls of the module under test, defined by the test program. They go to the calling
+// thread's World if it has one, otherwise to the system; by system call number where they may be
+// needed before any library is initialised.
 #undef _FORTIFY_SOURCE
-#undef _FILE_OFFSET_BITS  // or open is another name for open64
+#undef _FILE_OFFSET_BITS  // otherwise open is an alias of open64
 #include <arpa/inet.h>
 #include <dirent.h>
 #include <dlfcn.h>
@@ -42,7 +42,7 @@ static Function* next_definition(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-// The file behind a path: the path itself, another file, or an error.
+// The file to use for a path; null with errno set if opening it should fail.
 static const char* real_path(World* world, const char* path) {
   if (world == nullptr) return path;
   if (auto it = world->missing.find(path); it != world->missing.end()) {
@@ -112,7 +112,6 @@ EXPORTED int socket(int domain, int type, int protocol) noexcept {
   return static_cast<int>(syscall(SYS_socket, domain, type, protocol));
 }
 
-// The addresses of ppp0.
 EXPORTED int ioctl(int fd, unsigned long request, ...) noexcept {
   va_list arguments;
   va_start(arguments, request);
@@ -214,7 +213,7 @@ EXPORTED unsigned sleep(unsigned seconds) {
 }
 EXPORTED int usleep(useconds_t us) { return sleep_in_world(std::chrono::microseconds(us)), 0; }
 
-// In the World no alarm goes off by itself: a test calls the handler.
+// In a World no alarm goes off; tests raise the signal or call the handler.
 EXPORTED unsigned alarm(unsigned seconds) noexcept {
   IN_WORLD(world);
   if (world == nullptr) return next_definition<unsigned(unsigned)>("alarm")(seconds);

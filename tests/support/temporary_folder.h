@@ -1,4 +1,4 @@
-// A new folder, removed with its content by the destructor.
+// A new folder; the destructor removes it with its content.
 #pragma once
 
 #include <unistd.h>

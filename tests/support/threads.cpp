@@ -1,5 +1,5 @@
-// The thread calls (and malloc) of the module and the tests, wrapped by the linker: threads made in
-// a World belong to it and are conducted, unless it runs free.
+// The thread calls and malloc of the module and the tests, wrapped by the linker. A thread created
+// in a World belongs to it, and to its conductor unless the World runs free.
 #include <pthread.h>
 
 #include <cerrno>

@@ -1,5 +1,5 @@
-// The World's clock and port. Input of the port is taken from the far end in pieces: one read gives
-// one piece, as a USB modem's packets arrive.
+// The World's clock and port. A read returns at most one piece of the far end's output, as with a
+// USB modem's packets.
 #include "tests/support/world.h"
 
 #include <fcntl.h>
@@ -14,7 +14,7 @@
 
 namespace test {
 
-// Each thread's own: a test runner's or a fuzzer's other threads are no part of a World.
+// Per thread: other threads of a test runner or fuzzer belong to no World.
 static thread_local World* current_world = nullptr;
 
 World::World() { join(); }
@@ -41,11 +41,11 @@ int World::open_port() {
   if (far_end != nullptr && far_end->gone(now_)) return errno = ENOENT, -1;
   hang_ups_at_open_ = far_end != nullptr ? far_end->hang_ups() : 0;
   input_.clear();
-  // A descriptor of its own that needs no file to be there.
+  // A real, unique descriptor that needs no file.
   return *ports_.insert(static_cast<int>(syscall(SYS_memfd_create, "port", 0))).first;
 }
 
-// What has come by now is lost, as in a terminal; what is still on its way comes.
+// Discards the input that is due by now, as a terminal does; later input still arrives.
 void World::flush_port() {
   ++flushes;
   do input_.clear();
@@ -57,7 +57,6 @@ void World::close_port(int fd) {
   syscall(SYS_close, fd);
 }
 
-// Takes one planned misbehaviour off its queue.
 static std::optional<PortCall> next(std::deque<PortCall>& plan) {
   if (plan.empty()) return std::nullopt;
   PortCall call = plan.front();
@@ -159,7 +158,7 @@ void World::sleep_free(Time time) {
     std::unique_lock lock(mutex);
     pass(std::max(time, Time{0}));
   }
-  timespec moment = {0, 20'000};  // lets the others run
+  timespec moment = {0, 20'000};  // lets other threads run
   syscall(SYS_nanosleep, &moment, nullptr);
 }
 

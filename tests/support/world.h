@@ -1,9 +1,9 @@
-// The world around the module in a test: a clock that jumps, a serial port in memory, a syslog that
-// remembers, files that are somewhere else.
+// The module's environment in a test: virtual time, a serial port in memory, a recorded syslog,
+// redirected files.
 //
-// The module under test is unchanged: the test program itself defines open, poll, sleep, syslog
-// and so on (system_calls.cpp) and asks the World of the calling thread: the thread that made it,
-// and those that joined it. On any other thread every call goes to the system.
+// The module under test is unchanged. The test program defines open, poll, sleep, syslog and so on
+// (system_calls.cpp), which use the calling thread's World. A World belongs to the thread that
+// created it and to those that joined it; calls of other threads go to the system.
 #pragma once
 
 #include <termios.h>
@@ -32,15 +32,14 @@ using Bytes = std::vector<uint8_t>;
 Bytes hex(const std::string& text);  // "cf 20 00", white space ignored
 std::string to_hex(std::span<const uint8_t>);
 
-// What is at the other end of the serial line.
 class FarEnd {
  public:
   virtual ~FarEnd() = default;
   virtual void receive(std::span<const uint8_t> bytes, Time now) = 0;
-  virtual std::optional<Time> next_due() const = 0;  // when there is more to take
-  virtual Bytes take(Time now) = 0;                  // one piece, empty when nothing is due
+  virtual std::optional<Time> next_due() const = 0;  // when the next piece is due
+  virtual Bytes take(Time now) = 0;                  // one piece, or empty if none is due
   virtual bool gone(Time) { return false; }          // the device is unplugged
-  virtual int hang_ups() const { return 0; }         // how often, up to now
+  virtual int hang_ups() const { return 0; }         // number so far
 };
 
 struct LogLine {
@@ -48,7 +47,7 @@ struct LogLine {
   std::string text;
 };
 
-// What the next calls on the port do instead of working: bytes to accept at the most, or an error.
+// A planned misbehaviour of a call on the port: transfer at most this many bytes, or fail.
 struct Accept {
   size_t bytes;
 };
@@ -68,64 +67,64 @@ class World {
  public:
   World();
   ~World();
-  static World* current();  // of this thread
-  void join();              // makes this World that of the calling thread as well
+  static World* current();  // of the calling thread; may be null
+  void join();              // makes this the calling thread's World too
 
   // ---- for the tests ----
   FarEnd* far_end = nullptr;
   std::vector<LogLine> log;
   bool keeps_log = true;
-  bool keeps_history = true;  // sleeps, what was written
+  bool keeps_history = true;  // of sleeps and written bytes
   std::vector<Time> sleeps;
-  std::function<void(Time)> on_sleep;            // runs inside each sleep
+  std::function<void(Time)> on_sleep;            // runs at the end of each sleep
   int polls_made = 0;                            // on the port
-  size_t takes = SIZE_MAX;                       // bytes that the line still takes
-  std::map<std::string, std::string> files;      // path -> the real file behind it
-  std::map<std::string, int> missing;            // path -> errno of an attempt to open it
-  std::deque<PortCall> writes, reads, polls;     // upcoming calls on the port that misbehave
+  size_t takes = SIZE_MAX;                       // bytes that the line still accepts
+  std::map<std::string, std::string> files;      // path -> file to open instead
+  std::map<std::string, int> missing;            // path -> errno of opening it
+  std::deque<PortCall> writes, reads, polls;     // misbehaviour of the next calls on the port
   std::time_t wall_clock_start = 1'280'000'000;  // 24 July 2010
   termios line_settings{};                       // of the device, as last applied
-  std::optional<unsigned> alarm;                 // seconds that alarm() was last called with
+  std::optional<unsigned> alarm;                 // argument of the last alarm() call, in s
   std::array<std::string, 2> ppp0_addresses;     // local and peer
-  int ppp0_error = ENODEV;                       // of asking for them, 0 none
+  int ppp0_error = ENODEV;                       // errno of the query; 0: success
   int socket_error = 0;
   int clock_error = 0;  // errno of clock_gettime
   int opens = 0;
   int flushes = 0;
-  Bytes written;  // all that went out on the port
+  Bytes written;  // to the port
 
-  // Threads really run beside each other, and their sleeps only pass the time. For races: the order
+  // Threads run in parallel, and sleeps only advance the clock. For finding races: the order
   // differs from run to run.
   bool runs_free = false;
-  int thread_error = 0;     // of pthread_create
-  int malloc_failures = 0;  // calls that are to fail
+  int thread_error = 0;     // result of pthread_create
+  int malloc_failures = 0;  // number of next calls that fail
   std::atomic<int> threads_made = 0;
   Time now() const { return now_; }
-  void advance(Time by);  // other threads do what is due meanwhile
+  void advance(Time by);  // other threads run as they become due
   bool port_is_open() const { return !ports_.empty(); }
-  std::string log_text() const;   // all lines, one a line
-  std::string log_lines() const;  // the same, with the place in the source cut off "D" lines
+  std::string log_text() const;
+  std::string log_lines() const;  // the same, without the source location of "D" lines
 
   // ---- for system_calls.cpp and threads.cpp ----
-  std::recursive_mutex mutex;  // while it runs free
+  std::recursive_mutex mutex;  // used only while it runs free
   bool is_port(int fd) const { return ports_.count(fd) != 0; }
   int open_port();
   void close_port(int fd);
   void flush_port();
   ssize_t write_port(const uint8_t* bytes, size_t size);
   ssize_t read_port(uint8_t* bytes, size_t size);
-  int wait_for_port(short events, Time limit);  // as poll
+  int wait_for_port(short events, Time limit);  // like poll
   void pass(Time time);                         // a sleep
-  void sleep_free(Time time);                   // the same in a World that runs free
+  void sleep_free(Time time);                   // a sleep in a World that runs free
   void sleep_free_until(Time end);
   static constexpr Time MONOTONIC_START = std::chrono::seconds(1000);
   Conductor conductor{now_};
 
  private:
   void let_pass(Time by);
-  bool is_dead();        // the device has gone since the port was opened
-  bool fetch();          // takes what the far end has to say by now; true when there is input
-  std::set<int> ports_;  // its open descriptors
+  bool is_dead();        // gone or hung up since the port was opened
+  bool fetch();          // takes a piece that is due; true if there is input
+  std::set<int> ports_;  // the port's open descriptors
   int hang_ups_at_open_ = 0;
   std::deque<uint8_t> input_;
 };
