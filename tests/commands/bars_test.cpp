@@ -11,14 +11,14 @@ class Bars : public OpenLinkTest {
  protected:
   void SetUp() override {
     OpenLinkTest::SetUp();
-    int32_t unused;  // a damaged answer puts the kept Ec/Io back to its start
+    int32_t unused;  // a damaged answer resets the kept Ec/Io
     modem.answers = {{{hex("01 02 03 7e")}}};
     EXPECT_EQ(zop_get_bars(&unused), ZOP_ERR_BAD_RESPONSE);
     forget_owed();
   }
 
   int32_t bars(const zop_screen& screen) {
-    Bytes answer = hex("cf 34 00 01 00");  // the status is not looked at
+    Bytes answer = hex("cf 34 00 01 00");  // the status is ignored
     const void* bytes = &screen;
     auto first = static_cast<const uint8_t*>(bytes);
     answer.insert(answer.end(), first, first + sizeof screen);
@@ -74,7 +74,7 @@ TEST_F(Bars, wcdma_at_every_edge) {
     for (int i = 0; i < 5; ++i) {
       EXPECT_EQ(bars(wcdma(row.rssi, {{0, ecio[i]}})), row.bars[i]) << row.rssi << " " << ecio[i];
     }
-    for (int i = 0; i < 4; ++i) {  // one below each edge is the next column
+    for (int i = 0; i < 4; ++i) {  // one below each edge belongs to the next column
       EXPECT_EQ(bars(wcdma(row.rssi, {{0, ecio[i] - 1}})), row.bars[i + 1]) << row.rssi;
     }
   }
@@ -90,7 +90,7 @@ TEST_F(Bars, ecio_is_the_best_of_the_active_set) {
       {{{1, -3}}, 1},            // no active cell
   };
   for (auto& row : rows) EXPECT_EQ(bars(wcdma(-80, row.cells)), row.bars);
-  // Cells behind an empty entry do not count.
+  // Cells after an empty entry do not count.
   zop_screen gap = wcdma(-80, {{0, -12}});
   gap.radio.wcdma.cells[2].ecio[0] = 0xFF;
   EXPECT_EQ(bars(gap), 3);

@@ -1,5 +1,5 @@
 // The list: a call with plausible arguments, the request that it must send, and for a query an
-// answer and what must come out of it.
+// answer and the expected output.
 #include "tests/commands/every_command.h"
 
 #include "include/zop.h"
@@ -15,7 +15,7 @@ static const uint8_t PIN[8] = {'1', '2', '3', '4'};
 static const uint8_t TIME[14] = {0x31, 0x32, 0x33, 0x34};
 static const uint8_t NEW_PIN[8] = {'5', '6', '7', '8'};
 
-// Calls a query with the outputs that its type asks for.
+// Calls a query with the outputs of its type.
 static unsigned call(unsigned (*query)(), O) { return query(); }
 static unsigned call(unsigned (*query)(int32_t*), O o) { return query(&o.a); }
 static unsigned call(unsigned (*query)(int32_t*, int32_t*), O o) { return query(&o.a, &o.b); }

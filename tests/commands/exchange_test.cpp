@@ -1,4 +1,4 @@
-// The common exchange: which failure gives which result, what is retried, what stays untouched.
+// The common exchange: which failure gives which result, what is retried, what is left unchanged.
 #include "commands/exchange.h"
 
 #include "tests/support/link_test.h"
@@ -21,7 +21,7 @@ TEST_F(Exchange, rssi_refuses_an_answer_to_another_request) {
   }
 }
 
-// A host that opens the link again between the attempts: three time-outs read as a bad response.
+// When the host reopens the link between attempts, three time-outs count as a bad response.
 TEST_F(Exchange, three_time_outs_are_a_bad_response) {
   world.on_sleep = [](Time) { diag_open(DEVICE); };
   uint32_t rac = 4711;

@@ -1,6 +1,5 @@
-// Every command: its request, its output, and against every fault of the line the result that the
-// caller gets, outputs left alone, and a link that works again. Run under sanitizers, nothing may
-// touch memory that is not the command's.
+// Every command: its request, its output, and for every line fault the caller's result, unchanged
+// outputs, and a link that works again. Sanitizers check that it touches only its own memory.
 
 #include <cstring>
 
@@ -23,7 +22,7 @@ class EveryCommand : public LinkTest {
     request.resize(command.request_size);
     return request;
   }
-  // An answer that is long enough for any command: the request's header and what follows.
+  // An answer with the request's header, long enough for any command.
   static Bytes answer_of(const Command& command, size_t size = 353) {
     Bytes answer = request_of(command);
     answer.resize(size);
@@ -42,7 +41,7 @@ class EveryCommand : public LinkTest {
     out.size = sizeof out.bytes;
     return command.run(out);
   }
-  // What was written over 0xEE.
+  // The output: what has replaced 0xEE.
   std::string shown() const {
     auto end = std::find_if(std::rbegin(out.bytes), std::rend(out.bytes),
                             [](uint8_t byte) { return byte != 0xEE; });
@@ -111,8 +110,8 @@ TEST_F(EveryCommand, refuses_a_damaged_answer) {
   }
 }
 
-// An answer cut short anywhere, with a flag and a good check or without: no answer may make a
-// command read outside its buffer or show bytes of another answer.
+// An answer cut short anywhere, with or without a flag and a good check: no command may read
+// outside its buffer or show bytes of another answer.
 TEST_F(EveryCommand, survives_an_answer_of_any_length) {
   for (const Command& command : every_command()) {
     for (size_t size = 1; size <= 353; ++size) {
@@ -123,7 +122,7 @@ TEST_F(EveryCommand, survives_an_answer_of_any_length) {
       Bytes full = frame(answer_of(command));
       Bytes cut(full.begin(), full.begin() + static_cast<ptrdiff_t>(size));
       cut.push_back(0x7E);
-      if (!unframe(cut).empty()) continue;  // one cut in 65,536 happens to fit its last two bytes
+      if (!unframe(cut).empty()) continue;  // one cut in 65,536 passes the check by chance
       expect_failure(command, run(command, {{cut}}), ZOP_ERR_BAD_RESPONSE,
                      "cut at " + std::to_string(size));
     }

@@ -1,5 +1,5 @@
 // What single commands do beyond the common exchange: argument rules, packed lists, series of
-// exchanges, bars, alarms. Bounds against the caller as well as against the modem.
+// exchanges, bars, alarms. Bounds on what the caller passes as well as on what the modem sends.
 #include <signal.h>
 
 #include <cstring>
@@ -34,8 +34,7 @@ class Operations : public OpenLinkTest {
   uint32_t result = 4711;
 };
 
-// A capacity one below the minimum gives the minimum back, on a closed link as well, and sends
-// nothing.
+// A capacity one below the minimum returns the minimum, on a closed link too, and sends nothing.
 TEST_F(Operations, texts_want_the_minimum_capacity) {
   diag_close();
   struct {
@@ -118,7 +117,7 @@ TEST_F(Operations, pins_are_bounded_by_their_rules) {
   answer("d2 01 00", 9);
   EXPECT_EQ(zop_simcard_verify(CODE, 4, &result), ZOP_SUCCESS);
   EXPECT_EQ(to_hex(request(0)), "d2 01 00 00 00 00 00 00 00 00 00 31 32 33 34 35 36 37 38");
-  // A ninth byte of a new PIN stays behind the request.
+  // A ninth byte of a new PIN is not sent.
   answer("d2 02 00", 9);
   answer("27", 133);
   EXPECT_EQ(zop_simcard_change(CODE, 4, CODE, 9, &result), ZOP_SUCCESS);
@@ -132,7 +131,7 @@ TEST_F(Operations, an_accepted_pin_reaches_its_copy) {
   EXPECT_EQ(zop_simcard_enable(CODE, 4, &result), ZOP_SUCCESS);
   EXPECT_EQ(result, 0u);
   EXPECT_EQ(to_hex(request(1)).substr(0, 23), "27 2d 41 31 32 33 34 00");
-  // The copy's own failure does not count.
+  // A failure of the copy is ignored.
   answer("d2 02 00", 9);
   EXPECT_EQ(zop_simcard_change(CODE, 4, CODE + 4, 4, &result), ZOP_SUCCESS);
   EXPECT_EQ(result, 0u);
@@ -173,7 +172,7 @@ TEST_F(Operations, nv_items_never_pass_the_buffers) {
   EXPECT_EQ(zop_nv_read(1, data.data(), 5000, &result), ZOP_SUCCESS);
   EXPECT_EQ(data[1], 0);
   EXPECT_EQ(data[400], 0xAB);
-  // An NV status leaves the data alone and is no failure.
+  // An NV status leaves the data unchanged and is not a failure.
   Bytes refused(133, 0);
   refused[131] = 5;
   modem.answers.push_back({{frame(refused)}});
@@ -318,7 +317,7 @@ TEST_F(Operations, messages_keep_their_fixed_bytes) {
   EXPECT_EQ(to_hex({sms.data(), 17}), "d0 00 00 09 09 05 00 2b 31 35 35 35 30 31 30 30 00");
   EXPECT_EQ(to_hex({sms.data() + 43, 6}), "68 65 6c 6c 6f 00");
   EXPECT_EQ(to_hex({sms.data() + 298, 9}), "00 00 01 00 01 00 01 00 00");
-  // A text longer than its field, and than the buffer: the fixed bytes win, nothing overflows.
+  // A text longer than its field and the buffer: the fixed bytes stay and nothing overflows.
   answer("d0 00 00", 5);
   EXPECT_EQ(zop_send_sms(std::string(500, '1').c_str(), std::string(5000, 'x').c_str()),
             ZOP_SUCCESS);
@@ -358,7 +357,7 @@ TEST_F(Operations, a_timed_call_arms_the_alarm_or_tells_the_listener) {
   EXPECT_EQ(call_end_timeout, 10u);
 }
 
-// A signal that arrives while a host's command waits for its answer.
+// The signal arrives while a host's command waits for its answer.
 TEST_F(Operations, a_real_alarm_waits_for_the_command_under_way) {
   int alarms = 0;
   AnsweringModem answering([&](const Bytes& request) -> std::optional<Bytes> {
@@ -396,7 +395,7 @@ TEST_F(Operations, the_alarm_ends_the_call_when_the_port_is_free) {
   EXPECT_EQ(to_hex(request(0)), "cf 64 00");
   EXPECT_EQ(SIO_USED_LOCK, 0u);
   EXPECT_EQ(errno, 4711);
-  // A command in the middle of its work keeps its request and its answer.
+  // A command in progress keeps its request and its answer.
   EXPECT_EQ(ft_buff[0], 0x11);
   EXPECT_EQ(fr_buff[0], 0x22);
   diag_close();

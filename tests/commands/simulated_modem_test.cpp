@@ -1,4 +1,4 @@
-// Every command against the simulated modem: what one side sends, the other must understand. The
+// Every command against the simulated modem: each side must understand what the other sends. The
 // two share no code, so a mistake in either shows here.
 
 #include <cstring>
@@ -21,7 +21,7 @@ class AgainstTheSimulator : public OpenLinkTest {
   uint32_t result = 4711;
 };
 
-// By number: both sides have the names of bands from one header.
+// By number, because the names of bands come from the same header on both sides.
 TEST_F(AgainstTheSimulator, bands_that_can_be_set) {
   std::string bands;
   for (uint32_t band = 0; band < 256; ++band) {

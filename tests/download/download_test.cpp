@@ -1,6 +1,6 @@
 // An update against the simulated modem: diagnostic mode, boot ROM, programmer, new firmware, NV
-// items, with every fault at every step. Images are held byte for byte against what was loaded. The
-// device goes away and comes back on the way.
+// items, with every fault at every step. What was loaded is compared with the images byte for byte.
+// The device goes away and comes back during the update.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -31,7 +31,7 @@ class Download : public testing::Test {
     const size_t sizes[] = {3000, 512, 2048, 2049, 2047, 10'000};
     for (uint8_t row = 0; row < IMAGE_COUNT; ++row) write(row, sizes[row]);
     std::ofstream(folder / "version_info") << "Q71XEB22.001\n";
-    scenario.model.device.backup_value = 0;  // the NV items are to be carried over
+    scenario.model.device.backup_value = 0;  // so that the NV items are carried over
   }
   void TearDown() override { zop_close(); }
   void write(uint8_t row, size_t size) {
@@ -58,7 +58,7 @@ class Download : public testing::Test {
     far_end = std::make_unique<SimulatedFarEnd>(scenario, world.now(), count);
     world.far_end = far_end.get();
   }
-  // The images alone, to a modem in its boot ROM that has their partition table.
+  // Only the images, to a modem in its boot ROM that has their partition table.
   int load(const std::string& fault = "", int modem_only = 0, int clear = 0) {
     scenario.model.device.crashed = 1;
     scenario.model.device.partition = images[IMAGE_PARTITION];
@@ -75,7 +75,7 @@ class Download : public testing::Test {
     loaded = far_end->modem.download();
     return result;
   }
-  // The whole road. Which of its three calls failed, -1 none.
+  // A whole update. Returns which of its three calls failed, or -1.
   int update(const std::string& fault) {
     start_modem(fault);
     testing::internal::CaptureStdout();
@@ -119,7 +119,7 @@ class Download : public testing::Test {
   World world;
   sim::Scenario scenario;
   std::unique_ptr<SimulatedFarEnd> far_end;
-  sim::DownloadMode loaded;         // the modem right after the images
+  sim::DownloadMode loaded;         // the modem just after the images
   std::map<std::string, int> sent;  // packets and requests by name
   std::string output;
 };
@@ -160,7 +160,7 @@ TEST_F(Download, options) {
   expect_loaded(IMAGE_DBL);
   EXPECT_TRUE(loaded.programmer.erased);
   EXPECT_EQ(sent["stream_partition"], 1);
-  // A table that differs overrules the option, and erases.
+  // A different table overrides the option: the flash is erased.
   EXPECT_EQ(load("wrong-echo=1:request=stream_partition,count=1", 1, 0), 1);
   expect_loaded(IMAGE_DBL);
   EXPECT_TRUE(loaded.programmer.erased);
@@ -172,9 +172,9 @@ TEST_F(Download, what_keeps_it_from_starting) {
   for (const char* name : NAMES) {
     fs::rename(folder / name, folder / "away");
     EXPECT_EQ(load(), 0) << name;
-    fs::create_directory(folder / name);  // what is no file counts as missing
+    fs::create_directory(folder / name);  // a directory counts as missing
     EXPECT_EQ(load(), 0) << name;
-    EXPECT_EQ(output, CONFIG);  // the 0 percent of the download before still hold
+    EXPECT_EQ(output, CONFIG);  // still 0 percent, which is not printed again
     fs::remove(folder / name);
     fs::rename(folder / "away", folder / name);
   }
@@ -189,11 +189,11 @@ TEST_F(Download, what_keeps_it_from_starting) {
   EXPECT_TRUE(world.written.empty());
 }
 
-// A file that has shrunk since it was opened can't be sent, and must not be tried for ever.
+// A file that has shrunk since it was opened can't be sent, and must not be retried forever.
 TEST_F(Download, an_image_that_shrinks_ends_its_stage) {
   for (const char* name : {"amss.mbn", "QSC6270.ram"}) {
     world.on_sleep = [&](Time) { fs::resize_file(folder / name, 100); };
-    EXPECT_EQ(load("silence:request=dmss_nop,count=1"), 0) << name;  // a pause, in which it happens
+    EXPECT_EQ(load("silence:request=dmss_nop,count=1"), 0) << name;  // the pause shrinks the file
     EXPECT_NE(output.find("Err-"), std::string::npos);
   }
   world.on_sleep = nullptr;
@@ -220,15 +220,15 @@ TEST_F(Download, leads_to_the_new_firmware_with_the_old_nv_items) {
       << output;
 }
 
-// Each fault at each step: how often the packet is sent, how often the module rests in between, how
-// it ends; nothing is left open, and a clean run in the same process follows.
+// Each fault at each step: how often the packet is sent, how often the module pauses in between,
+// and how it ends. Nothing is left open, and a later run in the same process succeeds.
 TEST_F(Download, every_fault_at_every_step) {
   enum { BEFORE, LOAD, AFTER };  // the call that fails
   struct {
     const char* step;
-    int calls, attempts;  // calls of the wrapper, and what each sends while every reply is spoilt
-    int ends_in;          // when all attempts have failed; -1: all the same well
-    const char* message;  // then
+    int calls, attempts;  // calls of the wrapper, and packets of each if every reply fails
+    int ends_in;          // when all attempts have failed; -1: success even so
+    const char* message;  // in that case
   } steps[] = {
       {"build", 1, 10, BEFORE, ""},
       {"download_mode", 1, 10, BEFORE, ""},
@@ -239,15 +239,15 @@ TEST_F(Download, every_fault_at_every_step) {
       {"stream_security", 1, 20, LOAD, "STAGE1: Err-RAM Entry\n"},
       {"stream_partition", 1, 20, LOAD, "STAGE2: Err-Erasing\n"},
       {"stream_open", 1, 20, LOAD, "STAGE3: Err-Writing\n"},
-      {"stream_close", 4, 20, -1, ""},  // of each image
+      {"stream_close", 4, 20, -1, ""},  // one call per image
       {"backup_end", 1, 10, AFTER, "STAGE3: Write 100% Done\n"},
       {"backup_status", 1, 10, AFTER, "STAGE3: Write 100% Done\n"},
       {"backup", 1, 10, AFTER, "STAGE3: Write 100% Done\n"},
       {"mode_control", 1, 10, AFTER, "DLOAD: NV Backup\nDLOAD: NV Rebuild\n"},
       {"restore", 1, 10, AFTER, "DLOAD: NV Backup\nDLOAD: NV Rebuild\n"},
   };
-  // Faults of every reply; a silent modem in its diagnostic mode closes the link, so that the
-  // request goes out once. Few of them are survived everywhere.
+  // Every reply fails, then only the first, which the update survives. A diagnostic request without
+  // an answer closes the link and is sent once.
   const char* const kinds[] = {"silence", "bad-crc", "wrong-echo=0", "cut=2"};
   for (auto& step : steps) {
     bool diagnostic = step.ends_in == BEFORE || step.ends_in == AFTER;
@@ -265,9 +265,8 @@ TEST_F(Download, every_fault_at_every_step) {
   }
 }
 
-// Faults whose ends differ from step to step. Writes are the longest part of the road: a chunk of
-// the programmer is sent again without end, a lost reply of a stream write is asked for with a lone
-// flag; no other packet turns into one.
+// Faults that end differently at each step. Writes are the longest part: a chunk of the programmer
+// is resent without limit, and only a lost reply to a stream write is requested with a lone flag.
 TEST_F(Download, faults_of_single_steps) {
   struct {
     const char* fault;
@@ -277,10 +276,10 @@ TEST_F(Download, faults_of_single_steps) {
   } rows[] = {
       {"silence:request=dmss_write,skip=2,count=25", -1, "", 0},
       {"wrong-echo=0:request=dmss_write,count=3", -1, "", 0},
-      {"delay=4500:request=dmss_write,count=1", -1, "", 0},  // comes while the next one is awaited
+      {"delay=4500:request=dmss_write,count=1", -1, "", 0},  // arrives while the next is awaited
       {"hang-up=1:request=dmss_write,skip=1", 1, "STAGE1: Err-Load RAM\n", 0},
       {"silence:request=stream_hello,count=20", -1, "", 0},
-      {"silence:request=stream_write", -1, "", 9},  // of each write
+      {"silence:request=stream_write", -1, "", 9},  // one per write
       {"bad-crc:request=stream_write,skip=1,count=2", -1, "", 2},
       {"wrong-echo=2:request=stream_write,skip=3,count=1", -1, "", 1},  // another address
       {"delay=4500:request=stream_write,count=1", -1, "", 1},

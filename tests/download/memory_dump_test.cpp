@@ -1,5 +1,5 @@
-// The memory dump: files as the modem's memory is, nothing of a hostile list outside the directory,
-// and nothing that lies there already written over.
+// The memory dump: files match the modem's memory, a hostile list writes nothing outside the
+// directory, and existing files are not overwritten.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -38,7 +38,7 @@ class MemoryDump : public testing::Test {
   void region(uint32_t base, size_t size, const std::string& name) {
     regions.push_back({1, base, pattern(size), "a region", name});
   }
-  // What a dump of a modem with these regions prints.
+  // Dumps a modem with these regions and returns what is printed.
   std::string run(const std::string& fault = "") {
     sim::Scenario scenario;
     scenario.model.device.crashed = 1;
@@ -119,7 +119,7 @@ TEST_F(MemoryDump, names_that_lead_elsewhere_are_left_out) {
   for (std::string name : {"", ".", "..", "/etc/x", "../x", "a/b", "x\x1b[2J/"}) {
     region(0, 10, name);
   }
-  region(0x100, 10, std::string(109, 'x'));  // with the directory, 128 characters
+  region(0x100, 10, std::string(109, 'x'));  // 128 characters with the directory
   region(0x2000, 5000, std::string(108, 'x'));
   std::string output = run();
   EXPECT_NE(output.find("DUMP_MODE: left out, no file name: \"x\\x1B[2J/\"\n"), std::string::npos);
@@ -150,14 +150,14 @@ TEST_F(MemoryDump, faults_of_the_line) {
       {"hang-up:request=dmss_regions", false},
       {"silence:request=dmss_read,skip=2,count=30", true},
       {"bad-crc:request=dmss_read,skip=1,count=3", true},
-      {"delay=4500:request=dmss_read", true},  // late replies to what was asked before
+      {"delay=4500:request=dmss_read", true},  // late replies to earlier requests
       {"hang-up:request=dmss_read,skip=2", false},
   };
   region(0x1000, 5000, "r");
   for (auto& row : rows) {
     SCOPED_TRACE(row.fault);
     EXPECT_EQ(is_whole(run(row.fault)), row.saved);
-    bool whole = false;  // time-outs may have led into the next minute
+    bool whole = false;  // time-outs may push it into the next minute's directory
     for (auto& directory : fs::directory_iterator(folder)) {
       whole = content(directory.path() / "r") == pattern(5000);
       fs::remove_all(directory);
@@ -166,7 +166,7 @@ TEST_F(MemoryDump, faults_of_the_line) {
   }
 }
 
-// A disk without room, played by a limit on the size of files: told once, and nothing is counted.
+// A full disk, simulated by a file size limit: reported once, and the failed write is not counted.
 TEST_F(MemoryDump, a_full_disk_ends_it) {
   region(0x1000, 5000, "r\n");
   rlimit before_test;
@@ -183,7 +183,7 @@ TEST_F(MemoryDump, a_full_disk_ends_it) {
   EXPECT_EQ(content("r\n").size(), 2048u);
 }
 
-// Only what this user has made is built upon; the rest of the dump goes on without the region.
+// The dump uses only this user's directory and files; it goes on without a region that is blocked.
 TEST_F(MemoryDump, what_is_in_the_way) {
   region(0x1000, 5000, "r");
   region(0x5000, 10, "s");
@@ -195,7 +195,7 @@ TEST_F(MemoryDump, what_is_in_the_way) {
     if (way == 0) fs::create_symlink(folder / "target", file);
     if (way == 1) fs::create_directory(file);
     if (way == 2) std::ofstream(file) << "not this user's";
-    if (way == 2 && !foreign(file)) break;  // only the superuser can give it away
+    if (way == 2 && !foreign(file)) break;  // only the superuser can change the owner
     std::string output = run();
     EXPECT_NE(output.find("DUMP_MODE: left out, something else is in its way: "
                           "\"dump_07242010_1933/r\"\n"),
@@ -218,8 +218,8 @@ TEST_F(MemoryDump, nothing_to_begin_with) {
   world.malloc_failures = 1;
   run();
   world.malloc_failures = 1;
-  EXPECT_EQ(run(), "");  // the 0 percent of the dump before still hold
-  fs::remove(folder);    // nothing can be made in a directory that is gone
+  EXPECT_EQ(run(), "");  // still 0 percent, which is not printed again
+  fs::remove(folder);    // nothing can be created in a removed directory
   EXPECT_EQ(run(), "DUMP_MODE: can't create direcory\n");
   world.missing["/dev/tts/USB1"] = ENOENT;
   EXPECT_EQ(run(), "DUMP_MODE: can't open the port\n");

@@ -1,5 +1,5 @@
-// After a download: every way of the NV items, when the modem does not fail. Its faults at each
-// step are in download_test.cpp.
+// NV items after a download: every path with a modem that works. Its faults at each step are in
+// download_test.cpp.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -27,12 +27,12 @@ class NvRestore : public testing::Test {
     zop_close();
     gHasVersionInfo = 0;
   }
-  void set_new_version(const char* text) {  // none when it is empty
+  void set_new_version(const char* text) {  // an empty text means none
     gHasVersionInfo = text[0] != '\0';
     memset(gVersionInfo, 0, sizeof gVersionInfo);
     strcpy(gVersionInfo, text);
   }
-  // The modem's own version, from before the download.
+  // The version that the modem reports before the download.
   void read_old_version(const std::string& text) {
     version = text;
     ASSERT_EQ(zop_open(DEVICE), 0u);
@@ -125,6 +125,6 @@ TEST_F(NvRestore, a_modem_that_does_not_come_back) {
   world.missing[DEVICE] = ENOENT;
   EXPECT_EQ(run(), 0);
   EXPECT_EQ(world.opens, 0);
-  // Ten times the open's own five attempts.
+  // Ten opens of five attempts each.
   EXPECT_EQ(seconds_slept(), 10 + 10 * 5 + 10);
 }

@@ -1,4 +1,4 @@
-// The list: the command library through the tests' list of all commands, then what that leaves out,
+// The list: the command library from the tests' list of all commands, then what that leaves out,
 // then the host's calls.
 #include "tests/faults/calls.h"
 
@@ -43,7 +43,7 @@ static Call command_call(const Command& command) {
   return {command.name, Call::LINK, make};
 }
 
-// The listener for four seconds, with an event flagged: two polls of events, and a screen.
+// The listener for four seconds with an event pending: two polls of events, and one screen.
 static Outcome listen_for_a_while() {
   gDiagInfo.screen = {};
   unsigned result = zop_debug_start(1);
@@ -108,13 +108,13 @@ static Outcome log_message() {
   return outcome(vurn_log_message(0, names), "");
 }
 
-// The versions that an open has once read stay for the life of the process, right or not.
+// Without the versions: once read, right or wrong, they stay for the life of the process.
 static Outcome open_module() {
   int result = vurn_open();
   return outcome(result, bytes_of(gDiagInfo.lock_status) + bytes_of(gDiagInfo.pin_retries));
 }
 
-// A stop asks the modem for something only while a test is under way.
+// A stop sends requests only while a test is in progress.
 static Outcome stop_call_test() {
   sTestNum = 1;
   return outcome(vurn_stop_call_test(), "");

@@ -1,4 +1,4 @@
-// What a host can ask of the modem, each function with plausible arguments: the rows of the matrix.
+// Every function that talks to the modem, with plausible arguments: the rows of the matrix.
 #pragma once
 
 #include <functional>
@@ -9,7 +9,7 @@
 
 namespace test {
 
-// What a call outcome: its result, and all that it wrote as bytes, when it succeeded.
+// The result of a call and, if it succeeded, all its output as bytes.
 struct Outcome {
   int result = 0;
   std::string output;
@@ -19,19 +19,19 @@ struct Outcome {
 struct Call {
   std::string name;
   enum Needs {
-    CLOSED_LINK,  // opens it itself
+    CLOSED_LINK,  // the call opens it
     LINK,
     CLOSED_MODULE,
     MODULE,
   } needs = LINK;
   std::function<Outcome()> make;
 
-  bool gathers = false;  // what it can get; the rest of its output is missing, or older
+  bool gathers = false;  // as much as it can; the rest of its output is missing or older
 };
 
 const std::vector<Call>& every_call();
 
-// Exported functions that talk to no modem, or over another protocol, and why they have no row.
+// Exported functions without a row, and why: they send nothing, or use another protocol.
 struct Silent {
   const char* name;
   const char* why;

@@ -1,5 +1,5 @@
-// What each fault makes of an answer. A damaged frame is given to the reader in two pieces that
-// meet at the damage: a read that ends there is the worst case for a reader of flags.
+// What each fault does to an answer. A damaged frame reaches the module in two pieces that meet at
+// the damage: a read that ends there is the worst case for a reader that looks for flags.
 #include "tests/faults/faulty_line.h"
 
 #include <algorithm>
@@ -17,8 +17,8 @@ static const Bytes QUERIES[] = {hex("cf 2f 00"), hex("cf 67 00")};  // RAC and I
 static constexpr uint8_t REFUSALS[] = {19, 20, 21, 24, 66, 71};
 static constexpr uint8_t NOISE[] = {0x00, FLAG, ESCAPE};
 static constexpr Time LATE_BY = 5500ms;    // over the limit of 5 s
-static constexpr Time GOES_AFTER = 1ms;    // what was sent before is read
-static constexpr Time SECOND_AFTER = 1ms;  // a copy, behind the first
+static constexpr Time GOES_AFTER = 1ms;    // so that the bytes sent before are read
+static constexpr Time SECOND_AFTER = 1ms;  // the copy after the first
 
 const char* name_of(FaultKind kind) {
   static constexpr const char* NAMES[] = {
@@ -29,7 +29,7 @@ const char* name_of(FaultKind kind) {
   return NAMES[static_cast<int>(kind)];
 }
 
-// ---- which faults there are ----
+// ---- the list of faults ----
 
 namespace {
 struct Extent {
@@ -80,7 +80,7 @@ std::vector<Fault> all_faults(const std::vector<Bytes>& frames, bool few_bits) {
 
 // ---- the modem ----
 
-// Its values differ from each other, so that an answer shows which question it belongs to.
+// Its values differ from each other, so that an answer shows which request it belongs to.
 static sim::Scenario scenario() {
   sim::Scenario scenario;
   sim::Model& model = scenario.model;
@@ -150,7 +150,7 @@ static Answer split(const Bytes& wire, size_t at, Time pause) {
   return {{part(wire, 0, at)}, {part(wire, at), pause}};
 }
 
-// The last check byte, changed to one that needs no escape.
+// Changes the last check byte to one that needs no escape.
 static Bytes with_bad_check(Bytes wire) {
   uint8_t& check = wire[wire.size() - 2];
   check ^= (check ^ 1) == FLAG || (check ^ 1) == ESCAPE ? 4 : 1;
@@ -229,7 +229,7 @@ std::optional<Time> FaultyLine::next_due() const {
   return leaves_ ? std::min(due_.front().at, *leaves_) : due_.front().at;
 }
 
-// What was on its way is lost with the device.
+// Bytes in transit are lost with the device.
 bool FaultyLine::gone(Time now) {
   if (leaves_ && *leaves_ <= now) {
     leaves_.reset();

@@ -1,7 +1,7 @@
-// A modem whose answers are always the same, behind a line that damages one of them.
+// A modem with fixed answers, behind a line that damages one of them.
 //
-// The answers are the simulated modem's, each asked for once of a modem that was just started: no
-// request changes what a later one finds, so that every row of the matrix meets the same modem.
+// Each answer comes from a newly started simulated modem: no request changes a later answer, so
+// that every row of the matrix meets the same modem.
 #pragma once
 
 #include "tests/support/far_ends.h"
@@ -9,10 +9,10 @@
 namespace test {
 
 enum class FaultKind {
-  SILENCE,       // no answer, from this one on
-  LATE,          // the rest comes after the time limit; the host waits before it opens again
-  LATE_AT_ONCE,  // the same, and the host opens again while the rest is still to come
-  CUT,           // the rest never comes
+  SILENCE,       // no answers from this one on
+  LATE,          // the rest arrives after the time limit; the host waits before it reopens
+  LATE_AT_ONCE,  // the same, but the host reopens before the rest has arrived
+  CUT,           // the rest never arrives
   BAD_CHECK,     // wrong check bytes
   FLIPPED,       // a bit
   INSERTED,      // a byte
@@ -21,27 +21,27 @@ enum class FaultKind {
   REFUSAL,       // the modem's error answer: a code and the request
   TWICE,         // the answer, and the same again
   GONE,          // the device goes away and stays away
-  BACK,          // the device goes away and is back at once, another one to the kernel
+  BACK,          // the device goes away and returns at once, as a new device to the kernel
 };
 enum { FAULT_KINDS = static_cast<int>(FaultKind::BACK) + 1 };
 
 struct Fault {
   FaultKind kind;
-  size_t answer;     // which of the call is hit
+  size_t answer;     // which answer of the call is hit
   size_t at = 0;     // byte of its frame
   unsigned way = 0;  // which bit, which byte, which other answer
 };
 
 const char* name_of(FaultKind kind);
 
-// All faults of a call whose answers are these frames. With few_bits a byte loses one bit only.
+// All faults of a call whose answers are these frames. With few_bits, one bit per byte is flipped.
 std::vector<Fault> all_faults(const std::vector<Bytes>& frames, bool few_bits);
 
 class FaultyLine : public Script {
  public:
   FaultyLine() { keeps_requests = false; }
-  void strike(const Fault& fault);  // counted from here
-  void mend();                      // what is still under way comes all the same
+  void strike(const Fault& fault);  // answers are counted from here
+  void mend();                      // bytes in transit still arrive
 
   // Frames of the answers since strike or watch.
   void watch();

@@ -1,5 +1,5 @@
-// zop_faults: every function against every fault of the line. Prints what differs from
-// docs/faults.md and then exits with 1; rewrites the page on request.
+// zop_faults: every function against every fault of the line. Prints the differences from
+// docs/faults.md and exits with 1 if there are any; rewrites the page on request.
 //
 // A crash, or the conductor's abort at a deadlock, is reported with its row: the signal handlers
 // print the buffer that names it.
@@ -115,7 +115,7 @@ static std::vector<Columns> try_all(Run& run) {
   return functions;
 }
 
-// Every exported function has a row, or a reason to have none.
+// Every exported function has a row, or a reason for having none.
 static void look_for_missing(Run& run) {
   std::ifstream file(INTERFACE);
   std::stringstream text;
@@ -138,7 +138,7 @@ static void look_for_missing(Run& run) {
   if (functions == 0) run.complain(INTERFACE, "names no function");
 }
 
-// The commands that print do so on standard output, where a summary is wanted.
+// Keeps what commands print out of the summary on standard output.
 static int take_standard_output() {
   int kept = dup(STDOUT_FILENO);
   int nothing = open("/dev/null", O_WRONLY);
@@ -158,7 +158,7 @@ int main(int argc, char** argv) {
   CLI11_PARSE(app, argc, argv);
   setenv("TZ", "UTC", 1);
   catch_crashes();
-  std::thread([] {}).join();  // a sanitizer's own thread comes with the first: not the module's
+  std::thread([] {}).join();  // a sanitizer starts its own thread with the first one
   int output = take_standard_output();
 
   std::ifstream table(EXPECTED);

@@ -1,5 +1,5 @@
-// One row: a module as just loaded in a World of its own, the call with the fault, a second call
-// while the link is still open, then the way a host recovers, and the call again.
+// One row: a newly loaded module in its own World, the call with the fault, a second call if the
+// link is still open, then what a host does to recover, and the call again.
 #include "tests/faults/matrix.h"
 
 #include <signal.h>
@@ -17,7 +17,7 @@ namespace test {
 using namespace std::chrono_literals;
 
 static const char DEVICE[] = "/dev/tts/USB1";
-static constexpr Time SNAPSHOT_LASTS = 12s;  // that an open starts
+static constexpr Time SNAPSHOT_LASTS = 12s;  // the one that an open starts
 static constexpr Time SCENES_APART = 100s;
 
 // ---- the scene ----
@@ -48,7 +48,7 @@ class Scene {
   bool is_open() const { return diag_status() != 0; }
   bool port_is_open() const { return world_.port_is_open(); }
 
-  // What the call needs to be there. An open goes on for a while after it has returned.
+  // Opens what the call needs. The module's open continues in the background after it returns.
   bool open() {
     if (call_.needs == Call::LINK) return zop_open(DEVICE) == 0;
     if (call_.needs != Call::MODULE) return true;
@@ -63,7 +63,7 @@ class Scene {
   }
 
  private:
-  // What the module remembers by the monotonic clock is old, and reports show the same time of day.
+  // Ages the times that the module keeps; reports still show the same time of day.
   void start_later_than_the_last() {
     static Time start{0};
     start += SCENES_APART;
@@ -109,7 +109,7 @@ Healthy make_healthy(const Call& call) {
 
 // ---- a row ----
 
-// Another question on the same link, whose answer is known.
+// Another query on the same link, whose answer is known.
 static Row::Next ask_another(const Call& call) {
   const char imsi[] = "001010123456789";
   uint8_t text[64] = "";
@@ -130,7 +130,7 @@ static Row::Output judge(const Call& call, const Healthy& healthy, const Outcome
   return std::ranges::all_of(lines_of(outcome.output), is_honest) ? Row::PARTIAL : Row::WRONG;
 }
 
-// Empty when the host has recovered, whatever is still on its way when the port is opened.
+// Empty if the host has recovered, whatever is still in transit when the port is opened.
 static std::string recover(Scene& scene, const Call& call, const Healthy& healthy, FaultKind kind) {
   scene.close();
   if (scene.port_is_open()) return "the port stays open";

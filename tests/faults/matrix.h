@@ -1,5 +1,5 @@
-// A call against a fault: what the host gets, how long it takes, and whether all is well again once
-// the line is mended and the modem opened again.
+// A call with a fault: what the host gets, how long it takes, and whether everything works again
+// after the line is repaired and the modem reopened.
 #pragma once
 
 #include <set>
@@ -11,11 +11,11 @@
 
 namespace test {
 
-// A call without a fault: what it brings, and the frames of its answers.
+// A call without a fault: its outcome, and the frames of its answers.
 struct Healthy {
   Outcome outcome;
   std::vector<Bytes> frames;
-  std::set<std::string> honest_lines;  // of a report, with its values or without some
+  std::set<std::string> honest_lines;  // of a report with all or only some of its values
 };
 Healthy make_healthy(const Call& call);
 
@@ -25,7 +25,7 @@ struct Row {
   enum Output { FAILED, RIGHT, PARTIAL, WRONG } output = FAILED;
   enum Next { NOT_ASKED, NEXT_FAILS, NEXT_RIGHT, NEXT_WRONG } next = NOT_ASKED;
   Time took{0};
-  std::string complaint;  // why the host has not recovered, empty when it has
+  std::string complaint;  // why the host has not recovered; empty if it has
 };
 Row make_row(const Call& call, const Healthy& healthy, const Fault& fault);
 

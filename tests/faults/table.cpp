@@ -1,5 +1,5 @@
-// One line a function, one column a fault. A cell holds all that was seen at any byte of any
-// answer: a row fits when the cell looks the same with it.
+// One line per function, one column per fault. A cell sums up the rows of every byte of every
+// answer: a row fits if adding it leaves the cell unchanged.
 #include "tests/faults/table.h"
 
 #include <fmt/ranges.h>

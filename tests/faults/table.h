@@ -1,4 +1,4 @@
-// The matrix as a page for readers, which is what the tests expect as well.
+// The matrix as a page for readers, which is also what the tests expect.
 #pragma once
 
 #include <iosfwd>
@@ -8,7 +8,7 @@
 
 namespace test {
 
-// All rows of a function with one kind of fault.
+// All rows of one function with one kind of fault.
 struct Cell {
   std::set<int> results;
   Time longest{0};
@@ -17,15 +17,15 @@ struct Cell {
   std::string text() const;
 };
 
-// Of one function: its name, its result on a good line, how many cases, and its cells.
+// Of one function: its name, its result on a good line, the number of cases, and its cells.
 using Columns = std::vector<std::string>;
-inline constexpr size_t CELLS = 3;  // begin here
+inline constexpr size_t CELLS = 3;  // index of the first
 using Table = std::map<std::string, Columns>;
 
 Table read_markdown(std::istream& in);
 void write_markdown(std::ostream& out, const std::vector<Columns>& functions);
 
-// What a row shows that its cell does not; empty when there is nothing.
+// What a row shows that its cell does not; empty if nothing.
 std::string difference(const std::string& expected, const Row& row);
 
 }  // namespace test

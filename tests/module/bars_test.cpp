@@ -43,7 +43,7 @@ TEST_F(HostBars, ask_the_modem_in_order) {
   EXPECT_EQ(gDiagInfo.bars, 4);
   EXPECT_EQ(asked(),
             "cf 54 00\ncf 3b 00\ncf 66 00\ncf 26 00\ncf 57 00\ncf 57 00\ncf 3c 00\ncf 34 00\n");
-  // Looking for forbidden networks costs three more.
+  // The check for forbidden networks needs three more.
   modem.payloads.clear();
   set("3b", "01");
   set("57", "00 00 1d 00");
@@ -67,8 +67,8 @@ TEST_F(HostBars, outcomes) {
       {"3c", "00", -1, "D zop:not registered\n"},
       {"3b", "01", -1, "D zop:serviceStatus=1\n"},
       {"3b", "ff", -1, "D zop:serviceStatus=-1\n"},
-      {"34", "03 02", 1, "D zop:bars=1\n"},    // no bars in full service
-      {"34", "03 01", -1, "D zop:bars=-1\n"},  // limited, seen by the screen first
+      {"34", "03 02", 1, "D zop:bars=1\n"},    // at least one in full service
+      {"34", "03 01", -1, "D zop:bars=-1\n"},  // limited on the screen already
   };
   vurn_set_log_mask(VURN_LOG_EVENTS);
   auto healthy = answers;
@@ -117,7 +117,7 @@ TEST_F(HostBars, queries_that_fail) {
 }
 
 namespace {
-// A symptom, its limit, and what ends it: the value that a query then gives.
+// The answers that show a symptom, its limit, and the answers that end it.
 struct Symptom {
   const char* name;
   std::vector<std::pair<const char*, const char*>> shows, gone;
@@ -180,7 +180,7 @@ TEST_F(HostBars, a_symptom_that_lasts_is_a_stuck_modem) {
     world.log.clear();
     EXPECT_EQ(poll(), VURN_OK);
     EXPECT_FALSE(log_lines().empty());
-    // Idle again: what is seen next is a new beginning.
+    // Healthy again: nothing of the symptom is remembered.
     answers = healthy;
     poll_and_expect(limit + 20s, VURN_OK, "");
   }
@@ -207,7 +207,7 @@ TEST_F(HostBars, forbidden_networks) {
   } rows[] = {
       {"01 00 00 00 30 30 31 30 31 00", true},
       {"02 00 00 00 33 31 30 34 31 30 30 30 31 30 31 00", true},
-      {"01 00 00 00 33 31 30 34 31 30 30 30 31 30 31 00", false},  // behind the count
+      {"01 00 00 00 33 31 30 34 31 30 30 30 31 30 31 00", false},  // beyond the count
       {"ff 00 00 00 33 31 30 34 31 30", false},
       {"01 00 00 00 30 30 31 30 31 30", false},
       {"00 00 00 00", false},
@@ -217,11 +217,11 @@ TEST_F(HostBars, forbidden_networks) {
     vurn_close(0);
     world.log.clear();
     answers["cf 62 00"] = std::string("cf 62 00 00 00 ") + row.list;
-    ASSERT_EQ(vurn_open(), VURN_OK);  // its snapshot looks at the bars as well
+    ASSERT_EQ(vurn_open(), VURN_OK);  // its snapshot queries the bars too
     EXPECT_EQ(poll(), VURN_OK);
     EXPECT_EQ(log_lines().find("PLMN is FPLMN") != std::string::npos, row.forbidden) << row.list;
   }
-  // A query that fails counts as "not forbidden", and names what it was.
+  // A failed query counts as "not forbidden", and its line names the parameter.
   for (auto [request, name] :
        {std::pair{"cf 62 00", "FPLMN"}, {"cf 31 00", "MNC"}, {"cf 30 00", "MCC"}}) {
     garble(request);

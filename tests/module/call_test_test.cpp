@@ -1,4 +1,4 @@
-// The call test: what each number sends, what every failure leaves behind.
+// The call test: what each number sends, and the state after every failure.
 #include "tests/module/module_fixture.h"
 
 using namespace test;
@@ -53,7 +53,7 @@ TEST_F(CallTest, sends_by_its_number) {
     const char* stop;
   } rows[] = {
       {0, "F+ ", "F- "},     {1, "F+ B84 C ", "E F- "}, {2, "F+ B48 C ", "E F- "},
-      {3, "F+ C ", "E F- "}, {-5, "F+ ", ""},  // a stop takes a negative number for "none"
+      {3, "F+ C ", "E F- "}, {-5, "F+ ", ""},  // a stop reads a negative number as "none"
   };
   for (auto& row : rows) {
     EXPECT_EQ(vurn_originate_call_test(row.number), VURN_OK);

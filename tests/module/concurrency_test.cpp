@@ -1,5 +1,5 @@
-// Host threads on all entry points at once, the module opened and closed meanwhile: no deadlock, no
-// race, and every answer belongs to its question.
+// Host threads on all entry points at once while the module is opened and closed: no deadlock, no
+// race, and every answer belongs to its request.
 #include <malloc.h>
 
 #include <atomic>
@@ -43,13 +43,13 @@ class HostThreads : public ModuleTest {
     world.keeps_log = false;
     modem.keeps_requests = false;
   }
-  // Results that a module gives that is being opened and closed, and whose port may be busy.
+  // Expected while the module is opened and closed and its port may be busy.
   static bool is_excused(int result) {
     return result == VURN_ERR_NOT_OPEN || result == VURN_ERR_FAILED || result == VURN_ERR_REOPENED;
   }
 };
 
-// Closes once in a while, and opens again, while others are at work.
+// Closes and reopens the module now and then while other threads use it.
 static void keep_open(const std::atomic<size_t>& at_work) {
   for (int round = 0; at_work > 0; ++round) {
     int rssi;
@@ -60,7 +60,7 @@ static void keep_open(const std::atomic<size_t>& at_work) {
   }
 }
 
-// Calls once; false for a wrong answer, after a good result.
+// Calls once; right is false if a good result comes with a wrong value.
 using Look = std::function<int(bool& right)>;
 
 static Look text(int (*get)(char*, unsigned), const char* expected) {
@@ -81,7 +81,7 @@ static Look number(int (*get)(int*), int expected) {
   };
 }
 
-// A look by each entry point.
+// One call to each entry point.
 static const std::vector<Look>& every_look() {
   static const std::vector<Look> looks = {
       number(vurn_get_rssi, -75),
@@ -121,7 +121,7 @@ static const std::vector<Look>& every_look() {
 }
 
 namespace {
-// One answer of a hundred is damaged in a way that shows, and leaves nothing behind on the line.
+// One answer in a hundred is missing, cut or damaged so that the module can detect it.
 class BadLineModem : public AnsweringModem {
  public:
   using AnsweringModem::AnsweringModem;
@@ -148,7 +148,7 @@ class BadLineModem : public AnsweringModem {
 };
 }  // namespace
 
-// Fewer where each costs more.
+// Fewer where each one takes longer.
 #if defined(__arm__)
 enum { CALLS_OF_A_THREAD = 1'000, OPENS = 500 };
 #elif defined(ZOP_SANITIZED)
@@ -157,7 +157,7 @@ enum { CALLS_OF_A_THREAD = 10'000, OPENS = 500 };
 enum { CALLS_OF_A_THREAD = 10'000, OPENS = 10'000 };
 #endif
 
-// What a listener's start keeps for good: two buffers, with the allocator's own.
+// Allocated by each listener start and never freed: two buffers, with the allocator's overhead.
 enum { KEPT_BY_A_START = 2 * (360 + 16), ALLOCATOR_SLACK = 128 * 1024 };
 
 static void expect_constant_memory(size_t before, int threads_made) {
@@ -210,14 +210,14 @@ TEST_F(HostThreads, ten_of_them_on_a_bad_line) {
   }
 }
 
-// With a join the thread is gone for good; a host that loads the module again has another.
+// A joined thread is never started again; clearing the flag stands for reloading the module.
 TEST_F(ModuleTest, opened_and_closed_again_and_again) {
   world.keeps_history = false;
   world.keeps_log = false;
   modem.keeps_requests = false;
   auto open_and_close = [&](int join) {
     EXPECT_EQ(vurn_open(), VURN_OK);
-    if (join == 0) world.advance(std::chrono::milliseconds(700));  // a listener is at work
+    if (join == 0) world.advance(std::chrono::milliseconds(700));  // a listener is running
     EXPECT_EQ(vurn_close(join), VURN_OK);
     if (join != 0) gDeferredThreadCreated = false;
   };

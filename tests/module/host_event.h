@@ -1,4 +1,4 @@
-// The platform's event as these tests play it; the calls are in host_events_test.cpp.
+// The platform's event for these tests; its calls are in host_events_test.cpp.
 #pragma once
 
 #include "include/nubi.h"

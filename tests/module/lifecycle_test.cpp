@@ -1,4 +1,4 @@
-// Opening and closing: the order of the steps, the SIM that is not ready yet, every failure exit,
+// Opening and closing: the order of the steps, a SIM that is not ready yet, every failure exit,
 // and the log lines with their mask bits.
 #include <fstream>
 #include <regex>
@@ -21,7 +21,7 @@ class Lifecycle : public ModuleTest {
 
 TEST_F(Lifecycle, open_stores_the_sim_and_the_versions) {
   sim_answers("02", "03", "02");
-  answers["cf 48 00"] = "cf 48 00 00 00 48 0a 31";  // a line feed forges no line
+  answers["cf 48 00"] = "cf 48 00 00 00 48 0a 31";  // a line feed must not forge a log line
   std::string uptime = testing::TempDir() + "uptime";
   std::ofstream(uptime) << "1234.56 99.00 0 77\n";
   world.files["/proc/uptime"] = uptime;
@@ -35,7 +35,7 @@ TEST_F(Lifecycle, open_stores_the_sim_and_the_versions) {
             "I zop:misc1:lib = REV_3.0 20100419, fw = FW-1, hw = H?1, awake = 1235, "
             "asleep = 77, upsince = Sat Jul 24 19:11:28 2010:\n");
   EXPECT_EQ(world.log.at(0).priority, 5);
-  // The versions are read once a process.
+  // The versions are read once per process.
   vurn_close(0);
   modem.payloads.clear();
   world.log.clear();
@@ -65,8 +65,8 @@ TEST_F(Lifecycle, a_sim_that_gets_ready_is_waited_for) {
 
 TEST_F(Lifecycle, sims_that_fail_the_open) {
   struct {
-    const char* answer;  // behind the request
-    int polls;           // a second apart
+    const char* answer;  // after the request's header
+    int polls;           // one second apart
     const char* line;
   } rows[] = {
       {"00 00 00 04 00 07", 20,
@@ -100,7 +100,7 @@ TEST_F(Lifecycle, versions_that_can_not_be_read_do_not_fail_the_open) {
   EXPECT_EQ(world.log_text(),
             "E zop:get:param=fwvers,error=7,size=64,avail=64:can't get firmware version\n"
             "E zop:get:param=hwvers,error=7,size=64,avail=64:can't get hardware version\n");
-  // An earlier hardware read that failed is made up for at the next open.
+  // The next open repeats a hardware read that failed.
   answers["cf 48 00"] = "cf 48 00 00 00 48 57";
   vurn_close(0);
   EXPECT_EQ(vurn_open(), VURN_OK);
@@ -115,7 +115,7 @@ TEST_F(Lifecycle, debug_lines_tell_where_they_come_from) {
                          "D zop:getting SIM status \\(\\w+:zop_module:\\d+\\)",
                          "D zop:SIM status=2, lockStatus=1 retries=3 \\(\\w+:zop_module:\\d+\\)",
                          "D def:Return \\(vurn_open:zop_module:\\d+\\)"};
-  auto logged = world.log.begin();  // other lines may stand between
+  auto logged = world.log.begin();  // there may be other lines in between
   for (const char* line : lines) {
     std::regex expected(line);
     logged = std::find_if(logged, world.log.end(),

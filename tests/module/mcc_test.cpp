@@ -1,4 +1,4 @@
-// The country and its file: every branch of what may stand there, and each line it makes.
+// The country code and its file: every kind of content, and the lines logged.
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -28,7 +28,7 @@ class Mcc : public ModuleTest {
   void modem_says(const std::string& mcc) {
     answers["cf 30 00"] = "cf 30 00 00 00 " + to_hex(Bytes(mcc.begin(), mcc.end()));
   }
-  // Brings the module's memory of the call before to a value that no test uses.
+  // Makes the module remember a country that no test uses.
   void forget() {
     modem_says("999");
     int ignored;
@@ -64,7 +64,7 @@ TEST_F(Mcc, a_first_country_is_a_change_and_is_kept) {
                              "I zop:mccchanged:mcc=310:mcc has changed\n");
   EXPECT_EQ(content(), "310");
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0644));
-  // The file is not looked at again while the country stays.
+  // The file is read again only when the country changes.
   fs::remove(file);
   EXPECT_EQ(ask("310"), VURN_OK);
   EXPECT_EQ(log_lines(), ASKING);
@@ -111,7 +111,7 @@ TEST_F(Mcc, files_that_fail) {
             std::string(ASKING) +
                 "E zop:openfile:name=\"/var/local/wan/mcc\",errno=13:can't open file\n");
   world.missing.clear();
-  EXPECT_EQ(ask("310"), VURN_OK);  // tried again with the next country only
+  EXPECT_EQ(ask("310"), VURN_OK);  // tried again only with the next country
   EXPECT_EQ(log_lines(), ASKING);
 
   forget();
@@ -121,7 +121,7 @@ TEST_F(Mcc, files_that_fail) {
             ASKING + first + change +
                 "E zop:openfile:name=\"/var/local/wan/mcc\",errno=2:can't open file\n");
 
-  world.files[MCC_FILE] = folder;  // a folder opens, and can't be read
+  world.files[MCC_FILE] = folder;  // a folder can be opened but not read
   EXPECT_EQ(ask("262"), VURN_OK);
   EXPECT_EQ(log_lines(),
             std::string(ASKING) +
@@ -131,11 +131,11 @@ TEST_F(Mcc, files_that_fail) {
   forget();
   world.files[MCC_FILE] = folder / "full";
   fs::create_symlink("/dev/full", folder / "full");
-  EXPECT_EQ(ask("310"), VURN_OK);  // reads as zeros: another country
+  EXPECT_EQ(ask("310"), VURN_OK);  // reads as zeros, so the country differs
   EXPECT_EQ(log_lines(),
             ASKING + std::string("D def:current MCC = 310 previous MCC = \n") + change +
                 "E zop:writefile:name=\"/var/local/wan/mcc\",errno=28:can't write file\n");
-  EXPECT_FALSE(fs::is_symlink(folder / "full"));  // what is not whole is removed
+  EXPECT_FALSE(fs::is_symlink(folder / "full"));  // an incomplete file is removed
 }
 
 TEST_F(Mcc, bad_arguments_and_a_modem_that_does_not_tell) {
@@ -150,7 +150,7 @@ TEST_F(Mcc, bad_arguments_and_a_modem_that_does_not_tell) {
   EXPECT_EQ(value, 4711);
 }
 
-// It asks on buffers of its own: a command under way on another thread keeps its own.
+// A command in progress on another thread may be using them.
 TEST_F(Mcc, leaves_the_command_buffers_alone) {
   memset(ft_buff, 0x11, 8);
   memset(fr_buff, 0x22, 8);

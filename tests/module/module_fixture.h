@@ -1,4 +1,4 @@
-// A module in its World with a modem that answers what a test tells it.
+// A module in its World with a modem whose answers the test sets.
 #pragma once
 
 #include <cstring>
@@ -27,15 +27,15 @@ class ModuleTest : public testing::Test {
   }
   void TearDown() override { close_module(); }
 
-  // Answer to each request, by the request's payload as hex: payload, or "" for one that can't be
-  // unframed. Others are answered with zeros.
+  // Answer payloads by request payload, both as hex; "" for an answer that can't be unframed. Other
+  // requests are answered with zeros.
   std::map<std::string, std::string> answers = {
       {"d2 00 00", "d2 00 00 00 00 00 02 01 03"},
       {"cf 5d 00", "cf 5d 00 00 00 46 57 2d 31"},  // FW-1
       {"cf 48 00", "cf 48 00 00 00 48 57 2d 31"},  // HW-1
   };
 
-  // Fails the request with a status that every command refuses, or an undecodable answer.
+  // Answers the request with a status that every command refuses, or undecodably.
   void refuse(const std::string& request) { answers[request] = request + " 01 00"; }
   void garble(const std::string& request) { answers[request] = ""; }
 

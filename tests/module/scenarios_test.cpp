@@ -7,7 +7,7 @@ using namespace std::chrono_literals;
 using namespace test;
 
 namespace {
-// What a host finds out, at one moment.
+// What a host sees at one moment.
 struct Seen {
   int opened, bars_result, bars, roaming, mode, time_result;
 };
@@ -67,7 +67,7 @@ TEST_F(Scenarios, show_a_host_what_they_promise) {
     start(row.name);
     ASSERT_EQ(vurn_open(), VURN_OK);
     int bars;
-    vurn_get_bars(&bars);  // a first poll, from which the detectors count
+    vurn_get_bars(&bars);  // the detectors count from the first poll
     world.advance(row.after);
     Seen seen = look();
     EXPECT_EQ(seen.opened, row.seen.opened);
@@ -97,7 +97,7 @@ TEST_F(Scenarios, cards_that_are_not_ready) {
   EXPECT_EQ(vurn_open(), VURN_OK);
 }
 
-// While field testing is on, the listener tells what happens on the modem.
+// While field testing is on, the listener logs the modem's events.
 TEST_F(Scenarios, events_reach_a_listening_host) {
   start("data-session");
   ASSERT_EQ(vurn_open(), VURN_OK);

@@ -1,5 +1,5 @@
-// A sick line: a modem that is late, silent, slow to the byte, or takes nothing. What a host calls
-// ends in time, and every answer belongs to its question.
+// A sick line: the modem is late or silent, sends slowly, or accepts nothing. Every host call
+// returns in time, and every answer belongs to its request.
 #include "module/lifecycle.h"
 #include "report/field_test.h"
 #include "tests/module/module_fixture.h"
@@ -8,20 +8,20 @@ using namespace std::chrono_literals;
 using namespace test;
 
 namespace {
-// Answers each request after a time and in order: with the count of requests of its kind, so that
-// an old answer shows.
+// Answers each request after a delay and in order. The answer holds the number of requests of its
+// kind, so that an old one is noticed.
 class LateModem : public Script {
  public:
   Time latency{0};
-  bool one_at_a_time = false;  // the latency is that of its work, not of its way
-  Time gap{0};                 // between two bytes; none: whole answers
+  bool one_at_a_time = false;  // the latency is processing time, not transit time
+  Time gap{0};                 // between two bytes; 0: whole answers
   std::function<bool(const Bytes& request)> ignores = [](const Bytes&) { return false; };
-  bool babbles = false;  // a frame of nobody's every 7 ms
+  bool babbles = false;  // sends a frame every 7 ms that answers no request
   Answer spoilt;         // in place of the next answer
   std::map<Bytes, uint8_t> asked;
   int requests_seen = 0;
 
-  // What was on its way arrives half a second later.
+  // Answers in transit arrive within half a second.
   void recover(Time now) {
     latency = gap = Time{0};
     ignores = [](const Bytes&) { return false; };
@@ -98,7 +98,7 @@ class SickLine : public ModuleTest {
     call();
     return world.now() - before;
   }
-  // The next commands have their own answers, of different kinds and the same.
+  // The next commands get their own answers, whether of different kinds or the same.
   void expect_own_answers(const std::string& where) {
     for (int i = 0; i < 3; ++i) {
       uint32_t rac = 0;
@@ -146,7 +146,7 @@ TEST_F(SickLine, a_stop_is_prompt_whatever_the_listener_does) {
       start_listener();
       world.advance(1200ms);
       state.fall_sick();
-      world.advance(400ms);  // a screen is asked for
+      world.advance(400ms);  // a screen is requested
       int requests = late.requests_seen;
       EXPECT_LE(time_of(stop.stop), Time(100ms)) << where;
       EXPECT_EQ(THREAD_STATUS, 0u) << where;
@@ -169,7 +169,7 @@ TEST_F(SickLine, every_wait_has_its_bound) {
   auto silence = [&] { late.ignores = [](const Bytes&) { return true; }; };
   auto trickle = [&] { late.gap = 900ms; };
   auto stuck = [&] { world.takes = 0; };
-  auto babble = [&] {  // an answer of the same kind is owed then
+  auto babble = [&] {  // leaves an answer of the same kind owed
     late.babbles = true;
     zop_set_backup(3);
     zop_get_rac(&rac);
@@ -202,13 +202,13 @@ TEST_F(SickLine, every_wait_has_its_bound) {
   }
 }
 
-// The answers to the probes before are out of the way when an open returns.
+// When an open returns, the answers to its earlier probes have been read.
 TEST_F(SickLine, a_slow_modem_is_understood_from_its_open_on) {
   struct {
     Time latency;
     bool one_at_a_time;
     int deaf_to;   // probes that it ignores
-    int requests;  // of the open
+    int requests;  // that the open sends
   } rows[] = {{0ms, false, 0, 1},   {2500ms, false, 0, 4}, {4500ms, false, 0, 6},
               {2500ms, true, 0, 4}, {3500ms, true, 0, 5},  {100ms, false, 3, 5}};
   for (auto& row : rows) {
@@ -232,7 +232,7 @@ TEST_F(SickLine, a_slow_modem_is_understood_from_its_open_on) {
   }
 }
 
-// One that answers the backup step which restarts others, and one that does not.
+// With and without an answer to backup step 3, which restarts the modem.
 TEST_F(SickLine, an_answer_that_nobody_waits_for_is_dropped) {
   for (bool is_answered : {true, false}) {
     late = LateModem();
@@ -248,7 +248,7 @@ TEST_F(SickLine, an_answer_that_nobody_waits_for_is_dropped) {
   }
 }
 
-// 125 and 126 are usual values, and each is two bytes on the wire.
+// 125 and 126 are ordinary values, but each is two bytes on the wire.
 TEST_F(SickLine, a_screen_of_stuffed_bytes_is_an_answer) {
   ASSERT_EQ(zop_open(DEVICE), 0u);
   late.asked[hex("cf 34 00")] = 0x7D - 1;
@@ -256,7 +256,7 @@ TEST_F(SickLine, a_screen_of_stuffed_bytes_is_an_answer) {
   EXPECT_EQ(diag_status(), 1);
 }
 
-// The screen that a stopped listener has asked for comes after the mark has been given up.
+// The stopped listener's screen arrives after the wait for the mark has ended.
 TEST_F(SickLine, an_old_answer_is_not_taken_for_a_new_one_of_its_kind) {
   start_listener();
   world.advance(1200ms);
@@ -271,7 +271,7 @@ TEST_F(SickLine, an_old_answer_is_not_taken_for_a_new_one_of_its_kind) {
   expect_own_answers("after it");
 }
 
-// What is nobody's answer: a flag inside one, one that is too long, one under another's code.
+// Frames that answer no request: with a flag inside, too long, with another command's code.
 TEST_F(SickLine, damage_shifts_no_answers) {
   struct {
     const char* name;
@@ -294,7 +294,7 @@ TEST_F(SickLine, damage_shifts_no_answers) {
       ASSERT_EQ(zop_open(DEVICE), 0u) << row.name;
     }
     int32_t rscp;
-    (void)zop_get_rscp(&rscp);  // may meet the rest
+    (void)zop_get_rscp(&rscp);  // may read the rest of the damaged answer
     expect_own_answers(row.name);
     zop_close();
   }

@@ -1,5 +1,4 @@
-// Status getters: what the host gets, what the diagnostic record keeps, which line a failure
-// writes.
+// Status getters: what the host gets, what the diagnostic record keeps, which line a failure logs.
 #include <functional>
 
 #include "tests/module/module_fixture.h"
@@ -20,7 +19,7 @@ struct Getter {
   const char* name;
   std::function<int()> call;
   const char* request;
-  const char* failure;  // its line, for result 7
+  const char* failure;  // the line logged for result 7
 };
 }  // namespace
 
@@ -111,7 +110,7 @@ TEST_F(StatusGetters, texts_reach_the_host_whole_and_the_record_cut) {
   EXPECT_EQ(vurn_get_imsi(text, 64), VURN_OK);
   EXPECT_STREQ(text, "001010123456789");
   EXPECT_EQ(world.log.at(0).text.substr(0, 27), "D zop:imsi=001010123456789 ");
-  // All 20 bytes used: no terminator from the modem, and none is read for.
+  // The modem's text uses all 20 bytes and has no terminator.
   char exact[20];
   EXPECT_EQ(vurn_get_radio_cert_param1(exact, 20), VURN_OK);
   EXPECT_STREQ(gDiagInfo.iccid, "89014103211118510720");

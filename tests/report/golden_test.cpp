@@ -1,5 +1,5 @@
-// Whole reports of two scenarios and the names of all codes, held against files that a person can
-// read. ZOP_REBUILD_GOLDEN=1 rewrites them; review the difference before you keep it.
+// Whole reports of two scenarios and the names of all codes, compared with readable files.
+// ZOP_REBUILD_GOLDEN=1 rewrites them; review the difference before committing it.
 #include <cstdlib>
 #include <fstream>
 #include <set>
@@ -36,7 +36,7 @@ class Golden : public ModuleTest {
     world.log.clear();
     EXPECT_EQ(vurn_log_message(0, names), VURN_OK);
     world.advance(1600ms);
-    static const std::regex stamp("t=[0-9a-f]+,");  // grows from report to report
+    static const std::regex stamp("t=[0-9a-f]+,");  // differs in each report
     expect_file(scenario + ".syslog", std::regex_replace(world.log_text(), stamp, "t=STAMP,"));
     vurn_set_log_mask(0);
     char text[8192];
@@ -49,7 +49,7 @@ class Golden : public ModuleTest {
 TEST_F(Golden, wcdma) { report("healthy-wcdma"); }
 TEST_F(Golden, gsm) { report("healthy-gsm"); }
 
-// All named codes of each field, by their byte on the wire.
+// The named codes of each field, by their byte on the wire.
 TEST_F(Golden, names) {
   std::ostringstream names;
   auto show = [&](const zop_log_item& row, int code) {

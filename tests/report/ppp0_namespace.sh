@@ -1,6 +1,6 @@
 #!/bin/sh
-# The data of the PPP link from a real kernel: an interface named ppp0 with a peer, a process named
-# pppd, in a namespace of its own. Skipped (77) where the kernel grants none.
+# PPP link data from a real kernel: an interface named ppp0 with a peer and a process named pppd, in
+# their own namespace. Skipped (77) if the kernel allows none.
 # Usage: ppp0_namespace.sh PROGRAM
 program=$(readlink -f "$1")
 if [ "$2" != inside ]; then

@@ -1,4 +1,4 @@
-// Rendering: values by type and formatter, what fits and what is left out, how syslog lines break.
+// Rendering: values by type and formatter, what fits and what is left out, line breaks in syslog.
 #include "report/rendering.h"
 
 #include <arpa/inet.h>
@@ -18,7 +18,7 @@ class Rendering : public ModuleTest {
     ModuleTest::SetUp();
     prv_zop_init_logging();
     saved.assign(gLogItems, gLogItems + item_count());
-    world.advance(1000h * ++reports);  // every test's reports have stamps of their own
+    world.advance(1000h * ++reports);  // so that the tests' stamps differ
   }
   void TearDown() override {
     std::copy(saved.begin(), saved.end(), gLogItems);
@@ -95,7 +95,7 @@ TEST_F(Rendering, items_of_one_radio_technology) {
   put16(s.radio.wcdma.cells[0].ecio, -5);
   put16(s.radio.wcdma.cells[1].set, 1);
   put16(s.radio.wcdma.cells[1].ecio, -11);
-  put16(s.radio.wcdma.cells[2].set, 7);  // code and Ec/Io are zero: the end
+  put16(s.radio.wcdma.cells[2].set, 7);  // code and Ec/Io of zero end the list
   EXPECT_EQ(value("RSCP"), "-82");
   EXPECT_EQ(value("DRX"), "6");
   EXPECT_EQ(value("HSDPA Status"), "Active");
@@ -129,7 +129,7 @@ TEST_F(Rendering, items_of_one_radio_technology) {
   }
 }
 
-// Whatever counts say, a walk ends with its own list, and with a whole entry.
+// Whatever the count says, rendering stops at the end of the list and after a whole entry.
 TEST_F(Rendering, hostile_counts_cost_nothing) {
   memset(static_cast<void*>(&gDiagInfo), 0xFF, sizeof gDiagInfo);
   struct {
@@ -142,7 +142,7 @@ TEST_F(Rendering, hostile_counts_cost_nothing) {
       {ZOP_SCREEN_WCDMA, "Active/Monitored Sets", 32},
       {ZOP_SCREEN_WCDMA, "HPLMN", 10},
       {ZOP_SCREEN_WCDMA, "FPLMN", 20},
-      {ZOP_SCREEN_WCDMA, "OPLMN", 127},  // of 16 bytes in the scratch buffer, out of 140
+      {ZOP_SCREEN_WCDMA, "OPLMN", 127},  // of 140: the scratch buffer holds no more
   };
   for (auto& row : rows) {
     gDiagInfo.screen.system_mode = static_cast<uint8_t>(row.mode);
@@ -270,7 +270,7 @@ TEST_F(Rendering, the_log_string_leaves_out_what_does_not_fit) {
       whole.starts_with("      ********* MODEM *********\nIMEI: 004999010640000\nLibrary: \n"));
   EXPECT_EQ(log_string(static_cast<unsigned>(whole.size()) + 2), whole);
   EXPECT_EQ(result, 1);
-  // Too small for the IMEI, large enough for a shorter item behind it.
+  // Too small for the IMEI, large enough for a shorter item after it.
   std::string cut = log_string(48);
   EXPECT_EQ(result, 0);
   EXPECT_EQ(cut, "      ********* MODEM *********\nLibrary: \nN1: \n");
@@ -323,7 +323,7 @@ TEST_F(Rendering, lines_break_between_pairs_and_count_themselves) {
     EXPECT_EQ(line.text.find(",n=") != std::string::npos, last);
   }
   EXPECT_TRUE(report.ends_with(",n=" + std::to_string(world.log.size()) + ":\n"));
-  // The list is longer than a line: cut behind an entry in syslog, whole in the log string.
+  // The list is longer than a line: cut after an entry in syslog, whole in the log string.
   std::string list = report.substr(report.find("OPLMN=") + 6);
   EXPECT_EQ(list.find(','), 91 * 13 - 1u);
   std::string text = log_string();
@@ -355,7 +355,7 @@ TEST_F(Rendering, malformed_rows_are_told_in_the_report) {
   EXPECT_EQ(world.log_text(), "E zop:itemnolabel:item=16:oops\n");
 }
 
-// As a reader sees a text that another thread is just storing.
+// A text may look like this while another thread is storing it.
 TEST_F(Rendering, a_zero_in_a_text_ends_the_text_and_not_the_report) {
   item("Channel").format = [](const zop_log_item*, const char** text, int* length, int) {
     *text =

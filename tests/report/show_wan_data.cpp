@@ -1,4 +1,4 @@
-// Prints what the module finds out about the PPP link on this machine; for ppp0_namespace.sh.
+// Prints what the module finds about this machine's PPP link; for ppp0_namespace.sh.
 #include <cstdio>
 
 #include "include/zop_diag_info.h"

@@ -1,4 +1,4 @@
-// The host's ways to a report, with the deferred-action thread and the listener in virtual time.
+// How a host gets a report, with the deferred-action thread and the listener in virtual time.
 #include "report/snapshot.h"
 
 #include <fcntl.h>
@@ -118,7 +118,7 @@ TEST_F(Snapshot, a_log_string_of_a_closed_module) {
 
 TEST_F(Snapshot, the_sim_s_lists_are_read_again_every_ten_seconds) {
   open();
-  world.advance(10'000h);  // long after any other test's
+  world.advance(10'000h);  // long after any other test read them
   char text[8192];
   auto lists_read = [&] {
     bool read = asked().find("cf 6b 00 01") != std::string::npos;
@@ -150,14 +150,14 @@ TEST_F(Snapshot, a_close_stops_both_threads_whatever_they_do) {
   for (int ms = 0; ms < 3000; ms += 130) {
     gDeferredThreadCreated = false;
     ASSERT_EQ(vurn_open(), VURN_OK);
-    if (ms > 0) {  // at 0 the one thread waits for the lock, to start the other
+    if (ms > 0) {  // at 0 the deferred-action thread waits for the lock to start the listener
       char text[64];
       vurn_get_log_string(text, sizeof text);
       world.advance(std::chrono::milliseconds(ms));
     }
     int threads = world.threads_made;
     EXPECT_EQ(vurn_close(1), VURN_OK);
-    EXPECT_EQ(world.threads_made, threads) << ms;  // no listener behind its back
+    EXPECT_EQ(world.threads_made, threads) << ms;  // the close starts no listener
     EXPECT_FALSE(world.conductor.has_others()) << ms;
     EXPECT_EQ(THREAD_STATUS, 0u);
     EXPECT_FALSE(world.port_is_open());
@@ -173,7 +173,7 @@ TEST_F(Snapshot, a_joined_thread_is_not_started_again) {
   ASSERT_EQ(vurn_open(), VURN_OK);
   world.advance(20s);
   EXPECT_EQ(world.threads_made, threads);
-  // A close of a closed module joins nothing.
+  // Closing a closed module joins nothing.
   vurn_close(0);
   world.log.clear();
   vurn_close(1);
@@ -188,8 +188,8 @@ TEST_F(Snapshot, a_thread_that_can_not_be_made_fails_the_open) {
   EXPECT_FALSE(world.port_is_open());
 }
 
-// However a host comes back to an open module, it gets both kinds of report. The modem takes its
-// time, so that the deferred-action thread waits for the module's lock while the host goes on.
+// However a host returns to an open module, it gets both kinds of report. The modem is slow, so
+// that the deferred-action thread waits for the module's lock while the host goes on.
 TEST_F(Snapshot, every_road_back_leads_to_reports) {
   modem.delay = 20ms;
   auto report_for_a_while = [&] {
@@ -266,7 +266,7 @@ TEST_F(Snapshot, every_road_back_leads_to_reports) {
   }
 }
 
-// Screens come in while reports are rendered: none is half of one and half of another.
+// Screens arrive while reports are rendered: no report mixes two of them.
 TEST_F(Snapshot, no_report_shows_a_torn_screen) {
   world.runs_free = true;
   world.keeps_log = false;

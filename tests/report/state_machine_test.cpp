@@ -1,4 +1,4 @@
-// Every state with every event: the actions in their order, and the next state.
+// Every state with every event: the actions in order, and the next state.
 #include "report/state_machine.h"
 
 #include <gtest/gtest.h>
@@ -83,7 +83,7 @@ TEST(StateMachine, every_state_with_every_event) {
     for (int event = EXCEPTION; event <= START_SNAPSHOT; ++event) {
       EXPECT_TRUE(seen[state][event]) << state << " " << event;
     }
-    for (int event : {0, 6, 255}) {  // none, and values that nobody posts
+    for (int event : {0, 6, 255}) {  // no event, and values that are never posted
       auto same = static_cast<DeferredState>(state);
       DeferredPlan plan = prv_deferred_plan(same, static_cast<DeferredEvent>(event), {9, 99});
       EXPECT_EQ(letters(plan), "");

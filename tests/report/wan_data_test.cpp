@@ -107,7 +107,7 @@ TEST_F(WanData, the_daemon_is_found_by_its_name) {
   EXPECT_EQ(gDiagInfo.pppd_start, 120u);
   EXPECT_EQ(gDiagInfo.pppd_pid, 814u);
   EXPECT_EQ(log_lines(), "D zop:found (pppd) at pid 814\n");
-  // Once found it is looked at directly; when it has ended, another is searched for.
+  // The process found is checked directly; after it has ended, another one is searched for.
   prv_get_wan_data();
   EXPECT_EQ(log_lines(), "D zop:found (pppd) at pid 814\n");
   fs::remove_all(root / "proc/814");
@@ -187,7 +187,7 @@ TEST_F(WanData, a_list_that_fails_keeps_what_came_before_and_the_others_are_read
             "D zop:fetched 20 oplmn entries in 1 blocks\n"
             "E zop:get:param=hplmn,error=10:can't get parameter\n"
             "E zop:get:param=rplmn,error=10:can't get parameter\n");
-  // Without the request to fetch them again, only the registered network is read.
+  // Unless the lists are requested again, only the registered network is read.
   modem.payloads.clear();
   prv_get_supplement_data();
   EXPECT_EQ(asked(), "cf 24 00\ncf 61 00\n");
