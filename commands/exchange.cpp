@@ -148,7 +148,7 @@ unsigned vendor_text(uint8_t subcommand, StatusRule rule, Buffer buffer, uint16_
   memset(buffer.out, 0, buffer.minimum);
   if (unsigned error = exchange(PLAIN_REQUEST)) return error;
   if (unsigned error = status(rule)) return error;
-  copy_fields({bytes(ANSWER_PAYLOAD, length, buffer.out)});
+  copy_field(bytes(ANSWER_PAYLOAD, length, buffer.out));
   return ZOP_SUCCESS;
 }
 

@@ -181,7 +181,9 @@ bool accept_region_list(const Reply& reply) {
   for (const uint8_t* at = reply.bytes + LIST; at < end && !gDumpEnded;) {
     if (gRegionCount == MAX_REGIONS) return skip_the_rest();
     Region& region = gRegions[gRegionCount];
-    add_region(&region, take_entry(&at, end, &region));
+    const char* name = take_entry(&at, end, &region);
+    if (name == nullptr) return false;  // the list was checked above
+    add_region(&region, name);
   }
   return true;
 }
