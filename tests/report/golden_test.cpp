@@ -70,7 +70,7 @@ TEST_F(Golden, names) {
       bool gsm = std::string(row->label).starts_with("EGPRS");
       gDiagInfo.screen.system_mode = gsm ? ZOP_SCREEN_GSM : ZOP_SCREEN_WCDMA;
       // Wider fields hold 255 as -1.
-      memset(const_cast<void*>(row->value), code == 255 ? 0xFF : 0, row->size);
+      memset(const_cast<void*>(row->value), code == 255 ? 0xFF : 0, static_cast<size_t>(row->size));
       *static_cast<uint8_t*>(const_cast<void*>(row->value)) = static_cast<uint8_t>(code);
       show(*row, code);
     }
