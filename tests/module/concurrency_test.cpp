@@ -6,16 +6,21 @@
 #include <functional>
 #include <thread>
 
+#include "commands/exchange.h"
+#include "link/frame_codec.h"
+#include "link/upcalls.h"
+#include "report/field_test.h"
+#include "report/rendering.h"
 #include "tests/module/host_event.h"
-#include "tests/module/module_fixture.h"
+#include "tests/module/module_world.h"
 #include "tests/support/holdings.h"
 
+using namespace std::chrono_literals;
 using namespace test;
 
 class HostThreads : public ModuleTest {
  protected:
   void SetUp() override {
-    ModuleTest::SetUp();
     std::string screen = " 03 02";  // GSM, full service
     for (int i = 2; i < 345; ++i) screen += i == 90 ? " ba" : i == 91 ? " ff" : " 00";
     for (auto& [subcommand, payload] : std::map<std::string, std::string>{
@@ -229,4 +234,66 @@ TEST_F(ModuleTest, opened_and_closed_again_and_again) {
   open_and_close(1);
   EXPECT_EQ(holdings_like(before), before);
   expect_constant_memory(memory, world.threads_made - threads_before);
+}
+
+TEST_F(ModuleTest, a_close_stops_both_threads_whatever_they_do) {
+  modem.delay = 90ms;
+  for (int ms = 0; ms < 3000; ms += 130) {
+    gDeferredThreadCreated = false;
+    ASSERT_EQ(vurn_open(), VURN_OK);
+    if (ms > 0) {  // at 0 the deferred-action thread waits for the lock to start the listener
+      char text[64];
+      vurn_get_log_string(text, sizeof text);
+      world.advance(std::chrono::milliseconds(ms));
+    }
+    int threads = world.threads_made;
+    EXPECT_EQ(vurn_close(1), VURN_OK);
+    EXPECT_EQ(world.threads_made, threads) << ms;  // the close starts no listener
+    EXPECT_FALSE(world.conductor.has_others()) << ms;
+    EXPECT_EQ(THREAD_STATUS, 0u);
+    EXPECT_FALSE(world.port_is_open());
+  }
+}
+
+// Screens arrive while reports are rendered: no report mixes two of them.
+TEST_F(ModuleTest, no_report_shows_a_torn_screen) {
+  world.runs_free = true;
+  world.keeps_log = false;
+  prv_zop_init_logging();
+  std::atomic<bool> done = false;
+  std::jthread listener([&] {
+    world.join();
+    uint8_t screen[360] = {};
+    for (char letter = 'A'; !done; letter = letter == 'Z' ? 'A' : static_cast<char>(letter + 1)) {
+      memset(screen + 3, letter, 32 + 16);  // name and IMEI
+      field_information_callback(screen);
+    }
+  });
+  for (int i = 0; i < 2000; ++i) {
+    char text[8192];
+    {
+      ScopedLock lock(gFtdMutex);
+      prv_zop_output_to_log_string(text, sizeof text, 1);
+    }
+    const char* name = strstr(text, "Network Name: ");
+    const char* imei = strstr(text, "IMEI: ");
+    if (name[14] == '\n') continue;  // no screen yet
+    std::string letter(1, name[14]);
+    size_t whole_name = strspn(name + 14, letter.c_str());
+    size_t whole_imei = strspn(imei + 6, letter.c_str());
+    EXPECT_EQ(whole_name, sizeof gDiagInfo.screen.network_name) << i;
+    EXPECT_EQ(whole_imei, sizeof gDiagInfo.screen.imei) << i;
+  }
+  done = true;
+}
+
+// A command in progress on another thread may be using them.
+TEST_F(ModuleTest, the_country_code_leaves_the_command_buffers_alone) {
+  diag_open(DEVICE);
+  for (uint8_t* buffer : {ft_buff, fr_buff, m_pTxBuf}) memset(buffer, 0x11, 8);
+  int mcc;
+  EXPECT_EQ(vurn_get_mcc(&mcc), VURN_ERR_FAILED);  // zeros are no code
+  for (uint8_t* buffer : {ft_buff, fr_buff, m_pTxBuf})
+    EXPECT_EQ(to_hex({buffer, 8}), to_hex(Bytes(8, 0x11)));
+  diag_close();
 }

@@ -2,7 +2,7 @@
 // returns in time, and every answer belongs to its request.
 #include "module/lifecycle.h"
 #include "report/field_test.h"
-#include "tests/module/module_fixture.h"
+#include "tests/module/module_world.h"
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -79,14 +79,8 @@ class LateModem : public Script {
 
 class SickLine : public ModuleTest {
  protected:
-  void SetUp() override {
-    ModuleTest::SetUp();
-    world.far_end = &late;
-  }
-  void TearDown() override {
-    world.takes = SIZE_MAX;
-    ModuleTest::TearDown();
-  }
+  SickLine() { world.far_end = &late; }
+  ~SickLine() override { world.takes = SIZE_MAX; }
   void start_listener() {
     ASSERT_EQ(vurn_open(), VURN_OK);
     world.advance(30s);  // the first snapshot is over

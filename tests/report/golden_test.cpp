@@ -7,7 +7,7 @@
 
 #include "report/rendering.h"
 #include "simulator/scenario/scenario.h"
-#include "tests/module/module_fixture.h"
+#include "tests/module/module_world.h"
 #include "tests/support/simulated_far_end.h"
 
 using namespace std::chrono_literals;

@@ -1,4 +1,4 @@
-// A module in its World with a modem whose answers the test sets.
+// A fresh module in its World, with a modem whose answers the test sets.
 #pragma once
 
 #include <cstring>
@@ -11,9 +11,9 @@ namespace test {
 
 enum : unsigned { LOG_EVERYTHING = 0xFFFFFFFF };
 
-class ModuleTest : public testing::Test {
- protected:
-  void SetUp() override {
+class ModuleWorld {
+ public:
+  ModuleWorld() {
     setenv("TZ", "UTC", 1);
     tzset();
     for (const char* path : {"/proc/uptime", "/proc/net/dev", "/etc/resolv.conf", "/proc"}) {
@@ -25,7 +25,7 @@ class ModuleTest : public testing::Test {
     world.advance(-world.now());
     world.threads_made = 0;
   }
-  void TearDown() override { close_module(); }
+  ~ModuleWorld() { close_module(); }
 
   // Answer payloads by request payload, both as hex; "" for an answer that can't be unframed. Other
   // requests are answered with zeros.
@@ -34,17 +34,6 @@ class ModuleTest : public testing::Test {
       {"cf 5d 00", "cf 5d 00 00 00 46 57 2d 31"},  // FW-1
       {"cf 48 00", "cf 48 00 00 00 48 57 2d 31"},  // HW-1
   };
-
-  // Answers the request with a status that every command refuses, or undecodably.
-  void refuse(const std::string& request) { answers[request] = request + " 01 00"; }
-  void garble(const std::string& request) { answers[request] = ""; }
-
-  std::string log_lines() const { return world.log_lines(); }
-  std::string asked() const {
-    std::string all;
-    for (const Bytes& payload : modem.payloads) all += to_hex(payload) + "\n";
-    return all;
-  }
 
   std::optional<Bytes> answer_to(const Bytes& request) const {
     auto it = answers.find(to_hex(request));
@@ -57,5 +46,7 @@ class ModuleTest : public testing::Test {
   World world;
   AnsweringModem modem{[this](const Bytes& request) { return answer_to(request); }};
 };
+
+class ModuleTest : public testing::Test, public ModuleWorld {};
 
 }  // namespace test

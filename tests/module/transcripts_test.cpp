@@ -1,0 +1,428 @@
+// The commands of the transcripts: what a host calls, what its modem answers, what its system
+// holds.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "include/nubi.h"
+#include "report/field_test.h"
+#include "report/rendering.h"
+#include "report/supplement.h"
+#include "report/wan_data.h"
+#include "simulator/scenario/scenario.h"
+#include "tests/module/host_event.h"
+#include "tests/module/module_world.h"
+#include "tests/support/simulated_far_end.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/transcript.h"
+
+using namespace std::chrono_literals;
+using namespace test;
+namespace fs = std::filesystem;
+
+const char* NubiGetEventName(const NubiEvent* event) { return event->name; }
+const char* NubiGetEventSource(const NubiEvent* event) { return event->source; }
+int NubiGetIntParam(const NubiEvent* event, int* value) {
+  if (event->error == 0) *value = event->origin;
+  return event->error;
+}
+
+static const char* name_or_null(const std::string& name) {
+  return name == "-" ? nullptr : name.c_str();
+}
+
+static std::string result_name(int result) {
+  static const std::map<int, std::string> NAMES = {
+      {VURN_OK, "ok"},
+      {VURN_ERR_NOT_OPEN, "not open"},
+      {VURN_ERR_FAILED, "failed"},
+      {VURN_ERR_REOPENED, "reopened"},
+      {VURN_ERR_TRUNCATED, "truncated"},
+      {VURN_ERR_NULL_ARGUMENT, "null argument"},
+      {VURN_ERR_TIME_NOT_PROVIDED, "time not provided"},
+  };
+  return NAMES.at(result);
+}
+
+static unsigned number_of(const std::string& word) {
+  return static_cast<unsigned>(std::stoul(word));
+}
+
+enum { UNTOUCHED = 4711 };
+
+static std::string shown(int value) {
+  return value == UNTOUCHED ? "" : " " + std::to_string(value);
+}
+
+static unsigned mask_of(const Words& names) {
+  static const std::map<std::string, unsigned> BITS = {
+      {"screens", VURN_LOG_FIELD_INFORMATION},
+      {"trace", VURN_LOG_TRACE},
+      {"events", VURN_LOG_EVENTS},
+      {"actions", VURN_LOG_ACTION_EVENTS},
+      {"general", VURN_LOG_GENERAL},
+      {"stuck", VURN_LOG_STUCK},
+      {"info", VURN_LOG_INFO},
+      {"warning", VURN_LOG_WARNING},
+      {"error", VURN_LOG_ERROR},
+      {"all", LOG_EVERYTHING},
+  };
+  unsigned mask = 0;
+  for (const std::string& name : names) mask |= BITS.at(name);
+  return mask;
+}
+
+// Hex bytes, also repeated (ff*20), texts, little-endian numbers (16:-5 or 32:300), and @90 for
+// zeros up to 90 bytes.
+static Bytes bytes_of(std::span<const std::string> words) {
+  Bytes bytes;
+  for (const std::string& word : words) {
+    size_t colon = word.find(':');
+    if (word[0] == '"') {
+      bytes.insert(bytes.end(), word.begin() + 1, word.end());
+    } else if (word[0] == '@') {
+      bytes.resize(std::stoul(word.substr(1)));
+    } else if (colon != word.npos) {
+      int64_t value = std::stoll(word.substr(colon + 1));
+      for (int bits = std::stoi(word); bits > 0; bits -= 8, value >>= 8) {
+        bytes.push_back(static_cast<uint8_t>(value));
+      }
+    } else {
+      size_t count = word[2] == '*' ? std::stoul(word.substr(3)) : 1;
+      bytes.insert(bytes.end(), count, hex(word.substr(0, 2)).at(0));
+    }
+  }
+  return bytes;
+}
+
+// A text in quotes, without control characters.
+static std::string in_quotes(const std::string& text) {
+  std::string shown = "\"";
+  for (char c : text) shown += c == '\n' ? "\\n" : std::string(1, c);
+  return shown + "\"";
+}
+
+static Time time_of(const std::string& text) {
+  auto number = std::stod(text);
+  return std::chrono::nanoseconds(
+      static_cast<int64_t>(number * (text.ends_with("ms") ? 1e6 : 1e9)));
+}
+
+// The same one after the other is counted.
+static std::string joined(const std::vector<std::string>& parts, const std::string& end) {
+  std::string text;
+  for (size_t i = 0, next = 0; i < parts.size(); i = next) {
+    while (next < parts.size() && parts[next] == parts[i]) ++next;
+    text += (next - i > 1 ? std::to_string(next - i) + " x " : "") + parts[i] + end;
+  }
+  return text;
+}
+
+namespace {
+
+class HostSession : public Session, ModuleWorld {
+ public:
+  HostSession() { prv_zop_init_logging(); }  // the items' names, without an open
+
+  std::string run(const Words& command) override {
+    Words words(command.begin() + 1, command.end());
+    Time before = world.now();
+    std::string printed = commands_.at(command[0])(words);
+    if (!printed.empty()) printed += "\n";
+    Time took = world.now() - before;
+    auto ms = took / 1ms;
+    if (ms != 0 && command[0] != "advance") printed += "after " + std::to_string(ms) + " ms\n";
+    return printed + logged();
+  }
+
+ private:
+  using Function = std::function<std::string(const Words&)>;
+
+  // The lines logged since the last call, without the places of "D" lines. A line of the report has
+  // its stamp and values left out.
+  std::string logged() {
+    std::vector<std::string> lines;
+    std::istringstream log(world.log_lines());
+    for (std::string line; std::getline(log, line);) {
+      bool report = line.starts_with("I zop:diag:");
+      size_t reason = line.find("Exc=");
+      if (report) line = "report" + (reason != line.npos ? " " + line.substr(reason) : "");
+      lines.push_back(line);
+    }
+    world.log.clear();
+    return joined(lines, "\n");
+  }
+  static Function number(int (*get)(int*)) {
+    return [get](const Words&) {
+      int value = UNTOUCHED, result = get(&value);
+      return result_name(result) + shown(value);
+    };
+  }
+  static Function text(int (*get)(char*, unsigned)) {
+    return [get](const Words& words) {
+      std::string buffer(64, '#');
+      int result = get(buffer.data(), words.empty() ? 64 : number_of(words[0]));
+      size_t written = buffer.find_first_of(std::string("\0#", 2));
+      std::string end = buffer[written] == '#' ? " unterminated" : "";
+      return result_name(result) +
+             (written > 0 ? " " + in_quotes(buffer.substr(0, written)) + end : "");
+    };
+  }
+  static Function call(int (*function)()) {
+    return [function](const Words&) { return result_name(function()); };
+  }
+  // A command that prints nothing.
+  template <class Step>
+  static Function step(Step step) {
+    return [step](const Words& words) {
+      step(words);
+      return std::string();
+    };
+  }
+  // Of "cf 54 00 = 01 00": the request, and what follows it.
+  static std::pair<std::string, Bytes> request_and_rest(const Words& words) {
+    auto end = std::find(words.begin(), words.end(), "=");
+    std::string request = to_hex(bytes_of({words.begin(), end}));
+    return {request, end == words.end() ? Bytes{} : bytes_of({end + 1, words.end()})};
+  }
+  void answer(const Words& words, const std::string& header) {
+    auto [request, rest] = request_and_rest(words);
+    answers[request] = (header == "raw" ? "" : request.substr(0, 8) + header) + to_hex(rest);
+  }
+  std::string requests() {
+    std::vector<std::string> parts;
+    for (Bytes& payload : modem.payloads) {
+      size_t size = payload.size();
+      while (payload.size() > 8 && payload.back() == 0) payload.pop_back();
+      std::string zeros = size > payload.size() ? " @" + std::to_string(size) : "";
+      parts.push_back(to_hex(payload) + zeros);
+    }
+    modem.payloads.clear();
+    std::string text = joined(parts, ", ");
+    return "requests: " + (text.empty() ? "none" : text.substr(0, text.size() - 2));
+  }
+  // The module's file of this path is one of the session's.
+  std::string own(const std::string& path) {
+    std::string file = folder_ / path.substr(1);
+    world.missing.erase(path);
+    world.files[path] = file;
+    fs::create_directories(fs::path(file).parent_path());
+    return file;
+  }
+  void process(const Words& words) {
+    std::string stat = words[0] + " " + words[1] + " S";
+    for (int field = 4; field < 22; ++field) stat += " 0";
+    double ticks = std::stod(words[2]) * static_cast<double>(sysconf(_SC_CLK_TCK));
+    std::ofstream(own("/proc/" + words[0] + "/stat")) << stat << " " << uint64_t(ticks) << " 0\n";
+    own("/proc");
+  }
+  std::string state() const {
+    return std::string("module ") + (vurn_update_prl() == VURN_OK ? "open" : "closed") + ", port " +
+           (world.port_is_open() ? "open" : "closed") + ", listener " +
+           (THREAD_STATUS != 0 ? "on" : "off") + ", " + std::to_string(world.threads_made) +
+           " threads made";
+  }
+  // Some items of the report, as in a log string or as in syslog.
+  std::string report(const Words& labels, bool syslog) {
+    unsigned mask = std::exchange(gZOPModuleLogMask, unsigned{VURN_LOG_INFO});
+    std::string whole(8192, '\0'), chosen;
+    prv_zop_output_to_log_string(whole.data(), 8192, 1);
+    if (syslog) whole = std::regex_replace(world.log_text(), std::regex(","), "\n");
+    world.log.clear();
+    gZOPModuleLogMask = mask;
+    std::istringstream lines(whole.c_str());
+    for (std::string line; std::getline(lines, line);) {
+      std::string label = line.substr(0, line.find(syslog ? '=' : ':'));
+      bool wanted = std::any_of(labels.begin(), labels.end(),
+                                [&](auto& word) { return text_of(word) == label; });
+      if (wanted) chosen += (chosen.empty() ? "" : "\n") + shortened(line);
+    }
+    return chosen;
+  }
+  // A list with its repeated entries counted.
+  static std::string shortened(const std::string& line) {
+    std::istringstream in(line);
+    std::vector<std::string> entries{std::istream_iterator<std::string>(in), {}};
+    return line.size() < 150 ? line : joined(entries, " ");
+  }
+  // Writes into the record, at the value of an item or at a list.
+  static void set(const Words& words) {
+    zop_diag_info& d = gDiagInfo;
+    static const std::map<std::string, const void*> OTHERS = {
+        {"cells", d.screen.radio.wcdma.cells},   {"neighbors", d.screen.radio.gsm.neighbor_count},
+        {"best", d.screen.radio.gsm.best_count}, {"sim status", &d.sim_status},
+        {"lock status", &d.lock_status},         {"ring counts", d.ring_counts},
+        {"last ring", &d.last_ring_origin},      {"operator count", &d.oplmn_count},
+        {"asleep", &d.asleep_seconds},           {"everything", &d}};
+    auto other = OTHERS.find(text_of(words[0]));
+    const zop_log_item* item = gLogItems;
+    while (other == OTHERS.end() && item->label != text_of(words[0])) ++item;
+    const void* place = other != OTHERS.end() ? other->second : item->value;
+    Bytes bytes = bytes_of({words.begin() + 2, words.end()});
+    memcpy(const_cast<void*>(place), bytes.data(), bytes.size());
+  }
+  std::string content(const std::string& path) {
+    return fs::exists(own(path)) ? in_quotes(folder_.read(path.substr(1))) : "no file";
+  }
+  static std::string permissions(const std::string& file) {
+    std::ostringstream text;
+    text << std::oct << static_cast<int>(fs::status(file).permissions());
+    return text.str();
+  }
+  static void post(const std::string& name) {
+    static const std::map<std::string, DeferredEvent> EVENTS = {
+        {"exception", DEFERRED_EXCEPTION},
+        {"turned-off", DEFERRED_TURNED_OFF_FIELD_TESTING},
+        {"log-string", DEFERRED_LOG_STRING}};
+    prv_deferred_action_event(EVENTS.at(name));
+  }
+  std::string log_string(unsigned size) {
+    std::string text(size + 1, '#');
+    int result = vurn_get_log_string(text.data(), size);
+    text.resize(text.find_first_of(std::string("\0#", 2)));
+    return result_name(result) + (text.size() > 200 ? " a report" : " " + in_quotes(text));
+  }
+  static std::string event(const Words& words) {
+    NubiEvent event{name_or_null(words[0]), name_or_null(words[1])};
+    if (words.size() > 2) event.origin = std::stoi(words[2]);
+    if (words.size() > 3) event.error = std::stoi(words[3]);
+    return result_name(vurn_report_event(&event));
+  }
+  static std::string exception(unsigned code) {
+    static const char* names[] = {"no carrier", "dial failed", "timeout", "a",       "b",
+                                  "c",          "d",           "e",       "sim lost"};
+    return result_name(vurn_log_message(code, names));
+  }
+  // The network selection lists are read when the report wants them, or on demand.
+  std::string supplement(const Words& words) {
+    if (diag_status() == 0) diag_open(DEVICE);
+    gRefetchPlmns = !words.empty();
+    prv_get_supplement_data();
+    return requests() + std::to_string(gDiagInfo.oplmn_count) + " operators" +
+           (gRefetchPlmns ? ", to be read" : "");
+  }
+  // A list of this many operators, in blocks of 20.
+  void operators(uint8_t count) {
+    for (uint8_t block = 0; block < 11; ++block) {
+      std::string request = "cf 6b 00 " + to_hex(Bytes{static_cast<uint8_t>(block * 20 + 1)});
+      answers[request] = "cf 6b 00 00 00 " + to_hex(Bytes{count, 255});
+    }
+  }
+  void ready_after(Time time) {
+    world.on_sleep = [this, left = time](Time slept) mutable {
+      if ((left -= slept) <= Time{0}) answers["d2 00 00"] = "d2 00 00 00 00 00 02 01 03";
+    };
+  }
+  static std::string network_time(const Words&) {
+    time_t when = UNTOUCHED;
+    int offset = UNTOUCHED, result = vurn_get_module_time(&when, &offset);
+    return result_name(result) + shown(static_cast<int>(when)) + shown(offset);
+  }
+  void start_scenario(const std::string& name) {
+    simulated_ = std::make_unique<SimulatedFarEnd>(
+        sim::load_scenario(SCENARIOS "/" + name + ".toml"), world.now());
+    world.far_end = simulated_.get();
+  }
+  static std::string verify_pin(const Words& words) {
+    uint8_t pin[ZOP_PIN_SIZE] = {};
+    uint32_t refused = UNTOUCHED;
+    std::string digits = text_of(words[0]);
+    std::copy(digits.begin(), digits.end(), pin);
+    unsigned result = zop_simcard_verify(pin, static_cast<uint32_t>(digits.size()), &refused);
+    return std::to_string(result) + shown(static_cast<int>(refused));
+  }
+
+  TemporaryFolder folder_;
+  std::unique_ptr<SimulatedFarEnd> simulated_;
+  std::map<std::string, Function> commands_ = {
+      // What a host calls
+      {"open", call(vurn_open)},
+      {"close", [](auto&) { return result_name(vurn_close(0)); }},
+      {"close-and-join", [](auto&) { return result_name(vurn_close(1)); }},
+      {"rssi", number(vurn_get_rssi)},
+      {"roaming", number(vurn_get_roaming_status)},
+      {"mode", number(vurn_get_data_service_mode)},
+      {"bars", number(vurn_get_bars)},
+      {"mcc", number(vurn_get_mcc)},
+      {"mcc-to-null", [](auto&) { return result_name(vurn_get_mcc(nullptr)); }},
+      {"realm", text(vurn_get_realm)},
+      {"serial-number", text(vurn_get_radio_serial_number)},
+      {"iccid", text(vurn_get_radio_cert_param1)},
+      {"certificate-imsi", text(vurn_get_radio_cert_param2)},
+      {"imsi", text(vurn_get_imsi)},
+      {"phone-number", text(vurn_get_radio_phone_number)},
+      {"firmware", text(vurn_get_firmware_version)},
+      {"time", network_time},
+      {"event", event},
+      {"exception", [](auto& w) { return exception(number_of(w[0])); }},
+      {"log-string", [this](auto& w) { return log_string(number_of(w[0])); }},
+      {"enable-logging", [](auto& w) { return result_name(vurn_enable_logging(std::stoi(w[0]))); }},
+      {"call-test", [](auto& w) { return result_name(vurn_originate_call_test(std::stoi(w[0]))); }},
+      {"stop-call-test", call(vurn_stop_call_test)},
+      {"home-network", call(vurn_try_to_use_home_network)},
+      {"flags",
+       [](auto&) {
+         unsigned flags = 0;
+         std::string result = result_name(vurn_get_module_flags(&flags));
+         return result + " " + std::to_string(flags);
+       }},
+      {"log", step([](auto& w) { vurn_set_log_mask(mask_of(w)); })},
+      {"verify-pin", verify_pin},
+      {"listen", [](auto&) { return std::to_string(zop_debug_start(1)); }},
+      {"new-process", step([](auto&) { gDeferredThreadCreated = false; })},
+      {"zop-open", [](auto&) { return std::to_string(zop_open(DEVICE)); }},
+      {"zop-close", step([](auto&) { zop_close(); })},
+      {"post", step([](auto& w) { post(w[0]); })},
+      {"wan-data", step([](auto&) { prv_get_wan_data(); })},
+      {"uptime", step([](auto&) { prv_get_uptime(); })},
+      {"supplement", [this](auto& w) { return supplement(w); }},
+      {"state", [this](auto&) { return state(); }},
+      {"report", [this](auto& w) { return report(w, false); }},
+      {"syslog", [this](auto& w) { return report(w, true); }},
+      // The modem
+      {"answer", step([this](auto& w) { answer(w, " 00 00 "); })},
+      {"raw", step([this](auto& w) { answer(w, "raw"); })},
+      {"refuse", step([this](auto& w) { answer(w, " 01 00 "); })},
+      {"garble", step([this](auto& w) { answers[request_and_rest(w).first] = ""; })},
+      {"zeros", step([this](auto& w) { answers.erase(request_and_rest(w).first); })},
+      {"mute", step([this](auto&) { answers.clear(); })},
+      {"delay", step([this](auto& w) { modem.delay = time_of(w[0]); })},
+      {"unplug", step([this](auto&) { modem.unplugged = true; })},
+      {"plug", step([this](auto&) { modem.unplugged = false; })},
+      {"scenario", step([this](auto& w) { start_scenario(w[0]); })},
+      {"sim-ready-after", step([this](auto& w) { ready_after(time_of(w[0])); })},
+      {"operators", step([this](auto& w) { operators(static_cast<uint8_t>(number_of(w[0]))); })},
+      {"requests", [this](auto&) { return requests(); }},
+      {"forget", step([this](auto&) { modem.payloads.clear(); })},
+      {"set", step(set)},
+      // The system
+      {"advance", step([this](auto& w) { world.advance(time_of(w[0])); })},
+      {"time-zone", step([](auto& w) { setenv("TZ", w[0].c_str(), 1), tzset(); })},
+      {"clock-error", step([this](auto& w) { world.clock_error = std::stoi(w[0]); })},
+      {"thread-error", step([this](auto& w) { world.thread_error = std::stoi(w[0]); })},
+      {"no-memory", step([this](auto&) { world.malloc_failures = 1; })},
+      {"write-error", step([this](auto& w) { world.writes.push_back(Fail{std::stoi(w[0])}); })},
+      {"open-error", step([this](auto& w) { world.missing[w[0]] = std::stoi(w[1]); })},
+      {"file", step([this](auto& w) { std::ofstream(own(w[0])) << text_of(w[1]); })},
+      {"folder", step([this](auto& w) { fs::create_directories(own(w[0])); })},
+      {"full", step([this](auto& w) { fs::create_symlink("/dev/full", own(w[0])); })},
+      {"redirect", step([this](auto& w) { world.files[w[0]] = w[1]; })},
+      {"permissions", [this](auto& w) { return permissions(own(w[0])); }},
+      {"own", step([this](auto& w) { own(w[0]); })},
+      {"remove", step([this](auto& w) { fs::remove_all(own(w[0])); })},
+      {"cat", [this](auto& w) { return content(w[0]); }},
+      {"process", step([this](auto& w) { process(w); })},
+      {"ppp0", step([this](auto& w) {
+         world.ppp0_error = 0, world.ppp0_addresses = {w[0], w[1]};
+       })},
+      {"ppp0-error", step([this](auto& w) { world.ppp0_error = std::stoi(w[0]); })},
+      {"socket-error", step([this](auto& w) { world.socket_error = std::stoi(w[0]); })},
+  };
+};
+
+const bool REGISTERED =
+    register_transcripts(TRANSCRIPTS, [] { return std::make_unique<HostSession>(); });
+
+}  // namespace
