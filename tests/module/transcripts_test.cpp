@@ -300,7 +300,7 @@ class HostSession : public Session, ModuleWorld {
     if (diag_status() == 0) diag_open(DEVICE);
     gRefetchPlmns = !words.empty();
     prv_get_supplement_data();
-    return requests() + std::to_string(gDiagInfo.oplmn_count) + " operators" +
+    return requests() + ", " + std::to_string(gDiagInfo.oplmn_count) + " operators" +
            (gRefetchPlmns ? ", to be read" : "");
   }
   // A list of this many operators, in blocks of 20.
