@@ -18,7 +18,7 @@ static void run(const Command& command, const Bytes& wire) {
   for (int i = 0; i < 8; ++i) modem.answers.push_back({{wire}});
   diag_open("/dev/tts/USB1");
   auto out = std::make_unique<Outputs>();
-  out->size = sizeof out->bytes;
+  out->clear();
   command.run(*out);
   diag_close();
   require(SIO_USED_LOCK == 0);  // no claim is left

@@ -35,8 +35,7 @@ static Outcome outcome(unsigned result, std::string output) {
 static Call command_call(const Command& command) {
   auto make = [&command] {
     Outputs out;
-    memset(static_cast<void*>(&out), 0xEE, sizeof out);
-    out.size = sizeof out.bytes;
+    out.clear();
     unsigned result = command.run(out);
     return outcome(result, bytes_of(out));
   };
@@ -56,7 +55,7 @@ static std::vector<Call> other_commands() {
   return {
       {"zop_open", Call::CLOSED_LINK, [] { return outcome(zop_open(DEVICE), ""); }},
       {"zop_send_sms", Call::LINK, [] { return outcome(zop_send_sms("+15550100", "hello"), ""); }},
-      {"zop_set_backup step 3", Call::LINK, [] { return outcome(zop_set_backup(3), ""); }},
+      {"zop_set_backup 3", Call::LINK, [] { return outcome(zop_set_backup(3), ""); }},
       {"zop_debug_start", Call::LINK, listen_for_a_while, true},
   };
 }

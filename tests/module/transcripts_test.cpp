@@ -12,6 +12,7 @@
 #include "report/supplement.h"
 #include "report/wan_data.h"
 #include "simulator/scenario/scenario.h"
+#include "tests/commands/every_command.h"
 #include "tests/module/host_event.h"
 #include "tests/module/module_world.h"
 #include "tests/support/simulated_far_end.h"
@@ -46,10 +47,6 @@ static std::string result_name(int result) {
   return NAMES.at(result);
 }
 
-static unsigned number_of(const std::string& word) {
-  return static_cast<unsigned>(std::stoul(word));
-}
-
 enum { UNTOUCHED = 4711 };
 
 static std::string shown(int value) {
@@ -72,29 +69,6 @@ static unsigned mask_of(const Words& names) {
   unsigned mask = 0;
   for (const std::string& name : names) mask |= BITS.at(name);
   return mask;
-}
-
-// Hex bytes, also repeated (ff*20), texts, little-endian numbers (16:-5 or 32:300), and @90 for
-// zeros up to 90 bytes.
-static Bytes bytes_of(std::span<const std::string> words) {
-  Bytes bytes;
-  for (const std::string& word : words) {
-    size_t colon = word.find(':');
-    if (word[0] == '"') {
-      bytes.insert(bytes.end(), word.begin() + 1, word.end());
-    } else if (word[0] == '@') {
-      bytes.resize(std::stoul(word.substr(1)));
-    } else if (colon != word.npos) {
-      int64_t value = std::stoll(word.substr(colon + 1));
-      for (int bits = std::stoi(word); bits > 0; bits -= 8, value >>= 8) {
-        bytes.push_back(static_cast<uint8_t>(value));
-      }
-    } else {
-      size_t count = word[2] == '*' ? std::stoul(word.substr(3)) : 1;
-      bytes.insert(bytes.end(), count, hex(word.substr(0, 2)).at(0));
-    }
-  }
-  return bytes;
 }
 
 // A text in quotes, without control characters.
@@ -129,7 +103,8 @@ class HostSession : public Session, ModuleWorld {
   std::string run(const Words& command) override {
     Words words(command.begin() + 1, command.end());
     Time before = world.now();
-    std::string printed = commands_.at(command[0])(words);
+    auto known = commands_.find(command[0]);
+    std::string printed = known != commands_.end() ? known->second(words) : library(command);
     if (!printed.empty()) printed += "\n";
     Time took = world.now() - before;
     auto ms = took / 1ms;
@@ -193,11 +168,8 @@ class HostSession : public Session, ModuleWorld {
   }
   std::string requests() {
     std::vector<std::string> parts;
-    for (Bytes& payload : modem.payloads) {
-      size_t size = payload.size();
-      while (payload.size() > 8 && payload.back() == 0) payload.pop_back();
-      std::string zeros = size > payload.size() ? " @" + std::to_string(size) : "";
-      parts.push_back(to_hex(payload) + zeros);
+    for (const Bytes& payload : modem.payloads) {
+      parts.push_back(short_hex(payload));
     }
     modem.payloads.clear();
     std::string text = joined(parts, ", ");
@@ -325,13 +297,55 @@ class HostSession : public Session, ModuleWorld {
         sim::load_scenario(SCENARIOS "/" + name + ".toml"), world.now());
     world.far_end = simulated_.get();
   }
-  static std::string verify_pin(const Words& words) {
-    uint8_t pin[ZOP_PIN_SIZE] = {};
-    uint32_t refused = UNTOUCHED;
-    std::string digits = text_of(words[0]);
-    std::copy(digits.begin(), digits.end(), pin);
-    unsigned result = zop_simcard_verify(pin, static_cast<uint32_t>(digits.size()), &refused);
-    return std::to_string(result) + shown(static_cast<int>(refused));
+  // A command of the library: its result, its outputs, and what it prints itself.
+  static std::string library(const Words& command) {
+    static const std::map<unsigned, std::string> NAMES = {
+        {ZOP_SUCCESS, "ok"},
+        {ZOP_ERR_NOT_OPEN, "not open"},
+        {ZOP_ERR_NO_RESPONSE, "no response"},
+        {ZOP_ERR_BUFFER_TOO_SMALL, "buffer too small"},
+        {ZOP_ERR_BAD_RESPONSE, "bad response"},
+        {ZOP_ERR_PIN_TOO_LONG, "PIN too long"},
+        {ZOP_ERR_INVALID_ARGUMENT, "invalid argument"},
+        {ZOP_ERR_MODEM_FAILURE, "modem failure"},
+        {ZOP_ERR_HOME_NETWORK_REFUSED, "home network refused"},
+    };
+    Outputs out;
+    out.clear();
+    testing::internal::CaptureStdout();
+    unsigned result = call_command(command, out);
+    fflush(stdout);
+    std::string printed = testing::internal::GetCapturedStdout();
+    std::string outputs = out.text();
+    bool sized = out.size != sizeof out.bytes;
+    return NAMES.at(result) + (outputs.empty() ? "" : ": " + outputs) +
+           (sized ? ", size " + std::to_string(out.size) : "") +
+           (printed.empty() ? "" : "\n" + printed.substr(0, printed.size() - 1));
+  }
+  static std::string bands() {
+    std::string accepted = "accepted:";
+    for (uint32_t band = 0; band < 256; ++band) {
+      if (zop_set_band(band) == ZOP_SUCCESS) accepted += " " + std::to_string(band);
+    }
+    return accepted;
+  }
+  // The bars at each RSSI of GSM, or at one of WCDMA for each Ec/Io of an active cell.
+  std::string bars_at(const Words& words) {
+    bool gsm = words[0] == "gsm";
+    std::string all;
+    for (size_t i = gsm ? 1 : 2; i < words.size(); ++i) {
+      std::string cell = words[i] == "none" || gsm ? "" : " @124 16:0 16:100 16:" + words[i];
+      std::string screen = " 32:" + words[gsm ? i : 1] + cell + " @350";
+      answers["cf 34 00"] = to_hex(
+          bytes_of_line("cf 34 00 01 00 " + std::string(gsm ? "03" : "05") + " @95" + screen));
+      int32_t bars = UNTOUCHED;
+      testing::internal::CaptureStdout();
+      zop_get_bars(&bars);
+      fflush(stdout);
+      testing::internal::GetCapturedStdout();
+      all += all.empty() ? std::to_string(bars) : shown(bars);
+    }
+    return all;
   }
 
   TemporaryFolder folder_;
@@ -369,7 +383,6 @@ class HostSession : public Session, ModuleWorld {
          return result + " " + std::to_string(flags);
        }},
       {"log", step([](auto& w) { vurn_set_log_mask(mask_of(w)); })},
-      {"verify-pin", verify_pin},
       {"listen", [](auto&) { return std::to_string(zop_debug_start(1)); }},
       {"new-process", step([](auto&) { gDeferredThreadCreated = false; })},
       {"zop-open", [](auto&) { return std::to_string(zop_open(DEVICE)); }},
@@ -381,6 +394,8 @@ class HostSession : public Session, ModuleWorld {
       {"state", [this](auto&) { return state(); }},
       {"report", [this](auto& w) { return report(w, false); }},
       {"syslog", [this](auto& w) { return report(w, true); }},
+      {"bands", [](auto&) { return bands(); }},
+      {"bars-at", [this](auto& w) { return bars_at(w); }},
       // The modem
       {"answer", step([this](auto& w) { answer(w, " 00 00 "); })},
       {"raw", step([this](auto& w) { answer(w, "raw"); })},
@@ -388,6 +403,7 @@ class HostSession : public Session, ModuleWorld {
       {"garble", step([this](auto& w) { answers[request_and_rest(w).first] = ""; })},
       {"zeros", step([this](auto& w) { answers.erase(request_and_rest(w).first); })},
       {"mute", step([this](auto&) { answers.clear(); })},
+      {"next", step([this](auto& w) { next_answers.push_back(bytes_of(w)); })},
       {"delay", step([this](auto& w) { modem.delay = time_of(w[0]); })},
       {"unplug", step([this](auto&) { modem.unplugged = true; })},
       {"plug", step([this](auto&) { modem.unplugged = false; })},

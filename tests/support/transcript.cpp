@@ -20,50 +20,11 @@ struct Section {
 };
 }  // namespace
 
-std::string text_of(const std::string& word) {
-  return word.starts_with('"') ? word.substr(1) : word;
-}
-
 static Lines lines_of(const std::string& path) {
   std::ifstream file(path);
   Lines lines;
   for (std::string line; std::getline(file, line);) lines.push_back(line);
   return lines;
-}
-
-static char escaped(std::istream& in) {
-  int c = in.get();
-  if (c == 'x') {
-    std::string digits = {static_cast<char>(in.get()), static_cast<char>(in.get())};
-    return static_cast<char>(std::stoi(digits, nullptr, 16));
-  }
-  return c == 'n' ? '\n' : c == '0' ? '\0' : static_cast<char>(c);
-}
-
-static std::string quoted_word(std::istream& in) {
-  std::string word = "\"";
-  for (char c; in.get(c) && c != '"';) word += c == '\\' ? escaped(in) : c;
-  return word;
-}
-
-// The commands of a line, which semicolons separate.
-static std::vector<Words> commands_of(const std::string& line) {
-  std::istringstream in(line);
-  std::vector<Words> commands(1);
-  while (in >> std::ws && in.peek() != EOF) {
-    std::string word;
-    if (in.peek() == '"') {
-      in.get();
-      word = quoted_word(in);
-    } else {
-      in >> word;
-    }
-    if (word == ";")
-      commands.emplace_back();
-    else
-      commands.back().push_back(word);
-  }
-  return commands;
 }
 
 // Runs the commands, and returns the lines with what they print now.
@@ -73,7 +34,7 @@ static Lines replayed(Session& session, const Lines& lines) {
     bool is_command = line.starts_with("> ");
     if (is_command || line.empty() || line[0] == '#') result.push_back(line);
     if (!is_command) continue;
-    for (const Words& command : commands_of(line.substr(2))) {
+    for (const Words& command : word_groups(line.substr(2), ";")) {
       std::istringstream printed(session.run(command));
       for (std::string text; std::getline(printed, text);) result.push_back(text);
     }

@@ -7,8 +7,8 @@
 //   ok
 //
 // A heading starts a test case, which has a session of its own; what stands before the first one
-// runs at the start of each case. The words of a command may be texts in quotes, with the escapes
-// of C. ZOP_REBUILD_GOLDEN=1 rewrites what the commands print: review the difference.
+// runs at the start of each case. ZOP_REBUILD_GOLDEN=1 rewrites what the commands print: review the
+// difference.
 #pragma once
 
 #include <functional>
@@ -16,9 +16,9 @@
 #include <string>
 #include <vector>
 
-namespace test {
+#include "tests/support/words.h"
 
-using Words = std::vector<std::string>;  // a text keeps its first quote, so that it can be told
+namespace test {
 
 class Session {
  public:
@@ -30,7 +30,5 @@ using NewSession = std::function<std::unique_ptr<Session>()>;
 
 // Registers each case of each file of a folder; true, for a variable that does so at start.
 bool register_transcripts(const std::string& folder, NewSession new_session);
-
-std::string text_of(const std::string& word);  // without its quote, if it has one
 
 }  // namespace test
