@@ -15,6 +15,7 @@
 #include "tests/commands/every_command.h"
 #include "tests/module/host_event.h"
 #include "tests/module/module_world.h"
+#include "tests/report/report_views.h"
 #include "tests/support/simulated_far_end.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/transcript.h"
@@ -71,27 +72,10 @@ static unsigned mask_of(const Words& names) {
   return mask;
 }
 
-// A text in quotes, without control characters.
-static std::string in_quotes(const std::string& text) {
-  std::string shown = "\"";
-  for (char c : text) shown += c == '\n' ? "\\n" : std::string(1, c);
-  return shown + "\"";
-}
-
 static Time time_of(const std::string& text) {
   auto number = std::stod(text);
   return std::chrono::nanoseconds(
       static_cast<int64_t>(number * (text.ends_with("ms") ? 1e6 : 1e9)));
-}
-
-// The same one after the other is counted.
-static std::string joined(const std::vector<std::string>& parts, const std::string& end) {
-  std::string text;
-  for (size_t i = 0, next = 0; i < parts.size(); i = next) {
-    while (next < parts.size() && parts[next] == parts[i]) ++next;
-    text += (next - i > 1 ? std::to_string(next - i) + " x " : "") + parts[i] + end;
-  }
-  return text;
 }
 
 namespace {
@@ -115,16 +99,29 @@ class HostSession : public Session, ModuleWorld {
  private:
   using Function = std::function<std::string(const Words&)>;
 
-  // The lines logged since the last call, without the places of "D" lines. A line of the report has
-  // its stamp and values left out.
+  // A line of the report in short, or whole with its stamp as a number.
+  std::string report_line(const std::string& line) {
+    size_t begin = line.find("t="), end = line.find(',', begin), reason = line.find("Exc=");
+    if (!whole_reports_) return "report" + (reason != line.npos ? " " + line.substr(reason) : "");
+    std::string stamp = line.substr(begin, end - begin);
+    auto known = std::find(stamps_.begin(), stamps_.end(), stamp);
+    auto number = known - stamps_.begin() + 1;
+    if (known == stamps_.end()) stamps_.push_back(stamp);
+    return line.substr(0, begin) + "t=STAMP" + std::to_string(number) + line.substr(end);
+  }
+  // The lines logged since the last call, with the source alone of the place of "D" lines, and with
+  // the priority if it is not that of the line's letter.
   std::string logged() {
+    static const std::regex place(" \\(\\w+:(\\w+):\\d+\\)$");
+    static const std::map<char, int> PRIORITIES = {{'E', 3}, {'W', 4}, {'I', 5}, {'D', 7}};
     std::vector<std::string> lines;
-    std::istringstream log(world.log_lines());
-    for (std::string line; std::getline(log, line);) {
-      bool report = line.starts_with("I zop:diag:");
-      size_t reason = line.find("Exc=");
-      if (report) line = "report" + (reason != line.npos ? " " + line.substr(reason) : "");
-      lines.push_back(line);
+    for (const LogLine& line : world.log) {
+      bool is_report = line.text.starts_with("I zop:diag:");
+      lines.push_back(is_report ? report_line(line.text)
+                                : std::regex_replace(line.text, place, " ($1)"));
+      if (line.priority != PRIORITIES.at(line.text[0])) {
+        lines.back() += " with priority " + std::to_string(line.priority);
+      }
     }
     world.log.clear();
     return joined(lines, "\n");
@@ -196,45 +193,6 @@ class HostSession : public Session, ModuleWorld {
            (THREAD_STATUS != 0 ? "on" : "off") + ", " + std::to_string(world.threads_made) +
            " threads made";
   }
-  // Some items of the report, as in a log string or as in syslog.
-  std::string report(const Words& labels, bool syslog) {
-    unsigned mask = std::exchange(gZOPModuleLogMask, unsigned{VURN_LOG_INFO});
-    std::string whole(8192, '\0'), chosen;
-    prv_zop_output_to_log_string(whole.data(), 8192, 1);
-    if (syslog) whole = std::regex_replace(world.log_text(), std::regex(","), "\n");
-    world.log.clear();
-    gZOPModuleLogMask = mask;
-    std::istringstream lines(whole.c_str());
-    for (std::string line; std::getline(lines, line);) {
-      std::string label = line.substr(0, line.find(syslog ? '=' : ':'));
-      bool wanted = std::any_of(labels.begin(), labels.end(),
-                                [&](auto& word) { return text_of(word) == label; });
-      if (wanted) chosen += (chosen.empty() ? "" : "\n") + shortened(line);
-    }
-    return chosen;
-  }
-  // A list with its repeated entries counted.
-  static std::string shortened(const std::string& line) {
-    std::istringstream in(line);
-    std::vector<std::string> entries{std::istream_iterator<std::string>(in), {}};
-    return line.size() < 150 ? line : joined(entries, " ");
-  }
-  // Writes into the record, at the value of an item or at a list.
-  static void set(const Words& words) {
-    zop_diag_info& d = gDiagInfo;
-    static const std::map<std::string, const void*> OTHERS = {
-        {"cells", d.screen.radio.wcdma.cells},   {"neighbors", d.screen.radio.gsm.neighbor_count},
-        {"best", d.screen.radio.gsm.best_count}, {"sim status", &d.sim_status},
-        {"lock status", &d.lock_status},         {"ring counts", d.ring_counts},
-        {"last ring", &d.last_ring_origin},      {"operator count", &d.oplmn_count},
-        {"asleep", &d.asleep_seconds},           {"everything", &d}};
-    auto other = OTHERS.find(text_of(words[0]));
-    const zop_log_item* item = gLogItems;
-    while (other == OTHERS.end() && item->label != text_of(words[0])) ++item;
-    const void* place = other != OTHERS.end() ? other->second : item->value;
-    Bytes bytes = bytes_of({words.begin() + 2, words.end()});
-    memcpy(const_cast<void*>(place), bytes.data(), bytes.size());
-  }
   std::string content(const std::string& path) {
     return fs::exists(own(path)) ? in_quotes(folder_.read(path.substr(1))) : "no file";
   }
@@ -263,8 +221,8 @@ class HostSession : public Session, ModuleWorld {
     return result_name(vurn_report_event(&event));
   }
   static std::string exception(unsigned code) {
-    static const char* names[] = {"no carrier", "dial failed", "timeout", "a",       "b",
-                                  "c",          "d",           "e",       "sim lost"};
+    static const char* names[] = {"no carrier", "dial failed", "timeout", "a",           "b",
+                                  "c",          "d",           "e",       "sim, lost: 8"};
     return result_name(vurn_log_message(code, names));
   }
   // The network selection lists are read when the report wants them, or on demand.
@@ -348,6 +306,8 @@ class HostSession : public Session, ModuleWorld {
     return all;
   }
 
+  bool whole_reports_ = false;
+  std::vector<std::string> stamps_;  // of reports
   TemporaryFolder folder_;
   std::unique_ptr<SimulatedFarEnd> simulated_;
   std::map<std::string, Function> commands_ = {
@@ -392,10 +352,21 @@ class HostSession : public Session, ModuleWorld {
       {"uptime", step([](auto&) { prv_get_uptime(); })},
       {"supplement", [this](auto& w) { return supplement(w); }},
       {"state", [this](auto&) { return state(); }},
-      {"report", [this](auto& w) { return report(w, false); }},
-      {"syslog", [this](auto& w) { return report(w, true); }},
+      {"report", [this](auto& w) { return report_items(world, w, false); }},
+      {"syslog", [this](auto& w) { return report_items(world, w, true); }},
       {"bands", [](auto&) { return bands(); }},
       {"bars-at", [this](auto& w) { return bars_at(w); }},
+      {"render", [](auto& w) { return render(number_of(w[0])); }},
+      {"whole-reports", step([this](auto&) { whole_reports_ = true; })},
+      {"whole-log-string",
+       [](auto&) {
+         std::string text(8192, '\0');
+         vurn_get_log_string(text.data(), 8192);
+         text.resize(strlen(text.c_str()) - 1);
+         return text;
+       }},
+      {"names", code_names},
+      {"plans", [](auto& w) { return plans(static_cast<DeferredState>(number_of(w[0]))); }},
       // The modem
       {"answer", step([this](auto& w) { answer(w, " 00 00 "); })},
       {"raw", step([this](auto& w) { answer(w, "raw"); })},
@@ -412,7 +383,7 @@ class HostSession : public Session, ModuleWorld {
       {"operators", step([this](auto& w) { operators(static_cast<uint8_t>(number_of(w[0]))); })},
       {"requests", [this](auto&) { return requests(); }},
       {"forget", step([this](auto&) { modem.payloads.clear(); })},
-      {"set", step(set)},
+      {"set", step(set_record)},
       // The system
       {"advance", step([this](auto& w) { world.advance(time_of(w[0])); })},
       {"time-zone", step([](auto& w) { setenv("TZ", w[0].c_str(), 1), tzset(); })},

@@ -100,4 +100,19 @@ std::string short_hex(std::span<const uint8_t> bytes) {
   return text.str();
 }
 
+std::string in_quotes(const std::string& text) {
+  std::string shown = "\"";
+  for (char c : text) shown += c == '\n' ? "\\n" : std::string(1, c);
+  return shown + "\"";
+}
+
+std::string joined(const std::vector<std::string>& parts, const std::string& end) {
+  std::string text;
+  for (size_t i = 0, next = 0; i < parts.size(); i = next) {
+    while (next < parts.size() && parts[next] == parts[i]) ++next;
+    text += (next - i > 1 ? std::to_string(next - i) + " x " : "") + parts[i] + end;
+  }
+  return text;
+}
+
 }  // namespace test

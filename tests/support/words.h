@@ -24,4 +24,10 @@ std::vector<uint8_t> bytes_of_line(const std::string& line);
 // As hexadecimal bytes, with long runs of the same one counted.
 std::string short_hex(std::span<const uint8_t> bytes);
 
+// Without control characters.
+std::string in_quotes(const std::string& text);
+
+// Each part with the end; repeated ones are counted.
+std::string joined(const std::vector<std::string>& parts, const std::string& end);
+
 }  // namespace test
