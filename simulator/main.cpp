@@ -31,9 +31,24 @@ Examples:
   zop-modem-sim --fault bad-crc:chance=0.05 --seed 7
   zop-modem-sim --replay field.pcapng           a modem that answers from a capture
 
-Faults: silence, delay=MS, bad-crc, cut=BYTES, pieces=BYTES, wrong-echo=OFFSET, extra=BYTES,
-hang-up=BYTES, duplicate, error=CODE, status=CODE, flip=BIT; each may be followed by
-:request=NAME,skip=N,count=N,chance=P.)";
+Faults, each of one answer:
+  silence            it does not come
+  delay=MS           it comes late, from byte BYTE on with :at=BYTE
+  cut=BYTES          it ends after so many bytes of its frame
+  pieces=BYTES       it comes in pieces of so many bytes, 10 ms apart
+  bad-crc            its check bytes are wrong
+  flip=BIT           a bit of its frame is wrong, counted from byte BYTE with :at=BYTE
+  insert=VALUE       its frame has one byte more, in front of byte BYTE with :at=BYTE
+  lose=BYTE          a byte of its frame is missing
+  extra=BYTES        so many bytes of noise come first
+  duplicate=MS       it comes again so much later; with 0, both come in one piece
+  wrong-echo=OFFSET  a byte of its header is wrong
+  status=CODE        it has this command status
+  error=CODE         the modem refuses: 19, 20, 21, 24, 66 or 71, then the request
+  other=SUBCOMMAND   it is the answer to another vendor request
+  hang-up=BYTES      the device goes away after so many bytes, and returns with :back=MS
+Any may be followed by :request=NAME,skip=N,count=N,chance=P: the requests it hits, how many of them
+it first leaves alone and how many it then hits, and how likely it hits one.)";
 
 namespace {
 struct Options {

@@ -10,13 +10,10 @@ namespace sim {
 
 using namespace std::chrono_literals;
 
-constexpr Time PIECE_GAP = 10ms;
 constexpr Time RESTART_DELAY = 200ms;
 constexpr Time BOOT_TIME = 6s;
 constexpr Time MODE_CHANGE_TIME = 2s;  // into the boot ROM, or into a programmer
 constexpr uint8_t FLAG = 0x7E;
-constexpr size_t STATUS_OFFSET = 3;
-constexpr uint8_t NOISE = 0x55;
 
 // cppcheck-suppress passedByValue ; it is moved from, part by part
 Modem::Modem(Scenario scenario, unsigned seed, Trace trace)
@@ -123,56 +120,21 @@ void Modem::start_in(Mode mode) {
   mode_ = mode;
 }
 
-static Bytes first_bytes(const Bytes& bytes, int count) {
-  auto size = std::min<ptrdiff_t>(count, static_cast<ptrdiff_t>(bytes.size()));
-  return {bytes.begin(), bytes.begin() + size};
+void Modem::send_damaged(const Fault& fault, Bytes payload, Time now) {
+  if (fault.kind == FaultKind::OTHER) {
+    uint8_t request[] = {VENDOR, static_cast<uint8_t>(fault.value), 0};
+    payload = answer_to({model_, request, now}).content;
+  }
+  std::vector<Output> outputs = damaged(fault, std::move(payload), free_at(now));
+  for (Output& output : outputs) put(std::move(output));
 }
 
-void Modem::send_damaged(const Fault& fault, Bytes payload, Time now) {
-  Bytes wire = frame(payload);
-  auto value = static_cast<size_t>(fault.value);
-  switch (fault.kind) {
-    case FaultKind::SILENCE:
-      return;
-    case FaultKind::DELAY:
-      return send(wire, now + std::chrono::milliseconds(fault.value));
-    case FaultKind::BAD_CRC:
-      wire[wire.size() - 2] ^= 0x01;
-      return send(wire, now);
-    case FaultKind::CUT:
-      return send(first_bytes(wire, fault.value), now);
-    case FaultKind::PIECES: {
-      Time at = now;
-      for (size_t i = 0; i < wire.size(); i += value, at += PIECE_GAP) {
-        send({wire.begin() + static_cast<ptrdiff_t>(i),
-              wire.begin() + static_cast<ptrdiff_t>(std::min(i + value, wire.size()))},
-             at);
-      }
-      return;
-    }
-    case FaultKind::WRONG_ECHO:
-      if (value < payload.size()) payload[value] ^= 0x10;
-      return send(frame(payload), now);
-    case FaultKind::EXTRA:
-      wire.insert(wire.begin(), value, NOISE);
-      return send(wire, now);
-    case FaultKind::HANG_UP:
-      if (value > 0) send(first_bytes(wire, fault.value), now);
-      return put({now, Output::HANGS_UP, {}});
-    case FaultKind::DUPLICATE:
-      send(wire, now);
-      return send(wire, now);
-    case FaultKind::ERROR:
-      return;  // refused before any work was done
-    case FaultKind::STATUS:
-      if (payload.size() <= STATUS_OFFSET + 1) payload.resize(STATUS_OFFSET + 2);
-      payload[STATUS_OFFSET] = static_cast<uint8_t>(fault.value);
-      payload[STATUS_OFFSET + 1] = static_cast<uint8_t>(fault.value >> 8);
-      return send(frame(payload), now);
-    case FaultKind::FLIP:
-      wire[value / 8 % wire.size()] ^= static_cast<uint8_t>(1 << value % 8);
-      return send(wire, now);
+// When all earlier answers are on the line: a late one keeps the next ones back.
+Time Modem::free_at(Time now) const {
+  for (const Output& output : output_) {
+    if (output.kind == Output::SENDS) now = std::max(now, output.at);
   }
+  return now;
 }
 
 void Modem::put(Output output) {

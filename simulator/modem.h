@@ -7,19 +7,12 @@
 #include <optional>
 
 #include "simulator/download/download_mode.h"
+#include "simulator/damage.h"
 #include "simulator/line/frame.h"
 #include "simulator/scenario/faults.h"
 #include "simulator/scenario/scenario.h"
 
 namespace sim {
-
-// What the modem does on the line.
-struct Output {
-  enum Kind { SENDS, HANGS_UP, COMES_BACK };
-  Time at;
-  Kind kind;
-  Bytes bytes;
-};
 
 class Modem {
  public:
@@ -46,7 +39,8 @@ class Modem {
 
  private:
   void answer(View request, Time now);
-  void send(const Bytes& wire, Time at) { put({at, Output::SENDS, wire}); }
+  void send(const Bytes& wire, Time now) { put({free_at(now), Output::SENDS, wire}); }
+  Time free_at(Time now) const;
   void put(Output output);
   void answer_download(View packet, Time now);
   void restart(Time now, Mode next);

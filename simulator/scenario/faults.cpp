@@ -19,12 +19,21 @@ struct KindRow {
 }  // namespace
 
 static const KindRow KINDS[] = {
-    {"silence", FaultKind::SILENCE, 0, 0, 0},     {"delay", FaultKind::DELAY, 1, 3'600'000, 1000},
-    {"bad-crc", FaultKind::BAD_CRC, 0, 0, 0},     {"cut", FaultKind::CUT, 0, 4096, 1},
-    {"pieces", FaultKind::PIECES, 1, 4096, 1},    {"wrong-echo", FaultKind::WRONG_ECHO, 0, 2, 0},
-    {"extra", FaultKind::EXTRA, 1, 4096, 1},      {"hang-up", FaultKind::HANG_UP, 0, 4096, 0},
-    {"duplicate", FaultKind::DUPLICATE, 0, 0, 0}, {"error", FaultKind::ERROR, 1, 255, BAD_COMMAND},
-    {"status", FaultKind::STATUS, 0, 0xFFFF, 1},  {"flip", FaultKind::FLIP, 0, 8 * 4096, 0},
+    {"silence", FaultKind::SILENCE, 0, 0, 0},
+    {"delay", FaultKind::DELAY, 1, 3'600'000, 1000},
+    {"bad-crc", FaultKind::BAD_CRC, 0, 0, 0},
+    {"cut", FaultKind::CUT, 0, 4096, 1},
+    {"pieces", FaultKind::PIECES, 1, 4096, 1},
+    {"wrong-echo", FaultKind::WRONG_ECHO, 0, 2, 0},
+    {"extra", FaultKind::EXTRA, 1, 4096, 1},
+    {"insert", FaultKind::INSERT, 0, 255, 0},
+    {"lose", FaultKind::LOSE, 0, 4096, 0},
+    {"hang-up", FaultKind::HANG_UP, 0, 4096, 0},
+    {"duplicate", FaultKind::DUPLICATE, 0, 3'600'000, 0},
+    {"other", FaultKind::OTHER, 0, 255, '/'},  // the RAC
+    {"error", FaultKind::ERROR, 1, 255, BAD_COMMAND},
+    {"status", FaultKind::STATUS, 0, 0xFFFF, 1},
+    {"flip", FaultKind::FLIP, 0, 8 * 4096, 0},
 };
 
 const char* fault_name(FaultKind kind) {
@@ -59,24 +68,33 @@ static void set_kind(Fault& fault, const std::string& text) {
   }
 }
 
+namespace {
+struct CountRow {
+  const char* name;
+  int Fault::*member;
+};
+}  // namespace
+
+static const CountRow COUNTS[] = {
+    {"at", &Fault::at}, {"back", &Fault::back}, {"skip", &Fault::skip}, {"count", &Fault::count}};
+
 static void set_option(Fault& fault, const std::string& option) {
   size_t equals = option.find('=');
   std::string key = option.substr(0, equals);
   std::string value = equals == std::string::npos ? "" : option.substr(equals + 1);
+  auto count = std::ranges::find(COUNTS, key, &CountRow::name);
   if (key == "request") {
     if (find_request_named(value) == nullptr && !is_packet_name(value)) {
       throw std::invalid_argument("unknown request \"" + value + "\"");
     }
     fault.request = value;
-  } else if (key == "skip") {
-    fault.skip = number<int>(value, key);
-  } else if (key == "count") {
-    fault.count = number<int>(value, key);
+  } else if (count != std::end(COUNTS)) {
+    fault.*count->member = number<int>(value, key);
   } else if (key == "chance") {
     fault.chance = number<double>(value, key);
   } else {
     throw std::invalid_argument("unknown option \"" + key +
-                                "\"; it is one of request, skip, count, chance");
+                                "\"; it is one of request, at, back, skip, count, chance");
   }
 }
 
@@ -90,8 +108,10 @@ Fault parse_fault(const std::string& text) {
     set_option(fault, text.substr(colon + 1, length));
     colon = end;
   }
-  bool good = fault.skip >= 0 && fault.count >= -1 && fault.chance >= 0 && fault.chance <= 1;
-  if (!good) throw std::invalid_argument("skip and count can't be negative, chance is 0 to 1");
+  bool good = fault.skip >= 0 && fault.count >= -1 && fault.at >= 0 && fault.back >= -1 &&
+              fault.chance >= 0 && fault.chance <= 1;
+  if (!good)
+    throw std::invalid_argument("at, back, skip and count can't be negative, chance is 0 to 1");
   return fault;
 }
 

@@ -282,7 +282,7 @@ TEST_F(Download, faults_of_single_steps) {
       {"silence:request=stream_write", -1, "", 9},  // one per write
       {"bad-crc:request=stream_write,skip=1,count=2", -1, "", 2},
       {"wrong-echo=2:request=stream_write,skip=3,count=1", -1, "", 1},  // another address
-      {"delay=4500:request=stream_write,count=1", -1, "", 1},
+      {"delay=4500:request=stream_write,count=1", -1, "", 9},  // each finds the reply before
       {"hang-up=4:request=stream_write,skip=3", 1, "STAGE3: Err-Writing\n", 0},
       {"wrong-echo=1:request=stream_open,count=19", -1, "", 0},  // refused
       {"wrong-echo=1:request=stream_open", 1, "STAGE3: Err-Writing\n", 0},

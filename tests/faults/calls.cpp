@@ -156,29 +156,4 @@ const std::vector<Call>& every_call() {
   return list;
 }
 
-const std::vector<Silent>& silent_functions() {
-  static const std::vector<Silent> list = {
-      {"vurn_close", "sends nothing; abandons a running exchange of the listener"},
-      {"vurn_get_module_flags", "a constant"},
-      {"vurn_set_log_mask", "sets a word"},
-      {"vurn_try_to_use_home_network", "does nothing"},
-      {"vurn_update_prl", "returns whether the module is open"},
-      {"vurn_report_event", "counts and logs"},
-      {"zop_close", "closes the port"},
-      {"zop_debug_stop", "sends nothing; abandons a running exchange of the listener"},
-      {"zop_check_buffer_size", "compares two numbers"},
-      {"zop_get_tq2_version", "a constant"},
-      {"zop_download_firmware", "a constant"},
-      {"zop_download_firmware_status", "a constant"},
-      {"zop_download_firmware_end", "a constant"},
-      {"zop_send", "part of every zop_ row"},
-      {"modem_set_config", "reads image files"},
-      {"modem_diag_process", "download_tests covers it"},
-      {"modem_dload_process", "download_tests covers it"},
-      {"modem_dload_end_process", "download_tests covers it"},
-      {"mem_dump_process", "download_tests covers it"},
-  };
-  return list;
-}
-
 }  // namespace test

@@ -31,11 +31,4 @@ struct Call {
 
 const std::vector<Call>& every_call();
 
-// Exported functions without a row, and why: they send nothing, or use another protocol.
-struct Silent {
-  const char* name;
-  const char* why;
-};
-const std::vector<Silent>& silent_functions();
-
 }  // namespace test

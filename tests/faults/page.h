@@ -1,7 +1,7 @@
-// The matrix as a page for readers, which is also what the tests expect.
+// The matrix as docs/faults.md, which is also what the tests expect. Its text is written by hand;
+// the rows of its table are written by zop_faults.
 #pragma once
 
-#include <iosfwd>
 #include <map>
 
 #include "tests/faults/matrix.h"
@@ -20,10 +20,13 @@ struct Cell {
 // Of one function: its name, its result on a good line, the number of cases, and its cells.
 using Columns = std::vector<std::string>;
 inline constexpr size_t CELLS = 3;  // index of the first
-using Table = std::map<std::string, Columns>;
 
-Table read_markdown(std::istream& in);
-void write_markdown(std::ostream& out, const std::vector<Columns>& functions);
+struct Page {
+  std::map<std::string, Columns> functions;
+  std::set<std::string> without_row;  // functions for which the page says why
+};
+Page read_page(const std::string& path);
+void rewrite_page(const std::string& path, const std::vector<Columns>& functions);
 
 // What a row shows that its cell does not; empty if nothing.
 std::string difference(const std::string& expected, const Row& row);
