@@ -70,6 +70,7 @@ Outputs damaged(const Fault& fault, Bytes payload, Time now) {
   auto value = static_cast<size_t>(fault.value);
   if (fault.kind == FaultKind::STATUS) set_status(payload, fault.value);
   if (fault.kind == FaultKind::WRONG_ECHO && value < payload.size()) payload[value] ^= 0x10;
+  if (fault.kind == FaultKind::SHORTEN) payload.resize(std::min(value, payload.size()));
   Bytes wire = frame(payload);
   size_t at = std::min(static_cast<size_t>(fault.at), wire.size() - 1);
   switch (fault.kind) {
@@ -103,6 +104,7 @@ Outputs damaged(const Fault& fault, Bytes payload, Time now) {
       return hanging_up(wire, fault, now);
     case FaultKind::DUPLICATE:
       return twice(wire, now, std::chrono::milliseconds(fault.value));
+    case FaultKind::SHORTEN:
     case FaultKind::WRONG_ECHO:
     case FaultKind::STATUS:
     case FaultKind::OTHER:

@@ -35,6 +35,7 @@ Faults, each of one answer:
   silence            it does not come
   delay=MS           it comes late, from byte BYTE on with :at=BYTE
   cut=BYTES          it ends after so many bytes of its frame
+  shorten=BYTES      it has only so many bytes, with good check bytes
   pieces=BYTES       it comes in pieces of so many bytes, 10 ms apart
   bad-crc            its check bytes are wrong
   flip=BIT           a bit of its frame is wrong, counted from byte BYTE with :at=BYTE

@@ -10,6 +10,8 @@ namespace sim {
 enum : uint8_t { HELLO = 0x02, WRITTEN = 0x08, ERROR = 0x0D, CLOSED = 0x16, SECURITY = 0x18 };
 enum : uint8_t { PARTITION = 0x1A, OPENED = 0x1C };
 enum : uint8_t { ACCEPTED = 0, DIFFERS = 1, REFUSED = 2 };
+constexpr uint8_t FEATURES = 0x09;
+constexpr uint8_t UNTRUSTED = 0x01;
 constexpr size_t MAX_WRITE = 2048;
 
 static Bytes error(uint8_t code) { return {ERROR, code, 0, 0, 0}; }
@@ -17,7 +19,7 @@ static Bytes error(uint8_t code) { return {ERROR, code, 0, 0, 0}; }
 static bool is_hello(View packet) {
   constexpr std::string_view TEXT = "QCOM fast download protocol host";
   return packet.size() == 36 && std::equal(TEXT.begin(), TEXT.end(), packet.begin() + 1) &&
-         packet[33] == 3 && packet[34] == 3;
+         packet[33] == 3 && packet[34] == 3 && packet[35] == FEATURES;
 }
 
 static Bytes hello_answer() {
@@ -25,7 +27,8 @@ static Bytes hello_answer() {
   Bytes answer = {HELLO};
   std::ranges::copy(TEXT, std::back_inserter(answer));
   // Versions, largest write, flash base, identifier, window, sectors, features.
-  constexpr uint8_t REST[] = {3, 3, 0, 8, 0, 0, 0, 0, 0, 0, 4, 'Q', 'S', 'C', '6', 30, 0, 0, 0, 9};
+  constexpr uint8_t REST[] = {3, 3,   0,   8,   0,   0,  0, 0, 0, 0,
+                              4, 'Q', 'S', 'C', '6', 30, 0, 0, 0, FEATURES};
   std::ranges::copy(REST, std::back_inserter(answer));
   return answer;
 }
@@ -77,7 +80,7 @@ Bytes Programmer::answer(View packet) {
       open_ = -1;
       return {CLOSED};
     case 0x17:
-      return {SECURITY};
+      return packet.size() == 2 && packet[1] == UNTRUSTED ? Bytes{SECURITY} : error(7);
     case 0x19:
       return take_partition(packet);
     case 0x1B:

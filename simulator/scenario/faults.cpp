@@ -23,6 +23,7 @@ static const KindRow KINDS[] = {
     {"delay", FaultKind::DELAY, 1, 3'600'000, 1000},
     {"bad-crc", FaultKind::BAD_CRC, 0, 0, 0},
     {"cut", FaultKind::CUT, 0, 4096, 1},
+    {"shorten", FaultKind::SHORTEN, 1, 4096, 1},
     {"pieces", FaultKind::PIECES, 1, 4096, 1},
     {"wrong-echo", FaultKind::WRONG_ECHO, 0, 2, 0},
     {"extra", FaultKind::EXTRA, 1, 4096, 1},

@@ -18,6 +18,7 @@ enum class FaultKind {
   DELAY,       // VALUE milliseconds late from byte AT on
   BAD_CRC,     // wrong check bytes
   CUT,         // only the first VALUE bytes of the frame
+  SHORTEN,     // only the first VALUE bytes of the answer, with good check bytes
   PIECES,      // VALUE bytes at a time, 10 ms apart
   WRONG_ECHO,  // byte VALUE of the answer's header differs
   EXTRA,       // VALUE bytes of noise in front of the frame

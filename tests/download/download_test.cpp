@@ -3,6 +3,7 @@
 // The device goes away and comes back during the update.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -33,7 +34,10 @@ class Download : public testing::Test {
     std::ofstream(folder / "version_info") << "Q71XEB22.001\n";
     scenario.model.device.backup_value = 0;  // so that the NV items are carried over
   }
-  void TearDown() override { zop_close(); }
+  void TearDown() override {
+    zop_close();
+    gHasVersionInfo = 0;
+  }
   void write(uint8_t row, size_t size) {
     uint32_t seed = row;
     Bytes& image = images[row] = Bytes(size);
@@ -43,31 +47,39 @@ class Download : public testing::Test {
     if (row == IMAGE_AMSS && size > 100) std::copy(version.begin(), version.end(), image.begin());
     std::ofstream(folder / NAMES[row], std::ios::binary) << std::string(image.begin(), image.end());
   }
-  void start_modem(const std::string& fault) {
+  void start_modem(const std::string& fault = "") {
     sent.clear();
+    asked.clear();
     world.sleeps.clear();
-    sim::Modem::Trace count = [this](const std::string& line) {
+    sim::Modem::Trace note = [this](const std::string& line) {
       std::istringstream words(line);
       std::string time, direction, name;
       words >> time >> direction >> name;
-      if (direction == ">") ++sent[name];
+      if (direction == ">") ++sent[name], asked += name + " ";
       if (line.find("lone flag") != std::string::npos) ++sent["lone flag"];
     };
     scenario.faults.clear();
     if (!fault.empty()) scenario.faults.push_back(sim::parse_fault(fault));
-    far_end = std::make_unique<SimulatedFarEnd>(scenario, world.now(), count);
+    far_end = std::make_unique<SimulatedFarEnd>(scenario, world.now(), note);
     world.far_end = far_end.get();
+  }
+  // Runs a part of a download, and looks at what it leaves behind.
+  int printed(const std::function<int()>& part) {
+    testing::internal::CaptureStdout();
+    int result = part();
+    output = testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(world.port_is_open());
+    EXPECT_EQ(SIO_USED_LOCK, 0u);
+    for (const Image& image : gImages) EXPECT_EQ(image.descriptor, -1);
+    EXPECT_EQ(dload_tbuf, nullptr);
+    return result;
   }
   // Only the images, to a modem in its boot ROM that has their partition table.
   int load(const std::string& fault = "", int modem_only = 0, int clear = 0) {
     scenario.model.device.crashed = 1;
     scenario.model.device.partition = images[IMAGE_PARTITION];
     start_modem(fault);
-    testing::internal::CaptureStdout();
-    int result = send_images(modem_only, clear);
-    output = testing::internal::GetCapturedStdout();
-    expect_nothing_left();
-    return result;
+    return printed([&] { return send_images(modem_only, clear); });
   }
   int send_images(int modem_only, int clear) {
     modem_set_config(folder.c_str(), "/second", modem_only, clear);
@@ -76,40 +88,53 @@ class Download : public testing::Test {
     return result;
   }
   // A whole update. Returns which of its three calls failed, or -1.
-  int update(const std::string& fault) {
+  int update(const std::string& fault = "") {
     start_modem(fault);
-    testing::internal::CaptureStdout();
-    int failed = walk();
-    output = testing::internal::GetCapturedStdout();
-    zop_close();
-    expect_nothing_left();
+    int failed = printed([&] {
+      if (!switches_to_boot_rom()) return 0;
+      if (send_images(0, 0) != 1) return 1;
+      int result = modem_dload_end_process(DEVICE) == 1 ? -1 : 2;
+      zop_close();
+      return result;
+    });
     if (failed != -1) return failed;
     expect_loaded(IMAGE_DBL);
     EXPECT_EQ(far_end->modem.mode(), sim::Mode::DIAGNOSTIC);
     EXPECT_EQ(model().identity.firmware, "Q71XEB22.001");
     return failed;
   }
-  int walk() {
+  bool switches_to_boot_rom() {
     bool switched = zop_open(DEVICE) == 0 && modem_diag_process() == 1;
     zop_close();
-    if (!switched) return 0;
     world.advance(5s);  // the host waits for the device in its boot ROM
-    if (far_end->gone(world.now()) || far_end->modem.mode() != sim::Mode::BOOT_ROM) return 0;
-    if (send_images(0, 0) != 1) return 1;
-    return modem_dload_end_process(DEVICE) == 1 ? -1 : 2;
+    return switched && !far_end->gone(world.now()) && far_end->modem.mode() == sim::Mode::BOOT_ROM;
+  }
+  // The end of a download, on a modem that runs its new firmware. Returns its result and seconds.
+  std::pair<int, int> end_download(const char* new_version) {
+    gHasVersionInfo = new_version[0] != '\0';
+    memset(gVersionInfo, 0, sizeof gVersionInfo);
+    strcpy(gVersionInfo, new_version);
+    start_modem();
+    Time start = world.now();
+    int result = printed([] { return modem_dload_end_process(DEVICE); });
+    return {result, static_cast<int>((world.now() - start) / 1s)};
   }
   void expect_loaded(uint8_t first) {
     EXPECT_EQ(loaded.rom.ram, images[IMAGE_RAM]);
     std::map<int, Bytes> expected;
     for (uint8_t row = first; row < IMAGE_COUNT; ++row) expected[TYPES[row]] = images[row];
-    EXPECT_TRUE(loaded.programmer.images == expected);
-    EXPECT_TRUE(loaded.programmer.reset);
+    EXPECT_TRUE(loaded.programmer.images == expected) << "images differ from their files";
+    EXPECT_TRUE(loaded.programmer.reset) << "the programmer was not ended";
   }
-  void expect_nothing_left() {
-    EXPECT_FALSE(world.port_is_open());
-    EXPECT_EQ(SIO_USED_LOCK, 0u);
-    for (const Image& image : gImages) EXPECT_EQ(image.descriptor, -1);
-    EXPECT_EQ(dload_tbuf, nullptr);
+  // How often the module has paused for how long.
+  std::string pauses() const {
+    std::map<Time, int> counts;
+    for (Time pause : world.sleeps) ++counts[pause];
+    std::string text;
+    for (auto [pause, count] : counts) {
+      text += std::to_string(pause / 1us) + " us " + std::to_string(count) + ", ";
+    }
+    return text;
   }
   sim::Model& model() { return far_end->modem.model(); }
 
@@ -121,19 +146,23 @@ class Download : public testing::Test {
   std::unique_ptr<SimulatedFarEnd> far_end;
   sim::DownloadMode loaded;         // the modem just after the images
   std::map<std::string, int> sent;  // packets and requests by name
+  std::string asked;                // the same, in order
   std::string output;
 };
 
 TEST_F(Download, every_image_arrives_as_it_is) {
   EXPECT_EQ(load(), 1);
+  EXPECT_STREQ(gVersionInfo, "Q71XEB22.001\n");
+  std::ofstream(folder / "version_info") << "Q7";
   folder += "/";
   EXPECT_EQ(load(), 1);
+  EXPECT_STREQ(gVersionInfo, "Q7");
   expect_loaded(IMAGE_DBL);
   EXPECT_EQ(output,
             "STAGE3: Write 0% Done\nSTAGE1: Loading Success\nSTAGE3: Writing Start\n"
             "STAGE3: Write 20% Done\nSTAGE3: Write 40% Done\nSTAGE3: Write 61% Done\n"
             "STAGE3: Write 81% Done\nSTAGE3: Write 100% Done\n");
-  EXPECT_EQ(std::count(world.sleeps.begin(), world.sleeps.end(), Time(10s)), 1);
+  EXPECT_EQ(pauses(), "500 us 22, 2000 us 8, 10000000 us 1, ");
   EXPECT_EQ(sent["dmss_write"], 3);  // 1017, 1017 and 966 bytes
   EXPECT_EQ(sent["stream_write"], 1 + 2 + 1 + 5);
   EXPECT_EQ(sent["stream_hello"], 2);
@@ -145,7 +174,6 @@ TEST_F(Download, sizes_around_the_chunk) {
   for (int size : {0, 1, 1016, 1017, 1018, 2047, 2048, 2049, 300'000}) {
     int ram_size = std::max(size, 1);  // a programmer of no bytes can't be started
     write(IMAGE_RAM, static_cast<size_t>(ram_size));
-    write(IMAGE_DBL, static_cast<size_t>(size));
     write(IMAGE_AMSS, static_cast<size_t>(size));
     EXPECT_EQ(load(), 1) << size;
     expect_loaded(IMAGE_DBL);
@@ -154,17 +182,25 @@ TEST_F(Download, sizes_around_the_chunk) {
 }
 
 TEST_F(Download, options) {
-  EXPECT_EQ(load("", 1, 0), 1);
-  expect_loaded(IMAGE_AMSS);
-  EXPECT_EQ(load("", 1, 1), 1);  // an erased modem needs all of it
-  expect_loaded(IMAGE_DBL);
-  EXPECT_TRUE(loaded.programmer.erased);
-  EXPECT_EQ(sent["stream_partition"], 1);
-  // A different table overrides the option: the flash is erased.
-  EXPECT_EQ(load("wrong-echo=1:request=stream_partition,count=1", 1, 0), 1);
-  expect_loaded(IMAGE_DBL);
-  EXPECT_TRUE(loaded.programmer.erased);
-  EXPECT_NE(output.find("STAGE2: Erasing Start\nSTAGE3"), std::string::npos);
+  struct {
+    const char* fault;
+    int modem_only, clear;
+    ImageRow first;
+    bool erases;
+    int tables;  // sent
+  } rows[] = {
+      {"", 2, 0, IMAGE_AMSS, false, 1},
+      {"", 1, 2, IMAGE_DBL, true, 1},  // an erased modem needs all of it
+      // A different table overrides the option: the flash is erased.
+      {"wrong-echo=1:request=stream_partition,count=1", 1, 0, IMAGE_DBL, true, 2},
+  };
+  for (auto& row : rows) {
+    EXPECT_EQ(load(row.fault, row.modem_only, row.clear), 1);
+    expect_loaded(row.first);
+    EXPECT_EQ(loaded.programmer.erased, row.erases);
+    EXPECT_EQ(sent["stream_partition"], row.tables);
+    EXPECT_EQ(output.find("STAGE2: Erasing Start\nSTAGE3") != std::string::npos, row.erases);
+  }
 }
 
 TEST_F(Download, what_keeps_it_from_starting) {
@@ -186,6 +222,9 @@ TEST_F(Download, what_keeps_it_from_starting) {
   world.missing[DEVICE] = ENOENT;
   EXPECT_EQ(load(), 0);
   EXPECT_EQ(output, "STAGE1: Err-Load RAM\n");
+  fs::resize_file(folder / "amss.mbn", 0x80000000);
+  EXPECT_EQ(load(), 0);
+  EXPECT_EQ(output, CONFIG);
   EXPECT_TRUE(world.written.empty());
 }
 
@@ -213,11 +252,56 @@ TEST_F(Download, the_longest_paths) {
 
 TEST_F(Download, leads_to_the_new_firmware_with_the_old_nv_items) {
   scenario.model.nv[4711] = {1, 2, 3};
-  EXPECT_EQ(update(""), -1) << output;
+  EXPECT_EQ(update(), -1) << output;
   EXPECT_EQ(model().nv[4711], (sim::Bytes{1, 2, 3}));
   EXPECT_NE(output.find("STAGE2: Erasing Start\n"), std::string::npos);  // a first partition table
   EXPECT_TRUE(output.ends_with("DLOAD: NV Backup\nDLOAD: NV Rebuild\nDLOAD: NV Restore\n"))
       << output;
+}
+
+// A new family of versions needs new NV items; the modem asks for a backup of them if it has a
+// value of 0.
+TEST_F(Download, the_ways_of_the_nv_items) {
+  const std::string CONNECT = "timestamp ", POLL = "backup_end backup_status ";
+  const std::string REBUILD = "rebuild " + CONNECT + "mode_control " + POLL;
+  struct {
+    const char *old_version, *new_version;
+    int backup_value;
+    std::string asked;
+    const char* output;
+    int seconds;
+  } rows[] = {
+      {"Q71XEB21.004", "", 0, "", "", 0},
+      {"Q71XEB21.004", "Q71XEB21.009", 1, CONNECT + POLL, "", 11},
+      {"Q71XEB21.004", "Z71XEB22.001", 1, CONNECT + POLL, "", 11},  // another make
+      {"X", "Q71XEB22.001", 1, CONNECT + POLL, "", 11},
+      {"Q71XEB21.004", "Q71XEB22.001", 1, CONNECT + POLL + REBUILD, "DLOAD: NV Rebuild\n", 32},
+      {"Q71XEB19.004", "Q71XEB20.001", 1, CONNECT + POLL + REBUILD, "DLOAD: NV Rebuild\n", 32},
+      {"Q71XEB21.004", "Q71XEB21.009", 0, CONNECT + POLL + "backup " + REBUILD + "restore ",
+       "DLOAD: NV Backup\nDLOAD: NV Rebuild\nDLOAD: NV Restore\n", 37},
+  };
+  for (auto& row : rows) {
+    SCOPED_TRACE(row.old_version + std::string(" to ") + row.new_version);
+    scenario.model.identity.build = row.old_version;
+    scenario.model.device.backup_value = row.backup_value;
+    start_modem();
+    EXPECT_TRUE(switches_to_boot_rom());
+    EXPECT_EQ(end_download(row.new_version), std::pair(1, row.seconds));
+    EXPECT_EQ(asked, row.asked);
+    EXPECT_EQ(output, row.output);
+    EXPECT_EQ(model().device.operating_mode, row.seconds > 11) << "offline to rebuild";
+  }
+}
+
+TEST_F(Download, a_modem_that_is_not_ready_or_does_not_come_back) {
+  scenario.model.device.backup_ready = 1;
+  EXPECT_EQ(end_download("Q71XEB22.001"), std::pair(0, 10 + 20));
+  Time ready = world.now() + 30s;  // at the last poll
+  world.on_sleep = [&](Time) { model().device.backup_ready = world.now() < ready; };
+  scenario.model.device.backup_value = 1;
+  EXPECT_EQ(end_download("Z"), std::pair(1, 10 + 20));
+  world.missing[DEVICE] = ENOENT;  // ten opens of five attempts each
+  EXPECT_EQ(end_download("Z"), std::pair(0, 10 + 10 * 5 + 10));
 }
 
 // Each fault at each step: how often the packet is sent, how often the module pauses in between,
@@ -283,6 +367,9 @@ TEST_F(Download, faults_of_single_steps) {
       {"bad-crc:request=stream_write,skip=1,count=2", -1, "", 2},
       {"wrong-echo=2:request=stream_write,skip=3,count=1", -1, "", 1},  // another address
       {"delay=4500:request=stream_write,count=1", -1, "", 9},  // each finds the reply before
+      {"shorten=4:request=stream_write,count=1", -1, "", 1},
+      {"shorten=1:request=stream_partition", 1, "STAGE2: Err-Erasing\n", 0},
+      {"shorten=1:request=stream_open", 1, "STAGE3: Err-Writing\n", 0},
       {"hang-up=4:request=stream_write,skip=3", 1, "STAGE3: Err-Writing\n", 0},
       {"wrong-echo=1:request=stream_open,count=19", -1, "", 0},  // refused
       {"wrong-echo=1:request=stream_open", 1, "STAGE3: Err-Writing\n", 0},
@@ -296,9 +383,10 @@ TEST_F(Download, faults_of_single_steps) {
     EXPECT_EQ(update(row.fault), row.ends_in) << output;
     EXPECT_TRUE(output.ends_with(row.message)) << output;
     EXPECT_EQ(sent["lone flag"], row.flags);
+    EXPECT_EQ(std::count(world.sleeps.begin(), world.sleeps.end(), Time(1ms)), row.flags);
     if (row.ends_in == -1) {
       EXPECT_EQ(sent["stream_write"], 9);
     }
-    EXPECT_EQ(update(""), -1) << output;
+    EXPECT_EQ(update(), -1) << output;
   }
 }

@@ -31,6 +31,7 @@ TEST(Damage, of_an_answer) {
       {"bad-crc", "1d1c3a7e | "},
       {"cut=2", "1d1c | "},
       {"cut=0", ""},
+      {"shorten=9", "1d1c3b7e | "},
       {"pieces=3", "1d1c3b | after 10 ms 7e | "},
       {"wrong-echo=0", "0d9d2b7e | "},
       {"wrong-echo=1", "1d1c3b7e | "},

@@ -65,6 +65,7 @@ TEST_F(SimulatedModem, a_fault_hits_one_answer) {
   } rows[] = {
       {"silence", {}},
       {"cut=2", {0xCF, 0x20}},
+      {"shorten=5", frame(Bytes{0xCF, 0x20, 0, 0, 0})},
       {"error=24", frame(Bytes{24, 0xCF, 0x20, 0})},
       {"other=31", frame(Bytes{0xCF, 0x1F, 0, 0, 0, 5})},
   };
