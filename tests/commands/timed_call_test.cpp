@@ -6,7 +6,6 @@
 #include "commands/exchange.h"
 #include "link/event_listener.h"
 #include "tests/support/link_test.h"
-#include "tests/support/other_exchange.h"
 
 using namespace test;
 

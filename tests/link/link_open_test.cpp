@@ -1,5 +1,4 @@
 // Opening the link: what counts as a modem, the number of attempts, the cost of each failure.
-
 #include <cerrno>
 
 #include "tests/support/link_test.h"
@@ -7,54 +6,56 @@
 using namespace std::chrono_literals;
 using namespace test;
 
-static const Answer SILENCE = {};
-
 class LinkOpen : public LinkTest {};
 
-TEST_F(LinkOpen, any_bytes_that_end_in_a_flag_are_a_modem) {
-  for (const char* answer : {"1d 00 00 7e", "7e", "13 1d ff ff 7e"}) {
-    modem.answers = {{{hex(answer)}}};
-    EXPECT_EQ(zop_open(DEVICE), 0u) << answer;
-    EXPECT_EQ(diag_status(), 1);
-    EXPECT_EQ(SIO_USED_LOCK, 0u);
+TEST_F(LinkOpen, attempts_and_their_time) {
+  const Answer silence = {}, modem_is_there = {{hex("1d 7e")}};
+  const Time probe = 1s + 100us;
+  struct {
+    const char* name;
+    std::deque<Answer> answers;
+    std::deque<PortCall> writes, reads;
+    unsigned result;
+    int opens;
+    Time takes;
+  } rows[] = {
+      {"time stamp", {{{hex("1d 00 00 7e")}}}, {}, {}, ZOP_OPEN_UP, 1, 100us},
+      {"lone flag", {{{hex("7e")}}}, {}, {}, ZOP_OPEN_UP, 1, 100us},
+      {"refusal", {{{hex("13 1d ff ff 7e")}}}, {}, {}, ZOP_OPEN_UP, 1, 100us},
+      {"silent modem", {}, {}, {}, ZOP_OPEN_NO_ANSWER, 5, 5 * probe},
+      {"wakes up late",
+       {silence, silence, {{hex("1d 7e"), 900ms}}},
+       {},
+       {},
+       ZOP_OPEN_UP,
+       3,
+       2 * probe + 900ms + 100us + 5s},  // it does not answer what follows its probes
+      {"read error", {modem_is_there}, {}, {Fail{EIO}}, ZOP_OPEN_READ_ERROR, 1, 100us},
+      {"write error", {modem_is_there}, {Fail{EIO}}, {}, ZOP_OPEN_UP, 2, 200us},
+  };
+  for (auto& row : rows) {
+    fresh_link();
+    modem.answers = row.answers;
+    world.writes = row.writes;
+    world.reads = row.reads;
+    world.opens = 0;
+    Time start = world.now();
+    bool up = row.result == ZOP_OPEN_UP;
+    EXPECT_EQ(zop_open(DEVICE), row.result) << row.name;
+    EXPECT_EQ(world.opens, row.opens) << row.name;
+    EXPECT_EQ(world.now() - start, row.takes) << row.name;
+    EXPECT_EQ(diag_status(), up) << row.name;
+    EXPECT_EQ(world.port_is_open(), up) << row.name;
+    EXPECT_EQ(SIO_USED_LOCK, 0u) << row.name;
     zop_close();
-    EXPECT_FALSE(world.port_is_open());
+    EXPECT_FALSE(world.port_is_open()) << row.name;
   }
   EXPECT_EQ(to_hex(modem.requests.at(0)), "1d 1c 3b 7e");
 }
 
 TEST_F(LinkOpen, no_device_costs_five_seconds) {
   world.missing[DEVICE] = ENOENT;
-  EXPECT_EQ(zop_open(DEVICE), 1u);
+  EXPECT_EQ(zop_open(DEVICE), ZOP_OPEN_NO_ANSWER);
   EXPECT_EQ(world.sleeps, std::vector<Time>(5, 1s));
   EXPECT_EQ(SER_SIG, -1);
-}
-
-TEST_F(LinkOpen, a_silent_modem_is_probed_five_times) {
-  EXPECT_EQ(zop_open(DEVICE), 1u);
-  EXPECT_EQ(world.opens, 5);
-  EXPECT_EQ(modem.requests.size(), 5u);
-  EXPECT_EQ(world.now(), 5s + 5 * 100us);
-  EXPECT_EQ(diag_status(), 0);
-}
-
-TEST_F(LinkOpen, a_modem_that_wakes_up_late_is_found) {
-  modem.answers = {SILENCE, SILENCE, {{hex("1d 7e"), 900ms}}};
-  EXPECT_EQ(zop_open(DEVICE), 0u);
-  EXPECT_EQ(world.opens, 3);
-}
-
-TEST_F(LinkOpen, a_read_error_ends_the_attempts_at_once) {
-  world.reads = {Fail{EIO}};
-  modem.answers = {{{hex("1d 7e")}}, {{hex("1d 7e")}}};
-  EXPECT_EQ(zop_open(DEVICE), 2u);
-  EXPECT_EQ(world.opens, 1);
-  EXPECT_EQ(diag_status(), 0);
-}
-
-TEST_F(LinkOpen, a_write_error_uses_up_an_attempt) {
-  world.writes = {Fail{EIO}};
-  modem.answers = {{{hex("1d 7e")}}};
-  EXPECT_EQ(zop_open(DEVICE), 0u);
-  EXPECT_EQ(world.opens, 2);
 }

@@ -47,7 +47,7 @@ TEST_F(RealTerminal, carries_every_byte_value) {
 }
 
 // The terminal buffers a few thousand bytes; only then does a write have to wait.
-TEST_F(RealTerminal, a_line_that_takes_nothing_is_given_up_when_told) {
+TEST_F(RealTerminal, a_write_to_a_full_line_can_be_abandoned) {
   ASSERT_EQ(diag_open(path.c_str()), 1);
   PortUse port([] { return false; });
   uint32_t sent = 0;
@@ -59,7 +59,7 @@ TEST_F(RealTerminal, a_line_that_takes_nothing_is_given_up_when_told) {
   EXPECT_EQ(diag_status(), 1);
 }
 
-TEST_F(RealTerminal, a_yanked_device_fails_the_exchange) {
+TEST_F(RealTerminal, an_unplugged_device_fails_the_exchange) {
   ASSERT_EQ(diag_open(path.c_str()), 1);
   ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
   close(slave);

@@ -12,7 +12,6 @@
 
 #include "link/exchange.h"
 #include "tests/support/link_test.h"
-#include "tests/support/other_exchange.h"
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -33,19 +32,24 @@ class SerialPort : public LinkTest {
 };
 
 TEST_F(SerialPort, open_sets_the_line_and_close_restores_it) {
-  world.line_settings.c_iflag = ICRNL;
-  world.line_settings.c_cc[VINTR] = 3;
+  const termios found = [] {
+    termios settings{};
+    settings.c_iflag = ICRNL;
+    settings.c_cc[VINTR] = 3;
+    return settings;
+  }();
+  world.line_settings = found;
   ASSERT_EQ(diag_open(DEVICE), 1);
   EXPECT_EQ(diag_status(), 1);
-  EXPECT_EQ(world.line_settings.c_iflag, 0x4u);
-  EXPECT_EQ(world.line_settings.c_oflag, 0x1u);
-  EXPECT_EQ(world.line_settings.c_cflag, 0x10B2u);
-  EXPECT_EQ(world.line_settings.c_lflag, 0u);
-  for (cc_t c : world.line_settings.c_cc) EXPECT_EQ(c, 0);
+  termios wanted{};
+  wanted.c_iflag = 0x4;
+  wanted.c_oflag = 0x1;
+  wanted.c_cflag = 0x10B2;
+  EXPECT_EQ(memcmp(&world.line_settings, &wanted, sizeof wanted), 0);
   EXPECT_EQ(world.flushes, 1);
+  ASSERT_EQ(diag_open(DEVICE), 1);  // leaves no descriptor open
   diag_close();
-  EXPECT_EQ(world.line_settings.c_iflag, static_cast<tcflag_t>(ICRNL));
-  EXPECT_EQ(world.line_settings.c_cc[VINTR], 3);
+  EXPECT_EQ(memcmp(&world.line_settings, &found, sizeof found), 0);
   expect_closed_and_free();
   diag_close();
   EXPECT_EQ(SER_SIG, 0);
@@ -77,13 +81,6 @@ TEST_F(SerialPort, a_host_with_thousands_of_files_has_a_port) {
   setrlimit(RLIMIT_NOFILE, &before);
 }
 
-TEST_F(SerialPort, a_second_open_leaks_no_descriptor) {
-  ASSERT_EQ(diag_open(DEVICE), 1);
-  ASSERT_EQ(diag_open(DEVICE), 1);
-  diag_close();
-  expect_closed_and_free();
-}
-
 TEST_F(SerialPort, closed_port_fails_without_touching_descriptor_0) {
   EXPECT_EQ(exchange(), PORT_ERROR);
   EXPECT_EQ(diag_read(answer), PORT_ERROR);
@@ -93,16 +90,47 @@ TEST_F(SerialPort, closed_port_fails_without_touching_descriptor_0) {
   expect_closed_and_free();
 }
 
-TEST_F(SerialPort, the_claim_lasts_from_write_to_the_end_of_the_answer) {
-  ASSERT_EQ(diag_open(DEVICE), 1);
-  modem.answers = {{{hex("01 02")}, {hex("03"), 4s}, {hex("04 7e 05"), 4s}, {hex("06 7e"), 4s}}};
-  ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
-  EXPECT_FALSE(try_claim_port(PortUse()));
-  // A piece that does not end in a flag is joined with the next, even if it contains a flag.
-  EXPECT_EQ(diag_read(answer), 8);
-  EXPECT_EQ(to_hex({answer, 8}), "01 02 03 04 7e 05 06 7e");
-  EXPECT_EQ(SIO_USED_LOCK, 0u);
-  EXPECT_EQ(diag_status(), 1);
+// A piece that does not end in a flag is joined with the next, even if it contains a flag; what
+// follows a finished answer stays for the next read. A failure closes the port.
+TEST_F(SerialPort, answers_and_their_time) {
+  const Piece slow = {hex("01"), 4s}, after_a_second = {hex("01"), 950ms};
+  struct {
+    const char* name;
+    int32_t (*read)(uint8_t*);
+    Answer pieces;
+    const char* bytes;
+    int32_t result;
+    Time takes;
+  } rows[] = {
+      {"four pieces",
+       diag_read,
+       {{hex("01 02")}, {hex("03"), 4s}, {hex("04 7e 05"), 4s}, {hex("06 7e"), 4s}},
+       "01 02 03 04 7e 05 06 7e",
+       8,
+       12s},
+      {"two answers", diag_read, {{hex("01 7e")}, {hex("02 7e")}}, "01 7e", 2, 0s},
+      {"silence", diag_read, {{hex("01 02")}}, "", PORT_TIMEOUT, 5s},
+      {"silence of a probe", diag_read_wait_1sec, {{hex("01")}}, "", PORT_TIMEOUT, 1s},
+      {"no end", diag_read, Answer(9, slow), "", PORT_TIMEOUT, 15s},
+      {"a probe without end", diag_read_wait_1sec, Answer(9, after_a_second), "", PORT_TIMEOUT, 3s},
+      {"too long", diag_read, {{Bytes(400, 0x55)}, {hex("7e")}}, "", PORT_ERROR, 0s},
+  };
+  for (auto& row : rows) {
+    modem = Script();
+    modem.answers = {row.pieces};
+    ASSERT_EQ(diag_open(DEVICE), 1);
+    ASSERT_EQ(diag_write(hex("1d 7e").data(), 2), 2);
+    EXPECT_FALSE(try_claim_port(PortUse())) << row.name;
+    Time start = world.now();
+    EXPECT_EQ(row.read(answer), row.result) << row.name;
+    EXPECT_EQ(world.now() - start, row.takes) << row.name;
+    EXPECT_EQ(SIO_USED_LOCK, 0u) << row.name;
+    EXPECT_EQ(diag_status(), row.result > 0) << row.name;
+    if (row.result < 0) continue;
+    EXPECT_EQ(to_hex({answer, static_cast<size_t>(row.result)}), row.bytes) << row.name;
+    bool another = row.pieces.size() == 2;
+    EXPECT_EQ(another ? diag_read(answer) : 2, 2) << row.name;
+  }
 }
 
 // Another thread reopens the port during an exchange: the exchange can't read from the new port and
@@ -128,14 +156,6 @@ TEST_F(SerialPort, a_port_that_is_replaced_ends_the_exchange_and_stays) {
   expect_closed_and_free();
 }
 
-TEST_F(SerialPort, what_follows_a_finished_frame_stays_for_the_next_read) {
-  ASSERT_EQ(diag_open(DEVICE), 1);
-  modem.answers = {{{hex("01 7e")}, {hex("02 7e")}}};
-  EXPECT_EQ(exchange(), 2);
-  EXPECT_EQ(diag_read(answer), 2);
-  EXPECT_EQ(answer[0], 2);
-}
-
 TEST_F(SerialPort, a_sender_waits_for_the_claim_and_then_gives_up) {
   ASSERT_EQ(diag_open(DEVICE), 1);
   {
@@ -148,6 +168,8 @@ TEST_F(SerialPort, a_sender_waits_for_the_claim_and_then_gives_up) {
 }
 
 TEST_F(SerialPort, calls_that_fail_and_calls_that_are_short) {
+  const std::deque<PortCall> ready_15_times(15, Accept{1}), empty_15_times(15, Accept{0});
+  const std::deque<PortCall> ready_16_times(16, Accept{1}), empty_16_times(16, Accept{0});
   struct {
     const char* name;
     std::deque<PortCall> writes, polls, reads;
@@ -161,16 +183,8 @@ TEST_F(SerialPort, calls_that_fail_and_calls_that_are_short) {
       {"read error", {}, {}, {Fail{EIO}}, PORT_ERROR},
       {"interrupted", {Fail{EINTR}}, {Fail{EINTR}, Fail{EINTR}}, {Fail{EINTR}}, 2},
       {"byte by byte", {Accept{1}, Accept{1}}, {}, {Accept{1}, Accept{1}}, 2},
-      {"15 empty reads",
-       {},
-       std::deque<PortCall>(15, Accept{1}),
-       std::deque<PortCall>(15, Accept{0}),
-       2},
-      {"16 empty reads",
-       {},
-       std::deque<PortCall>(16, Accept{1}),
-       std::deque<PortCall>(16, Accept{0}),
-       PORT_ERROR},
+      {"15 empty reads", {}, ready_15_times, empty_15_times, 2},
+      {"16 empty reads", {}, ready_16_times, empty_16_times, PORT_ERROR},
   };
   for (auto& row : rows) {
     ASSERT_EQ(diag_open(DEVICE), 1);
@@ -185,30 +199,6 @@ TEST_F(SerialPort, calls_that_fail_and_calls_that_are_short) {
     if (row.result > 0) diag_close();
     expect_closed_and_free();
   }
-}
-
-TEST_F(SerialPort, silence_ends_in_a_time_out_and_a_closed_port) {
-  struct {
-    int32_t (*read)(uint8_t*);
-    Time limit;
-  } rows[] = {{diag_read, 5s}, {diag_read_wait_1sec, 1s}};
-  for (auto& row : rows) {
-    ASSERT_EQ(diag_open(DEVICE), 1);
-    modem.answers = {{{hex("01 02")}}};
-    diag_write(hex("1d 7e").data(), 2);
-    Time start = world.now();
-    EXPECT_EQ(row.read(answer), PORT_TIMEOUT);
-    EXPECT_EQ(world.now() - start, row.limit);
-    expect_closed_and_free();
-  }
-}
-
-TEST_F(SerialPort, an_answer_that_fills_the_buffer_without_a_flag_is_refused) {
-  ASSERT_EQ(diag_open(DEVICE), 1);
-  modem.answers = {{{Bytes(400, 0x55)}, {hex("7e")}}};
-  EXPECT_EQ(exchange(), PORT_ERROR);
-  expect_closed_and_free();
-  EXPECT_EQ(world.now(), Time{0});
 }
 
 TEST_F(SerialPort, an_unplugged_device_ends_the_read) {

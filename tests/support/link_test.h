@@ -32,4 +32,14 @@ class OpenLinkTest : public LinkTest {
   }
 };
 
+// Another exchange in progress: claims the open port for its lifetime.
+class OtherExchange {
+ public:
+  OtherExchange() { claim_port(port_); }
+  ~OtherExchange() { release_port(port_); }
+
+ private:
+  PortUse port_;
+};
+
 }  // namespace test
