@@ -80,7 +80,7 @@ class LateModem : public Script {
 class SickLine : public ModuleTest {
  protected:
   SickLine() { world.far_end = &late; }
-  ~SickLine() override { world.takes = SIZE_MAX; }
+  ~SickLine() override { world.write_room = SIZE_MAX; }
   void start_listener() {
     ASSERT_EQ(vurn_open(), VURN_OK);
     world.advance(30s);  // the first snapshot is over
@@ -120,8 +120,8 @@ TEST_F(SickLine, a_stop_is_prompt_whatever_the_listener_does) {
       {"late", [&] { late.latency = 4s; }},
       {"trickling", [&] { late.gap = 2s; }},
       {"trickling fast", [&] { late.gap = 10ms; }},
-      {"taking nothing", [&] { world.takes = 0; }},
-      {"taking two bytes", [&] { world.takes = 2; }},
+      {"taking nothing", [&] { world.write_room = 0; }},
+      {"taking two bytes", [&] { world.write_room = 2; }},
   };
   struct {
     const char* name;
@@ -147,7 +147,7 @@ TEST_F(SickLine, a_stop_is_prompt_whatever_the_listener_does) {
       EXPECT_EQ(SIO_USED_LOCK, 0u) << where;
       EXPECT_EQ(diag_status(), stop.closes ? 0 : 1) << where;
       EXPECT_EQ(late.requests_seen, requests) << where;
-      world.takes = SIZE_MAX;
+      world.write_room = SIZE_MAX;
       late.recover(world.now());
       if (!stop.closes) expect_own_answers(where);
       close_module();
@@ -162,7 +162,7 @@ TEST_F(SickLine, every_wait_has_its_bound) {
   auto open = [] { return zop_open(DEVICE); };
   auto silence = [&] { late.ignores = [](const Bytes&) { return true; }; };
   auto trickle = [&] { late.gap = 900ms; };
-  auto stuck = [&] { world.takes = 0; };
+  auto stuck = [&] { world.write_room = 0; };
   auto babble = [&] {  // leaves an answer of the same kind owed
     late.babbles = true;
     zop_set_backup(3);
@@ -184,7 +184,7 @@ TEST_F(SickLine, every_wait_has_its_bound) {
       {"open of a line that takes nothing", stuck, open, 1, 5 * (5s + 100us)},
   };
   for (auto& row : rows) {
-    world.takes = SIZE_MAX;
+    world.write_room = SIZE_MAX;
     late = LateModem();
     ASSERT_EQ(zop_open(DEVICE), 0u) << row.name;
     row.fall_sick();

@@ -11,6 +11,11 @@ extern "C" int __real_pthread_join(pthread_t thread, void** result);
 
 namespace test {
 
+[[noreturn]] static void give_up(const char* why) {
+  fprintf(stderr, "conductor: %s\n", why);
+  abort();
+}
+
 static thread_local Conductor::Player* self = nullptr;
 
 Conductor::Conductor(Time& now) : now_(now) {
@@ -19,9 +24,7 @@ Conductor::Conductor(Time& now) : now_(now) {
 }
 
 Conductor::~Conductor() {
-  if (!has_others()) return;
-  fprintf(stderr, "conductor: a thread outlives its World\n");
-  abort();
+  if (has_others()) give_up("a thread outlives its World");
 }
 
 Conductor::Player* Conductor::add() {
@@ -45,10 +48,7 @@ void Conductor::finish() {
 
 void Conductor::join(pthread_t handle) {
   auto player = std::ranges::find_if(players_, [&](const Player& p) { return p.handle == handle; });
-  if (player == players_.end()) {
-    fprintf(stderr, "conductor: a thread is joined that is not there\n");
-    abort();
-  }
+  if (player == players_.end()) give_up("a thread is joined that is not there");
   while (!player->done) park(&*player, std::nullopt);
   __real_pthread_join(handle, nullptr);
   sem_destroy(&player->turn);
@@ -95,10 +95,7 @@ void Conductor::play_next() {
     ready_.pop_front();
   } else {
     next = next_due();
-    if (next == nullptr) {
-      fprintf(stderr, "conductor: every thread waits for another\n");
-      abort();
-    }
+    if (next == nullptr) give_up("every thread waits for another");
     std::erase(parked_, next);
     now_ = std::max(now_, *next->until);
   }

@@ -19,7 +19,6 @@ class Conductor {
     sem_t turn;
     const void* channel = nullptr;  // what it waits for
     std::optional<Time> until;
-    bool parked = false;
     bool woken = false;
     bool done = false;
     pthread_t handle{};

@@ -2,43 +2,20 @@
 #include "tests/support/far_ends.h"
 
 #include <algorithm>
-#include <boost/crc.hpp>
+
+#include "simulator/line/frame.h"
 
 namespace test {
 
 static const Bytes PROBE = {0x1D};
 
-static uint16_t crc(std::span<const uint8_t> bytes) {
-  boost::crc_optimal<16, 0x1021, 0xFFFF, 0xFFFF, true, true> sum;
-  sum.process_bytes(bytes.data(), bytes.size());
-  return sum.checksum();
-}
-
-Bytes frame(std::span<const uint8_t> payload) {
-  uint16_t sum = crc(payload);
-  Bytes plain(payload.begin(), payload.end());
-  plain.push_back(static_cast<uint8_t>(sum));
-  plain.push_back(static_cast<uint8_t>(sum >> 8));
-  Bytes wire;
-  for (uint8_t byte : plain) {
-    bool stuffed = byte == 0x7D || byte == 0x7E;
-    if (stuffed) wire.push_back(0x7D);
-    wire.push_back(static_cast<uint8_t>(stuffed ? byte ^ 0x20 : byte));
-  }
-  wire.push_back(0x7E);
-  return wire;
-}
+Bytes frame(std::span<const uint8_t> payload) { return sim::frame(payload); }
 
 Bytes unframe(std::span<const uint8_t> wire) {
-  Bytes plain;
-  for (size_t i = 0; i + 1 < wire.size(); ++i) {
-    bool stuffed = wire[i] == 0x7D && i + 2 < wire.size();
-    plain.push_back(stuffed ? static_cast<uint8_t>(wire[++i] ^ 0x20) : wire[i]);
-  }
-  if (plain.size() < 2) return {};
-  Bytes payload(plain.begin(), plain.end() - 2);
-  bool good = crc(payload) == (plain.end()[-2] | plain.end()[-1] << 8);
-  return good ? payload : Bytes{};
+  sim::Deframer deframer;
+  sim::Deframer::Verdict verdict = sim::Deframer::PENDING;
+  for (uint8_t byte : wire) verdict = deframer.take(byte);
+  return verdict == sim::Deframer::GOOD ? deframer.payload() : Bytes{};
 }
 
 void Script::receive(std::span<const uint8_t> bytes, Time now) {

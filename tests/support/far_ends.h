@@ -1,5 +1,5 @@
 // Modems for tests: one with scripted raw answers, and one whose answers a function returns.
-// Frames are encoded with Boost's CRC, independently of the codec under test.
+// Frames are the simulated modem's, written independently of the codec under test.
 #pragma once
 
 #include <functional>

@@ -23,9 +23,9 @@ inline Holdings holdings() { return {entries_of("/proc/self/fd"), entries_of("/p
 // Waits for the holdings to equal before, and returns the last ones: the kernel lists a thread for
 // a moment after it was joined.
 inline Holdings holdings_like(const Holdings& before) {
-  constexpr int MOST_LOOKS = 10'000;
+  constexpr int MAX_ATTEMPTS = 10'000;
   Holdings now = holdings();
-  for (int look = 0; now != before && look < MOST_LOOKS; ++look) {
+  for (int attempt = 0; now != before && attempt < MAX_ATTEMPTS; ++attempt) {
     sched_yield();
     now = holdings();
   }

@@ -66,13 +66,13 @@ static std::optional<PortCall> next(std::deque<PortCall>& plan) {
 
 ssize_t World::write_port(const uint8_t* bytes, size_t size) {
   if (is_dead()) return errno = EIO, -1;
-  if (takes == 0) return errno = EAGAIN, -1;
+  if (write_room == 0) return errno = EAGAIN, -1;
   if (auto call = next(writes)) {
     if (call->error != 0) return errno = call->error, -1;
     size = std::min(size, *call->at_most);
   }
-  size = std::min(size, takes);
-  takes -= size;
+  size = std::min(size, write_room);
+  write_room -= size;
   if (keeps_history) written.insert(written.end(), bytes, bytes + size);
   if (far_end != nullptr) far_end->receive({bytes, size}, now_);
   if (!runs_free) conductor.wake(&ports_, true);
@@ -114,7 +114,7 @@ int World::wait_for_port(short events, Time limit) {
   for (;;) {
     if (is_dead()) return 1;
     Time due = end;
-    if ((events & POLLOUT) != 0 && takes > 0) return 1;
+    if ((events & POLLOUT) != 0 && write_room > 0) return 1;
     if ((events & POLLIN) != 0) {
       if (fetch()) return 1;
       if (far_end != nullptr) due = std::min(due, far_end->next_due().value_or(end));

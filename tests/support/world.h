@@ -78,7 +78,7 @@ class World {
   std::vector<Time> sleeps;
   std::function<void(Time)> on_sleep;            // runs at the end of each sleep
   int polls_made = 0;                            // on the port
-  size_t takes = SIZE_MAX;                       // bytes that the line still accepts
+  size_t write_room = SIZE_MAX;                  // bytes that the line still accepts
   std::map<std::string, std::string> files;      // path -> file to open instead
   std::map<std::string, int> missing;            // path -> errno of opening it
   std::deque<PortCall> writes, reads, polls;     // misbehaviour of the next calls on the port
