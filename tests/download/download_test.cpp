@@ -1,41 +1,28 @@
 // An update against the simulated modem: diagnostic mode, boot ROM, programmer, new firmware, NV
 // items, with every fault at every step. What was loaded is compared with the images byte for byte.
 // The device goes away and comes back during the update.
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
-#include "download/image_set.h"
-#include "include/modem_download.h"
-#include "include/zop.h"
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/simulated_far_end.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/download/download_fixture.h"
 
 using namespace std::chrono_literals;
 using namespace test;
-namespace fs = std::filesystem;
 
-static const char DEVICE[] = "/dev/tts/USB1";
 static const char* const NAMES[] = {"QSC6270.ram", "partition.mbn", "dbl.mbn",
                                     "fsbl.mbn",    "osbl.mbn",      "amss.mbn"};
 static const int TYPES[] = {0, 0, 15, 17, 16, 5};
 
-class Download : public testing::Test {
+class Download : public DownloadTest {
  protected:
   void SetUp() override {
-    fresh_link();
+    DownloadTest::SetUp();
     const size_t sizes[] = {3000, 512, 2048, 2049, 2047, 10'000};
     for (uint8_t row = 0; row < IMAGE_COUNT; ++row) write(row, sizes[row]);
     std::ofstream(folder / "version_info") << "Q71XEB22.001\n";
     scenario.model.device.backup_value = 0;  // so that the NV items are carried over
   }
   void TearDown() override {
-    zop_close();
+    DownloadTest::TearDown();
     gHasVersionInfo = 0;
   }
   void write(uint8_t row, size_t size) {
@@ -47,39 +34,12 @@ class Download : public testing::Test {
     if (row == IMAGE_AMSS && size > 100) std::copy(version.begin(), version.end(), image.begin());
     std::ofstream(folder / NAMES[row], std::ios::binary) << std::string(image.begin(), image.end());
   }
-  void start_modem(const std::string& fault = "") {
-    sent.clear();
-    asked.clear();
-    world.sleeps.clear();
-    sim::Modem::Trace note = [this](const std::string& line) {
-      std::istringstream words(line);
-      std::string time, direction, name;
-      words >> time >> direction >> name;
-      if (direction == ">") ++sent[name], asked += name + " ";
-      if (line.find("lone flag") != std::string::npos) ++sent["lone flag"];
-    };
-    scenario.faults.clear();
-    if (!fault.empty()) scenario.faults.push_back(sim::parse_fault(fault));
-    far_end = std::make_unique<SimulatedFarEnd>(scenario, world.now(), note);
-    world.far_end = far_end.get();
-  }
-  // Runs a part of a download, and looks at what it leaves behind.
-  int printed(const std::function<int()>& part) {
-    testing::internal::CaptureStdout();
-    int result = part();
-    output = testing::internal::GetCapturedStdout();
-    EXPECT_FALSE(world.port_is_open());
-    EXPECT_EQ(SIO_USED_LOCK, 0u);
-    for (const Image& image : gImages) EXPECT_EQ(image.descriptor, -1);
-    EXPECT_EQ(dload_tbuf, nullptr);
-    return result;
-  }
   // Only the images, to a modem in its boot ROM that has their partition table.
   int load(const std::string& fault = "", int modem_only = 0, int clear = 0) {
     scenario.model.device.crashed = 1;
     scenario.model.device.partition = images[IMAGE_PARTITION];
     start_modem(fault);
-    return printed([&] { return send_images(modem_only, clear); });
+    return run([&] { return send_images(modem_only, clear); });
   }
   int send_images(int modem_only, int clear) {
     modem_set_config(folder.c_str(), "/second", modem_only, clear);
@@ -90,7 +50,7 @@ class Download : public testing::Test {
   // A whole update. Returns which of its three calls failed, or -1.
   int update(const std::string& fault = "") {
     start_modem(fault);
-    int failed = printed([&] {
+    int failed = run([&] {
       if (!switches_to_boot_rom()) return 0;
       if (send_images(0, 0) != 1) return 1;
       int result = modem_dload_end_process(DEVICE) == 1 ? -1 : 2;
@@ -116,7 +76,7 @@ class Download : public testing::Test {
     strcpy(gVersionInfo, new_version);
     start_modem();
     Time start = world.now();
-    int result = printed([] { return modem_dload_end_process(DEVICE); });
+    int result = run([] { return modem_dload_end_process(DEVICE); });
     return {result, static_cast<int>((world.now() - start) / 1s)};
   }
   void expect_loaded(uint8_t first) {
@@ -136,18 +96,9 @@ class Download : public testing::Test {
     }
     return text;
   }
-  sim::Model& model() { return far_end->modem.model(); }
 
-  TemporaryFolder temporary;
-  fs::path folder = temporary.path;
   Bytes images[IMAGE_COUNT];
-  World world;
-  sim::Scenario scenario;
-  std::unique_ptr<SimulatedFarEnd> far_end;
-  sim::DownloadMode loaded;         // the modem just after the images
-  std::map<std::string, int> sent;  // packets and requests by name
-  std::string asked;                // the same, in order
-  std::string output;
+  sim::DownloadMode loaded;  // the modem just after the images
 };
 
 TEST_F(Download, every_image_arrives_as_it_is) {
@@ -199,7 +150,7 @@ TEST_F(Download, options) {
     expect_loaded(row.first);
     EXPECT_EQ(loaded.programmer.erased, row.erases);
     EXPECT_EQ(sent["stream_partition"], row.tables);
-    EXPECT_EQ(output.find("STAGE2: Erasing Start\nSTAGE3") != std::string::npos, row.erases);
+    EXPECT_EQ(prints("STAGE2: Erasing Start\nSTAGE3"), row.erases);
   }
 }
 
@@ -233,7 +184,7 @@ TEST_F(Download, an_image_that_shrinks_ends_its_stage) {
   for (const char* name : {"amss.mbn", "QSC6270.ram"}) {
     world.on_sleep = [&](Time) { fs::resize_file(folder / name, 100); };
     EXPECT_EQ(load("silence:request=dmss_nop,count=1"), 0) << name;  // the pause shrinks the file
-    EXPECT_NE(output.find("Err-"), std::string::npos);
+    EXPECT_TRUE(prints("Err-"));
   }
   world.on_sleep = nullptr;
 }
@@ -254,7 +205,7 @@ TEST_F(Download, leads_to_the_new_firmware_with_the_old_nv_items) {
   scenario.model.nv[4711] = {1, 2, 3};
   EXPECT_EQ(update(), -1) << output;
   EXPECT_EQ(model().nv[4711], (sim::Bytes{1, 2, 3}));
-  EXPECT_NE(output.find("STAGE2: Erasing Start\n"), std::string::npos);  // a first partition table
+  EXPECT_TRUE(prints("STAGE2: Erasing Start\n"));  // a first partition table
   EXPECT_TRUE(output.ends_with("DLOAD: NV Backup\nDLOAD: NV Rebuild\nDLOAD: NV Restore\n"))
       << output;
 }

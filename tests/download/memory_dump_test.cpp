@@ -1,35 +1,27 @@
 // The memory dump: files match the modem's memory, a hostile list writes nothing outside the
 // directory, and existing files are not overwritten.
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-
-#include "download/image_set.h"
-#include "include/modem_download.h"
-#include "include/zop.h"
-#include "link/serial_port.h"
-#include "tests/support/fresh_link.h"
-#include "tests/support/holdings.h"
-#include "tests/support/simulated_far_end.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/download/download_fixture.h"
 
 using namespace std::chrono_literals;
 using namespace test;
-namespace fs = std::filesystem;
 
-class MemoryDump : public testing::Test {
+class MemoryDump : public DownloadTest {
  protected:
   void SetUp() override {
     setenv("TZ", "UTC", 1);
     tzset();
-    fresh_link();
+    DownloadTest::SetUp();
+    scenario.model.device.crashed = 1;
     fs::current_path(folder);
   }
-  void TearDown() override { fs::current_path(before); }
+  void TearDown() override {
+    DownloadTest::TearDown();
+    fs::current_path(before);
+  }
   static Bytes pattern(size_t size) {
     Bytes bytes(size);
     for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(i * 7 + (i >> 8));
@@ -38,50 +30,38 @@ class MemoryDump : public testing::Test {
   void region(uint32_t base, size_t size, const std::string& name) {
     regions.push_back({1, base, pattern(size), "a region", name});
   }
-  // Dumps a modem with these regions and returns what is printed.
-  std::string run(const std::string& fault = "") {
-    sim::Scenario scenario;
-    scenario.model.device.crashed = 1;
+  // Dumps a modem with these regions.
+  void dump(const std::string& fault = "") {
     scenario.model.device.memory = regions;
-    if (!fault.empty()) scenario.faults.push_back(sim::parse_fault(fault));
-    SimulatedFarEnd modem(std::move(scenario), world.now());
-    return run(modem);
+    start_modem(fault);
+    dump_again();
   }
-  std::string run(SimulatedFarEnd& modem) {
-    world.far_end = &modem;
-    testing::internal::CaptureStdout();
-    size_t open_before = entries_of("/proc/self/fd");
-    EXPECT_EQ(mem_dump_process(), 1);
-    diag_close();
-    EXPECT_EQ(entries_of("/proc/self/fd"), open_before);
-    EXPECT_EQ(dload_tbuf, nullptr);
-    EXPECT_EQ(dload_rbuf, nullptr);
-    EXPECT_EQ(SIO_USED_LOCK, 0u);
-    world.far_end = nullptr;
-    return testing::internal::GetCapturedStdout();
+  void dump_again() {
+    run([] {
+      EXPECT_EQ(mem_dump_process(), 1);
+      diag_close();
+      return 1;
+    });
   }
   Bytes content(const fs::path& name) {
     std::ifstream in(folder / DIRECTORY / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
   }
-  static bool is_whole(const std::string& output) {
-    return output.ends_with("DUMP_MODE: PERCENT=100\n");
-  }
+  bool is_whole() const { return output.ends_with("DUMP_MODE: PERCENT=100\n"); }
   static inline const char DIRECTORY[] = "dump_07242010_1933";
 
   fs::path before = fs::current_path();
-  TemporaryFolder temporary;
-  fs::path folder = temporary.path;
-  World world;
   std::vector<sim::MemoryRegion> regions;
 };
 
 TEST_F(MemoryDump, saves_each_region_and_keeps_what_is_there) {
   region(0x1000, 5000, "ram.bin");
   region(0x80000000, 2048, "rom.bin");
-  EXPECT_TRUE(is_whole(run()));
+  dump();
+  EXPECT_TRUE(is_whole());
   regions[0].content[0] = 0x55;  // another crash, within the same minute
-  EXPECT_EQ(run(),
+  dump();
+  EXPECT_EQ(output,
             "DUMP_MODE: PERCENT=0\n"
             "DUMP_MODE: FILE=dump_07242010_1933/ram.bin.2\n"
             "DUMP_MODE: FILE=dump_07242010_1933/rom.bin.2\n"
@@ -94,15 +74,15 @@ TEST_F(MemoryDump, saves_each_region_and_keeps_what_is_there) {
 }
 
 TEST_F(MemoryDump, of_a_modem_that_has_just_crashed) {
-  sim::Scenario scenario;
+  scenario.model.device.crashed = 0;
   scenario.model.device.crash_dump = 1;
-  SimulatedFarEnd modem(scenario);
-  world.far_end = &modem;
-  ASSERT_EQ(zop_open("/dev/tts/USB1"), 0u);
+  start_modem();
+  ASSERT_EQ(zop_open(DEVICE), 0u);
   EXPECT_EQ(zop_set_error_fatal(), ZOP_SUCCESS);
   zop_close();
   world.advance(5s);
-  EXPECT_TRUE(is_whole(run(modem)));
+  dump_again();
+  EXPECT_TRUE(is_whole());
   EXPECT_EQ(content("ram.bin"), scenario.model.device.memory[0].content);
 }
 
@@ -111,31 +91,38 @@ TEST_F(MemoryDump, sizes_around_the_chunk_and_names_that_come_again) {
   const char* const names[] = {"r", "r", "r.2", "x", "r", "x"};
   const char* const files[] = {"r", "r.2", "r.2.2", "x", "r.3", "x.2"};
   for (uint32_t i = 0; i < 6; ++i) region(0xFFFF0000u - i * 200'000, sizes[i], names[i]);
-  EXPECT_TRUE(is_whole(run()));
+  dump();
+  EXPECT_TRUE(is_whole());
   for (uint32_t i = 0; i < 6; ++i) EXPECT_EQ(content(files[i]), pattern(sizes[i])) << files[i];
 }
 
 TEST_F(MemoryDump, names_that_lead_elsewhere_are_left_out) {
-  for (std::string name : {"", ".", "..", "/etc/x", "../x", "a/b", "x\x1b[2J/"}) {
+  for (std::string name : {"", ".", "..", "/etc/x", "../x", "a/b", "x\x1b\\\x7f~ /"}) {
     region(0, 10, name);
   }
-  region(0x100, 10, std::string(109, 'x'));  // 128 characters with the directory
-  region(0x2000, 5000, std::string(108, 'x'));
-  std::string output = run();
-  EXPECT_NE(output.find("DUMP_MODE: left out, no file name: \"x\\x1B[2J/\"\n"), std::string::npos);
-  EXPECT_NE(output.find("DUMP_MODE: left out, file name too long: \"x"), std::string::npos);
-  EXPECT_EQ(output.find('\x1b'), std::string::npos);
-  EXPECT_TRUE(output.ends_with("DUMP_MODE: PERCENT=81\n")) << output;
-  EXPECT_EQ(content(std::string(108, 'x')), pattern(5000));
+  std::string longest(108, 'x');  // 127 characters with the directory
+  region(0x100, 10, longest + "x");
+  region(0x2000, 5000, longest);
+  dump();
+  const std::string LEFT_OUT = "DUMP_MODE: left out, ", PERCENT = "DUMP_MODE: PERCENT=";
+  std::string expected = PERCENT + "0\n";
+  for (const char* name : {"", ".", "..", "/etc/x", "../x", "a/b", "x\\x1B\\x5C\\x7F~ /"}) {
+    expected += LEFT_OUT + "no file name: \"" + name + "\"\n";
+  }
+  expected += LEFT_OUT + "file name too long: \"" + longest + "x\"\n";
+  expected += "DUMP_MODE: FILE=dump_07242010_1933/" + longest + "\n";
+  for (const char* percent : {"20", "40", "61", "81"}) expected += PERCENT + percent + "\n";
+  EXPECT_EQ(output, expected);
+  EXPECT_EQ(content(longest), pattern(5000));
   EXPECT_EQ(entries_of("."), 1u);
   EXPECT_EQ(entries_of(DIRECTORY), 1u);
 }
 
 TEST_F(MemoryDump, more_regions_than_the_table_holds) {
   for (uint32_t i = 0; i < 21; ++i) region(i * 100, 10, std::to_string(i));
-  std::string output = run();
-  EXPECT_NE(output.find("DUMP_MODE: left out, all regions after the 20th\n"), std::string::npos);
-  EXPECT_FALSE(is_whole(output));
+  dump();
+  EXPECT_TRUE(prints("DUMP_MODE: left out, all regions after the 20th\n"));
+  EXPECT_FALSE(is_whole());
   EXPECT_EQ(entries_of(DIRECTORY), 20u);
 }
 
@@ -147,16 +134,22 @@ TEST_F(MemoryDump, faults_of_the_line) {
       {"silence:request=dmss_regions,count=9", true},
       {"silence:request=dmss_regions,count=10", false},
       {"wrong-echo:request=dmss_regions", false},
+      {"shorten=2:request=dmss_regions,count=1", true},
+      {"shorten=9:request=dmss_regions,count=1", true},
       {"hang-up:request=dmss_regions", false},
       {"silence:request=dmss_read,skip=2,count=30", true},
       {"bad-crc:request=dmss_read,skip=1,count=3", true},
-      {"delay=4500:request=dmss_read", true},  // late replies to earlier requests
+      {"wrong-echo=2:request=dmss_read,skip=1,count=1", true},  // another address
+      {"shorten=7:request=dmss_read,count=1", true},            // no data
+      {"shorten=8:request=dmss_read,count=1", true},            // a byte of it
+      {"delay=4500:request=dmss_read", true},                   // late replies to earlier requests
       {"hang-up:request=dmss_read,skip=2", false},
   };
   region(0x1000, 5000, "r");
   for (auto& row : rows) {
     SCOPED_TRACE(row.fault);
-    EXPECT_EQ(is_whole(run(row.fault)), row.saved);
+    dump(row.fault);
+    EXPECT_EQ(is_whole(), row.saved);
     bool whole = false;  // time-outs may push it into the next minute's directory
     for (auto& directory : fs::directory_iterator(folder)) {
       whole = content(directory.path() / "r") == pattern(5000);
@@ -164,6 +157,8 @@ TEST_F(MemoryDump, faults_of_the_line) {
     }
     EXPECT_EQ(whole, row.saved);
   }
+  dump("shorten=20:request=dmss_regions");
+  EXPECT_TRUE(output.ends_with("DUMP_MODE: the list of regions is damaged, refused\n"));
 }
 
 // A full disk, simulated by a file size limit: reported once, and the failed write is not counted.
@@ -174,7 +169,7 @@ TEST_F(MemoryDump, a_full_disk_ends_it) {
   signal(SIGXFSZ, SIG_IGN);
   rlimit small = {2048, before_test.rlim_max};
   setrlimit(RLIMIT_FSIZE, &small);
-  std::string output = run();
+  dump();
   setrlimit(RLIMIT_FSIZE, &before_test);
   EXPECT_TRUE(
       output.ends_with("PERCENT=40\nDUMP_MODE: can't write dump_07242010_1933/r\\x0A: "
@@ -196,31 +191,37 @@ TEST_F(MemoryDump, what_is_in_the_way) {
     if (way == 1) fs::create_directory(file);
     if (way == 2) std::ofstream(file) << "not this user's";
     if (way == 2 && !foreign(file)) break;  // only the superuser can change the owner
-    std::string output = run();
-    EXPECT_NE(output.find("DUMP_MODE: left out, something else is in its way: "
-                          "\"dump_07242010_1933/r\"\n"),
-              std::string::npos);
-    EXPECT_FALSE(is_whole(output));
+    dump();
+    EXPECT_TRUE(
+        prints("DUMP_MODE: left out, something else is in its way: \"dump_07242010_1933/r\"\n"));
+    EXPECT_FALSE(is_whole());
     EXPECT_EQ(content(way == 0 ? "s" : "s." + std::to_string(way + 1)), pattern(10));
     fs::remove(file);
   }
   const char REFUSED[] = "DUMP_MODE: can't use dump_07242010_1933: ";
-  EXPECT_TRUE(!foreign(DIRECTORY) || run().find(REFUSED) != std::string::npos);
+  if (foreign(DIRECTORY)) {
+    dump();
+    EXPECT_TRUE(prints(REFUSED + std::string("it belongs to another user\n")));
+  }
   fs::remove_all(DIRECTORY);
   fs::create_directory(folder / "elsewhere");
   fs::create_symlink("elsewhere", DIRECTORY);
-  EXPECT_NE(run().find(REFUSED), std::string::npos);
+  dump();
+  EXPECT_TRUE(prints(REFUSED));
   EXPECT_TRUE(fs::is_empty("elsewhere"));
   EXPECT_EQ(fs::file_size("target"), 13u);
 }
 
 TEST_F(MemoryDump, nothing_to_begin_with) {
   world.malloc_failures = 1;
-  run();
+  dump();
   world.malloc_failures = 1;
-  EXPECT_EQ(run(), "");  // still 0 percent, which is not printed again
-  fs::remove(folder);    // nothing can be created in a removed directory
-  EXPECT_EQ(run(), "DUMP_MODE: can't create direcory\n");
-  world.missing["/dev/tts/USB1"] = ENOENT;
-  EXPECT_EQ(run(), "DUMP_MODE: can't open the port\n");
+  dump();
+  EXPECT_EQ(output, "");  // still 0 percent, which is not printed again
+  fs::remove(folder);     // nothing can be created in a removed directory
+  dump();
+  EXPECT_EQ(output, "DUMP_MODE: can't create direcory\n");
+  world.missing[DEVICE] = ENOENT;
+  dump();
+  EXPECT_EQ(output, "DUMP_MODE: can't open the port\n");
 }
