@@ -22,21 +22,19 @@ using namespace test;
 
 enum { SHOWN_COMPLAINTS = 100 };
 
-static char row_under_way[256] = "start";
+static char current_row[256] = "start";
 
-static void end_at_row(const char* what) {
-  (void)!write(STDERR_FILENO, what, strlen(what));
-  (void)!write(STDERR_FILENO, row_under_way, strlen(row_under_way));
+static void end_at_current_row(int) {
+  (void)!write(STDERR_FILENO, "zop_faults: crashed: ", 21);
+  (void)!write(STDERR_FILENO, current_row, strlen(current_row));
   (void)!write(STDERR_FILENO, "\n", 1);
   _exit(1);
 }
 
 static void catch_crashes() {
-  signal(SIGABRT, [](int) { end_at_row("zop_faults: aborted: "); });
+  signal(SIGABRT, end_at_current_row);
 #ifndef ZOP_SANITIZED
-  for (int crash : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
-    signal(crash, [](int) { end_at_row("zop_faults: crashed: "); });
-  }
+  for (int crash : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) signal(crash, end_at_current_row);
 #endif
 }
 
@@ -61,11 +59,11 @@ struct Run {
 
 static Row try_row(const Call& call, const Healthy& healthy, const Fault& fault,
                    const std::string& expected, Run& run) {
-  snprintf(row_under_way, sizeof row_under_way, "%s, %s", call.name.c_str(), fault.text.c_str());
+  snprintf(current_row, sizeof current_row, "%s, %s", call.name.c_str(), fault.text.c_str());
   Row row = make_row(call, healthy, fault);
   ++run.rows;
   if (row.complaint.empty()) row.complaint = difference(expected, row);
-  if (!row.complaint.empty()) run.complain(row_under_way, row.complaint);
+  if (!row.complaint.empty()) run.complain(current_row, row.complaint);
   return row;
 }
 

@@ -77,8 +77,6 @@ static mode_t mode_of(int flags, va_list arguments) {
   }
 DEFINE_OPEN(open)
 DEFINE_OPEN(open64)
-EXPORTED int __open_2(const char* path, int flags) { return open_in_world(path, flags, 0); }
-EXPORTED int __open64_2(const char* path, int flags) { return open_in_world(path, flags, 0); }
 
 static FILE* fopen_in_world(const char* name, const char* path, const char* mode) {
   IN_WORLD(world);
@@ -153,9 +151,6 @@ EXPORTED ssize_t read(int fd, void* bytes, size_t size) {
     }
   }
   return syscall(SYS_read, fd, bytes, size);
-}
-EXPORTED ssize_t __read_chk(int fd, void* bytes, size_t size, size_t) {
-  return read(fd, bytes, size);
 }
 
 EXPORTED int poll(pollfd* files, nfds_t count, int ms) {
