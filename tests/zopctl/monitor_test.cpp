@@ -1,18 +1,23 @@
-// The live view in a real terminal (tmux): its screen, the terminal restored, and its recording.
+// The live view in a real terminal (tmux): transcripts of its screen, and the terminal restored.
+//   file NAME         writes the lines that follow to a file
+//   start COMMAND     starts it in a terminal of 80 by 24
+//   until TEXT        waits until the screen shows it
+//   type KEYS, resize WIDTH HEIGHT, signal NUMBER
+//   screen, colours   shows it, once it stands still
+//   ends              waits for the end, and shows the exit code
 #include <chrono>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <sstream>
+#include <functional>
 #include <thread>
 
-#include "tests/zopctl/run_zopctl.h"
+#include "tests/support/program.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/transcript.h"
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
 // Polls, because the condition depends on another process.
 static bool becomes_true(const std::function<bool()>& condition) {
-  for (int look = 0; look < 1500; ++look) {
+  for (int look = 0; look < 1000; ++look) {
     if (condition()) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
@@ -20,69 +25,82 @@ static bool becomes_true(const std::function<bool()>& condition) {
 }
 
 namespace {
-// zopctl in its own terminal; the terminal's settings are saved before and after it.
 class Terminal {
  public:
-  explicit Terminal(const std::string& arguments, const std::string& environment = "") {
-    folder.write("run", "ulimit -c 0; echo shell-is-here; stty -a > before\n" + environment +
-                            " sh -c 'echo $$ > pid; exec " ZOPCTL " " + arguments +
-                            "'\necho exit=$? > exit; stty -a > after; touch done; exec cat\n");
-    tmux("-f /dev/null new-session -d -x 80 -y 24 'cd " + folder.path.string() +
-         " && LC_ALL=C.UTF-8 sh run'");
-  }
+  Terminal() = default;
   ~Terminal() { tmux("kill-server"); }
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  std::string screen(const std::string& part = "") { return tmux("capture-pane -p " + part); }
-  bool shows(const std::string& text) {
-    return becomes_true([&] { return contains(screen(), text); });
+  std::string take(const std::string& input) {
+    std::string word = input.substr(0, input.find(' '));
+    std::string rest = input.substr(std::min(word.size() + 1, input.size()));
+    size_t end = rest.find('\n');
+    if (word == "file") folder_.write(rest.substr(0, end), rest.substr(end + 1));
+    if (word == "start") start(rest);
+    if (word == "until") return shows(rest) ? "" : "never; instead\n" + screen("");
+    if (word == "type") tmux("send-keys " + rest);
+    if (word == "resize") resize(rest);
+    if (word == "signal") kill(std::stoi(folder_.read("pid")), std::stoi(rest));
+    if (word == "screen") return still_screen("");
+    if (word == "colours") return std::regex_replace(still_screen("-e"), std::regex("\033"), "^");
+    return word == "ends" ? ended() : "";
   }
-  void type(const std::string& keys) { tmux("send-keys " + keys); }
-  void resize(int width, int height) {
-    tmux("resize-window -x " + std::to_string(width) + " -y " + std::to_string(height));
-  }
-  void signal(int number) { kill(std::stoi(folder.read("pid")), number); }
-
-  // Waits for its end, checks that the terminal is restored, and returns its exit status.
-  std::string ends() {
-    if (!becomes_true([&] { return fs::exists(folder / "done"); })) return "never:\n" + screen();
-    EXPECT_EQ(settings("after"), settings("before"));
-    EXPECT_TRUE(shows("shell-is-here")) << "still in full screen";
-    return folder.read("exit");
-  }
-  const TemporaryFolder folder;
 
  private:
-  std::string settings(const std::string& name) const {  // the first line is the size
-    std::string text = folder.read(name);
-    return text.substr(text.find('\n') + 1);
+  // The terminal's settings are saved before and after, without their first line, the size.
+  void start(const std::string& arguments) {
+    folder_.write("run",
+                  "ulimit -c 0; echo shell-is-here; stty -a | tail -n +2 > before\n"
+                  "sh -c 'echo $$ > pid; exec env " +
+                      arguments +
+                      "'\n echo exit=$? > exit; stty -a | tail -n +2 > after; touch done; cat\n");
+    tmux("-f /dev/null new-session -d -x 80 -y 24 'cd " + folder_.path.string() +
+         " && LC_ALL=C.UTF-8 PATH=" PROGRAMS ":$PATH sh run'");
   }
   std::string tmux(const std::string& command) {
-    return shell("tmux -S " + folder / "socket" + " " + command).output;
+    return shell("tmux -S " + folder_ / "socket" + " " + command).output;
   }
+  std::string screen(const std::string& options) { return tmux("capture-pane -p " + options); }
+  bool shows(const std::string& text) {
+    return becomes_true([&] { return contains(screen(""), text); });
+  }
+  std::string still_screen(const std::string& options) {
+    std::string before, now;
+    int same = 0;
+    becomes_true([&] {
+      before = std::exchange(now, screen(options));
+      same = now == before ? same + 1 : 0;
+      return same == 8;
+    });
+    return now;
+  }
+  void resize(const std::string& size) {
+    std::string height = size.substr(size.find(' ') + 1);
+    tmux("resize-window -x " + size.substr(0, size.find(' ')) + " -y " + height);
+  }
+  std::string ended() {
+    if (!becomes_true([&] { return fs::exists(folder_ / "done"); })) return "never";
+    std::string text = folder_.read("exit");
+    if (!shows("shell-is-here")) text += "still in full screen\n";
+    if (folder_.read("after") != folder_.read("before")) text += "other terminal settings\n";
+    return text;
+  }
+
+  const TemporaryFolder folder_;
 };
 }  // namespace
 
-TEST(Monitor, shows_the_modem_in_a_window_of_any_size_until_a_key_ends_it) {
-  Terminal terminal("--sim monitor");
-  for (const char* text : {"Registration Success", "WCDMA V 850", "active     code  100",
-                           "Cell 3430008", "rx 4.", "Deferred action waitFor", "RSSI -75 dBm"}) {
-    EXPECT_TRUE(terminal.shows(text)) << text << "\n" << terminal.screen();
-  }
-  terminal.type("+");
-  EXPECT_TRUE(terminal.shows("every 2 s"));
-  terminal.type("p");
-  EXPECT_TRUE(terminal.shows("PAUSED"));
-  terminal.resize(40, 12);
-  EXPECT_TRUE(becomes_true([&] { return contains(terminal.screen("-S 11"), "q quit"); }));
-  terminal.resize(20, 4);
-  EXPECT_TRUE(terminal.shows("30x8 at least"));
-  terminal.resize(150, 50);
-  EXPECT_TRUE(terminal.shows("active     code  100"));
-  terminal.type("q");
-  EXPECT_EQ(terminal.ends(), "exit=0\n");
+class Monitor : public testing::TestWithParam<const char*> {};
+
+TEST_P(Monitor, shows_what_the_transcript_has) {
+  Terminal terminal;
+  Transcript::replay(GOLDEN "/zopctl/monitor-" + std::string(GetParam()),
+                     [&](const std::string& input) { return terminal.take(input); });
 }
+
+INSTANTIATE_TEST_SUITE_P(Tools, Monitor, testing::Values("sizes", "changes"),
+                         [](const auto& name) { return name.param; });
 
 TEST(Monitor, restores_the_terminal_however_it_ends) {
   struct Row {
@@ -94,68 +112,17 @@ TEST(Monitor, restores_the_terminal_however_it_ends) {
               {"a crash", {SIGABRT}, "exit=134\n"},
               {"quit for a core", {SIGQUIT}, "exit=131\n"}};
   for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    Terminal terminal("--sim monitor");
-    ASSERT_TRUE(terminal.shows("q quit"));
-    for (int signal : row.signals) terminal.signal(signal);
-    EXPECT_EQ(terminal.ends(), row.exit);
+    Terminal terminal;
+    terminal.take("start zopctl --sim monitor");
+    EXPECT_EQ(terminal.take("until q quit"), "") << row.name;
+    for (int signal : row.signals) terminal.take("signal " + std::to_string(signal));
+    EXPECT_EQ(terminal.take("ends"), row.exit) << row.name;
   }
-}
-
-TEST(Monitor, survives_and_records_the_loss_of_the_modem) {
-  TemporaryFolder folder;
-  std::string link = folder / "modem";
-  auto plugged_in = [&](const char* scenario) {
-    auto modem =
-        std::make_unique<Program>(std::vector<std::string>{SIMULATOR, "--link", link, scenario});
-    EXPECT_EQ(modem->line(), link);
-    return modem;
-  };
-  auto modem = plugged_in("healthy-wcdma");
-  Terminal terminal("--device " + link + " monitor --record samples");
-  EXPECT_TRUE(terminal.shows("WCDMA V 850"));
-  modem.reset();
-  EXPECT_TRUE(terminal.shows("LINK LOST")) << terminal.screen();
-  modem = plugged_in("healthy-gsm");
-  EXPECT_TRUE(terminal.shows("neighbour ARFCN  661")) << terminal.screen();
-  EXPECT_TRUE(terminal.shows("the link is back")) << terminal.screen();
-  terminal.type("q");
-  EXPECT_EQ(terminal.ends(), "exit=0\n");
-
-  std::istringstream samples(terminal.folder.read("samples"));
-  std::vector<std::string> links, bands;
-  for (std::string line; std::getline(samples, line);) {
-    Json sample = Json::parse(line);
-    links.push_back(sample["link"]);
-    if (sample["report"].is_null()) continue;
-    bands.push_back(sample["report"]["network"]["Band"]);
-  }
-  ASSERT_FALSE(bands.empty());
-  EXPECT_EQ(bands.front(), "WCDMA V 850");
-  EXPECT_EQ(bands.back(), "GSM PCS 1900");
-  EXPECT_EQ(links.front() + links.back(), "openopen");
-  EXPECT_NE(std::ranges::find(links, "lost"), links.end());
 }
 
 TEST(Monitor, prints_a_line_a_sample_on_an_unknown_terminal) {
-  Terminal unknown("--sim monitor --count 2", "TERM=nobody-makes-this");
-  EXPECT_TRUE(unknown.shows("no live view on a terminal of this type"));
-  EXPECT_EQ(unknown.ends(), "exit=0\n");
-  EXPECT_TRUE(contains(zopctl("--sim --sim-speed 20 monitor --count 2").output, "5 [#####]"));
-
-  std::istringstream objects(zopctl("--sim --sim-speed 20 --json monitor --count 2").output);
-  for (int i = 0; i < 2; ++i) {
-    std::string line;
-    std::getline(objects, line);
-    EXPECT_EQ(Json::parse(line)["bars"], 5);
-  }
-}
-
-TEST(Monitor, reports_a_recording_that_cannot_be_written) {
-  expect_runs({
-      {"--sim monitor --count 2 --record /dev/full", 1,
-       "the recording /dev/full: No space left on device"},
-      {"--sim monitor --count 2 --record /nowhere/samples", 1,
-       "the recording /nowhere/samples: No such file"},
-  });
+  Terminal terminal;
+  terminal.take("start TERM=nobody-makes-this zopctl --sim monitor --count 2");
+  EXPECT_EQ(terminal.take("until no live view on a terminal of this type"), "");
+  EXPECT_EQ(terminal.take("ends"), "exit=0\n");
 }
