@@ -54,10 +54,11 @@ void Terminal::remove_dead_link() {
 
 void Terminal::unplug() {
   if (!is_plugged_in()) return;
+  // First: another simulator may get the terminal's name as soon as it is closed.
+  if (!link_.empty()) unlink(link_.c_str());
   close(slave_);
   close(master_);
   slave_ = master_ = -1;
-  if (!link_.empty()) unlink(link_.c_str());
 }
 
 Bytes Terminal::read() {
