@@ -60,7 +60,7 @@ TEST_F(ZopctlSignals, end_what_may_end) {
 }
 
 TEST_F(ZopctlSignals, second_one_ends_an_update_at_once_and_leaves_no_files) {
-  Program program(update("delay=200000:request=stream_write"));
+  Program program(update("delay=3600000:request=stream_write"));
   program.lines_until("writing the images");
   EXPECT_FALSE(fs::is_empty(scratch));
   program.send(SIGINT);

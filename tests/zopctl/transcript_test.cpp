@@ -31,7 +31,8 @@ TEST_P(Shell, prints_what_the_transcript_has) {
 INSTANTIATE_TEST_SUITE_P(Tools, Shell,
                          testing::Values("status", "verbs", "bad-usage", "doctor", "capture",
                                          "redacted-capture", "html", "pins", "report", "exception",
-                                         "firmware", "dump", "parse-log", "documents", "simulator"),
+                                         "firmware", "firmware-failures", "dump", "parse-log",
+                                         "documents", "simulator"),
                          [](const auto& name) {
                            std::string text = name.param;
                            std::ranges::replace(text, '-', '_');
