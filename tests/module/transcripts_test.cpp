@@ -84,7 +84,15 @@ class HostSession : public Session, ModuleWorld {
  public:
   HostSession() { prv_zop_init_logging(); }  // the items' names, without an open
 
-  std::string run(const Words& command) override {
+  // Commands separated by semicolons.
+  std::string answer(const std::string& input) override {
+    std::string printed;
+    for (const Words& command : word_groups(input, ";")) printed += run(command);
+    return printed;
+  }
+
+ private:
+  std::string run(const Words& command) {
     Words words(command.begin() + 1, command.end());
     Time before = world.now();
     auto known = commands_.find(command[0]);
@@ -96,7 +104,6 @@ class HostSession : public Session, ModuleWorld {
     return printed + logged();
   }
 
- private:
   using Function = std::function<std::string(const Words&)>;
 
   // A line of the report in short, or whole with its stamp as a number.
@@ -410,6 +417,6 @@ class HostSession : public Session, ModuleWorld {
 };
 
 const bool REGISTERED =
-    register_transcripts(TRANSCRIPTS, [] { return std::make_unique<HostSession>(); });
+    register_transcripts(TRANSCRIPTS "/module", [] { return std::make_unique<HostSession>(); });
 
 }  // namespace

@@ -5,12 +5,14 @@
 //   wait S       lets time pass
 //   trace        shows the trace since the last time
 //   BYTES        sends a request: bytes in hexadecimal, 00*9 for nine of one, 'text'
-#include "tests/support/old_transcript.h"
+#include "tests/support/transcript.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <optional>
+#include <regex>
+#include <sstream>
 
 #include "simulator/modem.h"
 
@@ -58,9 +60,9 @@ static std::string shown_wire(const Bytes& wire) {
 }
 
 namespace {
-class SimulatedModem {
+class SimulatedModem : public test::Session {
  public:
-  std::string take(const std::string& input) {
+  std::string answer(const std::string& input) override {
     size_t end = input.find_first_of(" \n");
     std::string word = input.substr(0, end);
     std::string rest = end == std::string::npos ? "" : input.substr(end + 1);
@@ -103,17 +105,7 @@ class SimulatedModem {
   Time now_{0};
   std::string trace_;
 };
+
+const bool REGISTERED = test::register_transcripts(
+    TRANSCRIPTS "/simulator", [] { return std::make_unique<SimulatedModem>(); });
 }  // namespace
-
-static void replay(const std::string& name) {
-  SimulatedModem modem;
-  Transcript::replay(GOLDEN "/simulator/" + name,
-                     [&](const std::string& input) { return modem.take(input); });
-}
-
-TEST(SimulatorTranscript, requests) { replay("requests"); }
-TEST(SimulatorTranscript, sim_card) { replay("sim-card"); }
-TEST(SimulatorTranscript, faults) { replay("faults"); }
-TEST(SimulatorTranscript, download) { replay("download"); }
-TEST(SimulatorTranscript, scenarios) { replay("scenarios"); }
-TEST(SimulatorTranscript, bad_scenarios) { replay("bad-scenarios"); }

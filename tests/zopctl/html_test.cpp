@@ -1,4 +1,4 @@
-// The page of a recording in a browser. Its content is in tests/golden/zopctl/html.
+// The page of a recording in a browser. Its content is in tests/transcripts/zopctl/html.txt.
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 

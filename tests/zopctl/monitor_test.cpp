@@ -7,6 +7,7 @@
 //   ends              waits for the end, and shows the exit code
 #include <chrono>
 #include <functional>
+#include <regex>
 #include <thread>
 
 #include "tests/support/program.h"
@@ -25,14 +26,14 @@ static bool becomes_true(const std::function<bool()>& condition) {
 }
 
 namespace {
-class Terminal {
+class Terminal : public test::Session {
  public:
   Terminal() = default;
-  ~Terminal() { tmux("kill-server"); }
+  ~Terminal() override { tmux("kill-server"); }
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  std::string take(const std::string& input) {
+  std::string answer(const std::string& input) override {
     std::string word = input.substr(0, input.find(' '));
     std::string rest = input.substr(std::min(word.size() + 1, input.size()));
     size_t end = rest.find('\n');
@@ -91,16 +92,8 @@ class Terminal {
 };
 }  // namespace
 
-class Monitor : public testing::TestWithParam<const char*> {};
-
-TEST_P(Monitor, shows_what_the_transcript_has) {
-  Terminal terminal;
-  Transcript::replay(GOLDEN "/zopctl/monitor-" + std::string(GetParam()),
-                     [&](const std::string& input) { return terminal.take(input); });
-}
-
-INSTANTIATE_TEST_SUITE_P(Tools, Monitor, testing::Values("sizes", "changes"),
-                         [](const auto& name) { return name.param; });
+static const bool REGISTERED =
+    test::register_transcripts(TRANSCRIPTS "/monitor", [] { return std::make_unique<Terminal>(); });
 
 TEST(Monitor, restores_the_terminal_however_it_ends) {
   struct Row {
@@ -113,16 +106,16 @@ TEST(Monitor, restores_the_terminal_however_it_ends) {
               {"quit for a core", {SIGQUIT}, "exit=131\n"}};
   for (const Row& row : rows) {
     Terminal terminal;
-    terminal.take("start zopctl --sim monitor");
-    EXPECT_EQ(terminal.take("until q quit"), "") << row.name;
-    for (int signal : row.signals) terminal.take("signal " + std::to_string(signal));
-    EXPECT_EQ(terminal.take("ends"), row.exit) << row.name;
+    terminal.answer("start zopctl --sim monitor");
+    EXPECT_EQ(terminal.answer("until q quit"), "") << row.name;
+    for (int signal : row.signals) terminal.answer("signal " + std::to_string(signal));
+    EXPECT_EQ(terminal.answer("ends"), row.exit) << row.name;
   }
 }
 
 TEST(Monitor, prints_a_line_a_sample_on_an_unknown_terminal) {
   Terminal terminal;
-  terminal.take("start TERM=nobody-makes-this zopctl --sim monitor --count 2");
-  EXPECT_EQ(terminal.take("until no live view on a terminal of this type"), "");
-  EXPECT_EQ(terminal.take("ends"), "exit=0\n");
+  terminal.answer("start TERM=nobody-makes-this zopctl --sim monitor --count 2");
+  EXPECT_EQ(terminal.answer("until no live view on a terminal of this type"), "");
+  EXPECT_EQ(terminal.answer("ends"), "exit=0\n");
 }
