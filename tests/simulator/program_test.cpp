@@ -1,4 +1,4 @@
-// The program itself on a real terminal: first line, answers, link, clean end, bad usage.
+// The program itself on a real terminal: first line, answers, link, clean end.
 #include <poll.h>
 
 #include "simulator/line/frame.h"
@@ -48,26 +48,4 @@ TEST_F(SimulatorProgram, a_hang_up_takes_the_terminal_away) {
   EXPECT_TRUE(ask_terminal(link, {0xCF, 0x20, 0}).empty());
   EXPECT_FALSE(std::filesystem::exists(link));  // follows the link
   EXPECT_EQ(program.end(SIGTERM), 0);
-}
-
-TEST_F(SimulatorProgram, bad_usage_is_reported_in_one_line) {
-  std::string taken = folder.write("taken", "somebody else's");
-  struct {
-    std::vector<std::string> words;
-    int exit_code;
-    std::string line;
-  } rows[] = {
-      {{"nowhere"}, 2, "no shipped scenario \"nowhere\"; --list-scenarios shows them"},
-      {{"./nowhere.toml"}, 2, "./nowhere.toml: can't be read"},
-      {{"--fault", "rain"}, 2, "--fault: unknown fault \"rain\""},
-      {{"--link", taken}, 1, "can't make the link " + taken},
-  };
-  for (auto& row : rows) {
-    row.words.insert(row.words.begin(), SIMULATOR);
-    Program program(row.words);
-    std::string line = program.line();
-    EXPECT_TRUE(line.starts_with("zop-modem-sim: " + row.line)) << line;
-    EXPECT_EQ(program.exit_code(), row.exit_code);
-  }
-  EXPECT_EQ(folder.read("taken"), "somebody else's");
 }

@@ -41,11 +41,11 @@ TEST_F(ZopctlSignals, end_what_may_end) {
       {{ZOPCTL, scenario(no_card), "status", "--log", "all"}, "SIM status=4", SIGINT, 130, ""},
       {{ZOPCTL, scenario(no_card), "status", "--log", "all"}, "SIM status=4", SIGTERM, 143, ""},
       {{ZOPCTL, "--sim", "bars", "--watch", "3600", "--json"}, "\"bars\":5}", SIGINT, 130, ""},
-      {update("delay=4000:request=dmss_write"), "loading the programmer", SIGINT, 130,
+      {update("delay=40000:request=dmss_write"), "loading the programmer", SIGINT, 130,
        "nothing was written"},
-      {update("delay=2000:request=stream_write"), "writing the images", SIGINT, 0,
+      {update("delay=40000:request=stream_write"), "writing the images", SIGINT, 0,
        "the update continues"},
-      {update("delay=2000:request=stream_write"), "writing the images", SIGHUP, 0, "done: "},
+      {update("delay=40000:request=stream_write"), "writing the images", SIGHUP, 0, "done: "},
   };
   for (auto& row : rows) {
     Program program(row.words);

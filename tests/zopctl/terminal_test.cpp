@@ -1,4 +1,4 @@
-// The live view in a real terminal (tmux): transcripts of its screen, and the terminal restored.
+// zopctl in a real terminal (tmux): transcripts of the screen, and the terminal restored.
 //   file NAME         writes the lines that follow to a file
 //   start COMMAND     starts it in a terminal of 80 by 24
 //   until TEXT        waits until the screen shows it
@@ -93,7 +93,7 @@ class Terminal : public test::Session {
 }  // namespace
 
 static const bool REGISTERED =
-    test::register_transcripts(TRANSCRIPTS "/monitor", [] { return std::make_unique<Terminal>(); });
+    test::register_transcripts(TRANSCRIPTS "/terminal", [] { return std::make_unique<Terminal>(); });
 
 TEST(Monitor, restores_the_terminal_however_it_ends) {
   struct Row {
