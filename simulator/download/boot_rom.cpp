@@ -24,11 +24,13 @@ static void put32(Bytes& out, uint32_t value) {
 static uint32_t get16(View p, size_t at) { return static_cast<uint32_t>(p[at] << 8 | p[at + 1]); }
 static uint32_t get32(View p, size_t at) { return get16(p, at) << 16 | get16(p, at + 2); }
 
-Bytes memory_of_addresses(uint32_t base, size_t length) {
-  Bytes content(length);
-  for (size_t offset = 0; offset < length; ++offset) {
+Bytes MemoryRegion::read(size_t offset, size_t count) const {
+  Bytes content(count, fill.value_or(0));
+  if (fill) return content;
+  for (uint8_t& byte : content) {
     uint32_t address = base + static_cast<uint32_t>(offset & ~size_t{3});
-    content[offset] = static_cast<uint8_t>(address >> 8 * (3 - (offset & 3)));
+    byte = static_cast<uint8_t>(address >> 8 * (3 - (offset & 3)));
+    ++offset;
   }
   return content;
 }
@@ -51,7 +53,7 @@ Bytes BootRom::region_list() const {
   for (const MemoryRegion& region : regions) {
     list.push_back(static_cast<uint8_t>(region.preference));
     put32(list, region.base);
-    put32(list, static_cast<uint32_t>(region.content.size()));
+    put32(list, static_cast<uint32_t>(region.length));
     for (const std::string* text : {&region.description, &region.name}) {
       std::ranges::copy(*text, std::back_inserter(list));
       list.push_back(0);
@@ -70,12 +72,11 @@ Bytes BootRom::read(View packet) const {
   if (length == 0 || length > MAX_READ) return nak(TOO_LARGE);
   for (const MemoryRegion& region : regions) {
     uint64_t offset = uint64_t{address} - region.base;
-    if (address < region.base || offset + length > region.content.size()) continue;
+    if (address < region.base || offset + length > region.length) continue;
     Bytes answer = {MEMORY};
     put32(answer, address);
     put16(answer, length);
-    std::copy_n(region.content.begin() + static_cast<ptrdiff_t>(offset), length,
-                std::back_inserter(answer));
+    std::ranges::copy(region.read(static_cast<size_t>(offset), length), std::back_inserter(answer));
     return answer;
   }
   return nak(BAD_ADDRESS);

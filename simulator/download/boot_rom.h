@@ -10,16 +10,17 @@
 
 namespace sim {
 
+// Its content is made when it is read: it may be as large as a modem's memory.
 struct MemoryRegion {
   int preference;
   uint32_t base;
-  Bytes content;
+  size_t length;
+  std::optional<uint8_t> fill;  // of every byte; otherwise each big-endian word is its own address
   std::string description;
   std::string name;
-};
 
-// Content that shows where it was read from: each big-endian 32-bit word is its own address.
-Bytes memory_of_addresses(uint32_t base, size_t length);
+  Bytes read(size_t offset, size_t count) const;
+};
 
 class BootRom {
  public:

@@ -137,9 +137,8 @@ struct Device {
   std::map<int, Bytes> nv_backup;
   int crashed = 0;  // starts in its boot ROM, as if it had just crashed
   Bytes partition;  // its partition table; downloading another one erases the file system
-  std::vector<MemoryRegion> memory = {
-      {1, 0x00800000, memory_of_addresses(0x00800000, 300'000), "RAM", "ram.bin"},
-      {1, 0xFFFF0000, memory_of_addresses(0xFFFF0000, 4096), "boot ROM", "rom.bin"}};
+  std::vector<MemoryRegion> memory = {{1, 0x00800000, 300'000, {}, "RAM", "ram.bin"},
+                                      {1, 0xFFFF0000, 4096, {}, "boot ROM", "rom.bin"}};
   std::map<int, Bytes> profiles;  // number (odd, 1..15) -> record of 103 bytes
 };
 

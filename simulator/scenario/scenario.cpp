@@ -164,9 +164,13 @@ static MemoryRegion region_of(const Place& place, const toml::node& node, size_t
   auto base = static_cast<uint32_t>(number_of(place, *table, "base", 0, 0xFFFFFFFF));
   auto length =
       static_cast<size_t>(number_of(place, *table, "length", 0, static_cast<int64_t>(most)));
-  auto fill = static_cast<uint8_t>(number_of(place, *table, "fill", 0, 0xFF));
-  return {static_cast<int>(number_of(place, *table, "preference", 1, 0xFF)), base,
-          table->contains("fill") ? Bytes(length, fill) : memory_of_addresses(base, length),
+  std::optional<uint8_t> fill;
+  if (table->contains("fill"))
+    fill = static_cast<uint8_t>(number_of(place, *table, "fill", 0, 0xFF));
+  return {static_cast<int>(number_of(place, *table, "preference", 1, 0xFF)),
+          base,
+          length,
+          fill,
           field_of(place, *table, "description", std::string()),
           field_of(place, *table, "name", std::string())};
 }
@@ -176,7 +180,7 @@ static void add_memory(const Place& place, const toml::node& node, Changes& chan
   size_t left = MAX_MEMORY;
   for (const toml::node& entry : list_of(place, "device.memory", MAX_REGIONS, node)) {
     regions.push_back(region_of(place, entry, left));
-    left -= regions.back().content.size();
+    left -= regions.back().length;
   }
   changes.push_back([regions](Model& model) { model.device.memory = regions; });
 }

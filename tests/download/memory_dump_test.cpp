@@ -22,13 +22,8 @@ class MemoryDump : public DownloadTest {
     DownloadTest::TearDown();
     fs::current_path(before);
   }
-  static Bytes pattern(size_t size) {
-    Bytes bytes(size);
-    for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(i * 7 + (i >> 8));
-    return bytes;
-  }
   void region(uint32_t base, size_t size, const std::string& name) {
-    regions.push_back({1, base, pattern(size), "a region", name});
+    regions.push_back({1, base, size, {}, "a region", name});
   }
   // Dumps a modem with these regions.
   void dump(const std::string& fault = "") {
@@ -43,6 +38,7 @@ class MemoryDump : public DownloadTest {
       return 1;
     });
   }
+  static Bytes content(const sim::MemoryRegion& region) { return region.read(0, region.length); }
   Bytes content(const fs::path& name) {
     std::ifstream in(folder / DIRECTORY / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
@@ -59,7 +55,8 @@ TEST_F(MemoryDump, saves_each_region_and_keeps_what_is_there) {
   region(0x80000000, 2048, "rom.bin");
   dump();
   EXPECT_TRUE(is_whole());
-  regions[0].content[0] = 0x55;  // another crash, within the same minute
+  Bytes first = content(regions[0]);
+  regions[0].fill = 0x55;  // another crash, within the same minute
   dump();
   EXPECT_EQ(output,
             "DUMP_MODE: PERCENT=0\n"
@@ -67,9 +64,9 @@ TEST_F(MemoryDump, saves_each_region_and_keeps_what_is_there) {
             "DUMP_MODE: FILE=dump_07242010_1933/rom.bin.2\n"
             "DUMP_MODE: PERCENT=20\nDUMP_MODE: PERCENT=40\nDUMP_MODE: PERCENT=61\n"
             "DUMP_MODE: PERCENT=81\nDUMP_MODE: PERCENT=100\n");
-  EXPECT_EQ(content("ram.bin"), pattern(5000));
-  EXPECT_EQ(content("ram.bin.2"), regions[0].content);
-  EXPECT_EQ(content("rom.bin.2"), pattern(2048));
+  EXPECT_EQ(content("ram.bin"), first);
+  EXPECT_EQ(content("ram.bin.2"), content(regions[0]));
+  EXPECT_EQ(content("rom.bin.2"), content(regions[1]));
   EXPECT_EQ(FW_DL_STATUS, 100);
 }
 
@@ -83,7 +80,7 @@ TEST_F(MemoryDump, of_a_modem_that_has_just_crashed) {
   world.advance(5s);
   dump_again();
   EXPECT_TRUE(is_whole());
-  EXPECT_EQ(content("ram.bin"), scenario.model.device.memory[0].content);
+  EXPECT_EQ(content("ram.bin"), content(scenario.model.device.memory[0]));
 }
 
 TEST_F(MemoryDump, sizes_around_the_chunk_and_names_that_come_again) {
@@ -93,7 +90,7 @@ TEST_F(MemoryDump, sizes_around_the_chunk_and_names_that_come_again) {
   for (uint32_t i = 0; i < 6; ++i) region(0xFFFF0000u - i * 200'000, sizes[i], names[i]);
   dump();
   EXPECT_TRUE(is_whole());
-  for (uint32_t i = 0; i < 6; ++i) EXPECT_EQ(content(files[i]), pattern(sizes[i])) << files[i];
+  for (uint32_t i = 0; i < 6; ++i) EXPECT_EQ(content(files[i]), content(regions[i])) << files[i];
 }
 
 TEST_F(MemoryDump, names_that_lead_elsewhere_are_left_out) {
@@ -113,7 +110,7 @@ TEST_F(MemoryDump, names_that_lead_elsewhere_are_left_out) {
   expected += "DUMP_MODE: FILE=dump_07242010_1933/" + longest + "\n";
   for (const char* percent : {"20", "40", "61", "81"}) expected += PERCENT + percent + "\n";
   EXPECT_EQ(output, expected);
-  EXPECT_EQ(content(longest), pattern(5000));
+  EXPECT_EQ(content(longest), content(regions.back()));
   EXPECT_EQ(entries_of("."), 1u);
   EXPECT_EQ(entries_of(DIRECTORY), 1u);
 }
@@ -152,7 +149,7 @@ TEST_F(MemoryDump, faults_of_the_line) {
     EXPECT_EQ(is_whole(), row.saved);
     bool whole = false;  // time-outs may push it into the next minute's directory
     for (auto& directory : fs::directory_iterator(folder)) {
-      whole = content(directory.path() / "r") == pattern(5000);
+      whole = content(directory.path() / "r") == content(regions[0]);
       fs::remove_all(directory);
     }
     EXPECT_EQ(whole, row.saved);
@@ -195,7 +192,7 @@ TEST_F(MemoryDump, what_is_in_the_way) {
     EXPECT_TRUE(
         prints("DUMP_MODE: left out, something else is in its way: \"dump_07242010_1933/r\"\n"));
     EXPECT_FALSE(is_whole());
-    EXPECT_EQ(content(way == 0 ? "s" : "s." + std::to_string(way + 1)), pattern(10));
+    EXPECT_EQ(content(way == 0 ? "s" : "s." + std::to_string(way + 1)), content(regions[1]));
     fs::remove(file);
   }
   const char REFUSED[] = "DUMP_MODE: can't use dump_07242010_1933: ";
