@@ -35,7 +35,7 @@ void Modem::receive(View bytes, Time now) {
   advance(now);
   bool lone_flag = bytes.size() == 1 && bytes[0] == FLAG;
   if (lone_flag && mode_ == Mode::PROGRAMMER && !download_.last_answer().empty()) {
-    trace(trace_note(now, "a lone flag: repeats the last answer"));
+    if (trace_) trace_(trace_note(now, "a lone flag: repeats the last answer"));
     return send(flagged(download_.last_answer()), now);
   }
   for (uint8_t byte : bytes) {
@@ -46,10 +46,10 @@ void Modem::receive(View bytes, Time now) {
         answer(deframer_.payload(), now);
         break;
       case Deframer::BAD_CHECK:
-        trace(trace_note(now, "frame with a bad check, dropped"));
+        if (trace_) trace_(trace_note(now, "frame with a bad check, dropped"));
         break;
       case Deframer::TOO_LONG:
-        trace(trace_note(now, "frame too long, dropped"));
+        if (trace_) trace_(trace_note(now, "frame too long, dropped"));
         break;
     }
   }
@@ -57,26 +57,26 @@ void Modem::receive(View bytes, Time now) {
 
 void Modem::answer_download(View packet, Time now) {
   std::string name = packet_name(mode_, packet);
-  trace(trace_line(now, '>', name, packet));
+  if (trace_) trace_(trace_line(now, '>', name, packet));
   std::optional<Fault> fault = faults_.strike(name);
-  if (fault)
-    trace(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
+  if (fault && trace_)
+    trace_(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
   bool refused = fault && fault->kind == FaultKind::ERROR;
   Bytes payload = refused ? refusal(fault->value, packet) : download_.answer(mode_, packet);
   if (auto next = download_.leads_to(mode_)) restart(now, *next);
   if (payload.empty()) return;
   if (fault && !refused) return send_damaged(*fault, std::move(payload), now);
-  trace(trace_line(now, '<', name, payload));
+  if (trace_) trace_(trace_line(now, '<', name, payload));
   send(flagged(payload), now);
 }
 
 void Modem::answer(View request, Time now) {
   if (mode_ != Mode::DIAGNOSTIC) return answer_download(request, now);
   std::string name = name_of(request);
-  trace(trace_line(now, '>', name, request));
+  if (trace_) trace_(trace_line(now, '>', name, request));
   std::optional<Fault> fault = faults_.strike(name);
-  if (fault)
-    trace(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
+  if (fault && trace_)
+    trace_(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
   if (fault && fault->kind == FaultKind::ERROR) {
     return send(frame(refusal(fault->value, request)), now);
   }
@@ -88,7 +88,7 @@ void Modem::answer(View request, Time now) {
   }
   if (answer.then == Answer::RESTARTS_WITHOUT_ANSWER) return;
   if (fault) return send_damaged(*fault, std::move(payload), now);
-  trace(trace_line(now, '<', name, payload));
+  if (trace_) trace_(trace_line(now, '<', name, payload));
   send(frame(payload), now);
 }
 
@@ -148,8 +148,9 @@ void Modem::advance(Time now) {
     for (auto& change : entry.changes) change(model_);
     if (entry.line == TimelineEntry::HANGS_UP) put({entry.at, Output::HANGS_UP, {}});
     if (entry.line == TimelineEntry::COMES_BACK) put({entry.at, Output::COMES_BACK, {}});
-    trace(trace_note(entry.at,
-                     "scenario: " + std::to_string(entry.changes.size()) + " settings change"));
+    if (trace_)
+      trace_(trace_note(entry.at,
+                        "scenario: " + std::to_string(entry.changes.size()) + " settings change"));
   }
 }
 
@@ -172,12 +173,12 @@ std::optional<Output> Modem::take_output(Time now) {
     gone_ = true;
     deframer_ = Deframer();
     std::erase_if(output_, [](const Output& o) { return o.kind == Output::SENDS; });
-    trace(trace_note(now, "the device is gone"));
+    if (trace_) trace_(trace_note(now, "the device is gone"));
   }
   if (output.kind == Output::COMES_BACK) {
     gone_ = false;
     start_in(next_mode_);
-    trace(trace_note(now, "the device is back"));
+    if (trace_) trace_(trace_note(now, "the device is back"));
   }
   return output;
 }

@@ -46,9 +46,6 @@ class Modem {
   void restart(Time now, Mode next);
   void start_in(Mode mode);
   void send_damaged(const Fault& fault, Bytes payload, Time now);
-  void trace(const std::string& line) const {
-    if (trace_) trace_(line);
-  }
 
   Model model_;
   std::vector<TimelineEntry> timeline_;
