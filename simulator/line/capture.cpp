@@ -181,7 +181,7 @@ std::optional<CapturedPacket> Reader::take_packet() const {
   for (; resolution < MICROSECONDS; ++resolution) time = std::min(time, LATEST / 10) * 10;
   time = std::min(time, LATEST);
   uint32_t length = number(body_, 12, 4);
-  if (length > body_.size() - 20) fail("a packet is longer than its block");
+  if (body_.size() < 20 || length > body_.size() - 20) fail("a packet is longer than its block");
   View bytes = body_.subspan(20, length);
   auto flags = option(20 + padded(length), FLAGS);
   uint32_t direction = flags && flags->size() == 4 ? number(*flags, 0, 4) & DIRECTION_BITS : 0;
