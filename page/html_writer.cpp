@@ -56,8 +56,17 @@ static std::string replaced(std::string_view character) {
   }
 }
 
+static bool is_plain(char c) {
+  return c >= 0x20 && c < 0x7F && c != '&' && c != '<' && c != '>' && c != '"' && c != '\'';
+}
+
+// Runs of plain characters are copied at once.
 void HtmlWriter::append(std::string_view text) {
   while (!text.empty()) {
+    auto run = std::find_if_not(text.begin(), text.end(), is_plain) - text.begin();
+    out_ += text.substr(0, static_cast<size_t>(run));
+    text.remove_prefix(static_cast<size_t>(run));
+    if (text.empty()) return;
     std::string_view character = text.substr(0, records::utf8_length(text));
     std::string instead = replaced(character);
     out_ += instead.empty() ? character : instead;

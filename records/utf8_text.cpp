@@ -30,9 +30,13 @@ std::string as_utf8(std::string_view text) {
   std::string clean;
   clean.reserve(text.size());
   while (!text.empty()) {
-    size_t length = utf8_length(text);
-    clean += length == 0 ? std::string_view(UNREADABLE) : text.substr(0, length);
-    text.remove_prefix(length == 0 ? 1 : length);
+    size_t good = 0;
+    while (size_t length = utf8_length(text.substr(good))) good += length;
+    clean += text.substr(0, good);
+    text.remove_prefix(good);
+    if (text.empty()) break;
+    clean += UNREADABLE;
+    text.remove_prefix(1);
   }
   return clean;
 }
