@@ -56,6 +56,10 @@ void Conductor::join(pthread_t handle) {
 }
 
 bool Conductor::park(const void* channel, std::optional<Time> until) {
+  if (!has_others() && until) {  // nobody can wake it
+    now_ = std::max(now_, *until);
+    return false;
+  }
   self->channel = channel;
   self->until = until;
   self->woken = false;

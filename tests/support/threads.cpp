@@ -60,6 +60,7 @@ extern "C" int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* at
   if (world == nullptr) return __real_pthread_create(thread, attributes, function, argument);
   if (world->thread_error != 0) return world->thread_error;
   ++world->threads_made;
+  if (world->holds_threads) return world->held_thread = [=] { return function(argument); }, 0;
   auto start = new Start{world, function, argument, nullptr};
   if (!world->runs_free) start->player = world->conductor.add();
   Conductor::Player* player = start->player;
@@ -71,6 +72,7 @@ extern "C" int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* at
 extern "C" int __wrap_pthread_join(pthread_t thread, void** result) {
   World* world = conducted();
   if (world == nullptr) return __real_pthread_join(thread, result);
+  if (world->holds_threads) return 0;
   world->conductor.join(thread);
   return 0;
 }
@@ -103,6 +105,7 @@ extern "C" int __wrap_pthread_cond_timedwait(pthread_cond_t* condition, pthread_
   Time until = std::chrono::seconds(end->tv_sec) + std::chrono::nanoseconds(end->tv_nsec) -
                World::MONOTONIC_START;
   __wrap_pthread_mutex_unlock(mutex);
+  if (world->on_timed_wait) world->on_timed_wait();
   bool woken = false;
   if (world->runs_free) {
     world->sleep_free_until(until);

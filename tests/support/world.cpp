@@ -17,6 +17,9 @@ namespace test {
 // Per thread: other threads of a test runner or fuzzer belong to no World.
 static thread_local World* current_world = nullptr;
 
+// The port's descriptors are real and unique, but need no file: they are duplicates of this one.
+static const int NO_FILE = static_cast<int>(syscall(SYS_memfd_create, "port", 0));
+
 World::World() { join(); }
 World::~World() {
   while (!ports_.empty()) close_port(*ports_.begin());
@@ -41,8 +44,7 @@ int World::open_port() {
   if (far_end != nullptr && far_end->gone(now_)) return errno = ENOENT, -1;
   hang_ups_at_open_ = far_end != nullptr ? far_end->hang_ups() : 0;
   input_.clear();
-  // A real, unique descriptor that needs no file.
-  return *ports_.insert(static_cast<int>(syscall(SYS_memfd_create, "port", 0))).first;
+  return *ports_.insert(static_cast<int>(syscall(SYS_dup, NO_FILE))).first;
 }
 
 // Discards the input that is due by now, as a terminal does; later input still arrives.

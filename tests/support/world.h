@@ -96,6 +96,11 @@ class World {
   // Threads run in parallel, and sleeps only advance the clock. For finding races: the order
   // differs from run to run.
   bool runs_free = false;
+  // A thread that is created does not start: the test calls its function itself, and ends it from
+  // one of its timed waits.
+  bool holds_threads = false;
+  std::function<void*()> held_thread;
+  std::function<void()> on_timed_wait;
   int thread_error = 0;     // result of pthread_create
   int malloc_failures = 0;  // number of next calls that fail
   std::atomic<int> threads_made = 0;
@@ -126,7 +131,7 @@ class World {
   bool fetch();          // takes a piece that is due; true if there is input
   std::set<int> ports_;  // the port's open descriptors
   int hang_ups_at_open_ = 0;
-  std::deque<uint8_t> input_;
+  Bytes input_;
 };
 
 }  // namespace test
