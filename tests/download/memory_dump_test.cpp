@@ -56,6 +56,7 @@ TEST_F(MemoryDump, saves_each_region_and_keeps_what_is_there) {
   dump();
   EXPECT_TRUE(is_whole());
   Bytes first = content(regions[0]);
+  EXPECT_EQ(to_hex(std::span(first).first(8)), "00 00 10 00 00 00 10 04");
   regions[0].fill = 0x55;  // another crash, within the same minute
   dump();
   EXPECT_EQ(output,
