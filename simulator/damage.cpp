@@ -55,7 +55,7 @@ static Outputs hanging_up(const Bytes& wire, const Fault& fault, Time now) {
 }
 
 // The last check byte becomes another one that needs no escape.
-static void spoil_check(Bytes& wire) {
+static void break_check(Bytes& wire) {
   uint8_t& check = wire[wire.size() - 2];
   check ^= (check ^ 1) == FLAG || (check ^ 1) == ESCAPE ? 4 : 1;
 }
@@ -79,7 +79,7 @@ Outputs damaged(const Fault& fault, Bytes payload, Time now) {
     case FaultKind::DELAY:
       return parted(wire, at, now, now + std::chrono::milliseconds(fault.value));
     case FaultKind::BAD_CRC:
-      spoil_check(wire);
+      break_check(wire);
       break;
     case FaultKind::CUT:
       wire = part(wire, 0, value);

@@ -171,9 +171,10 @@ TEST_F(Download, what_keeps_it_from_starting) {
     EXPECT_EQ(output, CONFIG);
   }
   world.missing[DEVICE] = ENOENT;
+  fs::resize_file(folder / "amss.mbn", INT32_MAX);
   EXPECT_EQ(load(), 0);
   EXPECT_EQ(output, "STAGE1: Err-Load RAM\n");
-  fs::resize_file(folder / "amss.mbn", 0x80000000);
+  fs::resize_file(folder / "amss.mbn", INT32_MAX + int64_t{1});
   EXPECT_EQ(load(), 0);
   EXPECT_EQ(output, CONFIG);
   EXPECT_TRUE(world.written.empty());

@@ -31,6 +31,7 @@ TEST(Conversions, digits_of_two_a_byte) {
       {bcd_to_ascii, "02 21 43", "1234|"},
       {bcd_to_ascii, "00", "|"},
       {bcd_to_ascii, "03 ba dc e1", "*#ab1c|"},
+      {bcd_to_ascii, "05 10 32 54 76 98", "0123456789|"},
       {Mobile_ID_bcd_to_ascii, "08 39 01 14 00 00 00 00 21", "310410000000012|"},  // 15 digits
       {Mobile_ID_bcd_to_ascii, "08 31 01 14 00 00 00 00 f1", "31041000000001|"},  // 14 and a filler
       {Mobile_ID_bcd_to_ascii, "01 11", "|"},
@@ -44,8 +45,8 @@ TEST(Conversions, digits_of_two_a_byte) {
 }
 
 TEST(Conversions, hexadecimal) {
-  Bytes in = hex("00 9f a0");
-  EXPECT_EQ(painted([&](char* out) { byte_to_HexAscii(in.data(), 3, out); }), "009FA0");
+  Bytes in = hex("01 23 45 67 89 ab cd ef");
+  EXPECT_EQ(painted([&](char* out) { byte_to_HexAscii(in.data(), 8, out); }), "0123456789ABCDEF");
   EXPECT_EQ(painted([&](char* out) { byte_to_HexAscii(in.data(), 0, out); }), "");
 }
 
@@ -53,7 +54,7 @@ TEST(Conversions, mobile_identification_number) {
   struct {
     uint32_t value;
     const char* text;
-  } min2[] = {{0, "111"}, {999, "000"}, {123, "234"}, {1023, "134"}};
+  } min2[] = {{0, "111"}, {999, "000"}, {123, "234"}, {456, "567"}, {789, "890"}, {1023, "134"}};
   for (auto& row : min2) {
     EXPECT_EQ(painted([&](char* out) { EXPECT_EQ(MIN2_TO_DEC(row.value, out), 0); }), row.text);
   }
@@ -70,9 +71,13 @@ TEST(Conversions, mobile_identification_number) {
 TEST(Conversions, build_date) {
   char build[64] = "Jan 05 2010 12:00:00";
   auto version = [&](char* out) { EXPECT_EQ(parser_version(build, out), 7); };
-  build[49] = 1;
-  EXPECT_EQ(painted(version), "010510C|");
-  build[49] = 0;
-  memcpy(build, "Dec 31 1999", 11);
-  EXPECT_EQ(painted(version), "123199E|");
+  const std::string months = "JanFebMarAprMayJunJulAugSepOctNovDec";
+  for (size_t month = 0; month < 12; ++month) {
+    months.copy(build, 3, 3 * month);
+    std::string number = {char('0' + (month + 1) / 10), char('0' + (month + 1) % 10)};
+    build[49] = month % 2 == 0 ? 1 : 2;
+    EXPECT_EQ(painted(version), number + (month % 2 == 0 ? "0510C|" : "0510E|"));
+  }
+  memcpy(build, "Mai 31 1999", 11);
+  EXPECT_EQ(painted(version), "003199E|");
 }

@@ -47,10 +47,13 @@ TEST(FrameCodec, round_trip_of_every_length_and_byte_value) {
   }
 }
 
-TEST(FrameCodec, lengths_outside_the_limits_are_refused) {
+TEST(FrameCodec, lengths_outside_the_limits_are_not_decoded) {
   Bytes buffer(5001, 0);
-  for (uint32_t length : {0u, 1u, 2u, 5001u, 0xFFFFFFFFu}) {
+  for (uint32_t length : {0u, 1u, 2u, 3u, 5000u, 5001u, 0xFFFFFFFFu}) {
+    m_nRxLen = -1;
     EXPECT_EQ(DiagPacketRXCRC(buffer.data(), length), -1) << length;
+    bool decoded = length == 3 || length == 5000;
+    EXPECT_EQ(m_nRxLen, decoded ? static_cast<int32_t>(length) - 2 : -1) << length;
   }
 }
 

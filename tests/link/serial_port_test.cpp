@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "link/exchange.h"
+#include "link/frame_codec.h"
 #include "tests/support/link_test.h"
 
 using namespace std::chrono_literals;
@@ -149,6 +150,13 @@ TEST_F(SerialPort, a_port_that_is_replaced_ends_the_exchange_and_stays) {
   EXPECT_EQ(diag_status(), 1);
   diag_close();
   expect_closed_and_free();
+}
+
+TEST_F(SerialPort, the_longest_packet) {
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  Bytes payload(2498, 0x7E);
+  EXPECT_EQ(DiagPacketTXCRC(payload.data(), 2498, 1), PORT_ERROR);
+  EXPECT_EQ(DiagPacketTXCRC(payload.data(), 2497, 1), 1 + 2 * 2497 + 2 + 1);
 }
 
 TEST_F(SerialPort, a_sender_waits_for_the_claim_and_then_gives_up) {
