@@ -68,8 +68,8 @@ TEST_F(Listener, polls_and_then_asks_for_a_screen) {
   } rows[] = {{0, "=4=4=4=4"}, {1, "==4==4=="}, {3, "====4==="}};
   for (auto& row : rows) {
     start(row.polls);
-    EXPECT_EQ(asked(450ms), "");
-    EXPECT_EQ(asked(3600ms), row.asked);
+    EXPECT_EQ(asked(499ms), "");
+    EXPECT_EQ(asked(3502ms), row.asked);
     EXPECT_EQ(zop_debug_start(1), ZOP_ERR_INVALID_ARGUMENT);
     EXPECT_EQ(zop_debug_stop(), ZOP_SUCCESS);
     EXPECT_EQ(asked(5s), "");
@@ -221,6 +221,17 @@ TEST_F(Listener, a_dead_link_stops_it_a_second_later_unless_it_is_reopened) {
     }
   }
   EXPECT_EQ(asked(600ms), "=");
+}
+
+// Unless the link has been opened anew, which stops it, it repeats the request that failed.
+TEST_F(Listener, repeats_a_screen_that_failed) {
+  start();
+  EXPECT_EQ(asked(1100ms), "==");
+  unplug(true);
+  EXPECT_EQ(asked(500ms), "");
+  unplug(false);
+  ASSERT_EQ(diag_open(DEVICE), 1);
+  EXPECT_EQ(asked(500ms), "4");
 }
 
 // Failing to end a test call arms the listener's shutdown; the handler must not cancel that alarm.

@@ -184,6 +184,7 @@ TEST_F(SerialPort, calls_that_fail_and_calls_that_are_short) {
       {"15 writes that take nothing", std::deque<PortCall>(15, Accept{0}), {}, {}, 0},
       {"poll error", {}, {Fail{EBADF}}, {}, PORT_ERROR},
       {"read error", {}, {}, {Fail{EIO}}, PORT_ERROR},
+      {"nothing to read", {}, {}, {Fail{EAGAIN}}, 2},
       {"interrupted", {Fail{EINTR}}, {Fail{EINTR}, Fail{EINTR}}, {Fail{EINTR}}, 2},
       {"byte by byte", {Accept{1}, Accept{1}}, {}, {Accept{1}, Accept{1}}, 2},
       {"15 empty reads", {}, ready_15_times, empty_15_times, 2},
