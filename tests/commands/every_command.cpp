@@ -164,8 +164,8 @@ static std::vector<Command> read_list() {
     auto columns = columns_of(line);
     Words call = word_groups(columns[0], "")[0];
     ++count[call[0]];
-    list.push_back({columns[0], call, bytes_of_line(columns[1]), columns[2], columns[3],
-                    bytes_of_line(columns[4]), columns[5]});
+    list.push_back(
+        {columns[0], call, hex(columns[1]), columns[2], columns[3], hex(columns[4]), columns[5]});
   }
   for (Command& command : list) {
     if (count[command.call[0]] == 1) command.name = command.call[0];

@@ -301,8 +301,8 @@ class HostSession : public Session, ModuleWorld {
     for (size_t i = gsm ? 1 : 2; i < words.size(); ++i) {
       std::string cell = words[i] == "none" || gsm ? "" : " @124 16:0 16:100 16:" + words[i];
       std::string screen = " 32:" + words[gsm ? i : 1] + cell + " @350";
-      answers["cf 34 00"] = to_hex(
-          bytes_of_line("cf 34 00 01 00 " + std::string(gsm ? "03" : "05") + " @95" + screen));
+      answers["cf 34 00"] =
+          to_hex(hex("cf 34 00 01 00 " + std::string(gsm ? "03" : "05") + " @95" + screen));
       int32_t bars = UNTOUCHED;
       testing::internal::CaptureStdout();
       zop_get_bars(&bars);

@@ -4,17 +4,17 @@
 //   send BYTES   sends bytes as they are
 //   wait S       lets time pass
 //   trace        shows the trace since the last time
-//   BYTES        sends a request: bytes in hexadecimal, 00*9 for nine of one, 'text'
+//   BYTES        sends a request
 #include "tests/support/transcript.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <optional>
-#include <regex>
 #include <sstream>
 
 #include "simulator/modem.h"
+#include "tests/support/words.h"
 
 using namespace sim;
 
@@ -32,20 +32,6 @@ static std::string shortened(const std::string& text) {
     for (int i = 0; count <= 3 && i < count; ++i) shown += " " + word;
   }
   return shown;
-}
-
-static Bytes bytes_of(const std::string& text) {
-  Bytes bytes;
-  static const std::regex token("'([^']*)'|([0-9a-f]{2})(?:\\*([0-9]+))?");
-  for (std::sregex_iterator at(text.begin(), text.end(), token), end; at != end; ++at) {
-    const std::smatch& found = *at;
-    std::string quoted = found[1];
-    bytes.insert(bytes.end(), quoted.begin(), quoted.end());
-    if (!found[2].matched) continue;
-    size_t count = found[3].matched ? std::stoul(found[3]) : 1;
-    bytes.insert(bytes.end(), count, static_cast<uint8_t>(std::stoul(found[2], nullptr, 16)));
-  }
-  return bytes;
 }
 
 // The payload of a good frame, or the bytes on the line.
@@ -74,8 +60,8 @@ class SimulatedModem : public test::Session {
       return error.what();
     }
     if (word == "wait") now_ += Time(static_cast<int64_t>(std::stod(rest) * 1e6));
-    if (word == "send") modem_->receive(bytes_of(rest), now_);
-    if (word.size() == 2 || word.starts_with("'")) modem_->receive(frame(bytes_of(input)), now_);
+    if (word == "send") modem_->receive(test::hex(rest), now_);
+    if (word.size() == 2 || word.starts_with('"')) modem_->receive(frame(test::hex(input)), now_);
     return output();
   }
 

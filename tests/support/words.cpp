@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <sstream>
 
-#include "tests/support/world.h"
-
 namespace test {
 
 enum { LONG_RUN = 8 };
@@ -54,11 +52,11 @@ static uint8_t byte_of(const std::string& digits) {
   return static_cast<uint8_t>(std::stoi(digits, nullptr, 16));
 }
 
-static void append_number(std::vector<uint8_t>& bytes, int bits, int64_t value) {
+static void append_number(Bytes& bytes, int bits, int64_t value) {
   for (; bits > 0; bits -= 8, value >>= 8) bytes.push_back(static_cast<uint8_t>(value));
 }
 
-static void append(std::vector<uint8_t>& bytes, const std::string& word) {
+static void append(Bytes& bytes, const std::string& word) {
   size_t colon = word.find(':');
   if (word[0] == '"') {
     bytes.insert(bytes.end(), word.begin() + 1, word.end());
@@ -76,14 +74,23 @@ static void append(std::vector<uint8_t>& bytes, const std::string& word) {
   }
 }
 
-std::vector<uint8_t> bytes_of(std::span<const std::string> words) {
-  std::vector<uint8_t> bytes;
+Bytes bytes_of(std::span<const std::string> words) {
+  Bytes bytes;
   for (const std::string& word : words) append(bytes, word);
   return bytes;
 }
 
-std::vector<uint8_t> bytes_of_line(const std::string& line) {
-  return bytes_of(word_groups(line, "")[0]);
+Bytes hex(const std::string& line) { return bytes_of(word_groups(line, "")[0]); }
+
+std::string to_hex(std::span<const uint8_t> bytes) {
+  static const char digits[] = "0123456789abcdef";
+  std::string text;
+  for (uint8_t byte : bytes) {
+    if (!text.empty()) text += ' ';
+    text += digits[byte >> 4];
+    text += digits[byte & 15];
+  }
+  return text;
 }
 
 std::string short_hex(std::span<const uint8_t> bytes) {

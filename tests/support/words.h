@@ -8,6 +8,7 @@
 
 namespace test {
 
+using Bytes = std::vector<uint8_t>;
 using Words = std::vector<std::string>;  // a text keeps its first quote
 
 // The words of a line; an end, if one is given, separates groups of them.
@@ -18,10 +19,11 @@ uint32_t number_of(const std::string& word);   // decimal, or hexadecimal after 
 
 // Bytes: hexadecimal (0a), repeated (ff*20), counting (01..14), texts, little-endian numbers (16:-5
 // or 32:300), and zeros up to a size (@90).
-std::vector<uint8_t> bytes_of(std::span<const std::string> words);
-std::vector<uint8_t> bytes_of_line(const std::string& line);
+Bytes bytes_of(std::span<const std::string> words);
+Bytes hex(const std::string& line);  // its words
 
-// As hexadecimal bytes, with long runs of the same one counted.
+// Hexadecimal bytes; in short, long runs of the same one are counted.
+std::string to_hex(std::span<const uint8_t> bytes);
 std::string short_hex(std::span<const uint8_t> bytes);
 
 // Without control characters.

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <regex>
-#include <stdexcept>
 
 namespace test {
 
@@ -162,31 +161,6 @@ void World::sleep_free(Time time) {
   }
   timespec moment = {0, 20'000};  // lets other threads run
   syscall(SYS_nanosleep, &moment, nullptr);
-}
-
-Bytes hex(const std::string& text) {
-  Bytes bytes;
-  std::string digits;
-  for (char c : text) {
-    if (isspace(static_cast<unsigned char>(c))) continue;
-    digits += c;
-    if (digits.size() < 2) continue;
-    bytes.push_back(static_cast<uint8_t>(std::stoul(digits, nullptr, 16)));
-    digits.clear();
-  }
-  if (!digits.empty()) throw std::invalid_argument("odd number of digits: " + text);
-  return bytes;
-}
-
-std::string to_hex(std::span<const uint8_t> bytes) {
-  static const char digits[] = "0123456789abcdef";
-  std::string text;
-  for (uint8_t byte : bytes) {
-    if (!text.empty()) text += ' ';
-    text += digits[byte >> 4];
-    text += digits[byte & 15];
-  }
-  return text;
 }
 
 }  // namespace test

@@ -24,13 +24,9 @@
 #include <vector>
 
 #include "tests/support/conductor.h"
+#include "tests/support/words.h"
 
 namespace test {
-
-using Bytes = std::vector<uint8_t>;
-
-Bytes hex(const std::string& text);  // "cf 20 00", white space ignored
-std::string to_hex(std::span<const uint8_t>);
 
 class FarEnd {
  public:

@@ -92,8 +92,8 @@ class Terminal : public test::Session {
 };
 }  // namespace
 
-static const bool REGISTERED =
-    test::register_transcripts(TRANSCRIPTS "/terminal", [] { return std::make_unique<Terminal>(); });
+static const bool REGISTERED = test::register_transcripts(
+    TRANSCRIPTS "/terminal", [] { return std::make_unique<Terminal>(); });
 
 TEST(Monitor, restores_the_terminal_however_it_ends) {
   struct Row {
