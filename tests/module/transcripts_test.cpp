@@ -14,6 +14,7 @@
 #include "simulator/scenario/scenario.h"
 #include "tests/commands/every_command.h"
 #include "tests/module/host_event.h"
+#include "tests/module/late_modem.h"
 #include "tests/module/module_world.h"
 #include "tests/report/report_views.h"
 #include "tests/support/simulated_far_end.h"
@@ -287,6 +288,51 @@ class HostSession : public Session, ModuleWorld {
            (sized ? ", size " + std::to_string(out.size) : "") +
            (printed.empty() ? "" : "\n" + printed.substr(0, printed.size() - 1));
   }
+  void use_late_modem() {
+    close_module();
+    gDeferredThreadCreated = false;
+    late_ = LateModem();
+    world.write_room = SIZE_MAX;
+    world.far_end = &late_;
+  }
+  // A listener that is about to ask for a screen.
+  void listen() {
+    use_late_modem();
+    vurn_open();
+    world.advance(30s);  // the first snapshot is over
+    prv_set_field_testing(true, true);
+    world.advance(1200ms);
+  }
+  void recover() {
+    world.write_room = SIZE_MAX;
+    late_.recover(world.now());
+  }
+  // Pieces separated by commas, each 30 ms after the one before: bytes, or the payload of a frame.
+  void send_instead(const std::string& line) {
+    for (const Words& piece : word_groups(line, ",")) {
+      bool framed = piece[0] == "frame";
+      Bytes bytes = framed ? frame(bytes_of(std::span(piece).subspan(1))) : bytes_of(piece);
+      late_.instead.push_back({bytes, late_.instead.empty() ? 0ms : 30ms});
+    }
+  }
+  // Whether the next commands get their own answers, of different kinds and of the same.
+  std::string own_answers() {
+    std::string wrong;
+    for (int i = 0; i < 3; ++i) {
+      for (auto [command, request] : {std::pair{"zop_get_field_information", "cf 34 00"},
+                                      {"zop_get_rac", "cf 2f 00"},
+                                      {"zop_get_rscp", "cf 27 00"}}) {
+        Outputs out;
+        out.clear();
+        unsigned result = call_command({command}, out);
+        int got =
+            command == std::string("zop_get_field_information") ? out.bytes[0] : out.numbers[0];
+        bool own = result == ZOP_SUCCESS && (got & 0xFF) == late_.asked[hex(request)];
+        if (!own) wrong += " " + std::string(command) + ": " + std::to_string(result);
+      }
+    }
+    return wrong.empty() ? "own answers" : "wrong answers:" + wrong;
+  }
   static std::string bands() {
     std::string accepted = "accepted:";
     for (uint32_t band = 0; band < 256; ++band) {
@@ -313,6 +359,7 @@ class HostSession : public Session, ModuleWorld {
     return all;
   }
 
+  LateModem late_;
   bool whole_reports_ = false;
   std::vector<std::string> stamps_;  // of reports
   TemporaryFolder folder_;
@@ -358,6 +405,7 @@ class HostSession : public Session, ModuleWorld {
       {"wan-data", step([](auto&) { prv_get_wan_data(); })},
       {"uptime", step([](auto&) { prv_get_uptime(); })},
       {"supplement", [this](auto& w) { return supplement(w); }},
+      {"link", [](auto&) { return std::string(diag_status() != 0 ? "link open" : "link closed"); }},
       {"state", [this](auto&) { return state(); }},
       {"report", [this](auto& w) { return report_items(world, w, false); }},
       {"syslog", [this](auto& w) { return report_items(world, w, true); }},
@@ -391,6 +439,27 @@ class HostSession : public Session, ModuleWorld {
       {"requests", [this](auto&) { return requests(); }},
       {"forget", step([this](auto&) { modem.payloads.clear(); })},
       {"set", step(set_record)},
+      // A sick line
+      {"late-modem", step([this](auto&) { use_late_modem(); })},
+      {"listener", step([this](auto&) { listen(); })},
+      {"latency", step([this](auto& w) { late_.latency = time_of(w[0]); })},
+      {"one-at-a-time", step([this](auto&) { late_.one_at_a_time = true; })},
+      {"gap", step([this](auto& w) { late_.gap = time_of(w[0]); })},
+      {"silent", step([this](auto&) { late_.ignores = [](auto&) { return true; }; })},
+      {"deaf-to", step([this](auto& w) {
+         late_.ignores = [code = hex(w[0])[0], left = number_of(w[1])](auto& request) mutable {
+           return request[0] == code && left > 0 && left-- > 0;
+         };
+       })},
+      {"babble", step([this](auto&) { late_.babbles = true; })},
+      {"instead", step([this](auto& w) { send_instead(text_of(w[0])); })},
+      {"asked", step([this](auto& w) { late_.asked[hex(text_of(w[0]))] = hex(w[1])[0]; })},
+      {"room", step([this](auto& w) { world.write_room = number_of(w[0]); })},
+      {"recover", step([this](auto&) { recover(); })},
+      {"own-answers", [this](auto&) { return own_answers(); }},
+      {"seen", [this](auto&) { return std::to_string(late_.requests_seen) + " requests"; }},
+      {"stop-listener", step([](auto&) { zop_debug_stop(); })},
+      {"field-testing-off", step([](auto&) { prv_set_field_testing(false, true); })},
       // The system
       {"advance", step([this](auto& w) { world.advance(time_of(w[0])); })},
       {"time-zone", step([](auto& w) { setenv("TZ", w[0].c_str(), 1), tzset(); })},
