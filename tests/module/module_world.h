@@ -9,8 +9,6 @@
 
 namespace test {
 
-enum : unsigned { LOG_EVERYTHING = 0xFFFFFFFF };
-
 class ModuleWorld {
  public:
   ModuleWorld() {
