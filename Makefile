@@ -22,6 +22,7 @@ build: setup ## build the release into build/release
 
 test: build ## build, and run every test
 	@ctest --test-dir $(RELEASE) -j $$(($(JOBS) * 2)) --output-on-failure
+	@sh scripts/test_share.sh
 
 demo: build ## read, update and dump simulated modems
 	@sh scripts/demo.sh $(RELEASE)

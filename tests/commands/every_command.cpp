@@ -48,7 +48,7 @@ class Arguments {
     } else if constexpr (std::is_same_v<T, int32_t*>) {
       return &out_.numbers[number_++];
     } else if constexpr (std::is_same_v<T, const char*>) {
-      inputs_[input_] = text_of(words_.at(word_++));
+      inputs_[input_] = text(words_.at(word_++));
       return inputs_[input_++].c_str();
     } else if constexpr (std::is_same_v<T, const uint8_t*> || std::is_same_v<T, const void*>) {
       return static_cast<T>(input());
@@ -62,18 +62,20 @@ class Arguments {
   }
 
  private:
+  // In quotes, or repeated: x*500.
+  static std::string text(const std::string& word) {
+    if (word.starts_with('"')) return text_of(word);
+    return std::string(std::stoul(word.substr(2)), word[0]);
+  }
   uint32_t* capacity() {
     if (word_ < words_.size()) out_.size = number_of(words_[word_++]);
     return &out_.size;
   }
   const void* input() {
     std::string word = words_.at(word_++), &bytes = inputs_[input_++];
-    bytes = text_of(word);
-    if (!word.starts_with('"')) {
-      bytes.clear();
-      for (size_t i = 0; i < word.size(); i += 2) {
-        bytes += static_cast<char>(std::stoi(word.substr(i, 2), nullptr, 16));
-      }
+    if (word.starts_with('"')) bytes = text_of(word);
+    for (size_t i = 0; !word.starts_with('"') && i < word.size(); i += 2) {
+      bytes += static_cast<char>(std::stoi(word.substr(i, 2), nullptr, 16));
     }
     bytes.resize(1024);
     return bytes.data();

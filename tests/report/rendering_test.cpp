@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "report/field_test.h"
+#include "report/text.h"
 #include "tests/module/module_world.h"
 
 using namespace test;
@@ -65,6 +66,24 @@ TEST_F(Rendering, malformed_rows_are_reported) {
   EXPECT_NE(text.find("UNKNOWN SPECIAL: item=16\n"), std::string::npos);
   EXPECT_NE(text.find("Test Mode: 1.500\n"), std::string::npos);
   EXPECT_EQ(world.log_text(), "E zop:itemnolabel:item=16:oops\n");
+}
+
+TEST_F(Rendering, the_first_header_starts_the_report) {
+  for (const char* label : {"FIRST", "\nFIRST", " \nFIRST"}) {
+    gLogItems[0].label = label;
+    prv_zop_init_logging();
+    EXPECT_TRUE(log_string().starts_with("FIRST\nIMEI: ")) << label;
+  }
+}
+
+TEST(BoundedCopy, returns_its_size_or_the_complement_of_the_whole_length) {
+  char text[8] = "#######";
+  EXPECT_EQ(prv_strmaxcpy(text, "abc", 4, -1), 4);
+  EXPECT_EQ(std::string(text, 7), std::string("abc\0###", 7));
+  EXPECT_EQ(prv_strmaxcpy(text, "abcde", 3, 4), ~4);
+  EXPECT_EQ(std::string(text, 7), std::string("ab\0\0###", 7));
+  EXPECT_EQ(prv_strmaxcpy(text, "x", 0, 1), ~1);
+  EXPECT_EQ(text[0], 'a');
 }
 
 // A text may look like this while another thread is storing it.
