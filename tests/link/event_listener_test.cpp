@@ -178,7 +178,7 @@ TEST_F(Listener, is_stopped_by_a_close) {
 }
 
 // Its answer is not taken for that of the next exchange, and its claim is void.
-TEST_F(Listener, an_exchange_under_way_ends_before_the_port_opens_again) {
+TEST_F(Listener, a_running_exchange_ends_before_the_port_opens_again) {
   for (int ms = 0; ms < 700; ms += 35) {
     answering.delay = 0ms;
     start();

@@ -49,7 +49,7 @@ class HostThreads : public ModuleTest {
     modem.keeps_requests = false;
   }
   // Expected while the module is opened and closed and its port may be busy.
-  static bool is_excused(int result) {
+  static bool may_be_closed(int result) {
     return result == VURN_ERR_NOT_OPEN || result == VURN_ERR_FAILED || result == VURN_ERR_REOPENED;
   }
 };
@@ -66,9 +66,9 @@ static void keep_open(const std::atomic<size_t>& at_work) {
 }
 
 // Calls once; right is false if a good result comes with a wrong value.
-using Look = std::function<int(bool& right)>;
+using Check = std::function<int(bool& right)>;
 
-static Look text(int (*get)(char*, unsigned), const char* expected) {
+static Check text(int (*get)(char*, unsigned), const char* expected) {
   return [=](bool& right) {
     char buffer[64] = "";
     int result = get(buffer, sizeof buffer);
@@ -77,7 +77,7 @@ static Look text(int (*get)(char*, unsigned), const char* expected) {
   };
 }
 
-static Look number(int (*get)(int*), int expected) {
+static Check number(int (*get)(int*), int expected) {
   return [=](bool& right) {
     int value = 4711;
     int result = get(&value);
@@ -87,8 +87,8 @@ static Look number(int (*get)(int*), int expected) {
 }
 
 // One call to each entry point.
-static const std::vector<Look>& every_look() {
-  static const std::vector<Look> looks = {
+static const std::vector<Check>& every_call() {
+  static const std::vector<Check> checks = {
       number(vurn_get_rssi, -75),
       number(vurn_get_roaming_status, 1),
       number(vurn_get_data_service_mode, VURN_DATA_WCDMA),
@@ -122,7 +122,7 @@ static const std::vector<Look>& every_look() {
         return vurn_report_event(&ring);
       },
   };
-  return looks;
+  return checks;
 }
 
 namespace {
@@ -175,7 +175,7 @@ TEST_F(HostThreads, ten_of_them_on_a_bad_line) {
   bad_line.keeps_requests = false;
   world.far_end = &bad_line;
   world.keeps_history = false;
-  const std::vector<Look>& looks = every_look();
+  const std::vector<Check>& checks = every_call();
   while (vurn_open() != VURN_OK) {
   }
   size_t memory = mallinfo2().uordblks;
@@ -188,10 +188,10 @@ TEST_F(HostThreads, ten_of_them_on_a_bad_line) {
       world.join();
       for (size_t call = 0; call < CALLS_OF_A_THREAD; ++call) {
         bool right = false;
-        size_t look = (i + call) % looks.size();
-        int result = looks[look](right);
+        size_t check = (i + call) % checks.size();
+        int result = checks[check](right);
         if (result == VURN_OK) ++good;
-        EXPECT_TRUE(result == VURN_OK ? right : is_excused(result)) << look << ": " << result;
+        EXPECT_TRUE(result == VURN_OK ? right : may_be_closed(result)) << check << ": " << result;
         if (call % 8 == 0) std::this_thread::yield();
       }
       --at_work;
@@ -208,10 +208,10 @@ TEST_F(HostThreads, ten_of_them_on_a_bad_line) {
   expect_constant_memory(memory, world.threads_made - threads_before);
   world.far_end = &modem;
   ASSERT_EQ(vurn_open(), VURN_OK);
-  for (const Look& look : looks) {  // each works again
+  for (const Check& check : checks) {  // each works again
     bool right = false;
-    EXPECT_EQ(look(right), VURN_OK) << &look - looks.data();
-    EXPECT_TRUE(right) << &look - looks.data();
+    EXPECT_EQ(check(right), VURN_OK) << &check - checks.data();
+    EXPECT_TRUE(right) << &check - checks.data();
   }
 }
 
