@@ -26,6 +26,7 @@ static std::function<void*()> started_listener() {
   World world;
   world.holds_threads = true;
   zop_debug_start(1);
+  zop_debug_stop();
   vurn_set_log_mask(VURN_LOG_EVENTS);
   return world.held_thread;
 }

@@ -54,9 +54,8 @@ class Replay {
   }
   void end_input() {
     if (input_.empty()) return;
-    std::string text = session_.answer(input_);
-    for (const std::regex& mask : masks_) text = std::regex_replace(text, mask, "*");
-    for (const std::string& line : lines_of(std::istringstream(text))) {
+    for (std::string& line : lines_of(std::istringstream(session_.answer(input_)))) {
+      for (const std::regex& mask : masks_) line = std::regex_replace(line, mask, "*");
       now_.push_back(line.empty() ? "|" : "| " + line);
     }
     input_.clear();
