@@ -19,6 +19,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <mutex>
@@ -102,6 +103,25 @@ EXPORTED DIR* opendir(const char* path) {
   const char* real = real_path(world, path);
   if (real == nullptr) return nullptr;
   return next_definition<DIR*(const char*)>("opendir")(real);
+}
+
+// A planned error, or fewer bytes.
+static bool misbehaves(size_t& size) {
+  World* world = World::current();
+  if (world == nullptr || world->file_calls.empty()) return false;
+  test::PortCall call = world->file_calls.front();
+  world->file_calls.pop_front();
+  errno = call.error;
+  size = std::min(size, call.at_most.value_or(size));
+  return call.error != 0;
+}
+EXPORTED ssize_t pread(int fd, void* bytes, size_t size, off_t at) {
+  if (misbehaves(size)) return -1;
+  return next_definition<ssize_t(int, void*, size_t, off_t)>("pread")(fd, bytes, size, at);
+}
+EXPORTED ssize_t pwrite(int fd, const void* bytes, size_t size, off_t at) {
+  if (misbehaves(size)) return -1;
+  return next_definition<ssize_t(int, const void*, size_t, off_t)>("pwrite")(fd, bytes, size, at);
 }
 
 EXPORTED int socket(int domain, int type, int protocol) noexcept {

@@ -78,6 +78,7 @@ class World {
   std::map<std::string, std::string> files;      // path -> file to open instead
   std::map<std::string, int> missing;            // path -> errno of opening it
   std::deque<PortCall> writes, reads, polls;     // misbehaviour of the next calls on the port
+  std::deque<PortCall> file_calls;               // the same of pread and pwrite
   std::time_t wall_clock_start = 1'280'000'000;  // 24 July 2010
   termios line_settings{};                       // of the device, as last applied
   std::optional<unsigned> alarm;                 // argument of the last alarm() call, in s
