@@ -8,9 +8,10 @@ found=$build/corpus/$target
 log=$build/log_fuzz_$target
 # Bytes of an input: what the format needs to reach everything, since long inputs cost time.
 case $target in
-  download | report) longest=2400 ;; # the longest reply, the whole diagnostic record
-  log | scenario) longest=1400 ;;    # the longest line of a log
-  *) longest=800 ;;                 # an answer of which every byte is stuffed
+  report) longest=2400 ;;                  # the whole diagnostic record
+  log | scenario) longest=1400 ;;          # the longest line of a log
+  modem | page | recording) longest=400 ;; # eight requests, or some lines of a recording
+  *) longest=800 ;;                        # an answer of which every byte is stuffed
 esac
 export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
 # For speed: little memory waits to be used again, and no block knows where it was allocated. A
@@ -20,7 +21,7 @@ mkdir -p "$found"
 # Endless runs are detected from outside, because the clock of a World jumps. An aborted target
 # saves its input.
 timeout -s ABRT $(($3 + 120)) "$build/fuzz_$target" "$found" "$corpus" -max_total_time="$3" \
-  -timeout=0 -max_len=$longest -entropic=0 -print_final_stats=1 \
+  -timeout=0 -max_len=$longest -entropic=0 -reduce_inputs=0 -print_final_stats=1 \
   -artifact_prefix="$build/$target-" > "$log" 2>&1 || {
   tail -40 "$log"
   echo "fuzz: $target found a fault; its input is $build/$target-*" >&2
