@@ -19,7 +19,7 @@ using namespace test;
 
 // ---- the files: images that can be read, and one directory for a dump ----
 
-enum { DIRECTORY = 1'000'000, FILE_DESCRIPTOR, SIZE_UNIT = 5, MAX_SCALE = 9, MOST_REPLIES = 20 };
+enum { DIRECTORY = 1'000'000, FILE_DESCRIPTOR, SIZE_UNIT = 5, MAX_SCALE = 9, MOST_REPLIES = 32 };
 static off_t image_size = 0;
 static std::set<std::string> dumped;  // names
 
