@@ -115,14 +115,15 @@ static bool misbehaves(size_t& size) {
   size = std::min(size, call.at_most.value_or(size));
   return call.error != 0;
 }
-EXPORTED ssize_t pread(int fd, void* bytes, size_t size, off_t at) {
-  if (misbehaves(size)) return -1;
-  return next_definition<ssize_t(int, void*, size_t, off_t)>("pread")(fd, bytes, size, at);
-}
-EXPORTED ssize_t pwrite(int fd, const void* bytes, size_t size, off_t at) {
-  if (misbehaves(size)) return -1;
-  return next_definition<ssize_t(int, const void*, size_t, off_t)>("pwrite")(fd, bytes, size, at);
-}
+#define DEFINE_TRANSFER(name, Bytes, Offset)                                                 \
+  EXPORTED ssize_t name(int fd, Bytes bytes, size_t size, Offset at) {                       \
+    if (misbehaves(size)) return -1;                                                         \
+    return next_definition<ssize_t(int, Bytes, size_t, Offset)>(#name)(fd, bytes, size, at); \
+  }
+DEFINE_TRANSFER(pread, void*, off_t)
+DEFINE_TRANSFER(pread64, void*, off64_t)
+DEFINE_TRANSFER(pwrite, const void*, off_t)
+DEFINE_TRANSFER(pwrite64, const void*, off64_t)
 
 EXPORTED int socket(int domain, int type, int protocol) noexcept {
   World* world = World::current();
