@@ -1,12 +1,9 @@
 // zopctl dump: saves the memory regions that a crashed modem offers to files. Nothing in the modem
 // changes, so Ctrl-C stops it at any time; files saved so far are kept.
 #include <fmt/format.h>
-#include <nettle/sha2.h>
 
-#include <array>
 #include <charconv>
 #include <filesystem>
-#include <fstream>
 
 #include "zopctl/firmware/firmware.h"
 #include "zopctl/firmware/line_follower.h"
@@ -17,27 +14,12 @@
 #include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/sha256.h"
 
 namespace zopctl {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
-
-static std::string sha256_of(const fs::path& path) {
-  sha256_ctx context;
-  sha256_init(&context);
-  std::ifstream file(path, std::ios::binary);
-  std::array<char, 65536> piece;
-  while (file.read(piece.data(), piece.size()), file.gcount() > 0) {
-    std::vector<uint8_t> bytes(piece.begin(), piece.begin() + file.gcount());
-    sha256_update(&context, bytes.size(), bytes.data());
-  }
-  std::array<uint8_t, SHA256_DIGEST_SIZE> digest;
-  sha256_digest(&context, digest.size(), digest.data());
-  std::string text;
-  for (uint8_t byte : digest) text += fmt::format("{:02x}", byte);
-  return text;
-}
 
 // Undoes the module's \xNN escapes of unprintable characters.
 static std::string unescaped(const std::string& text) {

@@ -10,6 +10,9 @@ namespace zopctl {
 
 // Reads a little-endian field.
 inline uint16_t le16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
+inline uint32_t le32(const uint8_t* p) {
+  return le16(p) | static_cast<uint32_t>(le16(p + 2)) << 16;
+}
 
 std::string hex_of(std::span<const uint8_t> bytes);  // "0a 1b"
 

@@ -1,0 +1,14 @@
+// Writes small files so that whoever reads them sees the old content or the new one, never a part.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+
+namespace zopctl {
+
+// On the disk when it returns; the umask applies to mode. Throws Failure, and the old file stays.
+void replace_file(const std::string& path, std::string_view text, mode_t mode);
+
+}  // namespace zopctl

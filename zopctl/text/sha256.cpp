@@ -1,0 +1,32 @@
+// Reads a file in pieces: an image may be larger than the memory of a small host.
+#include "zopctl/text/sha256.h"
+
+#include <errno.h>
+#include <fmt/format.h>
+#include <nettle/sha2.h>
+
+#include <array>
+#include <cstring>
+#include <fstream>
+#include <vector>
+
+#include "zopctl/text/failure.h"
+
+namespace zopctl {
+
+std::string sha256_of(const std::filesystem::path& path) {
+  sha256_ctx context;
+  sha256_init(&context);
+  std::ifstream file(path, std::ios::binary);
+  std::array<char, 65536> piece;
+  while (file.read(piece.data(), piece.size()), file.gcount() > 0) {
+    std::vector<uint8_t> bytes(piece.begin(), piece.begin() + file.gcount());
+    sha256_update(&context, bytes.size(), bytes.data());
+  }
+  if (!file.eof()) throw Failure(path.string() + " can't be read: " + strerror(errno));
+  std::array<uint8_t, SHA256_DIGEST_SIZE> digest;
+  sha256_digest(&context, digest.size(), digest.data());
+  return fmt::format("{:02x}", fmt::join(digest, ""));
+}
+
+}  // namespace zopctl
