@@ -1,11 +1,13 @@
-// zopctl firmware info: checks an image set file by file.
+// zopctl firmware info and seal: check an image set file by file, and seal one that is good.
 #include "zopctl/firmware/firmware.h"
 
 #include <fmt/format.h>
 
+#include "zopctl/firmware/image_header.h"
 #include "zopctl/firmware/image_set.h"
-#include "zopctl/firmware/progress.h"
+#include "zopctl/firmware/seal.h"
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/failure.h"
 
 namespace zopctl {
 
@@ -15,29 +17,78 @@ static Item item_of(const ImageFile& file) {
                fmt::format("{:>10}  {}", size_text(file.size), file.role));
 }
 
+static Item version_of(const ImageSet& set) {
+  if (set.has_version_info) return shown("version", "Version", set.version, set.version);
+  return {"version", "Version", nullptr,
+          "no version_info: the modem's NV items are left as they are", false};
+}
+
+static Item seal_of(const ImageSet& set) {
+  if (set.seal == ImageSet::NONE) return shown("sealed", "Seal", false, "not sealed");
+  if (set.seal == ImageSet::WHOLE)
+    return shown("sealed", "Seal", true, "unchanged since it was sealed");
+  return {"sealed", "Seal", nullptr, "broken, see the files", true};
+}
+
+static Section about(const ImageSet& set) {
+  Section section{"image_set", "Image set", {}};
+  if (!set.folder_problem.empty()) {
+    section.items.push_back({"folder", "Folder", nullptr, set.folder_problem, true});
+    return section;
+  }
+  section.items = {shown("folder", "Folder", set.folder, set.folder), version_of(set),
+                   seal_of(set)};
+  std::string notes = set.notes.empty() ? "none" : fmt::format("{}", fmt::join(set.notes, "; "));
+  section.items.push_back(shown("notes", "Notes", set.notes, notes));
+  return section;
+}
+
+static Section headers_of(const ImageSet& set) {
+  Section section{"headers", "Headers", {}};
+  for (const ImageFile& file : set.files) {
+    if (file.header.empty()) continue;
+    bool known = file.header != UNKNOWN_HEADER;
+    section.items.push_back(shown(file.name.c_str(), file.name.c_str(), file.header,
+                                  known ? file.header : "unknown, so not checked"));
+  }
+  return section;
+}
+
+static Section sent_of(const ImageSet& set) {
+  uint64_t all = set.bytes_to_send(false), modem_only = set.bytes_to_send(true);
+  return {"sent",
+          "Sent to the modem",
+          {shown("all", "By an update", all, size_text(all)),
+           shown("modem_only", "With --modem-only", modem_only, size_text(modem_only))}};
+}
+
 static Findings info(const ModuleLibrary&, const Arguments& arguments) {
   ImageSet set = read_image_set(arguments.text("DIR"));
-  Section about{"image_set", "Image set", {}};
-  if (set.folder_problem.empty()) {
-    about.items.push_back(shown("folder", "Folder", set.folder, set.folder));
-  } else {
-    about.items.push_back({"folder", "Folder", nullptr, set.folder_problem, true});
-    return {about};
-  }
-  Item version = shown("version", "Version", set.version, set.version);
-  if (!set.has_version_info) {
-    version = {"version", "Version", nullptr,
-               "no version_info: the modem's NV items are left as they are", false};
-  }
-  about.items.push_back(version);
+  Findings findings = {about(set)};
+  if (!set.folder_problem.empty()) return findings;
   Section files{"files", "Files", {}};
   for (const ImageFile& file : set.files) files.items.push_back(item_of(file));
-  if (!set.is_good()) return {about, files};
-  uint64_t all = set.bytes_to_send(false), modem_only = set.bytes_to_send(true);
-  Section sent{"sent", "Sent to the modem", {}};
-  sent.items.push_back(shown("all", "By an update", all, size_text(all)));
-  sent.items.push_back(shown("modem_only", "With --modem-only", modem_only, size_text(modem_only)));
-  return {about, files, sent};
+  findings.push_back(files);
+  Section headers = headers_of(set);
+  if (!headers.items.empty()) findings.push_back(headers);
+  if (set.is_good()) findings.push_back(sent_of(set));
+  return findings;
+}
+
+static Findings seal(const ModuleLibrary&, const Arguments& arguments) {
+  ImageSet set = read_image_set(arguments.text("DIR"));
+  if (!set.is_good()) {
+    std::string text = fmt::format("{}: {}; not sealed", set.folder, set.problems());
+    if (set.seal == ImageSet::BROKEN)
+      text += fmt::format("; if the set is as it should be, remove {} first", SEAL_FILE);
+    throw Failure(text);
+  }
+  std::vector<std::string> names;
+  for (const ImageFile& file : set.files) names.push_back(file.name);
+  if (set.has_version_info) names.emplace_back("version_info");
+  write_sums(set.folder, names);
+  return confirmation("seal", "Image set",
+                      fmt::format("{} lists {} files", SEAL_FILE, names.size()));
 }
 
 const Verb FIRMWARE_INFO = {.noun = "firmware",
@@ -46,5 +97,13 @@ const Verb FIRMWARE_INFO = {.noun = "firmware",
                             .need = Session::LIBRARY,
                             .arguments = {{.name = "DIR", .help = "folder of the image set"}},
                             .run = info};
+
+const Verb FIRMWARE_SEAL = {
+    .noun = "firmware",
+    .name = "seal",
+    .help = "record the SHA-256 of a good image set, so that info and update see later changes",
+    .need = Session::LIBRARY,
+    .arguments = {{.name = "DIR", .help = "folder of the image set"}},
+    .run = seal};
 
 }  // namespace zopctl

@@ -5,6 +5,6 @@
 
 namespace zopctl {
 
-extern const Verb FIRMWARE_INFO, FIRMWARE_UPDATE, DUMP;
+extern const Verb FIRMWARE_INFO, FIRMWARE_SEAL, FIRMWARE_UPDATE, DUMP;
 
 }  // namespace zopctl
