@@ -23,6 +23,7 @@ Terminal::~Terminal() { unplug(); }
 
 void Terminal::plug_in() {
   if (is_plugged_in()) return;
+  remove_dead_link();
   master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
   if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0) fail("no pseudo-terminal");
   char name[128];
@@ -35,7 +36,6 @@ void Terminal::plug_in() {
   slave_ = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
   if (slave_ < 0) fail(path_);
   if (link_.empty()) return;
-  remove_dead_link();
   if (symlink(name, link_.c_str()) != 0) {
     int error = errno;
     std::string link = std::move(link_);
@@ -45,7 +45,8 @@ void Terminal::plug_in() {
   }
 }
 
-// A simulator that was killed leaves its link behind, to a terminal that is gone.
+// A simulator that was killed leaves its link behind, to a terminal that is gone. The next terminal
+// often gets the same name, and would make the link look alive.
 void Terminal::remove_dead_link() {
   struct stat at_link, behind_it;
   bool is_link = lstat(link_.c_str(), &at_link) == 0 && S_ISLNK(at_link.st_mode);
