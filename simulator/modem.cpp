@@ -3,6 +3,7 @@
 #include "simulator/modem.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "simulator/trace.h"
 
@@ -21,7 +22,7 @@ Modem::Modem(Scenario scenario, unsigned seed, Trace trace)
       timeline_(std::move(scenario.timeline)),
       faults_(std::move(scenario.faults), seed),
       trace_(std::move(trace)) {
-  if (model_.device.crashed != 0) start_in(Mode::BOOT_ROM);
+  start_in(model_.device.crashed != 0 ? Mode::BOOT_ROM : Mode::DIAGNOSTIC);
 }
 
 // Frames of the download protocols begin with a flag too.
@@ -55,14 +56,22 @@ void Modem::receive(View bytes, Time now) {
   }
 }
 
-void Modem::answer_download(View packet, Time now) {
-  std::string name = packet_name(mode_, packet);
-  if (trace_) trace_(trace_line(now, '>', name, packet));
+// Returns the fault that hits it.
+std::optional<Fault> Modem::take_request(const std::string& name, View request, Time now) {
+  if (trace_) trace_(trace_line(now, '>', name, request));
+  if (on_request) on_request(name);
   std::optional<Fault> fault = faults_.strike(name);
   if (fault && trace_)
     trace_(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
+  return fault;
+}
+
+void Modem::answer_download(View packet, Time now) {
+  std::string name = packet_name(mode_, packet);
+  std::optional<Fault> fault = take_request(name, packet, now);
   bool refused = fault && fault->kind == FaultKind::ERROR;
-  Bytes payload = refused ? refusal(fault->value, packet) : download_.answer(mode_, packet);
+  Bytes payload = refused ? download_.refuse(mode_, fault->value) : download_.answer(mode_, packet);
+  if (mode_ == Mode::PROGRAMMER) keep_flash();
   if (auto next = download_.leads_to(mode_)) restart(now, *next);
   if (payload.empty()) return;
   if (fault && !refused) return send_damaged(*fault, std::move(payload), now);
@@ -73,10 +82,7 @@ void Modem::answer_download(View packet, Time now) {
 void Modem::answer(View request, Time now) {
   if (mode_ != Mode::DIAGNOSTIC) return answer_download(request, now);
   std::string name = name_of(request);
-  if (trace_) trace_(trace_line(now, '>', name, request));
-  std::optional<Fault> fault = faults_.strike(name);
-  if (fault && trace_)
-    trace_(trace_note(now, std::string("fault ") + fault_name(fault->kind) + " on " + name));
+  std::optional<Fault> fault = take_request(name, request, now);
   if (fault && fault->kind == FaultKind::ERROR) {
     return send(frame(refusal(fault->value, request)), now);
   }
@@ -92,32 +98,60 @@ void Modem::answer(View request, Time now) {
   send(frame(payload), now);
 }
 
-// The answer is still sent; then the device is gone while it boots, and it needs the PIN again.
+// The answer is still sent; then the device is gone while it boots.
 void Modem::restart(Time now, Mode next) {
+  if (start_) return;  // it no longer listens
+  end_session();
+  Time away = next == Mode::DIAGNOSTIC ? BOOT_TIME : MODE_CHANGE_TIME;
+  start_ = {now + RESTART_DELAY + away, next};
+  put({now + RESTART_DELAY, Output::HANGS_UP, {}});
+  put({start_->at, Output::COMES_BACK, {}});
+}
+
+void Modem::unplug(Time now) {
+  start_.reset();
+  std::erase_if(output_, [now](const Output& o) { return o.at >= now; });
+  if (!gone_) put({now, Output::HANGS_UP, {}});
+}
+
+void Modem::replug(Time now) {
+  unplug(now);
+  end_session();
+  start_ = {now, Mode::DIAGNOSTIC};
+  put({now, Output::COMES_BACK, {}});
+}
+
+// What ends with the power or a restart: the PIN is needed again.
+void Modem::end_session() {
   if (model_.sim.lock == ZOP_PIN_VERIFIED) model_.sim.lock = ZOP_PIN_ENABLED;
   if (model_.sim.lock == ZOP_PIN_ENABLED) model_.sim.status = ZOP_SIM_NOT_INITIALISED;
   model_.state.call = ZOP_CALL_IDLE;
   model_.device.debug_mode = 0;
   model_.device.events = 0;
-  next_mode_ = next;
-  Time away = next == Mode::DIAGNOSTIC ? BOOT_TIME : MODE_CHANGE_TIME;
-  put({now + RESTART_DELAY, Output::HANGS_UP, {}});
-  put({now + RESTART_DELAY + away, Output::COMES_BACK, {}});
 }
 
-// A programmed modem runs its new firmware.
+// A modem that is half written gets no further than its boot ROM.
 void Modem::start_in(Mode mode) {
-  if (mode_ == Mode::PROGRAMMER) model_.device.partition = download_.programmer.partition;
-  if (mode_ == Mode::PROGRAMMER && mode == Mode::DIAGNOSTIC) {
-    std::string version = version_in(download_.programmer.images[5]);
-    if (!version.empty()) model_.identity.firmware = model_.identity.build = version;
-  }
+  if (mode == Mode::DIAGNOSTIC && model_.device.half_written != 0) mode = Mode::BOOT_ROM;
   if (mode != Mode::PROGRAMMER) {
     download_ = DownloadMode();
     download_.programmer.partition = model_.device.partition;
+    download_.programmer.missing = model_.device.half_written;
     download_.rom.regions = model_.device.memory;
   }
   mode_ = mode;
+}
+
+// The flash changes with each packet, not only at the reset: the power may go at any time.
+void Modem::keep_flash() {
+  const Programmer& programmer = download_.programmer;
+  int written = model_.device.half_written & ~programmer.missing;
+  model_.device.partition = programmer.partition;
+  model_.device.half_written = programmer.missing;
+  auto firmware = programmer.images.find(FIRMWARE_TYPE);
+  if ((written & FIRMWARE) == 0 || firmware == programmer.images.end()) return;
+  std::string version = version_in(firmware->second);
+  if (!version.empty()) model_.identity.firmware = model_.identity.build = version;
 }
 
 void Modem::send_damaged(const Fault& fault, Bytes payload, Time now) {
@@ -146,8 +180,8 @@ void Modem::advance(Time now) {
   while (next_entry_ < timeline_.size() && timeline_[next_entry_].at <= now) {
     const TimelineEntry& entry = timeline_[next_entry_++];
     for (auto& change : entry.changes) change(model_);
-    if (entry.line == TimelineEntry::HANGS_UP) put({entry.at, Output::HANGS_UP, {}});
-    if (entry.line == TimelineEntry::COMES_BACK) put({entry.at, Output::COMES_BACK, {}});
+    if (entry.line == TimelineEntry::HANGS_UP) unplug(entry.at);
+    if (entry.line == TimelineEntry::COMES_BACK) replug(entry.at);
     if (trace_)
       trace_(trace_note(entry.at,
                         "scenario: " + std::to_string(entry.changes.size()) + " settings change"));
@@ -164,8 +198,24 @@ std::optional<Time> Modem::next_due() const {
   return due;
 }
 
+static const char* back_in(Mode mode) {
+  switch (mode) {
+    case Mode::DIAGNOSTIC:
+      return "the device is back";
+    case Mode::BOOT_ROM:
+      return "the device is back, in its boot ROM";
+    case Mode::PROGRAMMER:
+      return "the device is back, running a programmer";
+  }
+  return "";
+}
+
 std::optional<Output> Modem::take_output(Time now) {
-  advance(now);
+  // One thing after the other: an entry of the time line may undo an output that is due later.
+  for (auto due = next_due(); due && *due <= now; due = next_due()) {
+    advance(*due);
+    if (!output_.empty() && output_.front().at <= *due) break;
+  }
   if (output_.empty() || output_.front().at > now) return std::nullopt;
   Output output = std::move(output_.front());
   output_.pop_front();
@@ -173,12 +223,13 @@ std::optional<Output> Modem::take_output(Time now) {
     gone_ = true;
     deframer_ = Deframer();
     std::erase_if(output_, [](const Output& o) { return o.kind == Output::SENDS; });
-    if (trace_) trace_(trace_note(now, "the device is gone"));
+    if (trace_) trace_(trace_note(output.at, "the device is gone"));
   }
   if (output.kind == Output::COMES_BACK) {
     gone_ = false;
-    start_in(next_mode_);
-    if (trace_) trace_(trace_note(now, "the device is back"));
+    bool starts = start_ && start_->at <= output.at;  // otherwise it goes on as it was
+    if (starts) start_in(std::exchange(start_, std::nullopt)->mode);
+    if (trace_) trace_(trace_note(output.at, back_in(mode_)));
   }
   return output;
 }

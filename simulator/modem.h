@@ -19,11 +19,18 @@ class Modem {
   using Trace = std::function<void(const std::string&)>;
   explicit Modem(Scenario scenario, unsigned seed = 1, Trace trace = {});
 
+  // Called with the name of each request and packet that has arrived, before the modem acts on it.
+  std::function<void(const std::string&)> on_request;
+
   // Bytes from the host.
   void receive(View bytes, Time now);
 
   // Runs the scenario's time line up to now.
   void advance(Time now);
+
+  // Takes the device away with its power, and brings it back as one that has just been switched on.
+  void unplug(Time now);
+  void replug(Time now);
 
   // When the modem next does something by itself.
   std::optional<Time> next_due() const;
@@ -43,8 +50,11 @@ class Modem {
   Time free_at(Time now) const;
   void put(Output output);
   void answer_download(View packet, Time now);
+  std::optional<Fault> take_request(const std::string& name, View request, Time now);
   void restart(Time now, Mode next);
+  void end_session();
   void start_in(Mode mode);
+  void keep_flash();
   void send_damaged(const Fault& fault, Bytes payload, Time now);
 
   Model model_;
@@ -56,7 +66,11 @@ class Modem {
   std::deque<Output> output_;  // in order of time
   bool gone_ = false;
   Mode mode_ = Mode::DIAGNOSTIC;
-  Mode next_mode_ = Mode::DIAGNOSTIC;  // once the device comes back
+  struct Start {
+    Time at;
+    Mode mode;
+  };
+  std::optional<Start> start_;  // under way while the device is gone
   DownloadMode download_;
 };
 

@@ -35,14 +35,14 @@ Bytes MemoryRegion::read(size_t offset, size_t count) const {
   return content;
 }
 
-static Bytes nak(Reason reason) { return {NAK, 0, reason}; }
+Bytes BootRom::refusal(uint8_t reason) { return {NAK, 0, reason}; }
 
 Bytes BootRom::write(View packet) {
-  if (packet.size() < 7 || packet.size() - 7 != get16(packet, 5)) return nak(BAD_LENGTH);
+  if (packet.size() < 7 || packet.size() - 7 != get16(packet, 5)) return refusal(BAD_LENGTH);
   View data = packet.subspan(7);
-  if (data.empty() || data.size() > MAX_WRITE) return nak(TOO_LARGE);
+  if (data.empty() || data.size() > MAX_WRITE) return refusal(TOO_LARGE);
   uint32_t offset = get32(packet, 1) - RAM_ADDRESS;
-  if (offset > ram.size()) return nak(BAD_ADDRESS);
+  if (offset > ram.size()) return refusal(BAD_ADDRESS);
   ram.resize(std::max<size_t>(ram.size(), offset + data.size()));
   std::copy(data.begin(), data.end(), ram.begin() + offset);
   return {ACK};
@@ -66,28 +66,29 @@ Bytes BootRom::region_list() const {
 }
 
 Bytes BootRom::read(View packet) const {
-  if (packet.size() != 7) return nak(BAD_LENGTH);
+  if (packet.size() != 7) return refusal(BAD_LENGTH);
   uint32_t address = get32(packet, 1);
   uint32_t length = get16(packet, 5);
-  if (length == 0 || length > MAX_READ) return nak(TOO_LARGE);
+  if (length == 0 || length > MAX_READ) return refusal(TOO_LARGE);
   for (const MemoryRegion& region : regions) {
     uint64_t offset = uint64_t{address} - region.base;
     if (address < region.base || offset + length > region.length) continue;
+    if (offset + length > region.unreadable) return refusal(BAD_ADDRESS);
     Bytes answer = {MEMORY};
     put32(answer, address);
     put16(answer, length);
     std::ranges::copy(region.read(static_cast<size_t>(offset), length), std::back_inserter(answer));
     return answer;
   }
-  return nak(BAD_ADDRESS);
+  return refusal(BAD_ADDRESS);
 }
 
 Bytes BootRom::answer(View packet) {
-  if (packet.empty()) return nak(BAD_LENGTH);
+  if (packet.empty()) return refusal(BAD_LENGTH);
   switch (packet[0]) {
     case 0x05:
       started = packet.size() == 5 && get32(packet, 1) == RAM_ADDRESS && !ram.empty();
-      return started ? Bytes{ACK} : nak(BAD_ADDRESS);
+      return started ? Bytes{ACK} : refusal(BAD_ADDRESS);
     case 0x06:
       return {ACK};
     case 0x07:
@@ -99,7 +100,7 @@ Bytes BootRom::answer(View packet) {
     case 0x12:
       return read(packet);
     default:
-      return nak(BAD_COMMAND);
+      return refusal(BAD_COMMAND);
   }
 }
 

@@ -2,6 +2,7 @@
 // read the memory after a crash. Multi-byte fields are big-endian.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ struct MemoryRegion {
   std::optional<uint8_t> fill;  // of every byte; otherwise each big-endian word is its own address
   std::string description;
   std::string name;
+  size_t unreadable = SIZE_MAX;  // reads of bytes from this offset on are refused
 
   Bytes read(size_t offset, size_t count) const;
 };
@@ -26,6 +28,7 @@ class BootRom {
  public:
   // The answer to a packet; empty when there is none.
   Bytes answer(View packet);
+  static Bytes refusal(uint8_t reason);
 
   Bytes ram;             // what has been written, from RAM_ADDRESS on
   bool started = false;  // by a go packet to RAM_ADDRESS

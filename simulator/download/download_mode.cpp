@@ -52,6 +52,12 @@ Bytes DownloadMode::answer(Mode mode, View packet) {
   return last_answer_;
 }
 
+Bytes DownloadMode::refuse(Mode mode, int reason) {
+  auto code = static_cast<uint8_t>(reason);
+  last_answer_ = mode == Mode::BOOT_ROM ? BootRom::refusal(code) : Programmer::refusal(code);
+  return last_answer_;
+}
+
 std::optional<Mode> DownloadMode::leads_to(Mode mode) const {
   if (mode == Mode::BOOT_ROM && rom.started) return Mode::PROGRAMMER;
   if (mode == Mode::PROGRAMMER && programmer.reset) return Mode::DIAGNOSTIC;

@@ -17,6 +17,9 @@ class DownloadMode {
   // The answer to a packet of this mode; empty when there is none.
   Bytes answer(Mode mode, View packet);
 
+  // A refusal in place of an answer: a NAK, or the programmer's error packet.
+  Bytes refuse(Mode mode, int reason);
+
   // The modem's last answer: a lone flag asks for it again.
   const Bytes& last_answer() const { return last_answer_; }
 

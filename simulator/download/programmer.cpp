@@ -13,8 +13,9 @@ enum : uint8_t { ACCEPTED = 0, DIFFERS = 1, REFUSED = 2 };
 constexpr uint8_t FEATURES = 0x09;
 constexpr uint8_t UNTRUSTED = 0x01;
 constexpr size_t MAX_WRITE = 2048;
+constexpr uint8_t TYPES[] = {FIRMWARE_TYPE, 15, 16, 17};  // in the order of their bits
 
-static Bytes error(uint8_t code) { return {ERROR, code, 0, 0, 0}; }
+Bytes Programmer::refusal(uint8_t code) { return {ERROR, code, 0, 0, 0}; }
 
 static bool is_hello(View packet) {
   constexpr std::string_view TEXT = "QCOM fast download protocol host";
@@ -34,32 +35,43 @@ static Bytes hello_answer() {
 }
 
 Bytes Programmer::take_partition(View packet) {
-  if (packet.size() < 2) return error(3);
+  if (packet.size() < 2) return refusal(3);
   View table = packet.subspan(2);
   bool same = std::ranges::equal(table, partition);
   bool overrides = packet[1] != 0;
   if (!same && !overrides) return {PARTITION, DIFFERS};
-  if (overrides) erased = true;
+  if (overrides) {
+    erased = true;
+    missing = ALL_IMAGES;
+  }
   partition.assign(table.begin(), table.end());
   return {PARTITION, ACCEPTED};
 }
 
+static int bit_of(int type) { return 1 << (std::ranges::find(TYPES, type) - std::begin(TYPES)); }
+
 Bytes Programmer::open(View packet) {
-  constexpr int TYPES[] = {5, 15, 16, 17};
   bool known = packet.size() == 2 && std::ranges::find(TYPES, packet[1]) != std::end(TYPES);
   if (!known) return {OPENED, REFUSED};
   open_ = packet[1];
   images[open_].clear();
+  missing |= bit_of(open_);
   return {OPENED, ACCEPTED};
 }
 
+Bytes Programmer::close() {
+  if (open_ >= 0 && !images[open_].empty()) missing &= ~bit_of(open_);
+  open_ = -1;
+  return {CLOSED};
+}
+
 Bytes Programmer::write(View packet) {
-  if (open_ < 0 || packet.size() <= 5 || packet.size() - 5 > MAX_WRITE) return error(4);
+  if (open_ < 0 || packet.size() <= 5 || packet.size() - 5 > MAX_WRITE) return refusal(4);
   Bytes& image = images[open_];
   uint32_t address = packet[1] | static_cast<uint32_t>(packet[2]) << 8 |
                      static_cast<uint32_t>(packet[3]) << 16 |
                      static_cast<uint32_t>(packet[4]) << 24;
-  if (address != image.size()) return error(5);
+  if (address != image.size()) return refusal(5);
   image.insert(image.end(), packet.begin() + 5, packet.end());
   return {WRITTEN, packet[1], packet[2], packet[3], packet[4]};
 }
@@ -67,7 +79,7 @@ Bytes Programmer::write(View packet) {
 Bytes Programmer::answer(View packet) {
   if (packet.empty()) return {};
   if (packet[0] == 0x01) greeted_ = is_hello(packet);
-  if (!greeted_) return error(6);
+  if (!greeted_) return refusal(6);
   switch (packet[0]) {
     case 0x01:
       return hello_answer();
@@ -77,16 +89,15 @@ Bytes Programmer::answer(View packet) {
       reset = true;
       return {};
     case 0x15:
-      open_ = -1;
-      return {CLOSED};
+      return close();
     case 0x17:
-      return packet.size() == 2 && packet[1] == UNTRUSTED ? Bytes{SECURITY} : error(7);
+      return packet.size() == 2 && packet[1] == UNTRUSTED ? Bytes{SECURITY} : refusal(7);
     case 0x19:
       return take_partition(packet);
     case 0x1B:
       return open(packet);
     default:
-      return error(6);
+      return refusal(6);
   }
 }
 

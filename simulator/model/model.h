@@ -135,8 +135,9 @@ struct Device {
   std::vector<std::string> errors = {"boot: watchdog reset"};
   int crash_dump = 0;  // after a crash: waits for a memory dump instead of restarting
   std::map<int, Bytes> nv_backup;
-  int crashed = 0;  // starts in its boot ROM, as if it had just crashed
-  Bytes partition;  // its partition table; downloading another one erases the file system
+  int crashed = 0;       // starts in its boot ROM, as if it had just crashed
+  int half_written = 0;  // images that its flash lacks, bits of FlashImage: it can't boot
+  Bytes partition;       // its partition table; downloading another one erases the file system
   std::vector<MemoryRegion> memory = {{1, 0x00800000, 300'000, {}, "RAM", "ram.bin"},
                                       {1, 0xFFFF0000, 4096, {}, "boot ROM", "rom.bin"}};
   std::map<int, Bytes> profiles;  // number (odd, 1..15) -> record of 103 bytes

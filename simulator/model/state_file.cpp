@@ -29,6 +29,7 @@ static Json state_of(const Model& m) {
             {"user", m.sim.user}}},
           {"firmware", {{"version", m.identity.firmware}, {"build", m.identity.build}}},
           {"partition", m.device.partition},
+          {"half_written", m.device.half_written},
           {"nv", m.nv},
           {"profiles", m.device.profiles},
           {"errors", m.device.errors},
@@ -49,6 +50,7 @@ static void apply_state(const Json& state, Model& m) {
     state.at("firmware").at("build").get_to(m.identity.build);
     state.at("partition").get_to(m.device.partition);
   }
+  m.device.half_written = state.value("half_written", m.device.half_written);
   state.at("nv").get_to(m.nv);
   state.at("profiles").get_to(m.device.profiles);
   state.at("errors").get_to(m.device.errors);

@@ -1,5 +1,5 @@
 // What a modem keeps while it is off: the SIM card's PIN state and lists, NV items, profiles, error
-// log and outbox, in a file.
+// log and outbox, firmware, in a file.
 #pragma once
 
 #include <string>

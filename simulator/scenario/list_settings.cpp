@@ -82,7 +82,8 @@ std::vector<std::string> describe_lists() {
     lines.push_back(std::string(setting.key) + "\t[\"MCC-MNC\" or \"MCC-MNC gsm\"], up to " +
                     std::to_string(setting.most));
   }
-  lines.push_back("device.memory\t[{ name, base, length }], and description, preference, fill");
+  lines.push_back(
+      "device.memory\t[{ name, base, length }], and description, preference, fill, unreadable");
   lines.push_back("device.partition\tpartition table in hexadecimal, up to 2048 bytes");
   lines.push_back("nv.NUMBER\tbytes of an NV item in hexadecimal, up to 128");
   return lines;

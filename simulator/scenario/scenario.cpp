@@ -157,7 +157,8 @@ static MemoryRegion region_of(const Place& place, const toml::node& node, size_t
   bool named = table != nullptr && table->contains("name") && table->contains("length");
   if (!named) place.error(node.source(), "device.memory entries have a name and a length");
   for (auto&& [key, value] : *table) {
-    constexpr const char* KEYS[] = {"name", "base", "length", "description", "preference", "fill"};
+    constexpr const char* KEYS[] = {"name",       "base", "length",    "description",
+                                    "preference", "fill", "unreadable"};
     if (std::ranges::find(KEYS, key.str()) == std::end(KEYS))
       place.error(value.source(), "unknown device.memory." + std::string(key.str()));
   }
@@ -172,7 +173,9 @@ static MemoryRegion region_of(const Place& place, const toml::node& node, size_t
           length,
           fill,
           field_of(place, *table, "description", std::string()),
-          field_of(place, *table, "name", std::string())};
+          field_of(place, *table, "name", std::string()),
+          static_cast<size_t>(number_of(place, *table, "unreadable", static_cast<int64_t>(length),
+                                        static_cast<int64_t>(length)))};
 }
 
 static void add_memory(const Place& place, const toml::node& node, Changes& changes) {

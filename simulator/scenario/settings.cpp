@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "simulator/download/programmer.h"
+
 namespace sim {
 
 // Key and place of a value, from its name in the model.
@@ -91,6 +93,7 @@ static const NumberSetting NUMBERS[] = {
     {NUMBER(device, end_status), 0, 255},
     {NUMBER(device, crash_dump), 0, 1, NO_YES},
     {NUMBER(device, crashed), 0, 1, NO_YES},
+    {NUMBER(device, half_written), 0, ALL_IMAGES, NO_YES},
     {NUMBER(device, backup_value), 0, 255},
     {NUMBER(clock, zone), -96, 96},
     {NUMBER(clock, daylight_saving), 0, 2},

@@ -21,6 +21,7 @@ TEST_F(SimulatorState, survives_a_restart) {
   before.nv[4711] = {1, 2, 3};
   before.sim.user = {{"262", "02"}};
   before.device.profiles[3] = {3, 4};
+  before.device.half_written = 5;
   before.outbox = {{"1", "hello"}};
   StateFile(path).save(before);
   Model after;
@@ -30,6 +31,7 @@ TEST_F(SimulatorState, survives_a_restart) {
   EXPECT_EQ(after.nv.at(4711), (Bytes{1, 2, 3}));
   EXPECT_EQ(after.sim.user.at(0).mnc, "02");
   EXPECT_EQ(after.device.profiles.at(3), (Bytes{3, 4}));
+  EXPECT_EQ(after.device.half_written, 5);
   EXPECT_EQ(after.outbox.at(0).text, "hello");
   EXPECT_EQ(after.sim.lock, 2);  // the PIN is wanted again
   EXPECT_EQ(after.sim.status, 3);

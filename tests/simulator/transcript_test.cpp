@@ -3,6 +3,7 @@
 //   fault TEXT   switches a fault on
 //   send BYTES   sends bytes as they are
 //   wait S       lets time pass
+//   unplug       takes its power; replug gives it back, after taking it if need be
 //   trace        shows the trace since the last time
 //   BYTES        sends a request
 #include "tests/support/transcript.h"
@@ -60,6 +61,8 @@ class SimulatedModem : public test::Session {
       return error.what();
     }
     if (word == "wait") now_ += Time(static_cast<int64_t>(std::stod(rest) * 1e6));
+    if (word == "unplug") modem_->unplug(now_);
+    if (word == "replug") modem_->replug(now_);
     if (word == "send") modem_->receive(test::hex(rest), now_);
     if (word.size() == 2 || word.starts_with('"')) modem_->receive(frame(test::hex(input)), now_);
     return output();
