@@ -15,6 +15,7 @@
 #include "simulator/model/state_file.h"
 #include "simulator/modem.h"
 #include "simulator/replay.h"
+#include "simulator/request_commands.h"
 #include "simulator/scenario/list_settings.h"
 #include "simulator/troff.h"
 
@@ -30,6 +31,8 @@ Examples:
   zop-modem-sim --fault silence:request=rssi,count=1
   zop-modem-sim --fault bad-crc:chance=0.05 --seed 7
   zop-modem-sim --replay field.pcapng           a modem that answers from a capture
+  zop-modem-sim --state m --run 'stream_write,skip=9:kill -9 $PPID'
+                                                its power fails at the tenth write
 
 Faults, each of one answer:
   silence            it does not come
@@ -45,9 +48,11 @@ Faults, each of one answer:
   duplicate=MS       it comes again so much later; with 0, both come in one piece
   wrong-echo=OFFSET  a byte of its header is wrong
   status=CODE        it has this command status
-  error=CODE         the modem refuses: 19, 20, 21, 24, 66 or 71, then the request
+  error=CODE         the modem refuses: 19, 20, 21, 24, 66 or 71, then the request;
+                     its boot ROM by a NAK, a programmer by an error packet, of this code
   other=SUBCOMMAND   it is the answer to another vendor request
-  hang-up=BYTES      the device goes away after so many bytes, and returns with :back=MS
+  hang-up=BYTES      the device goes away after so many bytes, and returns with :back=MS; it keeps
+                     its power and its mode
 Any may be followed by :request=NAME,skip=N,count=N,chance=P: the requests it hits, how many of them
 it first leaves alone and how many it then hits, and how likely it hits one.)";
 
@@ -60,6 +65,7 @@ struct Options {
   std::string replay;
   bool trace_to_stderr = false;
   std::vector<std::string> faults;
+  std::vector<std::string> commands;
   unsigned seed = 1;
   double speed = 1;
   bool exit_with_parent = false;
@@ -129,7 +135,9 @@ static void print_man_page(const CLI::App& app) {
       "[[at]] entry with a time in seconds changes it later or has hang_up = true, event = "
       "\"pdp\\-activated\" "
       "(pdp\\-deactivated, call\\-originated, call\\-ended) or "
-      "replug = true, each [[fault]] has one switch = \"...\". The settings:\n");
+      "replug = true, each [[fault]] has one switch = \"...\". hang_up unplugs the modem, and with "
+      "replug it is switched on again: a crashed one starts, one that is half written comes up in "
+      "its boot ROM. The settings:\n");
   for (const std::string& line : all_settings()) {
     size_t tab = line.find('\t');
     fmt::print(".TP\n.B {}\n{}\n", sim::troff(line.substr(0, tab)),
@@ -139,11 +147,22 @@ static void print_man_page(const CLI::App& app) {
              sim::troff(EXAMPLES));
 }
 
+// What is wrong with an option's text is told with its name.
+template <typename Parse>
+static auto parsed(const char* option, const std::string& text, Parse parse) {
+  try {
+    return parse(text);
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument(std::string(option) + ": " + error.what());
+  }
+}
+
 static sim::Scenario scenario_of(const Options& options) {
   sim::Scenario scenario;
   if (!options.scenario.empty()) scenario = sim::load_scenario(find_scenario(options.scenario));
   if (!scenario.clock_is_set) scenario.model.clock.start = std::time(nullptr);
-  for (const std::string& text : options.faults) scenario.faults.push_back(sim::parse_fault(text));
+  for (const std::string& text : options.faults)
+    scenario.faults.push_back(parsed("--fault", text, sim::parse_fault));
   return scenario;
 }
 
@@ -229,10 +248,20 @@ static void serve(
   run(modem, terminal, end, Clock(options.speed), afterwards);
 }
 
+static sim::RequestCommands commands_of(const Options& options) {
+  std::vector<sim::RequestCommand> commands;
+  for (const std::string& text : options.commands)
+    commands.push_back(parsed("--run", text, sim::parse_request_command));
+  return sim::RequestCommands(std::move(commands));
+}
+
 static void serve_simulated(const Options& options) {
-  sim::Modem modem(scenario_of(options), options.seed, trace_of(options));
+  sim::Scenario scenario = scenario_of(options);
   sim::StateFile state(options.state);
-  state.load(modem.model());
+  state.load(scenario.model);
+  sim::RequestCommands commands = commands_of(options);
+  sim::Modem modem(std::move(scenario), options.seed, trace_of(options));
+  modem.on_request = [&](const std::string& request) { commands.run(request); };
   serve(modem, options, [&] { state.save(modem.model()); });
 }
 
@@ -250,12 +279,22 @@ int main(int argc, char** argv) {
   app.add_option("--link", options.link, "make a symbolic link to the terminal at this path");
   app.add_flag("--trace", options.trace_to_stderr, "show every request and answer");
   app.add_option("--trace-file", options.trace, "write the trace to this file instead");
-  app.add_option("--fault", options.faults, "inject a fault; may be repeated")->take_all();
+  app.add_option("--fault", options.faults, "inject a fault; may be repeated")
+      ->allow_extra_args(false);
+  auto* run =
+      app.add_option("--run", options.commands,
+                     "REQUEST[,skip=N]:COMMAND: run COMMAND with sh, once, when the request "
+                     "or packet arrives and before the modem acts on it, and wait for its "
+                     "end; SIM_REQUEST is its name; may be repeated");
+  run->allow_extra_args(false);
   app.add_option("--replay", options.replay,
                  "answer as the modem in this capture did (zopctl --capture)")
-      ->excludes(scenario);
-  app.add_option("--state", options.state,
-                 "keep PIN state, NV items, profiles, messages and firmware version in this file");
+      ->excludes(scenario)
+      ->excludes(run);
+  app.add_option(
+      "--state", options.state,
+      "keep PIN state, NV items, profiles, messages, firmware version and a half-written "
+      "flash in this file");
   app.add_option("--seed", options.seed, "seed of the faults with chance=P");
   app.add_option("--speed", options.speed, "run the modem's clock this many times faster")
       ->check(CLI::Range(0.001, 1000.0));
@@ -289,7 +328,7 @@ int main(int argc, char** argv) {
     fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
     return 2;
   } catch (const std::invalid_argument& error) {
-    fmt::print(stderr, "zop-modem-sim: --fault: {}\n", error.what());
+    fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
     return 2;
   } catch (const std::exception& error) {
     fmt::print(stderr, "zop-modem-sim: {}\n", error.what());

@@ -49,3 +49,44 @@ TEST_F(SimulatorProgram, a_hang_up_takes_the_terminal_away) {
   EXPECT_FALSE(std::filesystem::exists(link));  // follows the link
   EXPECT_EQ(program.end(SIGTERM), 0);
 }
+
+TEST_F(SimulatorProgram, a_half_written_modem_stays_in_its_boot_rom_when_it_is_started_again) {
+  std::string scenario = folder.write("half.toml", "[device]\nhalf_written = true\n");
+  for (const std::string& start : {scenario, std::string("healthy-wcdma")}) {
+    Program program({SIMULATOR, "--link", link, "--state", folder / "state", start});
+    program.line();
+    EXPECT_EQ(ask_terminal(link, {0x06}), (Bytes{0x7E})) << start;  // an acknowledgement follows
+    program.end(SIGKILL);
+  }
+}
+
+TEST_F(SimulatorProgram, a_command_runs_once_at_its_request_before_the_answer) {
+  std::string seen = folder / "seen";
+  Program program(
+      {SIMULATOR, "--link", link, "--run", "esn:exit 3", "--run",
+       "rssi,skip=1:echo $SIM_REQUEST >> " + seen + "; kill -TERM $$; echo >> " + seen});
+  program.line();
+  for (const char* content : {"", "rssi\n", "rssi\n"}) {
+    EXPECT_FALSE(ask_terminal(link, {0xCF, 0x20, 0}).empty());
+    EXPECT_EQ(folder.read("seen"), content);
+  }
+  EXPECT_FALSE(ask_terminal(link, {0x01}).empty());
+  EXPECT_EQ(program.line(), "zop-modem-sim: the command at rssi failed (-1)");
+  EXPECT_EQ(program.line(), "zop-modem-sim: the command at esn failed (3)");
+}
+
+TEST(SimulatorProgramUsage, commands_that_are_refused) {
+  const char* const rows[][2] = {
+      {"rain:true", "unknown request \"rain\""},
+      {"rssi", "\"rssi\" is not REQUEST[,skip=N]:COMMAND"},
+      {"rssi:", "\"rssi:\" is not REQUEST[,skip=N]:COMMAND"},
+      {"dmss_go,skip=-1:true", "\"skip=-1\" is not skip=N"},
+      {"dmss_go,skip=1x:true", "\"skip=1x\" is not skip=N"},
+      {"dmss_go,count=1:true", "\"count=1\" is not skip=N"},
+  };
+  for (auto& [text, reason] : rows) {
+    Program program({SIMULATOR, "--run", text});
+    EXPECT_EQ(program.line(), std::string("zop-modem-sim: --run: ") + reason);
+    EXPECT_EQ(program.exit_code(), 2) << text;
+  }
+}
