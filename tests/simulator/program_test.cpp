@@ -71,6 +71,7 @@ TEST_F(SimulatorProgram, a_command_runs_once_at_its_request_before_the_answer) {
     EXPECT_EQ(folder.read("seen"), content);
   }
   EXPECT_FALSE(ask_terminal(link, {0x01}).empty());
+  program.send(SIGTERM);
   EXPECT_EQ(program.line(), "zop-modem-sim: the command at rssi failed (-1)");
   EXPECT_EQ(program.line(), "zop-modem-sim: the command at esn failed (3)");
 }
