@@ -44,6 +44,11 @@ static constinit bool gRegionSkipped = false;   // the reason has been printed
 static constinit bool gDumpEnded = false;       // the reason has been printed
 static constinit int32_t gPrintedPercent = -1;  // in any dump
 
+// The host's files, if it has its own.
+using OpenFile = int (*)(const mem_dump_region*, uint32_t*, void*);
+static constinit OpenFile gOpenFile = nullptr;
+static constinit void* gOpenContext = nullptr;
+
 static void modem_status_dump(int32_t percent) {
   FW_DL_STATUS = percent;
   if (percent == gPrintedPercent) return;
@@ -155,13 +160,41 @@ static void add_region(Region* region, const char* name) {
   printf("DUMP_MODE: FILE=");
   print_escaped(region->path);
   print_line("");
-  ++gRegionCount;
+  gRegions[gRegionCount++] = *region;
 }
 
-static bool skip_the_rest() {
+// The host's file. Its descriptors beyond the table are closed.
+static void add_host_region(Region* region, const char* name) {
+  const mem_dump_region offered = {region->base, region->length, name};
+  region->descriptor = gOpenFile(&offered, &region->done, gOpenContext);
+  if (region->done > region->length) region->done = region->length;
+  if (region->descriptor < 0) return;
+  snprintf(region->path, sizeof region->path, "%s", name);
+  if (gRegionCount == MAX_REGIONS) {
+    gRegionSkipped = true;
+    close(region->descriptor);
+    return;
+  }
+  gRegions[gRegionCount++] = *region;
+}
+
+static void skip_the_rest() {
   gRegionSkipped = true;
   print_line("DUMP_MODE: left out, all regions after the 20th");
-  return true;
+}
+
+static void take_list(const uint8_t* at, const uint8_t* end) {
+  Region region;
+  while (at < end) {
+    if (gOpenFile == nullptr && gRegionCount == MAX_REGIONS) return skip_the_rest();
+    const char* name = take_entry(&at, end, &region);
+    if (name == nullptr) return;  // the list has been checked
+    if (gOpenFile != nullptr) {
+      add_host_region(&region, name);
+    } else {
+      add_region(&region, name);
+    }
+  }
 }
 
 // An incomplete list is a bad reply and is requested again. A complete list that can't be used ends
@@ -177,14 +210,8 @@ bool accept_region_list(const Reply& reply) {
     if (take_entry(&at, end, &checked) == nullptr) return false;
   }
   gBadList = false;
-  gDumpEnded = !open_directory();
-  for (const uint8_t* at = reply.bytes + LIST; at < end && !gDumpEnded;) {
-    if (gRegionCount == MAX_REGIONS) return skip_the_rest();
-    Region& region = gRegions[gRegionCount];
-    const char* name = take_entry(&at, end, &region);
-    if (name == nullptr) return false;  // the list was checked above
-    add_region(&region, name);
-  }
+  gDumpEnded = gOpenFile == nullptr && !open_directory();
+  if (!gDumpEnded) take_list(reply.bytes + LIST, end);
   return true;
 }
 
@@ -293,7 +320,8 @@ static void close_files() {
     Region& region = gRegions[i];
     close_file(&region.descriptor);
     bool is_empty = region.done == 0 && region.length > 0;
-    if (is_empty) unlinkat(gDirectoryDescriptor, region.path + strlen(gDirectory) + 1, 0);
+    if (is_empty && gDirectoryDescriptor >= 0)
+      unlinkat(gDirectoryDescriptor, region.path + strlen(gDirectory) + 1, 0);
   }
   close_file(&gDirectoryDescriptor);
 }
@@ -302,6 +330,12 @@ static void release_buffers() {
   free(dload_tbuf);
   free(dload_rbuf);
   dload_tbuf = dload_rbuf = nullptr;
+}
+
+void mem_dump_set_files(int (*open)(const mem_dump_region* region, uint32_t* done, void* context),
+                        void* context) {
+  gOpenFile = open;
+  gOpenContext = context;
 }
 
 int mem_dump_process() {

@@ -33,6 +33,7 @@ enum { FAMILY_LENGTH = 6 };
 static constinit char gModemVersion[VERSION_TEXT_SIZE] = "";
 static constinit uint8_t gReady = 0;
 static constinit uint8_t gReadinessValue = 0;
+static constinit int gNvStep = MODEM_NV_UNTOUCHED;  // of an update that another process began
 
 // ---- commands ----
 
@@ -139,10 +140,7 @@ static bool nv_rebuild(const char* path) {
   zop_close();
   print_line("DLOAD: NV Rebuild");
   sleep(SETTLE_S);
-  if (!reconnect(path)) return false;
-  if (diag_wrapper_write(DIAG_MODE_CONTROL) == 0) return false;
-  if (diag_wrapper_write(DIAG_AFTER_CONNECT) == 0) return false;
-  return wait_until_ready();
+  return reconnect(path);
 }
 
 static bool nv_restore() {
@@ -155,14 +153,20 @@ static bool nv_restore() {
   return true;
 }
 
+static bool is_ready() { return diag_wrapper_write(DIAG_AFTER_CONNECT) == 1 && wait_until_ready(); }
+
 // A readiness value of 0 requests a backup. With another value nothing is done if the family has
-// not changed.
+// not changed. An update that is resumed goes on after its last step.
 static bool renew_nv_items(const char* path) {
   if (!reconnect(path)) return false;
-  if (diag_wrapper_write(DIAG_AFTER_CONNECT) == 0 || !wait_until_ready()) return false;
-  if (gReadinessValue != 0 && same_version_family()) return true;
-  if (gReadinessValue == 0 && !nv_backup()) return false;
-  return nv_rebuild(path) && nv_restore();
+  if (gNvStep < MODEM_NV_REBUILT) {
+    if (!is_ready()) return false;
+    bool begins = gNvStep == MODEM_NV_UNTOUCHED;
+    if (begins && gReadinessValue != 0 && same_version_family()) return true;
+    if (begins && gReadinessValue == 0 && !nv_backup()) return false;
+    if (!nv_rebuild(path)) return false;
+  }
+  return diag_wrapper_write(DIAG_MODE_CONTROL) == 1 && is_ready() && nv_restore();
 }
 
 int modem_dload_end_process(const char* path) {
@@ -170,5 +174,13 @@ int modem_dload_end_process(const char* path) {
   sleep(BOOT_S);
   bool good = renew_nv_items(path);
   zop_close();
+  gNvStep = MODEM_NV_UNTOUCHED;
   return good ? 1 : 0;
+}
+
+void modem_resume_update(const char* old_version, const char* new_version, int nv_step) {
+  snprintf(gModemVersion, sizeof gModemVersion, "%s", old_version);
+  snprintf(gVersionInfo, sizeof gVersionInfo, "%s", new_version);
+  gHasVersionInfo = new_version[0] != '\0';
+  gNvStep = nv_step;
 }

@@ -42,6 +42,19 @@ int modem_diag_process(void);
  * Messages: "DLOAD: NV Backup", "DLOAD: NV Rebuild", "DLOAD: NV Restore". */
 int modem_dload_end_process(const char* path);
 
+/* What the modem has done with its NV items in an update, in this order. */
+enum {
+  MODEM_NV_UNTOUCHED,
+  MODEM_NV_BACKED_UP, /* "DLOAD: NV Backup" was printed */
+  MODEM_NV_REBUILT    /* "DLOAD: NV Rebuild" was printed */
+};
+
+/* Prepares modem_dload_end_process for an update that another process has begun: the version that
+ * the modem ran before, the version of the set (empty for a set without "version_info"), and the
+ * last step of its NV items, from which the work goes on: a second backup would overwrite the
+ * first. A later modem_diag_process or modem_dload_process replaces the version that it reads. */
+void modem_resume_update(const char* old_version, const char* new_version, int nv_step);
+
 /* Saves the memory regions of a crashed modem to "dump_MMDDYYYY_HHMM/" in the working directory.
  * Always returns 1; only the message "DUMP_MODE: PERCENT=100" confirms that all regions were saved.
  * No file is overwritten: if a name is taken, the new file is called NAME.2, NAME.3 and so on.
@@ -49,6 +62,21 @@ int modem_dload_end_process(const char* path);
  * reason why a region is not saved, and the reason why a dump ended early. An existing directory or
  * file of that name must belong to the current user. */
 int mem_dump_process(void);
+
+/* A memory region that a crashed modem offers. */
+typedef struct mem_dump_region {
+  uint32_t base;    /* its first address */
+  uint32_t length;  /* bytes */
+  const char* name; /* of its file, from the modem: any bytes, any length */
+} mem_dump_region;
+
+/* Replaces the files of the dumps that follow by the host's own; then no directory is made. open is
+ * called for each region of the modem's list, in order, before any is read. It returns a descriptor
+ * that is open for writing, which the dump closes, or -1 for a region that is not wanted; *done,
+ * which is 0, may be set to the bytes that the file holds already, at most the length. A dump saves
+ * at most 20 regions: further descriptors are closed. NULL restores the usual files. */
+void mem_dump_set_files(int (*open)(const mem_dump_region* region, uint32_t* done, void* context),
+                        void* context);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -247,6 +247,35 @@ TEST_F(Download, the_ways_of_the_nv_items) {
   }
 }
 
+// By another process: a second backup would overwrite the first.
+TEST_F(Download, an_update_is_resumed_after_its_last_nv_step) {
+  const std::string CONNECT = "timestamp ", POLL = "backup_end backup_status ";
+  const std::string REBUILT = CONNECT + "mode_control " + POLL;
+  struct {
+    const char *old_version, *new_version;
+    int step, backup_value;
+    std::string asked;
+  } rows[] = {
+      {"Q71XEB21.004", "", MODEM_NV_REBUILT, 0, ""},
+      {"Q71XEB21.004", "Q71XEB22.001", MODEM_NV_UNTOUCHED, 1,
+       CONNECT + POLL + "rebuild " + REBUILT},
+      {"Q71XEB21.004", "Q71XEB21.009", MODEM_NV_UNTOUCHED, 1, CONNECT + POLL},
+      {"Q71XEB21.004", "Q71XEB21.009", MODEM_NV_BACKED_UP, 0,
+       CONNECT + POLL + "rebuild " + REBUILT + "restore "},
+      {"Q71XEB21.004", "Q71XEB21.009", MODEM_NV_REBUILT, 0, REBUILT + "restore "},
+  };
+  for (auto& row : rows) {
+    scenario.model.device.backup_value = row.backup_value;
+    start_modem();
+    modem_resume_update(row.old_version, row.new_version, row.step);
+    EXPECT_EQ(run([] { return modem_dload_end_process(DEVICE); }), 1);
+    EXPECT_EQ(asked, row.asked) << row.new_version << " step " << row.step;
+  }
+  start_modem();  // once
+  run([] { return modem_dload_end_process(DEVICE); });
+  EXPECT_EQ(asked, CONNECT + POLL + "backup rebuild " + REBUILT + "restore ");
+}
+
 TEST_F(Download, a_modem_that_is_not_ready_or_does_not_come_back) {
   scenario.model.device.backup_ready = 1;
   EXPECT_EQ(end_download("Q71XEB22.001"), std::pair(0, 10 + 20));

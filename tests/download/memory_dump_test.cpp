@@ -1,8 +1,11 @@
 // The memory dump: files match the modem's memory, a hostile list writes nothing outside the
 // directory, and existing files are not overwritten.
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <unistd.h>
+
+#include <cstring>
 
 #include "tests/download/download_fixture.h"
 
@@ -123,6 +126,34 @@ TEST_F(MemoryDump, more_regions_than_the_table_holds) {
   EXPECT_TRUE(prints("DUMP_MODE: left out, all regions after the 20th\n"));
   EXPECT_FALSE(is_whole());
   EXPECT_EQ(entries_of(DIRECTORY), 20u);
+}
+
+// A host's own files: the second region is not wanted, the third is there up to its byte 2048.
+TEST_F(MemoryDump, into_files_of_the_host) {
+  for (uint32_t i = 0; i < 24; ++i) region(i * 5000, 5000, "r" + std::to_string(i));
+  std::string offered;
+  auto open_file = [](const mem_dump_region* region, uint32_t* done, void* context) {
+    *static_cast<std::string*>(context) += std::string(region->name) + " ";
+    if (region->base == 5000) return -1;
+    if (region->base == 10'000) *done = 2048;
+    EXPECT_EQ(region->length, 5000u);
+    return open(region->name, O_WRONLY | O_CREAT, 0600);
+  };
+  mem_dump_set_files(open_file, &offered);
+  dump();
+  mem_dump_set_files(nullptr, nullptr);
+  EXPECT_TRUE(offered.starts_with("r0 r1 r2 r3 ") && offered.ends_with("r22 r23 ")) << offered;
+  EXPECT_FALSE(is_whole());  // the table holds 20
+  EXPECT_EQ(entries_of("."), 23u);
+  for (uint32_t i : {0u, 2u, 3u, 20u, 21u, 22u}) {
+    std::ifstream in("r" + std::to_string(i), std::ios::binary);
+    Bytes saved((std::istreambuf_iterator<char>(in)), {}), expected = content(regions[i]);
+    if (i == 2) std::fill_n(expected.begin(), 2048, uint8_t{0});
+    EXPECT_EQ(saved, i <= 20 ? expected : Bytes()) << i;
+  }
+  EXPECT_EQ(asked.find("dmss_read"), asked.find("dmss_regions") + strlen("dmss_regions "));
+  dump();
+  EXPECT_TRUE(prints("DUMP_MODE: FILE=")) << output;
 }
 
 TEST_F(MemoryDump, faults_of_the_line) {
