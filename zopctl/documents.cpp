@@ -20,7 +20,9 @@ struct GlobalOption {
 
 static const GlobalOption GLOBAL_OPTIONS[] = {
     {"--sim", nullptr, "use a simulated modem; --sim=SCENARIO selects a scenario"},
-    {"--sim-speed", "N", "run the simulated modem's clock, and all waits, N times faster"},
+    {"--sim-speed", "N",
+     "run the simulated modem's clock, and all waits, N times faster; with --device only the "
+     "waits"},
     {"--device", "PATH", "serial device of the modem's DIAG port"},
     {"--library", "PATH", "module to load"},
     {"--capture", "FILE", "record every frame on the line to a pcapng file; - is standard output"},
@@ -46,7 +48,8 @@ static std::string usage(const Verb& verb) {
 static void man_verb(const Verb& verb) {
   fmt::print(".TP\n.B zopctl {}\n{}.", troff(usage(verb)), troff(verb.help));
   if (verb.danger != nullptr)
-    fmt::print(" Caution: {}. On a terminal it requires \\-\\-yes.", troff(verb.danger));
+    fmt::print(" Caution: {}. It asks on a terminal, and needs \\-\\-yes elsewhere.",
+               troff(verb.danger));
   fmt::print("\n");
   for (const Argument& argument : verb.arguments) {
     std::string choices;
@@ -72,7 +75,8 @@ void print_man_page() {
   for (const Verb& verb : verbs()) man_verb(verb);
   fmt::print(
       ".SH EXIT STATUS\n0 success, 1 the modem or the module failed, 2 bad usage. firmware update "
-      "also has 3 writing failed, update again, and 4 written, but the first start failed.\n");
+      "also has 3 the modem has no usable firmware, update again, 4 written, but the end is not "
+      "done, and 5 the modem runs another version afterwards.\n");
 }
 
 static std::string words_after(const std::string& noun) {

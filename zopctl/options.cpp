@@ -24,6 +24,7 @@ Examples:
   zopctl plmn list operator --json   one list of the SIM
   zopctl firmware info ./images      check an image set
   zopctl firmware update ./images    write it to the modem
+  zopctl firmware finish             do the end of an update that broke off after writing
   zopctl dump -o /tmp                save the memory of a modem that has crashed
   zopctl parse-log *.log             extract the reports from logs of many devices
   zopctl html drive.jsonl -o p.html  make a page of reports and recordings
@@ -32,7 +33,8 @@ Examples:
 
 --sim, --device, --library, --json, --log and --capture may come before or after the verb.
 Exit code: 0 success, 1 the modem or the module failed, 2 bad usage. firmware update also has
-3 writing failed, update again, and 4 written, but the first start failed.)";
+3 the modem has no usable firmware, update again, 4 written, but the end is not done (firmware
+finish), and 5 the modem runs another version afterwards.)";
 
 namespace {
 struct MaskName {
@@ -79,7 +81,8 @@ static void add_options(CLI::App& app, Options& options, std::string& sim, std::
   app.add_flag("--sim{-}", sim, "use a simulated modem; --sim=SCENARIO selects a scenario")
       ->group("Modem");
   app.add_option("--sim-speed", options.sim_speed,
-                 "run the simulated modem's clock, and all waits, this many times faster")
+                 "run the simulated modem's clock, and all waits, this many times faster; with "
+                 "--device only the waits: start zop-modem-sim with the same --speed")
       ->check(CLI::Range(0.01, 1000.0))
       ->group("Modem");
   app.add_option("--device", options.device,
@@ -137,7 +140,8 @@ static void add_verb(CLI::App& parent, const Verb& verb, bool& yes, std::list<Pa
   Parsed& parsed = all.emplace_back(Parsed{&verb, app, {}});
   for (const Argument& argument : verb.arguments) add_argument(*app, argument, parsed);
   if (verb.danger == nullptr) return;
-  app->footer(std::string("Caution: ") + verb.danger + ". On a terminal it requires --yes.");
+  app->footer(std::string("Caution: ") + verb.danger +
+              ". It asks on a terminal, and needs --yes elsewhere.");
   app->add_flag("--yes", yes, "confirm");
 }
 
@@ -209,6 +213,8 @@ std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
   }
   take_verb(parsed, options);
   options.arguments.json = options.json;
+  const Verb& verb = *options.verb;
+  options.doing = verb.noun == nullptr ? verb.name : std::string(verb.noun) + " " + verb.name;
   options.simulate = !sim.empty();
   if (sim != "-") options.scenario = sim;
   return options;

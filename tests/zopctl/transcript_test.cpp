@@ -12,6 +12,8 @@ class Shell : public test::Session {
     setenv("PATH", (PROGRAMS ":" + std::string(getenv("PATH"))).c_str(), 1);
     setenv("LC_ALL", "C.UTF-8", 1);
     setenv("TZ", "UTC", 1);
+    for (const char* name : {"ZOPCTL_LOCK_DIR", "ZOPCTL_STATE_DIR"})
+      setenv(name, folder_.path.c_str(), 1);
     setenv("DISSECTOR", PROGRAMS "/zop_diag.lua", 1);
   }
   std::string answer(const std::string& command) override {

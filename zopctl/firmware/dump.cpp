@@ -1,182 +1,420 @@
 // zopctl dump: saves the memory regions that a crashed modem offers to files. Nothing in the modem
-// changes, so Ctrl-C stops it at any time; files saved so far are kept.
+// changes, so Ctrl-C stops it at any time; what was saved is kept, and --resume goes on from there.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
-#include <filesystem>
+#include <set>
 
+#include "zopctl/firmware/dump_folder.h"
 #include "zopctl/firmware/firmware.h"
 #include "zopctl/firmware/line_follower.h"
 #include "zopctl/firmware/progress.h"
+#include "zopctl/firmware/stall_watch.h"
 #include "zopctl/host/host_calls.h"
-#include "zopctl/host/standard_output.h"
-#include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
+#include "zopctl/host/standard_output.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/text/sha256.h"
 
 namespace zopctl {
 
-namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
-// Undoes the module's \xNN escapes of unprintable characters.
-static std::string unescaped(const std::string& text) {
-  std::string name;
-  for (size_t i = 0; i < text.size(); ++i) {
-    bool escape = text[i] == '\\' && i + 3 < text.size() && text[i + 1] == 'x';
-    unsigned byte = 0;
-    if (escape) std::from_chars(text.data() + i + 2, text.data() + i + 4, byte, 16);
-    name += escape ? static_cast<char>(byte) : text[i];
-    if (escape) i += 3;
-  }
-  return name;
-}
+constexpr size_t AT_ONCE = 20;  // regions that the module saves in one go
 
 namespace {
+struct DumpOptions {
+  std::string dir = ".";
+  std::string resume;            // folder; empty for a new one
+  std::set<std::string> wanted;  // names or numbers of regions; empty for all
+  StallWatch::Seconds timeout{60};
+  mode_t mode = 0600;
+  bool wait = false;
+  bool json = false;
+};
+
 class Dump {
  public:
-  Dump(const ModuleLibrary& module, bool json)
-      : module_(module),
-        json_(json),
-        progress_(output_.user(), Progress::style_for(output_.user(), json)) {
-    watch_line([this](Direction direction, std::span<const uint8_t> piece) {
-      return on_line(direction, piece);
-    });
-  }
-  ~Dump() {
-    watch_line({});
-    module_.zop_close();
-  }
+  Dump(const ModuleLibrary& module, const DumpOptions& options);
+  ~Dump();
   Dump(const Dump&) = delete;
   Dump& operator=(const Dump&) = delete;
 
-  void run() {
-    progress_.stage("regions", "asking the modem for its memory regions");
-    module_.mem_dump_process();
-    take_lines();
-    show_summary();
-    check_signals();
-    if (!complete_) throw Failure(why_incomplete());
-  }
+  // Throws Failure unless every region is saved.
+  void run();
 
  private:
-  struct Saved {
-    std::string shown;
-    fs::path path;
-  };
-
-  bool on_line(Direction direction, std::span<const uint8_t> piece) {
-    if (has_caught_signal()) return false;
-    take_lines();
-    if (direction == Direction::FROM_MODEM) {
-      follower_.from_modem(piece);
-    } else if (auto amount = follower_.to_modem(piece)) {
-      progress_.amount(*amount);
-    }
-    return true;
-  }
-  void take_lines() {
-    for (const std::string& line : output_.new_lines()) take_line(line);
-  }
-  void take_line(const std::string& line);
-  void show_summary();
-  std::string why_incomplete() const;
+  void ask_for_regions();
+  void save();
+  void pass();
+  int open_region(const mem_dump_region& region, uint32_t& done);
+  bool is_wanted(const std::string& name);
+  void begin_reading();
+  bool on_line(Direction direction, std::span<const uint8_t> piece);
+  bool goes_on();
+  void take_module_lines();
+  void check_wanted() const;
+  std::string no_regions() const;
+  Json show_files();
+  [[noreturn]] void fail(const std::string& what, const std::string& advice, Json details);
 
   const ModuleLibrary& module_;
-  bool json_;
+  const DumpOptions& options_;
   ModuleOutput output_;
   Progress progress_;
+  std::optional<DumpFolder> folder_;
+
+  // Of all passes.
+  std::vector<size_t> regions_;             // wanted ones, as numbered in the folder
+  std::map<size_t, std::string> given_up_;  // why
+  std::set<std::string> found_;             // of the wanted names and numbers
+  std::vector<std::string> offered_;
+  uint64_t total_ = 0;  // bytes of the wanted regions
+  std::string error_;   // what ends the dump
+
+  // Of the current pass.
+  struct Open {
+    size_t region;
+    uint32_t done;
+  };
   DumpFollower follower_;
-  std::vector<Saved> files_;
-  std::vector<std::string> left_out_;  // the module's reasons for regions it does not save
-  std::string error_;                  // the module's line, if it ended the dump early
-  bool complete_ = false;
-  bool files_are_whole_ = true;
+  StallWatch stall_;
+  std::vector<Open> open_;
+  std::map<std::string, size_t> seen_;  // equal regions
+  size_t listed_ = 0;
+  bool first_ = true;
+  bool reading_ = false;
+  bool more_ = false;  // another pass is needed
+  uint64_t reached_ = 0;
 };
 }  // namespace
 
-void Dump::take_line(const std::string& line) {
-  constexpr std::string_view START = "DUMP_MODE: ", FILE = "FILE=", PERCENT = "PERCENT=",
-                             LEFT_OUT = "left out, ";
-  if (!line.starts_with(START)) return;
-  std::string text = line.substr(START.size());
-  if (text.starts_with(FILE)) {
-    if (files_.empty()) progress_.stage("save", "saving the modem's memory");
-    std::string name = text.substr(FILE.size());
-    files_.push_back({name, unescaped(name)});
-    follower_.save_next();
-  } else if (text == "PERCENT=100") {
-    complete_ = true;
-  } else if (text.starts_with(LEFT_OUT)) {
-    left_out_.push_back(text.substr(LEFT_OUT.size()));
-    follower_.skip_next();
-    progress_.note(text);
-  } else if (!text.starts_with(PERCENT)) {
-    error_ = text;
-    progress_.note(text);
+Dump::Dump(const ModuleLibrary& module, const DumpOptions& options)
+    : module_(module),
+      options_(options),
+      progress_(output_.user(), Progress::style_for(output_.user(), options.json)) {
+  watch_line([this](Direction direction, std::span<const uint8_t> piece) {
+    return on_line(direction, piece);
+  });
+  auto open = [](const mem_dump_region* region, uint32_t* done, void* dump) {
+    return static_cast<Dump*>(dump)->open_region(*region, *done);
+  };
+  module_.mem_dump_set_files(open, this);
+}
+
+Dump::~Dump() {
+  watch_line({});
+  module_.mem_dump_set_files(nullptr, nullptr);
+  module_.zop_close();
+}
+
+// ---- the list of regions ----
+
+bool Dump::is_wanted(const std::string& name) {
+  if (options_.wanted.empty()) return true;
+  bool wanted = false;
+  for (const std::string& word : {name, std::to_string(listed_)}) {
+    if (!options_.wanted.contains(word)) continue;
+    found_.insert(word);
+    wanted = true;
+  }
+  return wanted;
+}
+
+// Called by the module for each region of the modem's list, which is the same in each pass.
+int Dump::open_region(const mem_dump_region& region, uint32_t& done) try {
+  std::string name = printable(std::string(region.name));
+  ++listed_;
+  if (first_) offered_.push_back(name);
+  size_t number = seen_[fmt::format("{} {} {}", name, region.base, region.length)]++;
+  if (!is_wanted(name) || !error_.empty()) return -1;
+  if (!folder_) folder_.emplace(DumpFolder::make(options_.dir, options_.mode));
+  size_t index = folder_->region(name, region.base, region.length, number);
+  if (first_) regions_.push_back(index), total_ += region.length;
+  if (folder_->regions()[index].whole || given_up_.contains(index)) return -1;
+  more_ = more_ || open_.size() == AT_ONCE;
+  if (open_.size() == AT_ONCE) return -1;
+  int fd = folder_->open_part(index, done);
+  if (fd < 0) given_up_[index] = strerror(errno);
+  if (fd >= 0) open_.push_back({index, done});
+  return fd;
+} catch (const Failure& failure) {  // it can't pass through the module
+  error_ = failure.what();
+  return -1;
+}
+
+// ---- reading them ----
+
+void Dump::begin_reading() {
+  reading_ = true;
+  stall_.progress(modem_now());
+  if (first_) {
+    progress_.note(fmt::format("the modem offers {} regions, saving {}: {}, to {}", offered_.size(),
+                               regions_.size(), size_text(total_), folder_->path()));
+    progress_.stage("save", "saving the modem's memory");
+  }
+  folder_->write_regions();
+  uint64_t before = 0;
+  for (size_t index : regions_) {
+    bool is_open = std::ranges::find(open_, index, &Open::region) != open_.end();
+    if (!is_open) before += folder_->size(index);
+  }
+  follower_.set_amounts(before, total_);
+  for (const Open& open : open_) {
+    const SavedRegion& region = folder_->regions()[open.region];
+    auto place = std::ranges::find(regions_, open.region) - regions_.begin() + 1;
+    follower_.add({fmt::format("{} ({} of {})", region.file, place, regions_.size()), region.base,
+                   region.length, open.done});
   }
 }
 
-std::string Dump::why_incomplete() const {
-  if (!error_.empty()) return error_;
-  if (!files_are_whole_) return "the dump failed: the modem no longer answers";
-  if (!left_out_.empty())
-    return fmt::format("the dump is incomplete, left out: {}", fmt::join(left_out_, "; "));
-  return "the modem offers no memory; only one that has crashed into its boot ROM does. "
-         "zopctl config error-fatal crashes a modem that is set up for dumps";
+bool Dump::on_line(Direction direction, std::span<const uint8_t> piece) try {
+  if (has_caught_signal()) return false;
+  if (direction == Direction::FROM_MODEM) {
+    follower_.from_modem(piece);
+    return true;
+  }
+  if (!open_.empty() && !reading_) begin_reading();
+  if (auto amount = follower_.to_modem(piece)) {
+    if (amount->done != reached_) stall_.progress(modem_now());
+    reached_ = amount->done;
+    progress_.amount(*amount);
+    for (size_t i = 0; i < follower_.current(); ++i) folder_->close_part(open_[i].region);
+  }
+  return !reading_ || goes_on();
+} catch (const Failure& failure) {  // it can't pass through the module
+  error_ = failure.what();
+  return false;
 }
 
-void Dump::show_summary() {
-  if (complete_ && !files_.empty()) progress_.amount(follower_.all_saved());
-  if (!files_.empty()) progress_.stage("summary", "SHA-256 of the saved files:");
+// False when a region must be given up.
+bool Dump::goes_on() {
+  if (!follower_.refusal().empty()) stall_.refused(follower_.refusal());
+  if (follower_.current() >= open_.size()) return true;
+  size_t index = open_[follower_.current()].region;
+  const SavedRegion& region = folder_->regions()[index];
+  auto address = static_cast<uint32_t>(region.base + follower_.offset());
+  std::string what =
+      stall_.refusal().empty()
+          ? fmt::format("no answer to the read of {:#010x}", address)
+          : fmt::format("the modem refuses to read {:#010x}: {}", address, stall_.refusal());
+  bool ends = options_.timeout.count() > 0;
+  if (stall_.is_to_be_reported(modem_now())) {
+    std::string next =
+        ends ? fmt::format("; after {} s without an answer the dump goes on with the next region",
+                           options_.timeout.count())
+             : "";
+    progress_.note(fmt::format("{}, {}; Ctrl-C ends the dump and keeps what is saved{}",
+                               region.file, what, next));
+  }
+  if (!ends || stall_.lasts(modem_now()) < options_.timeout) return true;
+  given_up_[index] = what;
+  progress_.note(region.file + ": given up");
+  more_ = true;
+  return false;
+}
+
+void Dump::take_module_lines() {
+  constexpr std::string_view START = "DUMP_MODE: ", PERCENT = "PERCENT=";
+  for (const std::string& line : output_.new_lines()) {
+    if (!line.starts_with(START) || line.substr(START.size()).starts_with(PERCENT)) continue;
+    if (error_.empty()) error_ = line.substr(START.size());
+  }
+}
+
+// ---- the dump ----
+
+void Dump::pass() {
+  follower_ = DumpFollower();
+  open_.clear();
+  seen_.clear();
+  listed_ = 0;
+  reading_ = more_ = false;
+  module_.mem_dump_process();
+  take_module_lines();
+  for (const Open& open : open_) folder_->close_part(open.region);
+  if (listed_ > 0) first_ = false;
+}
+
+void Dump::ask_for_regions() {
+  progress_.stage("regions", "asking the modem for its memory regions");
+  bool said = false;
+  for (;;) {
+    auto problem = device_problem(mapped_device());
+    if (problem && !options_.wait) throw Failure(*problem);
+    if (!problem) pass();
+    if (!options_.wait || listed_ > 0 || has_caught_signal()) return;
+    if (!said) progress_.note("waiting for a modem that has crashed; Ctrl-C ends it");
+    said = true;
+    error_.clear();
+    wait_seconds(1);
+  }
+}
+
+// The module saves some regions at once, and stops at one that is given up.
+void Dump::save() {
+  ask_for_regions();
+  while (more_ && error_.empty() && !has_caught_signal()) pass();
+}
+
+std::string Dump::no_regions() const {
+  switch (follower_.answer()) {
+    case DumpFollower::NOTHING:
+      return "the modem does not answer at " + mapped_device();
+    case DumpFollower::RUNS:
+      return "the modem runs; only one that has crashed into its boot ROM offers its memory";
+    case DumpFollower::REFUSED:
+      return "the modem refuses the request for its memory regions";
+    case DumpFollower::REGIONS:
+      break;
+  }
+  return "the modem's boot ROM offers no memory regions";
+}
+
+void Dump::check_wanted() const {
+  for (const std::string& word : options_.wanted) {
+    if (found_.contains(word)) continue;
+    throw Failure(fmt::format("--region: the modem has no region \"{}\"; it offers {}", word,
+                              fmt::join(offered_, ", ")),
+                  2);
+  }
+}
+
+void Dump::fail(const std::string& what, const std::string& advice, Json details) {
+  Failure failure(what, 1, advice);
+  if (int signal = caught_signal()) {
+    failure = Failure("stopped", 128 + signal, advice);
+    failure.result = "interrupted";
+  }
+  failure.details = std::move(details);
+  throw failure;
+}
+
+Json Dump::show_files() {
+  bool all = std::ranges::all_of(regions_, [&](size_t i) { return folder_->regions()[i].whole; });
+  if (all) progress_.amount(follower_.all_saved());
+  progress_.stage("summary", "SHA-256 of the saved files:");
   Json files = Json::array();
-  uint64_t bytes = 0;
-  for (size_t i = 0; i < files_.size(); ++i) {
-    std::error_code missing;
-    uint64_t size = fs::file_size(files_[i].path, missing);
-    bool whole =
-        !missing && i < follower_.regions().size() && size == follower_.regions()[i].length;
-    files_are_whole_ = files_are_whole_ && whole;
-    if (missing) continue;
-    bytes += size;
-    std::string sum = sha256_of(files_[i].path);
-    files.push_back({{"file", files_[i].shown}, {"size", size}, {"whole", whole}, {"sha256", sum}});
-    if (!json_)
-      progress_.note(fmt::format("{}  {}  {}{}", sum, files_[i].shown, size_text(size),
-                                 whole ? "" : ", incomplete"));
+  std::vector<std::string> sums;
+  for (size_t index : regions_) {
+    const SavedRegion& region = folder_->regions()[index];
+    std::string file = region.file + (region.whole ? "" : ".part");
+    uint64_t size = folder_->size(index);
+    std::string sum = size == 0 && !region.whole ? "" : sha256_of(folder_->path() + "/" + file);
+    files.push_back({{"file", file},
+                     {"size", size},
+                     {"length", region.length},
+                     {"whole", region.whole},
+                     {"sha256", sum}});
+    if (region.whole) sums.push_back(sum + "  " + file);
+    if (options_.json) continue;
+    std::string text = region.whole
+                           ? size_text(size)
+                           : fmt::format("{} of {}", size_text(size), size_text(region.length));
+    progress_.note(fmt::format("{:64}  {}  {}", sum, file, text));
   }
-  progress_.event(
-      "summary",
-      {{"complete", complete_}, {"bytes", bytes}, {"files", files}, {"left_out", left_out_}});
-  if (complete_ && !json_)
-    progress_.stage("done", fmt::format("done: {} regions, {}", files.size(), size_text(bytes)));
+  folder_->write_regions();
+  folder_->write_sums(sums);
+  return files;
 }
 
-static void enter_folder(const Arguments& arguments) {
-  if (!arguments.has("--output")) return;
-  const std::string& folder = arguments.text("--output");
-  std::error_code error;
-  fs::create_directories(folder, error);
-  if (!error) fs::current_path(folder, error);
-  if (error) throw Failure(folder + ": " + error.message());
+void Dump::run() {
+  if (options_.resume.empty()) {
+    DumpFolder::prepare(options_.dir);
+  } else {
+    folder_.emplace(DumpFolder::reopen(options_.resume, options_.mode));
+  }
+  size_t known = folder_ ? folder_->regions().size() : 0;
+  save();
+  constexpr char WAIT[] =
+      "zopctl dump --wait waits for one that crashes, zopctl config error-fatal "
+      "crashes one that is set up for dumps";
+  if (!error_.empty() && regions_.empty())
+    fail("the dump failed: " + error_, "", {{"complete", false}});
+  if (listed_ == 0) fail(no_regions(), WAIT, {{"complete", false}});
+  check_wanted();
+  if (known > 0 && folder_->regions().size() != known)
+    progress_.note("some regions are not those of " + folder_->path() + ": they are saved anew");
+  Json files = show_files();
+  Json details = {{"complete", false}, {"folder", folder_->path()}, {"files", files}};
+  std::vector<std::string> missing;
+  for (size_t index : regions_) {
+    const SavedRegion& region = folder_->regions()[index];
+    if (region.whole) continue;
+    std::string why = given_up_.contains(index) ? " (" + given_up_[index] + ")" : "";
+    missing.push_back(region.file + why);
+  }
+  if (missing.empty() && error_.empty()) {
+    details["complete"] = true;
+    progress_.stage("done", fmt::format("done: {} regions, {}, in {}", regions_.size(),
+                                        size_text(total_), folder_->path()));
+    details.update({{"result", "done"}, {"exit_code", 0}});
+    return progress_.event("end", details);
+  }
+  details["missing"] = missing;
+  std::string why = !error_.empty() ? error_ : "the modem no longer answers";
+  if (!given_up_.empty() && error_.empty()) why = "it was read as far as the modem allows";
+  fail(fmt::format("the dump is not complete: {}; missing: {}", why, fmt::join(missing, ", ")),
+       "zopctl dump --resume " + folder_->path() + " goes on where it ended", details);
+}
+
+// ---- the verb ----
+
+static mode_t mode_of(const std::string& text) {
+  unsigned mode = 0;
+  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), mode, 8);
+  bool good = error == std::errc{} && end == text.data() + text.size() && (mode & ~0666u) == 0 &&
+              (mode & 0600) == 0600;
+  if (!good) throw UsageError("--mode takes the files' mode in octal, like 0600 or 0644");
+  return mode;
+}
+
+static DumpOptions options_of(const Arguments& arguments) {
+  DumpOptions options;
+  options.json = arguments.json;
+  options.wait = arguments.has("--wait");
+  if (arguments.has("--output")) options.dir = arguments.text("--output");
+  if (arguments.has("--resume")) options.resume = arguments.text("--resume");
+  if (arguments.has("--output") && arguments.has("--resume"))
+    throw UsageError("--resume goes on in its own folder; leave out --output");
+  if (arguments.has("--mode")) options.mode = mode_of(arguments.text("--mode"));
+  if (arguments.has("--timeout"))
+    options.timeout = StallWatch::Seconds(arguments.number("--timeout", 0, 86'400));
+  std::string regions = arguments.has("--region") ? arguments.text("--region") : "";
+  for (size_t start = 0; start < regions.size();) {
+    size_t end = std::min(regions.find(',', start), regions.size());
+    options.wanted.insert(regions.substr(start, end - start));
+    start = end + 1;
+  }
+  return options;
 }
 
 static Findings dump(const ModuleLibrary& module, const Arguments& arguments) {
-  if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
-  enter_folder(arguments);
-  Dump(module, arguments.json).run();
+  DumpOptions options = options_of(arguments);
+  Dump(module, options).run();
   return {};
 }
 
 const Verb DUMP = {
     .name = "dump",
     .help = "save the memory of a modem that has crashed",
-    .need = Session::LIBRARY,
+    .need = Session::PORT,
+    .events = true,
     .arguments = {{.name = "--output",
                    .help = "where to make the dump's folder; default the current folder",
-                   .short_name = "-o"}},
+                   .short_name = "-o"},
+                  {.name = "--region", .help = "only these regions: names or numbers, with commas"},
+                  {.name = "--resume", .help = "go on with the dump that broke off in this folder"},
+                  {.name = "--timeout",
+                   .help =
+                       "seconds without an answer until a region is given up, default 60, 0 never"},
+                  {.name = "--mode", .help = "of the files, in octal; default 0600"},
+                  {.name = "--wait",
+                   .help = "wait for the device, and for the modem to crash",
+                   .flag = true}},
     .run = dump};
 
 }  // namespace zopctl

@@ -27,7 +27,6 @@ constexpr size_t MAX_FOLDER_LENGTH = 127;  // with its trailing slash
 constexpr uint64_t MAX_IMAGE_SIZE = INT32_MAX;
 constexpr uint64_t MAX_PARTITION_TABLE_SIZE = 2048;
 constexpr char MISSING[] = "missing";
-constexpr std::string_view FAMILY_PREFIX = "Q71XEB";
 // A 0 stands for any digit.
 constexpr std::string_view FAMILY_SHAPE = "Q71XEB00", VERSION_SHAPE = "Q71XEB00.000";
 
@@ -61,7 +60,7 @@ static std::string size_problem(const ImageRow& row, uint64_t size) {
 }
 
 static ImageFile check_file(const fs::path& folder, const ImageRow& row) {
-  ImageFile file{row.name, row.role, 0, "", ""};
+  ImageFile file{row.name, row.role, 0, "", "", row.boot_loader};
   fs::path path = folder / row.name;
   std::error_code error;
   fs::file_status status = fs::status(path, error);
@@ -143,21 +142,13 @@ static bool has_shape(std::string_view text, std::string_view shape) {
   });
 }
 
-// The module rebuilds the NV items when the numbers after the prefix differ. It compares no texts
-// without the prefix, and takes whatever follows it for digits.
-static std::string family_note(const std::string& version) {
-  if (has_shape(version.substr(0, FAMILY_SHAPE.size()), FAMILY_SHAPE)) return "";
-  if (version.starts_with(FAMILY_PREFIX))
-    return "version_info has no two digits after Q71XEB: the modem's NV items are rebuilt as for "
-           "another version family";
-  return "version_info does not begin with Q71XEB: the modem's NV items are kept as within one "
-         "version family";
-}
-
+// The module rebuilds the NV items only when the family of the old and of the new firmware differ.
 static void take_version(ImageSet& set) {
   set.version = first_line(fs::path(set.folder) / VERSION_INFO.name);
-  std::string note = family_note(set.version);
-  if (!note.empty()) set.notes.push_back(note);
+  if (has_shape(set.version.substr(0, FAMILY_SHAPE.size()), FAMILY_SHAPE)) return;
+  set.notes.push_back(
+      "version_info does not begin with Q71XEB and two digits: the modem's NV items are kept as "
+      "within one version family");
 }
 
 static void check_version_info(ImageSet& set, const std::optional<Sums>& sums) {

@@ -13,6 +13,7 @@ struct ImageFile {
   uint64_t size = 0;
   std::string problem;  // empty if it can be written
   std::string header;   // its kind; empty if the file can have none or was not looked at
+  bool is_boot_loader = false;
 };
 
 struct ImageSet {

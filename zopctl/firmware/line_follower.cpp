@@ -1,5 +1,5 @@
-// The packets that show progress. The boot ROM's are big-endian, the programmer's little-endian. A
-// damaged region list is not reported here: the module refuses it.
+// The packets that show progress, and the answers that say what the modem has taken. The boot ROM's
+// are big-endian, the programmer's little-endian.
 #include "zopctl/firmware/line_follower.h"
 
 #include <fmt/format.h>
@@ -13,11 +13,21 @@ namespace zopctl {
 
 enum : uint8_t {
   STREAM_WRITE = 0x07,  // a single byte is a boot ROM request instead
+  RESET = 0x0B,
   DMSS_WRITE = 0x0F,
-  REGION_LIST = 0x11,
+  REGION_REQUEST = 0x10,
   MEMORY_READ = 0x12,
   PARTITION_TABLE = 0x19,
   OPEN_IMAGE = 0x1B,
+};
+enum : uint8_t {  // answers
+  DMSS_NAK = 0x03,
+  STREAM_WRITTEN = 0x08,
+  STREAM_ERROR = 0x0D,
+  REGION_LIST = 0x11,
+  MEMORY = 0x13,  // in diagnostic mode: a bad command
+  PARTITION_ANSWER = 0x1A,
+  OPENED = 0x1C,
 };
 constexpr uint32_t RAM_ADDRESS = 0x00800028;
 
@@ -36,6 +46,24 @@ static void for_each_packet(sim::Deframer& deframer, sim::View piece, Take take)
     bool whole = deframer.take(byte) == sim::Deframer::GOOD;
     if (whole && !deframer.payload().empty()) take(sim::View(deframer.payload()));
   }
+}
+
+static sim::Bytes packet_in(sim::View piece) {
+  sim::Deframer deframer;
+  sim::Bytes found;
+  for_each_packet(deframer, piece,
+                  [&](sim::View packet) { found.assign(packet.begin(), packet.end()); });
+  return found;
+}
+
+// A refusal of the boot ROM: the reasons of the DMSS download protocol.
+static std::string nak_text(sim::View answer) {
+  static const char* const REASONS[] = {"",           "bad check sequence", "bad address",
+                                        "bad length", "unexpected end",     "too large",
+                                        "bad command"};
+  uint32_t reason = answer.size() >= 3 ? be16(answer, 1) : 0;
+  bool known = reason > 0 && reason < std::size(REASONS);
+  return known ? REASONS[reason] : fmt::format("reason {}", reason);
 }
 
 // ---- download ----
@@ -58,12 +86,55 @@ static const char* image_of_type(uint8_t type) {
 DownloadFollower::DownloadFollower(const ImageSet& set, bool modem_only)
     : set_(set), part_("QSC6270.ram"), total_(set.bytes_to_send(modem_only)) {}
 
+static bool is_override(sim::View packet) {
+  return packet.size() > 1 && packet[0] == PARTITION_TABLE && packet[1] != 0;
+}
+static bool changes(sim::View packet) {
+  return is_override(packet) || (!packet.empty() && packet[0] == OPEN_IMAGE);
+}
+bool DownloadFollower::changes_flash(sim::View piece) { return changes(packet_in(piece)); }
+bool DownloadFollower::overrides_partition(sim::View piece) {
+  return is_override(packet_in(piece));
+}
+
+bool DownloadFollower::ends_writing(sim::View piece) {
+  return packet_in(piece) == sim::Bytes{RESET};
+}
+
 std::optional<Amount> DownloadFollower::to_modem(sim::View piece) {
   std::optional<Amount> amount;
   for_each_packet(deframer_, piece, [&](sim::View packet) {
+    request_.assign(packet.begin(), packet.end());
+    if (changes(packet)) ++unanswered_;
+    if (changes(packet) && flash_ == UNCHANGED) flash_ = DOUBTFUL;
     if (auto changed = follow(packet)) amount = changed;
   });
   return amount;
+}
+
+void DownloadFollower::from_modem(sim::View piece) {
+  for_each_packet(answers_, piece, [&](sim::View answer) { take_answer(answer); });
+}
+
+static std::string request_text(sim::View request) {
+  if (request.size() >= 7 && request[0] == DMSS_WRITE)
+    return fmt::format("the write to {:#010x}", be32(request, 1));
+  return fmt::format("the request {:#04x}", request.empty() ? 0 : request[0]);
+}
+
+// A refused first packet has changed nothing, if no answer is missing.
+void DownloadFollower::take_answer(sim::View answer) {
+  bool status = answer[0] == OPENED || answer[0] == PARTITION_ANSWER;
+  bool refused = answer[0] == DMSS_NAK || answer[0] == STREAM_ERROR ||
+                 (status && answer.size() > 1 && answer[1] != 0);
+  if (refused) {
+    refusal_ = request_text(request_);
+    if (answer[0] == DMSS_NAK) refusal_ += ", " + nak_text(answer);
+    if (flash_ == DOUBTFUL && changes(request_) && --unanswered_ == 0) flash_ = UNCHANGED;
+    return;
+  }
+  refusal_.clear();
+  if (status && flash_ == DOUBTFUL && changes(request_)) flash_ = CHANGED;
 }
 
 std::optional<Amount> DownloadFollower::reached(uint64_t part_done) {
@@ -77,12 +148,10 @@ std::optional<Amount> DownloadFollower::follow(sim::View packet) {
       if (packet.size() < 7) return std::nullopt;
       return reached(be32(packet, 1) - RAM_ADDRESS + packet.size() - 7);
     case PARTITION_TABLE:
-      if (packet.size() > 1 && packet[1] != 0) writing_ = true;  // erases the file system
       if (part_ != "partition.mbn") before_part_ += part_done_;
       part_ = "partition.mbn";
       return reached(packet.size() - 2);
     case OPEN_IMAGE: {
-      writing_ = true;
       if (packet.size() < 2) return std::nullopt;
       const char* name = image_of_type(packet[1]);
       if (part_ == name) return reached(0);  // a retry
@@ -101,46 +170,15 @@ std::optional<Amount> DownloadFollower::follow(sim::View packet) {
 
 // ---- dump ----
 
-// Reads the terminated text at offset at, and moves at past it. Nothing if it has no terminator.
-static std::optional<std::string> take_text(sim::View list, size_t& at) {
-  auto start = list.begin() + static_cast<ptrdiff_t>(at);
-  auto end = std::find(start, list.end(), 0);
-  if (end == list.end()) return std::nullopt;
-  at += static_cast<size_t>(end - start) + 1;
-  return printable(std::vector<uint8_t>(start, end));
-}
-
-static std::vector<DumpRegion> regions_in(sim::View packet) {
-  std::vector<DumpRegion> regions;
-  constexpr size_t LIST = 3, TEXTS = 9;
-  size_t size = packet.size() < LIST ? 0 : std::min<size_t>(packet.size(), LIST + be16(packet, 1));
-  sim::View list = packet.first(size);
-  for (size_t at = LIST; at + TEXTS < list.size();) {
-    uint32_t base = be32(list, at + 1), length = be32(list, at + 5);
-    at += TEXTS;
-    auto description = take_text(list, at);
-    auto name = take_text(list, at);
-    if (!description || !name) break;
-    regions.push_back({*name, base, length});
-  }
-  return regions;
-}
+Amount DumpFollower::all_saved() const { return {label_, 1, 1, total_, total_}; }
 
 void DumpFollower::from_modem(sim::View piece) {
-  for_each_packet(answers_, piece, [&](sim::View packet) {
-    if (packet[0] == REGION_LIST && announced_ == 0) listed_ = regions_in(packet);
+  for_each_packet(answers_, piece, [&](sim::View answer) {
+    bool diagnostic = answer[0] == MEMORY && answer.size() == 2 && answer[1] == REGION_REQUEST;
+    if (answer[0] == REGION_LIST) answer_ = REGIONS;
+    if (answer_ == NOTHING) answer_ = diagnostic ? RUNS : REFUSED;
+    refusal_ = answer[0] == DMSS_NAK ? nak_text(answer) : "";
   });
-}
-
-void DumpFollower::save_next() {
-  if (announced_ >= listed_.size()) return;
-  total_ += listed_[announced_].length;
-  regions_.push_back(listed_[announced_++]);
-}
-
-Amount DumpFollower::all_saved() const {
-  uint64_t last = regions_.empty() ? 0 : regions_.back().length;
-  return {regions_.empty() ? "" : regions_.back().name, last, last, total_, total_};
 }
 
 std::optional<Amount> DumpFollower::to_modem(sim::View piece) {
@@ -157,11 +195,12 @@ std::optional<Amount> DumpFollower::asked_for(uint32_t address) {
   for (; current_ < regions_.size(); ++current_, offset_ = 0) {
     const DumpRegion& region = regions_[current_];
     uint64_t offset = uint32_t{address - region.base};
-    bool follows = offset >= offset_ && offset <= offset_ + MAX_READ_SIZE && offset < region.length;
+    uint64_t reached = std::max<uint64_t>(offset_, region.done);
+    bool follows = offset >= reached && offset <= reached + MAX_READ_SIZE && offset < region.length;
     if (follows) {
       offset_ = offset;
-      std::string part = fmt::format("{} ({} of {})", region.name, current_ + 1, regions_.size());
-      return Amount{part, offset, region.length, before_ + offset, total_};
+      label_ = region.label;
+      return Amount{label_, offset, region.length, before_ + offset, total_};
     }
     before_ += region.length;
   }

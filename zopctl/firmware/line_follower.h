@@ -19,17 +19,31 @@ class DownloadFollower {
 
   // Takes bytes about to be sent. Returns the new progress if they change it.
   std::optional<Amount> to_modem(sim::View piece);
+  void from_modem(sim::View piece);
 
-  // True from the first packet that changes the modem's flash.
-  bool is_writing() const { return writing_; }
+  // Whether these bytes would change the modem's flash.
+  static bool changes_flash(sim::View piece);
+  static bool overrides_partition(sim::View piece);
+  static bool ends_writing(sim::View piece);
+
+  // What the answers say of the modem's flash. DOUBTFUL: the first packet that changes it was sent.
+  enum Flash { UNCHANGED, DOUBTFUL, CHANGED };
+  Flash flash() const { return flash_; }
+
+  // In words, what the modem has refused last; empty after it has accepted something.
+  const std::string& refusal() const { return refusal_; }
 
  private:
   std::optional<Amount> follow(sim::View packet);
   std::optional<Amount> reached(uint64_t part_done);
+  void take_answer(sim::View answer);
 
   const ImageSet& set_;
-  sim::Deframer deframer_;
-  bool writing_ = false;
+  sim::Deframer deframer_, answers_;
+  Flash flash_ = UNCHANGED;
+  sim::Bytes request_;       // the last one
+  unsigned unanswered_ = 0;  // of the requests that change the flash
+  std::string refusal_;
   std::string part_;
   uint64_t before_part_ = 0;  // bytes of the finished parts
   uint64_t part_done_ = 0;
@@ -37,35 +51,46 @@ class DownloadFollower {
 };
 
 struct DumpRegion {
-  std::string name;  // printable
+  std::string label;  // printable
   uint32_t base;
   uint32_t length;
+  uint32_t done;  // bytes saved before
 };
 
 class DumpFollower {
  public:
+  // Bytes of all regions, and those before the first one that is added.
+  void set_amounts(uint64_t before, uint64_t total) { before_ = before, total_ = total; }
+
+  // A region that will be read, after those added before.
+  void add(const DumpRegion& region) { regions_.push_back(region); }
+
   std::optional<Amount> to_modem(sim::View piece);
   void from_modem(sim::View piece);
 
-  // The module's decision on the next region of the list, before it reads any.
-  void save_next();
-  void skip_next() { ++announced_; }
+  // The region being read, by order of adding, and how far.
+  size_t current() const { return current_; }
+  uint64_t offset() const { return offset_; }
 
-  // The final progress.
   Amount all_saved() const;
 
-  // The regions to save.
-  const std::vector<DumpRegion>& regions() const { return regions_; }
+  // How the modem has answered the request for its regions.
+  enum Answer { NOTHING, REGIONS, RUNS, REFUSED };
+  Answer answer() const { return answer_; }
+
+  // Why the last read was refused; empty if it was not.
+  const std::string& refusal() const { return refusal_; }
 
  private:
   std::optional<Amount> asked_for(uint32_t address);
   sim::Deframer requests_, answers_;
-  std::vector<DumpRegion> listed_;  // all that the modem offers
-  size_t announced_ = 0;            // how many of them the module has decided on
+  Answer answer_ = NOTHING;
+  std::string refusal_;
+  std::string label_;  // of the region last read
   std::vector<DumpRegion> regions_;
   uint64_t total_ = 0;
-  size_t current_ = 0;   // index of the region being read
-  uint64_t offset_ = 0;  // in that region
+  size_t current_ = 0;
+  uint64_t offset_ = 0;  // in the current region
   uint64_t before_ = 0;  // bytes of the earlier regions
 };
 

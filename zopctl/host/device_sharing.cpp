@@ -59,10 +59,14 @@ static bool holds(const fs::path& process, dev_t device) {
   return found;
 }
 
-static std::string name_of(const fs::path& process) {
-  std::string name = content_of(process / "comm");
+std::string process_name(int process) {
+  std::string name = content_of("/proc/" + std::to_string(process) + "/comm");
   name.resize(name.find_last_not_of('\n') + 1);
   return printable(name);
+}
+
+std::string process_text(int process) {
+  return process_name(process) + " (process " + std::to_string(process) + ")";
 }
 
 std::optional<std::string> holder_of(const std::string& device) {
@@ -74,7 +78,7 @@ std::optional<std::string> holder_of(const std::string& device) {
     std::string pid = processes->path().filename();
     bool other = is_number(pid) && pid != std::to_string(getpid());
     if (other && holds(processes->path(), wanted)) {
-      return name_of(processes->path()) + " (process " + pid + ")";
+      return process_text(std::stoi(pid));
     }
   }
   return std::nullopt;

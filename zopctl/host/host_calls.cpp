@@ -77,6 +77,7 @@ void map_root(const std::string& root, const std::string& local, const std::stri
 }
 
 bool is_simulated() { return !settings().simulated_root.empty(); }
+const std::string& simulated_root() { return settings().simulated_root; }
 
 void refresh_root(std::function<void()> refresh) { settings().root_refresh = std::move(refresh); }
 

@@ -44,6 +44,7 @@ void capture_line(LineSink sink);
 void map_root(const std::string& root, const std::string& local, const std::string& peer);
 
 bool is_simulated();  // map_root is in force
+const std::string& simulated_root();
 
 // Called before a file of that folder is opened, to bring it up to date.
 void refresh_root(std::function<void()> refresh);

@@ -55,7 +55,9 @@ class ModuleLibrary {
   BIND(modem_diag_process);
   BIND(modem_dload_process);
   BIND(modem_dload_end_process);
+  BIND(modem_resume_update);
   BIND(mem_dump_process);
+  BIND(mem_dump_set_files);
   BIND(zop_get_gmm_attach_state);
   BIND(zop_get_gmm_rau_state);
   BIND(zop_get_call_status);

@@ -25,6 +25,7 @@ std::optional<std::string> device_problem(const std::string& path) {
   int error = errno;
   bool terminal = fd >= 0 && isatty(fd) != 0;
   if (fd >= 0) close(fd);
+  if (auto holder = reservation_of(path)) return *holder;
   if (terminal) {
     auto holder = holder_of(path);
     if (!holder) return std::nullopt;
@@ -80,19 +81,20 @@ Session::Session(const Setting& setting, Need need) : need_(need) {
     simulator_ = std::make_unique<SimulatorProcess>(
         SimulatorProcess::Setting{setting.scenario, root_->device(), setting.sim_speed});
     map_device(root_->device());
-    set_speed(setting.sim_speed);
   } else {
     std::string device = setting.device.empty() ? MODULE_DEVICE : setting.device;
-    map_device(std::filesystem::absolute(device));  // a verb may change the current folder
+    map_device(std::filesystem::absolute(device));
+    if (need != LIBRARY) lock_ = std::make_unique<PortLock>(mapped_device(), setting.doing);
   }
-  if (need != LIBRARY) {
+  set_speed(setting.sim_speed);
+  if (need == MODULE || need == LINK) {
     if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
   }
   module_ = std::make_unique<ModuleLibrary>(setting.library);
   if (setting.log_mask) show_log(*module_, *setting.log_mask);
   check_signals();
   QuietOutput quiet;
-  if (need_ != LIBRARY) open_modem(*module_, need_);
+  if (need == MODULE || need == LINK) open_modem(*module_, need_);
 }
 
 Session::~Session() {

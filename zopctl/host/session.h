@@ -9,6 +9,7 @@
 #include "zopctl/host/capture.h"
 #include "zopctl/host/fake_root.h"
 #include "zopctl/host/module_library.h"
+#include "zopctl/host/port_lock.h"
 #include "zopctl/host/simulator_process.h"
 
 namespace zopctl {
@@ -23,11 +24,13 @@ class Session {
     std::string device;    // empty: the module's own
     std::string capture;   // file for all that goes over the line; "-" is standard output
     bool redact = false;   // blank secrets in it
+    std::string doing;     // what other programs are told that want the port
     std::string library;   // empty: found beside the program or by the loader
     std::optional<unsigned> log_mask;
   };
-  // What is opened: all by vurn_open, which needs a ready SIM; only the serial link; or nothing.
-  enum Need { MODULE, LINK, LIBRARY };
+  // What is opened: all by vurn_open, which needs a ready SIM; only the serial link; nothing, but
+  // the port is reserved; or nothing.
+  enum Need { MODULE, LINK, PORT, LIBRARY };
 
   // Throws Failure when there is no device, no library, or no modem.
   Session(const Setting& setting, Need need);
@@ -38,6 +41,7 @@ class Session {
   const ModuleLibrary& module() const { return *module_; }
 
  private:
+  std::unique_ptr<PortLock> lock_;
   std::unique_ptr<Capture> capture_;
   std::unique_ptr<FakeRoot> root_;
   std::unique_ptr<SimulatorProcess> simulator_;

@@ -15,16 +15,21 @@
 namespace zopctl {
 
 // Written by the signal handler and by keys, read by any thread. Lock-free.
-static std::atomic<int> caught_signal = 0;
+static std::atomic<int> first_signal = 0;
 static std::atomic<int> held_on = 0;  // what is under way must not break off
 static std::atomic<int> end_is_asked = 0;
 static int wake_up = -1;  // an eventfd: a signal just before a wait must end it too
 static std::atomic<const char*> scratch_folder = nullptr;
 static void (*hard_exit_call)() = nullptr;
+static std::atomic<const LastWords*> last_words = nullptr;
 
 static void wake() {
   uint64_t one = 1;
   if (write(wake_up, &one, sizeof one) < 0) return;  // full: it is awake already
+}
+
+static void say(int fd, const std::string& text) {
+  if (write(fd, text.data(), text.size()) < 0) return;  // nobody reads it
 }
 
 // Calls nothing that a signal handler may not; so the folder is another program's work.
@@ -35,14 +40,21 @@ static void wake() {
   pid_t pid = folder != nullptr ? _Fork() : -1;
   if (pid == 0) execl("/bin/rm", "rm", "-rf", "--", folder, nullptr);
   if (pid > 0) waitpid(pid, nullptr, 0);
-  _exit(128 + signal);
+  const LastWords* words = last_words;
+  if (words == nullptr) _exit(128 + signal);
+  say(STDERR_FILENO, words->text);
+  say(words->event_fd, words->event);
+  _exit(words->exit_code != 0 ? words->exit_code : 128 + signal);
 }
+
+// Earlier ones are kept: a signal handler may be reading them.
+void set_last_words(std::unique_ptr<const LastWords> words) { last_words = words.release(); }
 
 static void on_signal(int signal) {
   if (signal == SIGHUP && held_on != 0) return;  // the terminal is gone, the work goes on
-  if (caught_signal != 0) end_at_once(signal);
+  if (first_signal != 0) end_at_once(signal);
   int saved_errno = errno;
-  caught_signal = signal;
+  first_signal = signal;
   wake();
   errno = saved_errno;
 }
@@ -57,7 +69,8 @@ void before_hard_exit(void (*call)()) { hard_exit_call = call; }
 
 static double speed = 1;  // of a simulated modem's clock
 
-bool has_caught_signal() { return caught_signal != 0; }
+bool has_caught_signal() { return first_signal != 0; }
+int caught_signal() { return first_signal; }
 static bool may_hurry() { return (has_caught_signal() || end_is_asked != 0) && held_on == 0; }
 void hold_on() { held_on = 1; }
 void remove_on_hard_exit(const char* folder) { scratch_folder = folder; }
@@ -97,7 +110,7 @@ void wait_ms(unsigned ms) {
 }
 
 void check_signals() {
-  if (may_hurry()) throw Interrupted{caught_signal};
+  if (may_hurry()) throw Interrupted{first_signal};
 }
 
 }  // namespace zopctl

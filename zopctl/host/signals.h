@@ -3,6 +3,8 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
+#include <string>
 
 namespace zopctl {
 
@@ -21,12 +23,22 @@ std::chrono::system_clock::time_point modem_now();
 void set_speed(double factor);
 
 bool has_caught_signal();
+int caught_signal();  // 0: none
 
 // The user has pressed a key to end: the same as a first signal.
 void ask_to_end();
 
 // Readable when the user wants the program to end.
 int end_descriptor();
+
+// What a second signal prints before it ends the program, and the exit code then.
+struct LastWords {
+  std::string text;   // on standard error
+  std::string event;  // for programs, on event_fd
+  int event_fd;
+  int exit_code;  // 0: that of the signal
+};
+void set_last_words(std::unique_ptr<const LastWords> words);  // nullptr: none
 
 // Called before a second signal ends the program; from a signal handler.
 void before_hard_exit(void (*call)());

@@ -29,6 +29,7 @@ struct Verb {
   const char* help;
   Session::Need need = Session::LINK;
   const char* danger = nullptr;  // what it can break; null when harmless
+  bool events = false;           // --json prints events, the last of them "end"
   std::vector<Argument> arguments = {};
   Findings (*run)(const ModuleLibrary&, const Arguments&);  // empty when the verb has printed
 };

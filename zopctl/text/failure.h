@@ -1,16 +1,20 @@
 // Errors that end a verb.
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 
 namespace zopctl {
 
-// A failure to report to the user; what() is the whole message.
+// A failure to report to the user; what() is the whole message but for the advice.
 struct Failure : std::runtime_error {
-  explicit Failure(const std::string& what, int code = 1)
-      : std::runtime_error(what), exit_code(code) {}
+  explicit Failure(const std::string& what, int code = 1, std::string what_to_do = "")
+      : std::runtime_error(what), exit_code(code), advice(std::move(what_to_do)) {}
   int exit_code;
+  std::string advice;                // what to do next, where what() does not say it
+  const char* result = "failed";     // or "interrupted"
+  nlohmann::ordered_json details{};  // for programs, of a verb that prints events
 };
 
 // Bad usage.

@@ -112,7 +112,10 @@ static Findings reset(const ModuleLibrary& m, const Arguments&) {
 
 static Findings error_fatal(const ModuleLibrary& m, const Arguments&) {
   require(m.zop_set_error_fatal(), "error fatal");
-  return confirmation("config", "Configuration", "the modem has crashed");
+  return confirmation(
+      "config", "Configuration",
+      "the modem has crashed; its device comes back in some seconds, and zopctl dump "
+      "--wait saves its memory");
 }
 
 static bool is_empty(std::span<const uint8_t> bytes) {

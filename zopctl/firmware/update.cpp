@@ -1,0 +1,406 @@
+// The steps, what the module prints meanwhile, and how each of them may fail.
+#include "zopctl/firmware/update.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <array>
+
+#include "zopctl/firmware/image_set.h"
+#include "zopctl/host/session.h"
+#include "zopctl/text/failure.h"
+#include "zopctl/text/printable.h"
+
+namespace zopctl {
+
+constexpr int DEVICE_GONE_S = 10, DEVICE_BACK_S = 60, START_S = 90;
+constexpr std::chrono::seconds LONGEST_STALL{300};  // before anything is written
+
+Update::Update(const ModuleLibrary& module, const ImageSet& set, const Options& options)
+    : module_(module),
+      set_(set),
+      options_(options),
+      progress_(output_.user(), Progress::style_for(output_.user(), options.json)),
+      follower_(set, options.modem_only),
+      journal_(mapped_device()),
+      found_(journal_.entry()) {
+  watch_line([this](Direction direction, std::span<const uint8_t> piece) {
+    return on_line(direction, piece);
+  });
+  watch_sleeps([this](unsigned seconds) {
+    poll_events();
+    progress_.countdown(seconds);
+  });
+}
+
+Update::~Update() {
+  watch_line({});
+  watch_sleeps({});
+  set_last_words(nullptr);
+  module_.zop_close();
+}
+
+// ---- what is known of the modem ----
+
+ModemState Update::state() const {
+  if (state_ == ModemState::UNTOUCHED || state_ == ModemState::WRITTEN) return state_;
+  if (follower_.flash() == DownloadFollower::CHANGED) return ModemState::HALF_WRITTEN;
+  bool doubtful = follower_.flash() == DownloadFollower::DOUBTFUL;
+  if (doubtful && state_ != ModemState::BROKEN_BEFORE) return ModemState::DOUBTFUL;
+  return state_;
+}
+
+static std::string stopped_text(const LastWord& word) {
+  return "stopped: " + word.fact + (word.advice.empty() ? "" : "; " + word.advice);
+}
+
+// Also what a second signal says, which ends the program at once.
+void Update::know(ModemState state) {
+  state_ = state;
+  LastWord word = last_word(state, set_.folder);
+  int exit_code = word.exit_code == NOT_CHANGED ? 0 : word.exit_code;
+  Progress::Json event = {{"event", "end"},         {"result", "interrupted"},
+                          {"exit_code", exit_code}, {"text", word.fact},
+                          {"advice", word.advice},  {"stage", progress_.stage_key()}};
+  if (exit_code == 0) event.erase("exit_code");  // it tells the signal
+  auto words = std::make_unique<LastWords>();
+  words->text = "zopctl: " + stopped_text(word) + "\n";
+  if (options_.json) words->event = event.dump() + "\n";
+  words->event_fd = fileno(output_.user());
+  words->exit_code = exit_code;
+  set_last_words(std::move(words));
+}
+
+void Update::fail(const std::string& meaning) {
+  bool unchanged = follower_.flash() == DownloadFollower::UNCHANGED;
+  if (unchanged && journal_.entry() != found_) found_ ? journal_.write(*found_) : journal_.remove();
+  LastWord word = last_word(state(), set_.folder);
+  std::string text = meaning + "; " + word.fact;
+  if (!error_line_.empty() && refused_.empty()) text += " (the module: " + error_line_ + ")";
+  Failure failure(text, word.exit_code, word.advice);
+  failure.details = {{"stage", progress_.stage_key()}, {"module_line", error_line_}};
+  throw failure;
+}
+
+void Update::stop(int signal) {
+  LastWord word = last_word(state(), set_.folder);
+  bool as_before = word.exit_code == NOT_CHANGED;
+  Failure failure("stopped: " + word.fact, as_before ? 128 + signal : word.exit_code, word.advice);
+  failure.result = "interrupted";
+  failure.details = {{"stage", progress_.stage_key()}};
+  throw failure;
+}
+
+// ---- the journal ----
+
+void Update::begin_journal() {
+  auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+  JournalEntry entry = {fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", now),
+                        std::filesystem::absolute(set_.folder), set_.version, version_before_};
+  if (journal_.entry()) entry.nv_step = journal_.entry()->nv_step;
+  journal_.write(entry);
+}
+
+// Called below the module, through which no exception can pass.
+void Update::note(void (*change)(JournalEntry&)) {
+  if (!journal_.entry()) return;
+  JournalEntry entry = *journal_.entry();
+  change(entry);
+  try {
+    journal_.write(entry);
+  } catch (const Failure& failure) {
+    progress_.note(failure.what());
+  }
+}
+
+void Update::note_written() {
+  note([](JournalEntry& entry) { entry.is_written = true; });
+  ModemState before = state_;
+  know(ModemState::WRITTEN);
+  state_ = before;  // until the module says so too
+}
+
+// ---- progress of the module ----
+
+// Before a packet that changes the modem leaves: it may have to stay here.
+bool Update::may_be_sent(std::span<const uint8_t> piece) {
+  if (DownloadFollower::ends_writing(piece)) note_written();
+  if (!DownloadFollower::changes_flash(piece)) return true;
+  if (options_.modem_only && DownloadFollower::overrides_partition(piece)) {
+    refused_ =
+        "the modem's partition table is not the set's, which would erase the modem and write its "
+        "boot loaders too; --modem-only does neither";
+    return false;
+  }
+  if (follower_.flash() != DownloadFollower::UNCHANGED) return true;
+  try {
+    begin_journal();
+  } catch (const Failure& failure) {  // it can't pass through the module
+    refused_ = failure.what();
+    return false;
+  }
+  ModemState before = state_;
+  know(ModemState::HALF_WRITTEN);
+  state_ = before;  // until the modem has taken it
+  hold_on();
+  return true;
+}
+
+// False when the user wants to end, and may, or when nothing happens any more.
+bool Update::goes_on() {
+  bool changed = follower_.flash() != DownloadFollower::UNCHANGED;
+  if (changed) return true;
+  if (has_caught_signal()) return false;
+  if (progress_.stage_key() != "load") return true;
+  stall_.refused(follower_.refusal());
+  std::string what = stall_.refusal().empty() ? "the modem does not answer as it should"
+                                              : "the boot ROM refuses " + stall_.refusal();
+  if (stall_.is_to_be_reported(modem_now()))
+    progress_.note(what + "; it is asked again, Ctrl-C ends the update");
+  if (stall_.lasts(modem_now()) < LONGEST_STALL) return true;
+  refused_ = what;
+  return false;
+}
+
+bool Update::on_line(Direction direction, std::span<const uint8_t> piece) {
+  poll_events();
+  if (direction == Direction::FROM_MODEM) {
+    follower_.from_modem(piece);
+    return goes_on();
+  }
+  if (!goes_on() || !may_be_sent(piece)) return false;
+  std::optional<Amount> amount = follower_.to_modem(piece);
+  if (!amount) return true;
+  if (amount->done != reached_) stall_.progress(modem_now());
+  reached_ = amount->done;
+  progress_.amount(*amount);
+  return true;
+}
+
+void Update::poll_events() {
+  for (const std::string& line : output_.new_lines()) take_line(line);
+  bool changed = follower_.flash() != DownloadFollower::UNCHANGED;
+  if (has_caught_signal() && changed && !warned_) {
+    warned_ = true;
+    progress_.note(
+        "the modem is being written, the update continues; press Ctrl-C again to end it anyway");
+  }
+}
+
+void Update::take_line(const std::string& line) {
+  struct StageLine {
+    const char* line;
+    const char* key;
+    const char* text;
+    void (*noted)(JournalEntry&);
+  };
+  static const StageLine STAGES[] = {
+      {"STAGE1: Loading Success", "programmer", "connecting to the programmer", nullptr},
+      {"STAGE2: Erasing Start", "erase",
+       "erasing the modem's file system, this takes up to half a minute", nullptr},
+      {"STAGE3: Writing Start", "write", "writing the images", nullptr},
+      {"DLOAD: NV Backup", "first-start", "the modem has backed up its NV items",
+       [](JournalEntry& entry) { entry.nv_step = MODEM_NV_BACKED_UP; }},
+      {"DLOAD: NV Rebuild", "first-start", "the modem rebuilds its NV items",
+       [](JournalEntry& entry) { entry.nv_step = MODEM_NV_REBUILT; }},
+      {"DLOAD: NV Restore", "first-start", "the modem has restored its NV items",
+       [](JournalEntry& entry) { entry.nv_step = MODEM_NV_UNTOUCHED; }},
+  };
+  if (line.find("Err-") != std::string::npos) error_line_ = line;
+  for (const StageLine& row : STAGES) {
+    if (line != row.line) continue;
+    if (row.noted != nullptr) note(row.noted);
+    if (progress_.stage_key() == row.key) return progress_.note(row.text);
+    return progress_.stage(row.key, row.text);
+  }
+}
+
+// What went wrong, by the module's error line or, if it printed none, by the stage's key.
+static const char* meaning_of(const std::string& mark) {
+  static constexpr std::pair<const char*, const char*> MEANINGS[] = {
+      {"wait", "the device did not come back in download mode"},
+      {"STAGE1: Err-Load Config", "an image can no longer be read"},
+      {"STAGE1: Err-Load RAM",
+       "the modem is not in download mode, or does not accept the programmer"},
+      {"load", "the device did not come back with the programmer"},
+      {"STAGE1: Err-RAM Entry", "the programmer in the modem's RAM does not answer"},
+      {"STAGE2: Err-Erasing", "the modem did not accept the partition table"},
+      {"STAGE3: Err-Writing", "writing failed"},
+      {"version", "the modem does not say its version"},
+      {"first-start", "the modem did not start, or its NV items are not restored"},
+  };
+  for (auto [known, meaning] : MEANINGS) {
+    if (mark == known) return meaning;
+  }
+  return "the update failed";
+}
+
+void Update::require_stage(bool good) {
+  poll_events();
+  if (good) return;
+  check_signals();
+  if (!refused_.empty()) fail(refused_);
+  fail(meaning_of(error_line_.empty() ? progress_.stage_key() : error_line_));
+}
+
+// ---- the steps ----
+
+std::optional<std::string> Update::version_of_modem() {
+  std::array<uint8_t, 32> version = {};
+  uint32_t size = version.size();
+  if (module_.zop_get_firmware_version(version.data(), &size) != ZOP_SUCCESS) return std::nullopt;
+  std::string text = printable(version);
+  return text.empty() ? std::nullopt : std::optional(text);
+}
+
+bool Update::open_modem() {
+  progress_.stage("open", "opening the modem at " + mapped_device());
+  bool answers = module_.zop_open(MODULE_DEVICE) == ZOP_OPEN_UP;
+  check_signals();
+  if (!answers) {
+    module_.zop_close();
+    progress_.note("no answer on the diagnostic link");
+    bool broken = found_ && !found_->is_written;
+    know(broken ? ModemState::BROKEN_BEFORE : ModemState::UNKNOWN);
+    return false;
+  }
+  if (auto version = version_of_modem()) {
+    version_before_ = *version;
+    progress_.note("the modem runs " + version_before_);
+    warn_of_downgrade();
+  }
+  return true;
+}
+
+void Update::warn_of_downgrade() {
+  if (is_downgrade(version_before_, set_.version))
+    progress_.note("caution: " + set_.version + " is older, this is a downgrade");
+}
+
+// A modem whose last update failed is already in that mode and can't answer this.
+bool Update::switch_mode() {
+  progress_.stage("switch", "switching the modem to download mode");
+  know(ModemState::SWITCHING);
+  bool good = module_.modem_diag_process() == 1;
+  module_.zop_close();
+  if (good) know(ModemState::DOWNLOAD_MODE);
+  check_signals();
+  if (!good) progress_.note("the modem does not switch");
+  return good;
+}
+
+// Identifies the node: another one may appear at the same path.
+static std::optional<std::pair<dev_t, ino_t>> node() {
+  struct stat found;
+  if (stat(mapped_device().c_str(), &found) != 0) return std::nullopt;
+  return std::pair(found.st_rdev, found.st_ino);
+}
+
+template <typename Condition>
+static bool wait_until(int seconds, Condition condition) {
+  constexpr int STEP_MS = 100;
+  for (auto end = modem_now() + std::chrono::seconds(seconds); modem_now() <= end;) {
+    if (condition()) return true;
+    wait_ms(STEP_MS);
+  }
+  return false;
+}
+
+void Update::await_download_mode() {
+  progress_.stage("wait", "waiting for the device to disappear and come back");
+  auto before = node();
+  if (!wait_until(DEVICE_GONE_S, [&] { return node() != before; })) {
+    progress_.note(
+        fmt::format("the device did not disappear within {} s, continuing", DEVICE_GONE_S));
+  }
+  require_stage(wait_until(DEVICE_BACK_S, [] { return !device_problem(mapped_device()); }));
+}
+
+// The module has not read the old version if the modem was found in its download mode.
+void Update::download() {
+  progress_.stage("load", "loading the programmer into the modem's RAM");
+  stall_.progress(modem_now());
+  if (const auto& earlier = journal_.entry(); earlier && version_before_.empty()) {
+    version_before_ = earlier->version_before;
+    module_.modem_resume_update(version_before_.c_str(), "", earlier->nv_step);
+  }
+  module_.modem_set_config(set_.folder.c_str(), "", options_.modem_only ? 1 : 0,
+                           options_.erase ? 1 : 0);
+  require_stage(module_.modem_dload_process() == 1);
+  know(ModemState::WRITTEN);
+}
+
+void Update::first_start() {
+  progress_.stage("first-start", set_.has_version_info
+                                     ? "waiting for the new firmware and its NV items"
+                                     : "waiting for the new firmware");
+  require_stage(module_.modem_dload_end_process(MODULE_DEVICE) == 1);
+}
+
+// The modem may still be restarting.
+void Update::check_version() {
+  progress_.stage("version", "reading the version");
+  std::optional<std::string> version;
+  require_stage(wait_until(START_S, [&] {
+    wait_seconds(1);
+    bool open = !device_problem(mapped_device()) && module_.zop_open(MODULE_DEVICE) == ZOP_OPEN_UP;
+    if (open) version = version_of_modem();
+    module_.zop_close();
+    return version.has_value();
+  }));
+  journal_.remove();
+  if (!set_.version.empty() && set_.version != *version) {
+    Failure failure(fmt::format("the modem runs {} after the update, but the set is {}", *version,
+                                set_.version),
+                    OTHER_VERSION, "check the set with zopctl firmware info, and update again");
+    failure.details = {{"version", *version}};
+    throw failure;
+  }
+  progress_.stage("done", "done: the modem runs " + *version);
+  progress_.event("end", {{"result", "done"}, {"exit_code", 0}, {"version", *version}});
+}
+
+void Update::end_steps() {
+  first_start();
+  check_version();
+}
+
+void Update::steps() {
+  progress_.event("images", {{"folder", set_.folder},
+                             {"version", set_.version},
+                             {"bytes", set_.bytes_to_send(options_.modem_only)}});
+  for (const std::string& note : set_.notes) progress_.note(note);
+  journal_.prepare();
+  know(ModemState::UNTOUCHED);
+  if (journal_.entry()) progress_.note(in_words(*journal_.entry()));
+  if (open_modem() && switch_mode()) {
+    await_download_mode();
+  } else {
+    progress_.note("checking whether it is already in download mode");
+  }
+  download();
+  end_steps();
+}
+
+void Update::guarded(void (Update::*part)()) {
+  try {
+    (this->*part)();
+  } catch (const Interrupted& interrupted) {
+    stop(interrupted.signal);
+  }
+}
+
+void Update::run() { guarded(&Update::steps); }
+
+void Update::finish() {
+  const JournalEntry& begun = *journal_.entry();
+  progress_.note(in_words(begun));
+  know(ModemState::WRITTEN);
+  hold_on();
+  module_.modem_resume_update(begun.version_before.c_str(), begun.new_version.c_str(),
+                              begun.nv_step);
+  guarded(&Update::end_steps);
+}
+
+}  // namespace zopctl
