@@ -46,7 +46,7 @@ RequestCommand parse_request_command(const std::string& text) {
 }
 
 // The simulator blocks the signals that end it; its child doesn't.
-static int run_in_shell(std::string command) {
+static int run_in_shell(const std::string& command) {
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
   posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
@@ -57,8 +57,9 @@ static int run_in_shell(std::string command) {
   sigemptyset(&none);
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+  std::string line = command;
   char shell[] = "sh", option[] = "-c";
-  char* words[] = {shell, option, command.data(), nullptr};
+  char* words[] = {shell, option, line.data(), nullptr};
   pid_t pid = -1;
   int error = posix_spawn(&pid, "/bin/sh", &files, &attributes, words, environ);
   posix_spawnattr_destroy(&attributes);

@@ -33,7 +33,13 @@ static Findings plan(const ImageSet& set, const Update::Options& options) {
   return one_section("dry_run", "An update would send, the modem was not touched", items);
 }
 
-static void require_device() {
+// A modem whose update broke off may be restarting.
+static void require_device(bool has_begun) {
+  constexpr int DEVICE_BACK_S = 60;
+  for (int waited = 0; has_begun && waited < DEVICE_BACK_S; ++waited) {
+    if (std::filesystem::exists(mapped_device())) break;
+    wait_seconds(1);
+  }
   if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
 }
 
@@ -44,7 +50,7 @@ static Findings update(const ModuleLibrary& module, const Arguments& arguments) 
     throw UsageError("--modem-only never erases; leave out one of --modem-only and --erase");
   ImageSet set = good_images(arguments.text("DIR"));
   if (arguments.has("--dry-run")) return plan(set, options);
-  require_device();
+  require_device(Journal(mapped_device()).entry().has_value());
   Update(module, set, options).run();
   return {};
 }
@@ -57,7 +63,7 @@ static Findings finish(const ModuleLibrary& module, const Arguments& arguments) 
   if (!begun.is_written)
     throw Failure(in_words(begun), NO_FIRMWARE,
                   "run zopctl firmware update " + begun.images + " again");
-  require_device();
+  require_device(true);
   ImageSet set;
   set.folder = begun.images;
   set.version = begun.new_version;

@@ -8,6 +8,7 @@
 #include <array>
 
 #include "zopctl/firmware/image_set.h"
+#include "zopctl/firmware/programmer.h"
 #include "zopctl/host/session.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
@@ -255,14 +256,11 @@ std::optional<std::string> Update::version_of_modem() {
 }
 
 bool Update::open_modem() {
-  progress_.stage("open", "opening the modem at " + mapped_device());
   bool answers = module_.zop_open(MODULE_DEVICE) == ZOP_OPEN_UP;
   check_signals();
   if (!answers) {
     module_.zop_close();
     progress_.note("no answer on the diagnostic link");
-    bool broken = found_ && !found_->is_written;
-    know(broken ? ModemState::BROKEN_BEFORE : ModemState::UNKNOWN);
     return false;
   }
   if (auto version = version_of_modem()) {
@@ -307,7 +305,7 @@ static bool wait_until(int seconds, Condition condition) {
   return false;
 }
 
-void Update::await_download_mode() {
+void Update::await_device() {
   progress_.stage("wait", "waiting for the device to disappear and come back");
   auto before = node();
   if (!wait_until(DEVICE_GONE_S, [&] { return node() != before; })) {
@@ -366,6 +364,21 @@ void Update::end_steps() {
   check_version();
 }
 
+// The module must not meet a programmer: it would wait for answers that never come.
+void Update::enter_download_mode() {
+  progress_.stage("open", "opening the modem at " + mapped_device());
+  if (end_running_programmer()) {
+    progress_.note("a programmer of an earlier update still runs: the modem is restarted");
+    await_device();
+  }
+  bool broken = found_ && !found_->is_written;
+  bool switched = open_modem() && switch_mode();
+  bool runs = switched || !version_before_.empty();  // a boot ROM refuses to say it
+  if (!runs) know(broken ? ModemState::BROKEN_BEFORE : ModemState::UNKNOWN);
+  if (switched) return await_device();
+  progress_.note("checking whether it is already in download mode");
+}
+
 void Update::steps() {
   progress_.event("images", {{"folder", set_.folder},
                              {"version", set_.version},
@@ -374,11 +387,7 @@ void Update::steps() {
   journal_.prepare();
   know(ModemState::UNTOUCHED);
   if (journal_.entry()) progress_.note(in_words(*journal_.entry()));
-  if (open_modem() && switch_mode()) {
-    await_download_mode();
-  } else {
-    progress_.note("checking whether it is already in download mode");
-  }
+  enter_download_mode();
   download();
   end_steps();
 }

@@ -45,7 +45,8 @@ class Update {
   bool open_modem();
   void warn_of_downgrade();
   bool switch_mode();
-  void await_download_mode();
+  void enter_download_mode();
+  void await_device();
   void download();
   void first_start();
   void check_version();
