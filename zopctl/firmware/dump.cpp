@@ -309,7 +309,7 @@ Json Dump::show_files() {
                      {"length", region.length},
                      {"whole", region.whole},
                      {"sha256", sum}});
-    if (region.whole) sums.push_back(sum + "  " + file);
+    if (region.whole) sums.push_back(fmt::format("{}  {}", sum, file));
     if (options_.json) continue;
     std::string text = region.whole
                            ? size_text(size)
