@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <vector>
 
 #include "zopctl/host/host_calls.h"
 
@@ -47,8 +48,12 @@ static void say(int fd, const std::string& text) {
   _exit(words->exit_code != 0 ? words->exit_code : 128 + signal);
 }
 
-// Earlier ones are kept: a signal handler may be reading them.
-void set_last_words(std::unique_ptr<const LastWords> words) { last_words = words.release(); }
+// Earlier ones are kept to the end of the process: a signal handler may be reading them.
+void set_last_words(std::unique_ptr<const LastWords> words) {
+  static auto& all = *new std::vector<std::unique_ptr<const LastWords>>;
+  last_words = words.get();
+  all.push_back(std::move(words));
+}
 
 static void on_signal(int signal) {
   if (signal == SIGHUP && held_on != 0) return;  // the terminal is gone, the work goes on
