@@ -7,6 +7,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
 #include <string_view>
 
 #include "simulator/line/frame.h"
@@ -17,7 +19,7 @@ namespace zopctl {
 
 constexpr std::string_view HOST = "QCOM fast download protocol host", MODEM = "QCOM fast download";
 constexpr uint8_t HELLO = 0x01, HELLO_ANSWER = 0x02, RESET = 0x0B, FLAG = 0x7E;
-constexpr unsigned ANSWER_MS = 2000;
+constexpr std::chrono::seconds ANSWER_TIME{2};
 
 // The flag in front ends what a killed program may have begun.
 static bool send(int fd, const sim::Bytes& packet) {
@@ -40,12 +42,18 @@ static bool is_hello_answer(const sim::Bytes& packet) {
   return !packet.empty() && packet[0] == HELLO_ANSWER && text.substr(1).starts_with(MODEM);
 }
 
+// Waits in real time even when a simulated modem's runs faster: the module would take a later
+// answer for one to its first request.
 static bool answers_hello(int fd) {
   sim::Deframer deframer;
-  for (unsigned waited = 0; waited < ANSWER_MS; waited += 10) {
-    wait_ms(10);
+  auto end = std::chrono::steady_clock::now() + ANSWER_TIME;
+  while (std::chrono::steady_clock::now() < end) {
+    pollfd input = {fd, POLLIN, 0};
+    poll(&input, 1, 50);
+    check_signals();
     uint8_t piece[256];
     ssize_t size = read(fd, piece, sizeof piece);
+    if (size == 0 || (size < 0 && errno != EAGAIN && errno != EINTR)) return false;  // it is gone
     for (ssize_t i = 0; i < size; ++i) {
       if (deframer.take(piece[i]) == sim::Deframer::GOOD)
         return is_hello_answer(deframer.payload());

@@ -251,8 +251,10 @@ std::optional<std::string> Update::version_of_modem() {
   std::array<uint8_t, 32> version = {};
   uint32_t size = version.size();
   if (module_.zop_get_firmware_version(version.data(), &size) != ZOP_SUCCESS) return std::nullopt;
-  std::string text = printable(version);
-  return text.empty() ? std::nullopt : std::optional(text);
+  std::string text(version.begin(), std::ranges::find(version, 0));
+  bool is_version =
+      !text.empty() && text == printable(text);  // otherwise the answer to another request
+  return is_version ? std::optional(text) : std::nullopt;
 }
 
 bool Update::open_modem() {
