@@ -1,19 +1,13 @@
-// zopctl dump: saves the memory regions that a crashed modem offers to files. Nothing in the modem
-// changes, so Ctrl-C stops it at any time; what was saved is kept, and --resume goes on from there.
+// Passes over the modem's list: the module saves some regions in each, and stops at one that is
+// given up.
+#include "zopctl/firmware/dump.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
-#include <set>
 
-#include "zopctl/firmware/dump_folder.h"
-#include "zopctl/firmware/firmware.h"
-#include "zopctl/firmware/line_follower.h"
-#include "zopctl/firmware/progress.h"
-#include "zopctl/firmware/stall_watch.h"
-#include "zopctl/host/host_calls.h"
+#include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
-#include "zopctl/host/standard_output.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
@@ -21,76 +15,9 @@
 
 namespace zopctl {
 
-using Json = nlohmann::ordered_json;
+using Json = Progress::Json;
 
 constexpr size_t AT_ONCE = 20;  // regions that the module saves in one go
-
-namespace {
-struct DumpOptions {
-  std::string dir = ".";
-  std::string resume;            // folder; empty for a new one
-  std::set<std::string> wanted;  // names or numbers of regions; empty for all
-  StallWatch::Seconds timeout{60};
-  mode_t mode = 0600;
-  bool wait = false;
-  bool json = false;
-};
-
-class Dump {
- public:
-  Dump(const ModuleLibrary& module, const DumpOptions& options);
-  ~Dump();
-  Dump(const Dump&) = delete;
-  Dump& operator=(const Dump&) = delete;
-
-  // Throws Failure unless every region is saved.
-  void run();
-
- private:
-  void ask_for_regions();
-  void save();
-  void pass();
-  int open_region(const mem_dump_region& region, uint32_t& done);
-  bool is_wanted(const std::string& name);
-  void begin_reading();
-  bool on_line(Direction direction, std::span<const uint8_t> piece);
-  bool goes_on();
-  void take_module_lines();
-  void check_wanted() const;
-  std::string no_regions() const;
-  Json show_files();
-  [[noreturn]] void fail(const std::string& what, const std::string& advice, Json details);
-
-  const ModuleLibrary& module_;
-  const DumpOptions& options_;
-  ModuleOutput output_;
-  Progress progress_;
-  std::optional<DumpFolder> folder_;
-
-  // Of all passes.
-  std::vector<size_t> regions_;             // wanted ones, as numbered in the folder
-  std::map<size_t, std::string> given_up_;  // why
-  std::set<std::string> found_;             // of the wanted names and numbers
-  std::vector<std::string> offered_;
-  uint64_t total_ = 0;  // bytes of the wanted regions
-  std::string error_;   // what ends the dump
-
-  // Of the current pass.
-  struct Open {
-    size_t region;
-    uint32_t done;
-  };
-  DumpFollower follower_;
-  StallWatch stall_;
-  std::vector<Open> open_;
-  std::map<std::string, size_t> seen_;  // equal regions
-  size_t listed_ = 0;
-  bool first_ = true;
-  bool reading_ = false;
-  bool more_ = false;  // another pass is needed
-  uint64_t reached_ = 0;
-};
-}  // namespace
 
 Dump::Dump(const ModuleLibrary& module, const DumpOptions& options)
     : module_(module),
@@ -103,6 +30,7 @@ Dump::Dump(const ModuleLibrary& module, const DumpOptions& options)
     return static_cast<Dump*>(dump)->open_region(*region, *done);
   };
   module_.mem_dump_set_files(open, this);
+  progress_.on_hard_exit("stopped", "", 0);
 }
 
 Dump::~Dump() {
@@ -148,6 +76,10 @@ int Dump::open_region(const mem_dump_region& region, uint32_t& done) try {
 
 // ---- reading them ----
 
+std::string Dump::resume_text() const {
+  return "zopctl dump --resume " + folder_->path() + " goes on where it ended";
+}
+
 void Dump::begin_reading() {
   reading_ = true;
   stall_.progress(modem_now());
@@ -157,6 +89,7 @@ void Dump::begin_reading() {
     progress_.stage("save", "saving the modem's memory");
   }
   folder_->write_regions();
+  progress_.on_hard_exit("stopped", resume_text(), 0);
   uint64_t before = 0;
   for (size_t index : regions_) {
     bool is_open = std::ranges::find(open_, index, &Open::region) != open_.end();
@@ -358,63 +291,7 @@ void Dump::run() {
   std::string why = !error_.empty() ? error_ : "the modem no longer answers";
   if (!given_up_.empty() && error_.empty()) why = "it was read as far as the modem allows";
   fail(fmt::format("the dump is not complete: {}; missing: {}", why, fmt::join(missing, ", ")),
-       "zopctl dump --resume " + folder_->path() + " goes on where it ended", details);
+       resume_text(), details);
 }
-
-// ---- the verb ----
-
-static mode_t mode_of(const std::string& text) {
-  unsigned mode = 0;
-  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), mode, 8);
-  bool good = error == std::errc{} && end == text.data() + text.size() && (mode & ~0666u) == 0 &&
-              (mode & 0600) == 0600;
-  if (!good) throw UsageError("--mode takes the files' mode in octal, like 0600 or 0644");
-  return mode;
-}
-
-static DumpOptions options_of(const Arguments& arguments) {
-  DumpOptions options;
-  options.json = arguments.json;
-  options.wait = arguments.has("--wait");
-  if (arguments.has("--output")) options.dir = arguments.text("--output");
-  if (arguments.has("--resume")) options.resume = arguments.text("--resume");
-  if (arguments.has("--output") && arguments.has("--resume"))
-    throw UsageError("--resume goes on in its own folder; leave out --output");
-  if (arguments.has("--mode")) options.mode = mode_of(arguments.text("--mode"));
-  if (arguments.has("--timeout"))
-    options.timeout = StallWatch::Seconds(arguments.number("--timeout", 0, 86'400));
-  std::string regions = arguments.has("--region") ? arguments.text("--region") : "";
-  for (size_t start = 0; start < regions.size();) {
-    size_t end = std::min(regions.find(',', start), regions.size());
-    options.wanted.insert(regions.substr(start, end - start));
-    start = end + 1;
-  }
-  return options;
-}
-
-static Findings dump(const ModuleLibrary& module, const Arguments& arguments) {
-  DumpOptions options = options_of(arguments);
-  Dump(module, options).run();
-  return {};
-}
-
-const Verb DUMP = {
-    .name = "dump",
-    .help = "save the memory of a modem that has crashed",
-    .need = Session::PORT,
-    .events = true,
-    .arguments = {{.name = "--output",
-                   .help = "where to make the dump's folder; default the current folder",
-                   .short_name = "-o"},
-                  {.name = "--region", .help = "only these regions: names or numbers, with commas"},
-                  {.name = "--resume", .help = "go on with the dump that broke off in this folder"},
-                  {.name = "--timeout",
-                   .help =
-                       "seconds without an answer until a region is given up, default 60, 0 never"},
-                  {.name = "--mode", .help = "of the files, in octal; default 0600"},
-                  {.name = "--wait",
-                   .help = "wait for the device, and for the modem to crash",
-                   .flag = true}},
-    .run = dump};
 
 }  // namespace zopctl

@@ -52,6 +52,25 @@ LastWord last_word(ModemState state, const std::string& images) {
   return {row.exit_code, row.fact, fmt::format(fmt::runtime(row.advice), images)};
 }
 
+const char* meaning_of(const std::string& mark) {
+  static constexpr std::pair<const char*, const char*> MEANINGS[] = {
+      {"wait", "the device did not come back in download mode"},
+      {"STAGE1: Err-Load Config", "an image can no longer be read"},
+      {"STAGE1: Err-Load RAM",
+       "the modem is not in download mode, or does not accept the programmer"},
+      {"load", "the device did not come back with the programmer"},
+      {"STAGE1: Err-RAM Entry", "the programmer in the modem's RAM does not answer"},
+      {"STAGE2: Err-Erasing", "the modem did not accept the partition table"},
+      {"STAGE3: Err-Writing", "writing failed"},
+      {"version", "the modem does not say its version"},
+      {"first-start", "the modem did not start, or its NV items are not restored"},
+  };
+  for (auto [known, meaning] : MEANINGS) {
+    if (mark == known) return meaning;
+  }
+  return "the update failed";
+}
+
 std::string in_words(const JournalEntry& entry) {
   std::string version = entry.new_version.empty() ? "" : " to " + entry.new_version;
   std::string before = entry.version_before.empty() ? "" : " from " + entry.version_before;

@@ -29,6 +29,9 @@ struct LastWord {
 
 LastWord last_word(ModemState state, const std::string& images);
 
+// What went wrong, by the module's error line or, if it printed none, by the stage's key.
+const char* meaning_of(const std::string& mark);
+
 // An update that an earlier run began, in words.
 std::string in_words(const JournalEntry& entry);
 

@@ -8,12 +8,14 @@
 
 #include <algorithm>
 
+#include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"
 
 namespace zopctl {
 
 constexpr auto BAR_INTERVAL = std::chrono::milliseconds(100);
 constexpr size_t BAR_WIDTH = 24;
+constexpr auto REPLACE = Progress::Json::error_handler_t::replace;
 
 static unsigned share(uint64_t done, uint64_t total, unsigned parts) {
   if (total == 0) return 0;
@@ -32,7 +34,10 @@ Progress::Style Progress::style_for(FILE* out, bool json) {
 
 Progress::Progress(FILE* out, Style style) : out_(out), style_(style) {}
 
-Progress::~Progress() { clear_bar(); }
+Progress::~Progress() {
+  clear_bar();
+  set_last_words(nullptr);
+}
 
 void Progress::clear_bar() {
   if (bar_is_shown_) fputs("\r\033[K", out_);
@@ -50,7 +55,18 @@ void Progress::event(const char* name, const Json& fields) {
   if (style_ != EVENTS) return;
   Json object = {{"event", name}};
   object.update(fields);
-  print_line(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+  print_line(object.dump(-1, ' ', false, REPLACE));
+}
+
+void Progress::on_hard_exit(const std::string& text, const std::string& advice, int exit_code) {
+  Json event = {{"event", "end"}, {"result", "interrupted"}, {"text", text}, {"advice", advice}};
+  if (exit_code != 0) event["exit_code"] = exit_code;
+  auto words = std::make_unique<LastWords>();
+  words->text = "zopctl: " + text + (advice.empty() ? "" : "; " + advice) + "\n";
+  if (style_ == EVENTS) words->event = event.dump(-1, ' ', false, REPLACE) + "\n";
+  words->event_fd = fileno(out_);
+  words->exit_code = exit_code;
+  set_last_words(std::move(words));
 }
 
 void Progress::stage(const std::string& key, const std::string& text) {

@@ -43,6 +43,9 @@ class Progress {
   // A remark within a stage.
   void note(const std::string& text);
 
+  // What a second signal says before it ends the program. exit_code 0: that of the signal.
+  void on_hard_exit(const std::string& text, const std::string& advice, int exit_code);
+
   // Printed only for programs.
   void event(const char* name, const Json& fields);
 

@@ -38,7 +38,6 @@ Update::Update(const ModuleLibrary& module, const ImageSet& set, const Options& 
 Update::~Update() {
   watch_line({});
   watch_sleeps({});
-  set_last_words(nullptr);
   module_.zop_close();
 }
 
@@ -52,30 +51,27 @@ ModemState Update::state() const {
   return state_;
 }
 
-static std::string stopped_text(const LastWord& word) {
-  return "stopped: " + word.fact + (word.advice.empty() ? "" : "; " + word.advice);
-}
-
 // Also what a second signal says, which ends the program at once.
 void Update::know(ModemState state) {
   state_ = state;
   LastWord word = last_word(state, set_.folder);
-  int exit_code = word.exit_code == NOT_CHANGED ? 0 : word.exit_code;
-  Progress::Json event = {{"event", "end"},         {"result", "interrupted"},
-                          {"exit_code", exit_code}, {"text", word.fact},
-                          {"advice", word.advice},  {"stage", progress_.stage_key()}};
-  if (exit_code == 0) event.erase("exit_code");  // it tells the signal
-  auto words = std::make_unique<LastWords>();
-  words->text = "zopctl: " + stopped_text(word) + "\n";
-  if (options_.json) words->event = event.dump() + "\n";
-  words->event_fd = fileno(output_.user());
-  words->exit_code = exit_code;
-  set_last_words(std::move(words));
+  progress_.on_hard_exit("stopped: " + word.fact, word.advice,
+                         word.exit_code == NOT_CHANGED ? 0 : word.exit_code);
+}
+
+// A journal that was begun for a packet which the modem has refused.
+void Update::undo_journal() {
+  bool unchanged = follower_.flash() == DownloadFollower::UNCHANGED;
+  if (!unchanged || journal_.entry() == found_) return;
+  try {
+    found_ ? journal_.write(*found_) : journal_.remove();
+  } catch (const Failure& failure) {
+    progress_.note(failure.what());
+  }
 }
 
 void Update::fail(const std::string& meaning) {
-  bool unchanged = follower_.flash() == DownloadFollower::UNCHANGED;
-  if (unchanged && journal_.entry() != found_) found_ ? journal_.write(*found_) : journal_.remove();
+  undo_journal();
   LastWord word = last_word(state(), set_.folder);
   std::string text = meaning + "; " + word.fact;
   if (!error_line_.empty() && refused_.empty()) text += " (the module: " + error_line_ + ")";
@@ -215,26 +211,6 @@ void Update::take_line(const std::string& line) {
     if (progress_.stage_key() == row.key) return progress_.note(row.text);
     return progress_.stage(row.key, row.text);
   }
-}
-
-// What went wrong, by the module's error line or, if it printed none, by the stage's key.
-static const char* meaning_of(const std::string& mark) {
-  static constexpr std::pair<const char*, const char*> MEANINGS[] = {
-      {"wait", "the device did not come back in download mode"},
-      {"STAGE1: Err-Load Config", "an image can no longer be read"},
-      {"STAGE1: Err-Load RAM",
-       "the modem is not in download mode, or does not accept the programmer"},
-      {"load", "the device did not come back with the programmer"},
-      {"STAGE1: Err-RAM Entry", "the programmer in the modem's RAM does not answer"},
-      {"STAGE2: Err-Erasing", "the modem did not accept the partition table"},
-      {"STAGE3: Err-Writing", "writing failed"},
-      {"version", "the modem does not say its version"},
-      {"first-start", "the modem did not start, or its NV items are not restored"},
-  };
-  for (auto [known, meaning] : MEANINGS) {
-    if (mark == known) return meaning;
-  }
-  return "the update failed";
 }
 
 void Update::require_stage(bool good) {

@@ -52,6 +52,7 @@ class Update {
   void check_version();
   std::optional<std::string> version_of_modem();
   void begin_journal();
+  void undo_journal();
   void note(void (*change)(JournalEntry&));
   void note_written();
   void require_stage(bool good);

@@ -16,6 +16,7 @@
 #include <sstream>
 
 #include "zopctl/host/device_sharing.h"
+#include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
 
@@ -109,10 +110,13 @@ PortLock::PortLock(const std::string& device, const std::string& doing) {
   }
   unlink(own.c_str());
   if (other) throw Failure(*other);
-  if (linked) path_ = path;
+  if (!linked) return;
+  path_ = path;
+  unlink_on_hard_exit(path_.c_str());
 }
 
 PortLock::~PortLock() {
+  unlink_on_hard_exit(nullptr);
   if (!path_.empty()) unlink(path_.c_str());
 }
 

@@ -47,6 +47,9 @@ void before_hard_exit(void (*call)());
 // work in progress must not be interrupted. A second SIGINT or SIGTERM still ends the program.
 void hold_on();
 
+// A file that a second signal removes; the caller's text, as below.
+void unlink_on_hard_exit(const char* file);
+
 // A folder that a second signal removes before it ends the program; the caller's text, which must
 // live until nullptr takes its place.
 void remove_on_hard_exit(const char* folder);
