@@ -273,10 +273,12 @@ static std::optional<std::pair<dev_t, ino_t>> node() {
   return std::pair(found.st_rdev, found.st_ino);
 }
 
+// Tries often enough where a simulated modem's clock is fast and the machine busy.
 template <typename Condition>
 static bool wait_until(int seconds, Condition condition) {
-  constexpr int STEP_MS = 100;
-  for (auto end = modem_now() + std::chrono::seconds(seconds); modem_now() <= end;) {
+  constexpr int STEP_MS = 100, LEAST_TRIES = 30;
+  auto end = modem_now() + std::chrono::seconds(seconds);
+  for (int tries = 0; tries < LEAST_TRIES || modem_now() <= end; ++tries) {
     if (condition()) return true;
     wait_ms(STEP_MS);
   }
