@@ -36,7 +36,7 @@ Progress::Progress(FILE* out, Style style) : out_(out), style_(style) {}
 
 Progress::~Progress() {
   clear_bar();
-  set_last_words(nullptr);
+  forget_last_words();
 }
 
 void Progress::clear_bar() {
@@ -61,12 +61,12 @@ void Progress::event(const char* name, const Json& fields) {
 void Progress::on_hard_exit(const std::string& text, const std::string& advice, int exit_code) {
   Json event = {{"event", "end"}, {"result", "interrupted"}, {"text", text}, {"advice", advice}};
   if (exit_code != 0) event["exit_code"] = exit_code;
-  auto words = std::make_unique<LastWords>();
-  words->text = "zopctl: " + text + (advice.empty() ? "" : "; " + advice) + "\n";
-  if (style_ == EVENTS) words->event = event.dump(-1, ' ', false, REPLACE) + "\n";
-  words->event_fd = fileno(out_);
-  words->exit_code = exit_code;
-  set_last_words(std::move(words));
+  LastWords words = {.text = "zopctl: " + text + (advice.empty() ? "" : "; " + advice) + "\n",
+                     .event = {},
+                     .event_fd = fileno(out_),
+                     .exit_code = exit_code};
+  if (style_ == EVENTS) words.event = event.dump(-1, ' ', false, REPLACE) + "\n";
+  set_last_words(words);
 }
 
 void Progress::stage(const std::string& key, const std::string& text) {

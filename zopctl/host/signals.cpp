@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <vector>
+#include <list>
 
 #include "zopctl/host/host_calls.h"
 
@@ -51,11 +51,11 @@ static void say(int fd, const std::string& text) {
 }
 
 // Earlier ones are kept to the end of the process: a signal handler may be reading them.
-void set_last_words(std::unique_ptr<const LastWords> words) {
-  static auto& all = *new std::vector<std::unique_ptr<const LastWords>>;
-  last_words = words.get();
-  all.push_back(std::move(words));
+void set_last_words(const LastWords& words) {
+  static auto& all = *new std::list<LastWords>;
+  last_words = &all.emplace_back(words);
 }
+void forget_last_words() { last_words = nullptr; }
 
 static void on_signal(int signal) {
   if (signal == SIGHUP && held_on != 0) return;  // the terminal is gone, the work goes on

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
 #include <string>
 
 namespace zopctl {
@@ -38,7 +37,8 @@ struct LastWords {
   int event_fd;
   int exit_code;  // 0: that of the signal
 };
-void set_last_words(std::unique_ptr<const LastWords> words);  // nullptr: none
+void set_last_words(const LastWords& words);
+void forget_last_words();
 
 // Called before a second signal ends the program; from a signal handler.
 void before_hard_exit(void (*call)());
