@@ -2,8 +2,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
+#include <span>
 
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
@@ -13,6 +16,8 @@
 
 using namespace zopctl;
 
+constexpr char UNWRITTEN[] = "the output could not be written; is the disk full?";
+
 static int show(const Options& options, const Findings& findings) {
   if (findings.empty()) {
     // the verb has printed its own output
@@ -21,7 +26,7 @@ static int show(const Options& options, const Findings& findings) {
   } else {
     print_table(findings);
   }
-  if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
+  if (fflush(stdout) != 0) throw Failure(UNWRITTEN);
   return any_failed(findings) ? 1 : 0;
 }
 
@@ -43,31 +48,38 @@ static int run(const Options& options) {
   return show(options, options.verb->run(session.module(), options.arguments));
 }
 
-// Programs that read events get the end as the last of them.
-static void print_end(const Options& options, const Failure& failure) {
-  if (!options.json || !options.verb->events) return;
+// Programs get one object; of a verb that prints events it is the last of them.
+static void print_error(const Verb* verb, const Failure& failure) {
   using Json = nlohmann::ordered_json;
-  Json event = {{"event", "end"},
-                {"result", failure.result},
-                {"exit_code", failure.exit_code},
-                {"text", failure.what()},
-                {"advice", failure.advice}};
-  if (failure.details.is_object()) event.update(failure.details);
-  printf("%s\n", event.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+  Json object;
+  if (verb != nullptr && verb->events) object = {{"event", "end"}, {"result", failure.result}};
+  object["error"] = error_object(failure.exit_code, failure.what(), failure.advice);
+  if (failure.details.is_object()) object.update(failure.details);
+  printf("%s\n", object.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
   fflush(stdout);
 }
 
-static int end_with(const Options& options, const Failure& failure) {
-  print_end(options, failure);
+// "what happened; what to do next"
+static Failure with_advice(Failure failure) {
+  std::string text = failure.what();
+  size_t end = text.find("; ");
+  if (!failure.advice.empty() || end == std::string::npos) return failure;
+  return Failure(text.substr(0, end), failure.exit_code, text.substr(end + 2));
+}
+
+static int end_with(bool json, const Verb* verb, Failure failure) {
+  failure = with_advice(failure);
+  if (json) print_error(verb, failure);
   const char* link = failure.advice.empty() ? "" : "; ";
   fprintf(stderr, "zopctl: %s%s%s\n", failure.what(), link, failure.advice.c_str());
   return failure.exit_code;
 }
 
+// The end of samples that go on until then is no failure.
 static int end_interrupted(const Options& options, int exit_code) {
   Failure failure("stopped", exit_code);
   failure.result = "interrupted";
-  print_end(options, failure);
+  if (options.json && !options.arguments.has("--watch")) print_error(options.verb, failure);
   return exit_code;
 }
 
@@ -79,21 +91,37 @@ static void fill_standard_streams() {
   close(fd);
 }
 
-int main(int argc, char** argv) {
-  int exit_code = 0;
-  fill_standard_streams();
-  std::optional<Options> options = read_options(argc, argv, exit_code);
-  if (!options) return exit_code;
-  watch_signals();
+static int run_verb(const Options& options) {
+  auto end = [&](const Failure& failure) { return end_with(options.json, options.verb, failure); };
   try {
-    return run(*options);
+    return run(options);
   } catch (const Interrupted& interrupted) {
-    return end_interrupted(*options, 128 + interrupted.signal);
+    return end_interrupted(options, 128 + interrupted.signal);
   } catch (const UsageError& error) {
-    return end_with(*options, Failure(error.what(), 2));
+    return end(Failure(error.what(), 2));
   } catch (const Failure& error) {
-    return end_with(*options, error);
+    return end(error);
   } catch (const std::exception& error) {
-    return end_with(*options, Failure(error.what()));
+    return end(Failure(error.what()));
+  }
+}
+
+// Help and documents are printed while the options are read.
+static int end_documents() {
+  bool written = std::cout.flush().good() && fflush(stdout) == 0;
+  return written ? 0 : end_with(false, nullptr, Failure(UNWRITTEN));
+}
+
+int main(int argc, char** argv) {
+  fill_standard_streams();
+  std::span words(argv, static_cast<size_t>(argc));
+  bool json = std::ranges::find(words, std::string_view("--json")) != words.end();
+  try {
+    std::optional<Options> options = read_options(argc, argv);
+    if (!options) return end_documents();
+    watch_signals();
+    return run_verb(*options);
+  } catch (const UsageError& error) {
+    return end_with(json, nullptr, Failure(error.what(), 2));
   }
 }

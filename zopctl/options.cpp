@@ -1,12 +1,15 @@
 // Parses arguments with CLI11, which only this source includes: it compiles slowly.
 #include "zopctl/options.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <list>
 
 #include "include/vurn.h"
 #include "zopctl/documents.h"
 #include "zopctl/host/host_calls.h"
+#include "zopctl/text/failure.h"
 
 namespace zopctl {
 
@@ -172,7 +175,26 @@ static void take_verb(const std::list<Parsed>& all, Options& options) {
   }
 }
 
-std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
+// What was wrong, and which help tells more.
+static UsageError usage_error(CLI::App& app, const std::string& sim, const CLI::ParseError& error) {
+  bool unknown_word = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+  std::string word = unknown_word ? app.remaining(true).front() : "";
+  if (sim == "-" && unknown_word && !word.starts_with("-")) {  // --sim without a name
+    return UsageError(fmt::format("no verb \"{0}\"; for a scenario use --sim={0}", word));
+  }
+  std::string command = "zopctl";
+  for (CLI::App* verb = &app; !verb->get_subcommands().empty();) {
+    verb = verb->get_subcommands().front();
+    command += " " + verb->get_name();
+  }
+  if (unknown_word && app.get_subcommands().empty()) {
+    const char* kind = word.starts_with("-") ? "option" : "verb";
+    return UsageError(fmt::format("no {} \"{}\"; zopctl --help lists them", kind, word));
+  }
+  return UsageError(fmt::format("{}; {} --help tells more", error.what(), command));
+}
+
+std::optional<Options> read_options(int argc, char** argv) {
   Options options;
   std::string sim, log, completion;
   bool man = false;
@@ -196,20 +218,9 @@ std::optional<Options> read_options(int argc, char** argv, int& exit_code) {
     if (man) print_man_page();
     if (printed) return std::nullopt;
     if (app.get_subcommands().empty()) throw CLI::RequiredError("A verb");
-  } catch (const CLI::ExtrasError& error) {
-    exit_code = 2;
-    std::string word = app.remaining(true).front();
-    if (sim == "-" && !word.starts_with("-")) {  // --sim without a name
-      fprintf(stderr, "zopctl: no verb \"%s\"; for a scenario use --sim=%s\n", word.c_str(),
-              word.c_str());
-      return std::nullopt;
-    }
-    if (!app.get_subcommands().empty()) return app.exit(error), std::nullopt;
-    fprintf(stderr, "zopctl: no verb \"%s\"; zopctl --help lists the verbs\n", word.c_str());
-    return std::nullopt;
   } catch (const CLI::ParseError& error) {
-    exit_code = app.exit(error) == 0 ? 0 : 2;
-    return std::nullopt;
+    if (error.get_exit_code() == 0) return app.exit(error), std::nullopt;  // help or version
+    throw usage_error(app, sim, error);
   }
   take_verb(parsed, options);
   options.arguments.json = options.json;

@@ -13,8 +13,8 @@ struct Options : Session::Setting {
   bool json = false;
 };
 
-// Reads the command line. If there is nothing more to do (help, version, bad usage), prints the
-// text, sets exit_code and returns nothing.
-std::optional<Options> read_options(int argc, char** argv, int& exit_code);
+// Reads the command line. Prints help, version and documents, and returns nothing then. Throws
+// UsageError.
+std::optional<Options> read_options(int argc, char** argv);
 
 }  // namespace zopctl

@@ -226,6 +226,25 @@ const Request* find_request_named(const std::string& name) {
   return row == std::end(REQUESTS) ? nullptr : row;
 }
 
+const char* error_text(uint8_t code) {
+  switch (code) {
+    case BAD_COMMAND:
+      return "bad command";
+    case BAD_PARAMETER:
+      return "bad parameter";
+    case BAD_LENGTH:
+      return "bad length";
+    case BAD_MODE:
+      return "bad mode";
+    case LOCKED:
+      return "locked";
+    case SECURITY:
+      return "security";
+    default:
+      return nullptr;
+  }
+}
+
 Bytes refusal(int code, View request) {
   Bytes answer(request.size() + 1);
   answer[0] = static_cast<uint8_t>(code);

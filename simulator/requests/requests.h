@@ -21,6 +21,9 @@ enum ErrorAnswer : uint8_t {
   SECURITY = 71,
 };
 
+// The error in words, "bad command"; null if an answer that begins with this byte is no error answer.
+const char* error_text(uint8_t code);
+
 constexpr uint8_t VENDOR = 0xCF;
 
 // Builds an answer, field by field, little-endian.

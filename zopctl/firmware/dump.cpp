@@ -284,8 +284,9 @@ void Dump::run() {
     details["complete"] = true;
     progress_.stage("done", fmt::format("done: {} regions, {}, in {}", regions_.size(),
                                         size_text(total_), folder_->path()));
-    details.update({{"result", "done"}, {"exit_code", 0}});
-    return progress_.event("end", details);
+    Progress::Json end = {{"result", "done"}};
+    end.update(details);
+    return progress_.event("end", end);
   }
   details["missing"] = missing;
   std::string why = !error_.empty() ? error_ : "the modem no longer answers";

@@ -21,7 +21,7 @@ static Findings plan(const ImageSet& set, const Update::Options& options) {
     bool sent = !options.modem_only || !file.is_boot_loader;
     std::string what = sent ? fmt::format("{:>10}  {}", size_text(file.size), file.role)
                             : "not sent with --modem-only";
-    items.push_back(shown(file.name.c_str(), file.name.c_str(), sent ? file.size : 0, what));
+    items.push_back(shown(file.name, file.name, sent ? file.size : 0, what));
   }
   const char* erase = options.erase ? "the modem's file system, in any case"
                       : options.modem_only

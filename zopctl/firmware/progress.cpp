@@ -10,6 +10,7 @@
 
 #include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/failure.h"
 
 namespace zopctl {
 
@@ -59,8 +60,9 @@ void Progress::event(const char* name, const Json& fields) {
 }
 
 void Progress::on_hard_exit(const std::string& text, const std::string& advice, int exit_code) {
-  Json event = {{"event", "end"}, {"result", "interrupted"}, {"text", text}, {"advice", advice}};
-  if (exit_code != 0) event["exit_code"] = exit_code;
+  Json event = {{"event", "end"},
+                {"result", "interrupted"},
+                {"error", error_object(exit_code, text, advice)}};
   LastWords words = {.text = "zopctl: " + text + (advice.empty() ? "" : "; " + advice) + "\n",
                      .event = {},
                      .event_fd = fileno(out_),

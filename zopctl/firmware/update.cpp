@@ -336,7 +336,7 @@ void Update::check_version() {
     throw failure;
   }
   progress_.stage("done", "done: the modem runs " + *version);
-  progress_.event("end", {{"result", "done"}, {"exit_code", 0}, {"version", *version}});
+  progress_.event("end", {{"result", "done"}, {"version", *version}});
 }
 
 void Update::end_steps() {

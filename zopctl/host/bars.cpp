@@ -2,6 +2,7 @@
 #include "zopctl/host/bars.h"
 
 #include "zopctl/host/log_capture.h"
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/text/words.h"
 
@@ -33,6 +34,9 @@ Bars read_bars(const ModuleLibrary& m) {
   {
     QuietOutput quiet;
     found.result = m.vurn_get_bars(&found.bars);
+  }
+  if (std::string refusal = take_refusal(); !refusal.empty()) {
+    return {VURN_ERR_FAILED, VURN_BARS_NONE, refusal};
   }
   if (found.result == VURN_OK && found.bars > 0) return found;
   for (const Reason& row : REASONS) {

@@ -37,7 +37,8 @@ struct Settings {
   std::function<void()> root_refresh;
   LogSink log_sink;
   LineWatch line_watch;  // set only while the module is idle
-  LineSink line_sink;    // the same
+  LineSink captured;     // the same
+  LineSink followed;
   std::function<void(unsigned)> sleep_watch;
 };
 }  // namespace
@@ -64,7 +65,8 @@ void watch_sleeps(std::function<void(unsigned)> watch) {
   settings().sleep_watch = std::move(watch);
 }
 void watch_line(LineWatch watch) { settings().line_watch = std::move(watch); }
-void capture_line(LineSink sink) { settings().line_sink = std::move(sink); }
+void capture_line(LineSink sink) { settings().captured = std::move(sink); }
+void follow_line(LineSink sink) { settings().followed = std::move(sink); }
 void catch_log(LogSink sink) {
   std::lock_guard lock(log_mutex);
   settings().log_sink = std::move(sink);
@@ -120,27 +122,29 @@ static bool is_hung_up(int fd) {
   return poll(&line, 1, 0) > 0 && (line.revents & POLLHUP) != 0;
 }
 
-// Captures what a read or write with the result n has carried. Keeps errno.
-static void capture(int fd, Direction direction, const void* data, ssize_t n) {
-  if (fd != device_fd || !settings().line_sink) return;
+// Tells what a read or write with the result n has carried. Keeps errno.
+static void tell_sinks(int fd, Direction direction, const void* data, ssize_t n) {
+  if (fd != device_fd) return;
   int error = errno;
   bool gone = (n < 0 && error == EIO) || (n == 0 && is_hung_up(fd));
-  if (n > 0)
-    settings().line_sink(direction, {static_cast<const uint8_t*>(data), static_cast<size_t>(n)});
-  if (gone) settings().line_sink(direction, {});
+  std::span<const uint8_t> bytes(static_cast<const uint8_t*>(data), n > 0 ? size_t(n) : 0);
+  for (const LineSink* sink : {&settings().captured, &settings().followed}) {
+    if (*sink && !bytes.empty()) (*sink)(direction, bytes);
+    if (*sink && gone) (*sink)(direction, {});
+  }
   errno = error;
 }
 
 static ssize_t write_watched(int fd, const void* data, size_t size) {
   if (line_is_cut(fd, Direction::TO_MODEM, {static_cast<const uint8_t*>(data), size})) return -1;
   ssize_t n = syscall(SYS_write, fd, data, size);
-  capture(fd, Direction::TO_MODEM, data, n);
+  tell_sinks(fd, Direction::TO_MODEM, data, n);
   return n;
 }
 
 static ssize_t read_watched(int fd, void* data, size_t size) {
   ssize_t n = syscall(SYS_read, fd, data, size);
-  capture(fd, Direction::FROM_MODEM, data, n);
+  tell_sinks(fd, Direction::FROM_MODEM, data, n);
   size_t held = n > 0 ? static_cast<size_t>(n) : 0;
   bool cut = line_is_cut(fd, Direction::FROM_MODEM, {static_cast<const uint8_t*>(data), held});
   return cut ? -1 : n;

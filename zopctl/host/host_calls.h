@@ -38,6 +38,7 @@ void watch_line(LineWatch watch);
 // thread.
 using LineSink = std::function<void(Direction, std::span<const uint8_t>)>;
 void capture_line(LineSink sink);
+void follow_line(LineSink sink);  // a second one
 
 // From now on the module reads the files of its device (/proc, /etc/resolv.conf, /var/local/wan) in
 // this folder, and gets these addresses for ppp0.

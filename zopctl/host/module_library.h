@@ -62,6 +62,10 @@ class ModuleLibrary {
   BIND(zop_get_gmm_rau_state);
   BIND(zop_get_call_status);
   BIND(zop_get_pdp_state);
+  BIND(zop_get_imei);
+  BIND(zop_get_imsi);
+  BIND(zop_get_iccid);
+  BIND(zop_get_radio_phone_number);
   BIND(zop_get_hardware_version);
   BIND(zop_get_tq2_version);
   BIND(zop_simcard_status);

@@ -47,12 +47,6 @@ constexpr Rule RULES[] = {
     {NV_READ, 0x2D, 3, 128}, {NV_WRITE, 0x2D, 3, 128},  // NV item 16685 (0x412D), a PIN
 };
 
-static bool is_error_answer(uint8_t code) {
-  constexpr uint8_t CODES[] = {sim::BAD_COMMAND, sim::BAD_PARAMETER, sim::BAD_LENGTH,
-                               sim::BAD_MODE,    sim::LOCKED,        sim::SECURITY};
-  return std::ranges::find(CODES, code) != std::end(CODES);
-}
-
 static void blank_range(std::span<uint8_t> bytes, size_t at, size_t length) {
   if (at >= bytes.size()) return;
   for (uint8_t& byte : bytes.subspan(at, std::min(length, bytes.size() - at))) {
@@ -62,7 +56,7 @@ static void blank_range(std::span<uint8_t> bytes, size_t at, size_t length) {
 
 static void blank_secrets(std::span<uint8_t> payload) {
   if (payload.empty()) return;
-  if (is_error_answer(payload[0])) payload = payload.subspan(1);
+  if (sim::error_text(payload[0]) != nullptr) payload = payload.subspan(1);
   if (payload.size() < 2) return;
   for (const Rule& rule : RULES) {
     bool applies =

@@ -12,6 +12,7 @@
 #include "zopctl/host/device_sharing.h"
 #include "zopctl/host/host_calls.h"
 #include "zopctl/host/standard_output.h"
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
@@ -55,24 +56,29 @@ static void show_log(const ModuleLibrary& module, unsigned mask) {
   module.vurn_set_log_mask(mask);
 }
 
-static void open_modem(const ModuleLibrary& module, Session::Need need) {
-  if (need == Session::LINK) {
-    if (unsigned result = module.zop_open(MODULE_DEVICE)) {
-      check_signals();
-      throw Failure("no modem answers on the port: zop_open, result " + std::to_string(result) +
-                    "; is this the DIAG port?");
-    }
-    return;
-  }
-  if (int result = module.vurn_open()) {
-    check_signals();
-    throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
-                  ": no answer on the port, or no usable SIM; zopctl sim status shows the SIM, "
-                  "--log error what the module says");
-  }
+static void open_link(const ModuleLibrary& module) {
+  unsigned result = module.zop_open(MODULE_DEVICE);
+  check_signals();
+  if (answers_as_boot_rom()) throw Failure(CRASHED, 1, SAVE_MEMORY);
+  if (result == ZOP_OPEN_UP) return;
+  throw Failure("no modem answers on the port: zop_open, result " + std::to_string(result) +
+                "; is this the DIAG port?");
 }
 
-Session::Session(const Setting& setting, Need need) : need_(need) {
+// What is open now.
+static Session::Need open_modem(const ModuleLibrary& module, Session::Need need) {
+  if (need == Session::LINK) return open_link(module), need;
+  int result = module.vurn_open();
+  if (result == VURN_OK) return Session::MODULE;
+  check_signals();
+  if (answers_as_boot_rom()) throw Failure(CRASHED, 1, SAVE_MEMORY);
+  if (need == Session::AT_LEAST_LINK) return open_link(module), Session::LINK;
+  throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
+                ": no answer on the port, or no usable SIM; zopctl sim status shows the SIM, "
+                "--log error what the module says");
+}
+
+Session::Session(const Setting& setting, Need need) {
   if (!setting.capture.empty()) {
     capture_ = std::make_unique<Capture>(setting.capture, setting.redact);
   }
@@ -87,20 +93,23 @@ Session::Session(const Setting& setting, Need need) : need_(need) {
     if (need != LIBRARY) lock_ = std::make_unique<PortLock>(mapped_device(), setting.doing);
   }
   set_speed(setting.sim_speed);
-  if (need == MODULE || need == LINK) {
+  bool opens = need == MODULE || need == LINK || need == AT_LEAST_LINK;
+  if (opens) {
     if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
   }
   module_ = std::make_unique<ModuleLibrary>(setting.library);
   if (setting.log_mask) show_log(*module_, *setting.log_mask);
   check_signals();
   QuietOutput quiet;
-  if (need == MODULE || need == LINK) open_modem(*module_, need_);
+  watch_refusals();
+  if (opens) open_ = open_modem(*module_, need);
+  take_refusal();  // the modem has opened without what it refused
 }
 
 Session::~Session() {
   if (!module_) return;
-  if (need_ == LINK) module_->zop_close();
-  if (need_ == MODULE) module_->vurn_close(1);
+  if (open_ == LINK) module_->zop_close();
+  if (open_ == MODULE) module_->vurn_close(1);
 }
 
 }  // namespace zopctl

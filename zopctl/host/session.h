@@ -28,9 +28,9 @@ class Session {
     std::string library;   // empty: found beside the program or by the loader
     std::optional<unsigned> log_mask;
   };
-  // What is opened: all by vurn_open, which needs a ready SIM; only the serial link; nothing, but
-  // the port is reserved; or nothing.
-  enum Need { MODULE, LINK, PORT, LIBRARY };
+  // What is opened: all by vurn_open, which needs a ready SIM; only the serial link; all, or only
+  // the link if there is no SIM; nothing, but the port is reserved; or nothing.
+  enum Need { MODULE, LINK, AT_LEAST_LINK, PORT, LIBRARY };
 
   // Throws Failure when there is no device, no library, or no modem.
   Session(const Setting& setting, Need need);
@@ -46,7 +46,7 @@ class Session {
   std::unique_ptr<FakeRoot> root_;
   std::unique_ptr<SimulatorProcess> simulator_;
   std::unique_ptr<ModuleLibrary> module_;
-  Need need_;
+  Need open_ = LIBRARY;  // MODULE or LINK: is to be closed
 };
 
 // Why the device can't be a modem's port, with what to do about it; nothing when it can.

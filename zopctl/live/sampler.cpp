@@ -7,6 +7,7 @@
 #include <cstring>
 #include <utility>
 
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/host/report_text.h"
 #include "zopctl/host/session.h"

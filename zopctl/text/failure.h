@@ -22,4 +22,14 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// For programs: {"code": 2, "text": "what happened", "advice": "what to do next"}. The code is the
+// exit code; null if it tells the signal. No advice is null.
+inline nlohmann::ordered_json error_object(int code, const std::string& text,
+                                           const std::string& advice) {
+  nlohmann::ordered_json error = {{"code", nullptr}, {"text", text}, {"advice", nullptr}};
+  if (code != 0) error["code"] = code;
+  if (!advice.empty()) error["advice"] = advice;
+  return error;
+}
+
 }  // namespace zopctl

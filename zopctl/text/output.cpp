@@ -80,8 +80,30 @@ Findings confirmation(const char* key, const char* title, std::string what) {
   return one_section(key, title, {shown("done", "Done", true, std::move(what))});
 }
 
-Item shown(const char* key, const char* label, nlohmann::ordered_json value, std::string text) {
-  return {key, label, std::move(value), std::move(text), false};
+Item shown(std::string key, std::string label, nlohmann::ordered_json value, std::string text) {
+  return {std::move(key), std::move(label), std::move(value), std::move(text), false};
+}
+
+Item unknown(std::string key, std::string label, std::string reason) {
+  return shown(std::move(key), std::move(label), nullptr, std::move(reason));
+}
+
+Item failed(std::string key, std::string label, std::string reason) {
+  Item item = unknown(std::move(key), std::move(label), std::move(reason));
+  item.failed = true;
+  return item;
+}
+
+Item coded(std::string key, std::string label, int64_t code, const std::string& word) {
+  return shown(std::move(key), std::move(label), {{"code", code}, {"text", word}}, word);
+}
+
+Item yes_or_no(std::string key, std::string label, bool value) {
+  return shown(std::move(key), std::move(label), value, value ? "yes" : "no");
+}
+
+Item measured(std::string key, std::string label, int64_t value, const std::string& unit) {
+  return shown(std::move(key), std::move(label), value, fmt::format("{} {}", value, unit));
 }
 
 }  // namespace zopctl

@@ -35,6 +35,15 @@ bool any_failed(const Findings& findings);
 // Findings of one section.
 Findings one_section(const char* key, const char* title, std::vector<Item> items);
 Findings confirmation(const char* key, const char* title, std::string what);
-Item shown(const char* key, const char* label, nlohmann::ordered_json value, std::string text);
+Item shown(std::string key, std::string label, nlohmann::ordered_json value, std::string text);
+Item unknown(std::string key, std::string label, std::string reason);  // and that is no failure
+Item failed(std::string key, std::string label, std::string reason);
+
+// A state: {"code": 2, "text": "ready"} for programs, the word for people.
+Item coded(std::string key, std::string label, int64_t code, const std::string& word);
+Item yes_or_no(std::string key, std::string label, bool value);
+
+// A number with its unit for people.
+Item measured(std::string key, std::string label, int64_t value, const std::string& unit);
 
 }  // namespace zopctl

@@ -8,7 +8,6 @@
 
 #include "include/vurn.h"
 #include "include/zop.h"
-#include "zopctl/text/failure.h"
 
 namespace zopctl {
 
@@ -75,6 +74,17 @@ std::string lock_status(uint32_t lock) {
   return word(words, lock);
 }
 
+std::string sim_advice(uint32_t status, uint32_t lock) {
+  if (status == ZOP_SIM_READY) return "";
+  if (lock == ZOP_PIN_BLOCKED)
+    return "unblock it with zopctl sim unblock and the unblocking key of the card's letter";
+  if (status == ZOP_SIM_NOT_INITIALISED && lock == ZOP_PIN_ENABLED)
+    return "enter the PIN with zopctl sim verify";
+  if (status == ZOP_SIM_NOT_READY || status == ZOP_SIM_REINITIALISING)
+    return "wait, it may get ready";
+  return "is a card in the slot, the right way round?";
+}
+
 std::string registration(uint32_t registration) {
   static const Word words[] = {{ZOP_REGISTRATION_NONE, "not registered"},
                                {ZOP_REGISTRATION_SUCCESS, "registered"},
@@ -133,15 +143,56 @@ std::string band(int32_t band) {
   return word(words, band);
 }
 
+std::string reject_cause(int32_t cause) {
+  static const Word words[] = {{0, "no error"},
+                               {2, "IMSI unknown in HLR"},
+                               {3, "illegal MS"},
+                               {4, "IMSI unknown in VLR"},
+                               {5, "IMEI not accepted"},
+                               {6, "illegal ME"},
+                               {7, "GPRS services not allowed"},
+                               {8, "GPRS and non-GPRS services not allowed"},
+                               {9, "MS identity not derived"},
+                               {10, "implicitly detached"},
+                               {11, "PLMN not allowed"},
+                               {12, "location area not allowed"},
+                               {13, "national roaming not allowed"},
+                               {14, "GPRS services not allowed in this PLMN"},
+                               {15, "no suitable cells in location area"},
+                               {16, "MSC temporarily not reachable"},
+                               {17, "network failure"},
+                               {20, "MAC failure"},
+                               {21, "synch failure"},
+                               {22, "congestion"},
+                               {23, "GSM authentication unacceptable"},
+                               {40, "no PDP context activated"},
+                               {111, "protocol error, unspecified"}};
+  return fmt::format("{} (cause {})", word(words, cause), cause);
+}
+
+std::string pdp_cause(int32_t cause) {
+  static const Word words[] = {{8, "operator determined barring"},
+                               {25, "LLC or SNDCP failure"},
+                               {26, "insufficient resources"},
+                               {27, "missing or unknown APN"},
+                               {28, "unknown PDP address or type"},
+                               {29, "user authentication failed"},
+                               {30, "activation rejected by GGSN"},
+                               {31, "activation rejected, unspecified"},
+                               {32, "service option not supported"},
+                               {33, "service option not subscribed"},
+                               {34, "service option out of order"},
+                               {36, "regular deactivation"},
+                               {37, "QoS not accepted"},
+                               {38, "network failure"},
+                               {39, "reactivation required"}};
+  return fmt::format("{} (cause {})", word(words, cause), cause);
+}
+
 std::string bars_picture(int bars) {
   size_t full = static_cast<size_t>(std::clamp(bars, 0, 5));
   std::string number = bars < 0 ? "none" : std::to_string(bars);
   return number + " [" + std::string(full, '#') + std::string(5 - full, '.') + "]";
-}
-
-void require(unsigned result, const char* what) {
-  if (result == ZOP_SUCCESS) return;
-  throw Failure(std::string(what) + ": " + zop_result(result));
 }
 
 }  // namespace zopctl

@@ -16,13 +16,10 @@ namespace zopctl {
 using Json = nlohmann::ordered_json;
 
 static Findings findings_of(const Bars& found) {
-  Item bars = {"bars", "Bars", found.bars, bars_picture(found.bars), false};
-  if (found.result != VURN_OK) bars = {"bars", "Bars", nullptr, found.reason, true};
-  Section section{"signal", "Signal", {bars}};
-  if (!found.reason.empty() && found.result == VURN_OK) {
-    section.items.push_back({"reason", "Reason", found.reason, found.reason, false});
-  }
-  return {section};
+  Item bars = shown("bars", "Bars", found.bars, bars_picture(found.bars));
+  if (found.bars < 0) bars = unknown("bars", "Bars", "none: " + found.reason);
+  if (!found.is_known()) bars = failed("bars", "Bars", found.reason);
+  return one_section("signal", "Signal", {bars});
 }
 
 // One line per sample: text or a JSON object.
@@ -30,7 +27,7 @@ static void print_sample(const Bars& found, bool json) {
   auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   if (json) {
     Json sample = {{"time", fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", now)}, {"bars", nullptr}};
-    if (found.result == VURN_OK) sample["bars"] = found.bars;
+    if (found.is_known() && found.bars >= 0) sample["bars"] = found.bars;
     if (!found.reason.empty()) sample["reason"] = found.reason;
     fmt::print("{}\n", sample.dump());
   } else {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "zopctl/host/refusals.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/printable.h"
 #include "zopctl/text/failure.h"
@@ -46,25 +47,36 @@ static Findings write_nv(const ModuleLibrary& m, const Arguments& arguments) {
 // A value that not every modem has: on failure the reason is shown.
 static Item value(const char* key, const char* label, unsigned (*get)(uint32_t*)) {
   uint32_t number = 0;
-  unsigned result = get(&number);
-  if (result != ZOP_SUCCESS) return {key, label, nullptr, zop_result(result), true};
-  return shown(key, label, number, std::to_string(number));
+  std::string why = problem(get(&number));
+  return why.empty() ? shown(key, label, number, std::to_string(number)) : failed(key, label, why);
+}
+
+static Item current_band(const ModuleLibrary& m) {
+  int32_t code = 0;
+  std::string why = problem(m.zop_get_band(&code));
+  return why.empty() ? coded("band", "Band", code, band(code)) : failed("band", "Band", why);
+}
+
+// Two items of one answer.
+static void add_backup(const ModuleLibrary& m, std::vector<Item>& items) {
+  uint32_t state = 0, number = 0;
+  std::string why = problem(m.zop_get_backup_status(&state, &number));
+  bool good = why.empty();
+  bool ready = state == 0;
+  items.push_back(good ? shown("backup_ready", "Backup", ready, ready ? "ready" : "not ready")
+                       : failed("backup_ready", "Backup", why));
+  items.push_back(good ? shown("backup_value", "Backup value", number, std::to_string(number))
+                       : failed("backup_value", "Backup value", why));
 }
 
 static Findings show_config(const ModuleLibrary& m, const Arguments&) {
-  int32_t band_code = 0;
-  require(m.zop_get_band(&band_code), "band");
-  uint32_t a = 0, b = 0;
-  require(m.zop_get_backup_status(&a, &b), "backup status");
-  return one_section(
-      "config", "Configuration",
-      {shown("band", "Band", {{"code", band_code}, {"text", band(band_code)}}, band(band_code)),
-       value("preferred_mode", "Preferred mode", m.zop_get_pref_mode),
-       value("service_domain", "Service domain", m.zop_get_pref_service_domain),
-       value("mgrf_supported", "MGRF supported", m.zop_get_mgrf_supported),
-       value("band_order", "Band order", m.zop_get_acq_band_order),
-       shown("backup_ready", "Backup", a == 0, a == 0 ? "ready" : "not ready"),
-       shown("backup_value", "Backup value", b, std::to_string(b))});
+  std::vector<Item> items = {
+      current_band(m), value("preferred_mode", "Preferred mode", m.zop_get_pref_mode),
+      value("service_domain", "Service domain", m.zop_get_pref_service_domain),
+      value("mgrf_supported", "MGRF supported", m.zop_get_mgrf_supported),
+      value("band_order", "Band order", m.zop_get_acq_band_order)};
+  add_backup(m, items);
+  return one_section("config", "Configuration", items);
 }
 
 static Findings set_band(const ModuleLibrary& m, const Arguments& arguments) {
@@ -82,11 +94,11 @@ static Findings set_mode(const ModuleLibrary& m, const Arguments& arguments) {
 static Findings set_search_order(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t kind = arguments.text("KIND") == "gsm" ? ZOP_SEARCH_GSM : ZOP_SEARCH_WCDMA;
   uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
-  unsigned result = m.zop_set_network_search_order(kind, code);
-  if (result == ZOP_ERR_BAD_RESPONSE) {
-    throw Failure("set search order: a band of the other type, or " + zop_result(result));
+  bool is_gsm_band = code < ZOP_BAND_WCDMA_2100;
+  if (is_gsm_band != (kind == ZOP_SEARCH_GSM)) {
+    throw UsageError(band(static_cast<int32_t>(code)) + " is a band of the other type");
   }
-  require(result, "set search order");
+  require(m.zop_set_network_search_order(kind, code), "set search order");
   return confirmation("config", "Configuration",
                       "search " + band(static_cast<int32_t>(code)) + " first");
 }
@@ -150,11 +162,12 @@ static Findings write_profile(const ModuleLibrary& m, const Arguments& arguments
 static Findings read_errlog(const ModuleLibrary& m, const Arguments&) {
   uint8_t log[ZOP_ERROR_LOG_SIZE];
   require(m.zop_get_err_log(log), "error log");
+  std::string newest = printable(std::span(log).subspan(1));
   return one_section(
       "errlog", "Error log",
       {shown("records", "Records", log[0], std::to_string(log[0])),
-       shown("newest", "Newest", printable(std::span(log).subspan(1)),
-             printable(std::span(log).subspan(1))),
+       newest.empty() ? unknown("newest", "Newest", "none")
+                      : shown("newest", "Newest", newest, newest),
        shown("raw", "First bytes", hex_of(log), hex_of(std::span(log).first(16)) + " ...")});
 }
 

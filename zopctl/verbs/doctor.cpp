@@ -3,9 +3,11 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
+#include "zopctl/host/bars.h"
 #include "zopctl/host/host_calls.h"
 #include "zopctl/host/log_capture.h"
 #include "zopctl/host/standard_output.h"
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/words.h"
@@ -45,6 +47,7 @@ static Check device() {
 
 static Check probe(const ModuleLibrary& m) {
   unsigned result = m.zop_open(MODULE_DEVICE);
+  if (answers_as_boot_rom()) return {Check::BAD, CRASHED, SAVE_MEMORY};
   if (result == ZOP_OPEN_UP) return {Check::GOOD, "the modem answers", ""};
   return {Check::BAD, fmt::format("no answer in five attempts (zop_open, result {})", result),
           "is this the DIAG port, and not in use? Unplug the modem and plug it in again"};
@@ -52,19 +55,14 @@ static Check probe(const ModuleLibrary& m) {
 
 static Check card(const ModuleLibrary& m) {
   uint32_t status = 0, lock = 0, retries = 0;
-  unsigned result = m.zop_simcard_status(&status, &lock, &retries);
-  if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "restart the modem"};
+  std::string why = problem(m.zop_simcard_status(&status, &lock, &retries));
+  if (answers_as_boot_rom()) return {Check::BAD, CRASHED, SAVE_MEMORY};
+  if (!why.empty()) return {Check::BAD, why, "try again; if it stays so, restart the modem"};
   std::string found =
       fmt::format("{}; {}; {} tries left", sim_status(status), lock_status(lock), retries);
-  if (status == ZOP_SIM_READY) return {Check::GOOD, found, ""};
-  if (lock == ZOP_PIN_BLOCKED) {
-    return {Check::BAD, found, "unblock it with zopctl sim unblock and the unblocking key"};
-  }
-  if (status == ZOP_SIM_NOT_INITIALISED && lock == ZOP_PIN_ENABLED) {
-    return {Check::BAD, found, "enter the PIN with zopctl sim verify"};
-  }
-  if (status == ZOP_SIM_NOT_READY) return {Check::DOUBTFUL, found, "wait, it may get ready"};
-  return {Check::BAD, found, "is a card in the slot, the right way round?"};
+  std::string advice = sim_advice(status, lock);
+  if (advice.empty()) return {Check::GOOD, found, ""};
+  return {status == ZOP_SIM_NOT_READY ? Check::DOUBTFUL : Check::BAD, found, advice};
 }
 
 static Check opened(const ModuleLibrary& m) {
@@ -78,74 +76,112 @@ static Check opened(const ModuleLibrary& m) {
 
 static Check registered(const ModuleLibrary& m) {
   uint32_t value = 0;
-  unsigned result = m.zop_get_registration_status(&value);
-  if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
+  std::string why = problem(m.zop_get_registration_status(&value));
+  if (!why.empty()) return {Check::BAD, why, "try again"};
   if (value == ZOP_REGISTRATION_SUCCESS) return {Check::GOOD, registration(value), ""};
-  return {Check::BAD, registration(value), "is an antenna connected, and the card allowed here?"};
+  if (value == ZOP_REGISTRATION_FAILED)
+    return {Check::BAD, "refused by the network",
+            "may the card be used here? zopctl plmn list forbidden; ask the operator"};
+  if (value == ZOP_REGISTRATION_NO_NETWORK)
+    return {Check::BAD, registration(value),
+            "zopctl cells shows what is received, zopctl config show a lock to a band; without any "
+            "cell, is the antenna connected?"};
+  return {Check::DOUBTFUL, registration(value), "the modem searches; wait, then try again"};
+}
+
+// What helps against a reject cause of 3GPP TS 24.008.
+static const char* advice_for(int32_t cause) {
+  switch (cause) {
+    case 2:
+    case 3:
+    case 4:
+    case 8:
+      return "the network refuses this card: ask the operator";
+    case 5:
+    case 6:
+      return "the network refuses this device: ask the operator about its IMEI";
+    case 7:
+    case 14:
+      return "does the subscription include data here?";
+    case 11:
+    case 12:
+    case 13:
+    case 15:
+      return "the card may not be used here; zopctl plmn list forbidden";
+    case 16:
+    case 17:
+    case 22:
+      return "the network has trouble; the modem goes on trying";
+    default:
+      return "ask the operator, with this cause";
+  }
 }
 
 static Check attached(const ModuleLibrary& m) {
   int32_t state = 0, cause = 0;
-  unsigned result = m.zop_get_gmm_attach_state(&state, &cause);
-  if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
+  std::string why = problem(m.zop_get_gmm_attach_state(&state, &cause));
+  if (!why.empty()) return {Check::BAD, why, "try again"};
   if (state == ZOP_ATTACH_ACCEPTED) return {Check::GOOD, "attached to the packet network", ""};
-  return {Check::BAD, fmt::format("not attached: state {}, 3GPP TS 24.008 cause {}", state, cause),
-          "does the subscription include data?"};
+  if (cause == ZOP_CAUSE_NONE)
+    return {Check::BAD, "not attached to the packet network",
+            "the lines around tell why; the modem goes on trying"};
+  return {Check::BAD, "packet network refused: " + reject_cause(cause), advice_for(cause)};
 }
 
 static Check served(const ModuleLibrary& m) {
   int32_t value = 0;
-  unsigned result = m.zop_get_service_status(&value);
-  if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
+  std::string why = problem(m.zop_get_service_status(&value));
+  if (!why.empty()) return {Check::BAD, why, "try again"};
   if (value == ZOP_SERVICE_FULL) return {Check::GOOD, service(value), ""};
   return {Check::BAD, service(value),
           "see zopctl plmn list forbidden, zopctl signal and zopctl config show"};
 }
 
 static Check bars(const ModuleLibrary& m) {
-  int value = 0;
-  QuietOutput quiet;
-  int result = m.vurn_get_bars(&value);
-  if (result != VURN_OK) {
-    return {Check::BAD, vurn_result(result), "watch it with zopctl bars --watch 5"};
-  }
-  if (value > 1) return {Check::GOOD, bars_picture(value), ""};
-  return {value == 1 ? Check::DOUBTFUL : Check::BAD, bars_picture(value),
-          "zopctl signal shows the levels; check the antenna"};
+  Bars found = read_bars(m);
+  if (!found.is_known()) return {Check::BAD, found.reason, "watch it with zopctl bars --watch 5"};
+  std::string picture = bars_picture(found.bars);
+  if (found.bars > 1) return {Check::GOOD, picture, ""};
+  if (found.bars == 1)
+    return {Check::DOUBTFUL, picture, "zopctl signal shows the levels; check the antenna"};
+  return {Check::BAD, picture + ": " + found.reason, "the lines around tell what to do"};
 }
 
 static Check network_time(const ModuleLibrary& m) {
   time_t when = 0;
   int offset = 0;
   int result = m.vurn_get_module_time(&when, &offset);
-  if (result == VURN_OK) {
+  std::string why = host_problem(result);
+  if (why.empty()) {
     tm local{};
     localtime_r(&when, &local);
     return {Check::GOOD, fmt::format("{:%Y-%m-%d %H:%M:%S}", local), ""};
   }
-  if (result != VURN_ERR_TIME_NOT_PROVIDED) return {Check::BAD, vurn_result(result), "try again"};
-  return {Check::DOUBTFUL, vurn_result(result), "not every network sends it; use zopctl time set"};
+  if (result != VURN_ERR_TIME_NOT_PROVIDED || why != vurn_result(result))
+    return {Check::BAD, why, "try again"};
+  return {Check::DOUBTFUL, why, "not every network sends it; use zopctl time set"};
 }
 
 // The conditions of the module's stuck-modem detectors, as they are now.
 static Check stuck_signs(const ModuleLibrary& m) {
   int32_t rau = 0, rau_error = 0, pdp = 0, reject = 0;
   uint32_t call = 0;
-  unsigned result = m.zop_get_gmm_rau_state(&rau, &rau_error);
-  if (result == ZOP_SUCCESS) result = m.zop_get_call_status(&call);
-  if (result == ZOP_SUCCESS) result = m.zop_get_pdp_state(&pdp, &reject);
-  if (result != ZOP_SUCCESS) return {Check::BAD, zop_result(result), "try again"};
+  std::string why = problem(m.zop_get_gmm_rau_state(&rau, &rau_error));
+  if (why.empty()) why = problem(m.zop_get_call_status(&call));
+  if (why.empty()) why = problem(m.zop_get_pdp_state(&pdp, &reject));
+  if (!why.empty()) return {Check::BAD, why, "try again"};
   if (rau == ZOP_RA_UPDATE_REJECTED && rau_error == ZOP_CAUSE_PROTOCOL_ERROR) {
     return {Check::BAD, "routing-area update rejected (cause 111)",
-            "after 60 s without an attach the module considers the modem stuck: restart it"};
+            "after 60 s without an attach the module considers the modem stuck: restart it with "
+            "zopctl config reset"};
   }
   if (call == ZOP_CALL_IDLE && (pdp == ZOP_PDP_ACTIVE_PENDING || pdp == ZOP_PDP_ACTIVE)) {
     return {Check::DOUBTFUL, "data connection active without a call",
             "after 5 s the module considers the modem stuck: restart it"};
   }
   if (reject != ZOP_CAUSE_NONE) {
-    return {Check::DOUBTFUL, fmt::format("data connection refused (cause {})", reject),
-            "see zopctl plmn list forbidden and zopctl profile list"};
+    return {Check::DOUBTFUL, "data connection refused: " + pdp_cause(reject),
+            "zopctl profile list shows the APN; does the subscription include it?"};
   }
   return {Check::GOOD, "no sign of a stuck modem", ""};
 }

@@ -1,9 +1,12 @@
 // zopctl mcc, event, call-test: the module calls that only a host makes. This program stands in for
 // the host's event platform.
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include "include/nubi.h"
 #include "zopctl/host/log_capture.h"
+#include "zopctl/host/refusals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
@@ -25,19 +28,23 @@ EXPORTED int NubiGetIntParam(const NubiEvent* event, int* value) {
 
 namespace zopctl {
 
-static void require_host(int result, const char* what) {
-  if (result != VURN_OK) throw Failure(std::string(what) + ": " + vurn_result(result));
-}
+// Where the module keeps the country of the last check.
+static constexpr char LAST_MCC[] = "/var/local/wan/mcc";
 
 static Findings show_mcc(const ModuleLibrary& m, const Arguments&) {
   int mcc = 0;
+  int last =
+      open(LAST_MCC, O_RDONLY | O_CLOEXEC);  // this program's open: where the module finds it
+  bool was_checked = last >= 0;
+  if (was_checked) close(last);
   LogCapture log(m, VURN_LOG_INFO);
   require_host(m.vurn_get_mcc(&mcc), "country");
-  bool changed = log.has("zop:mccchanged:");
-  return one_section(
-      "country", "Country",
-      {shown("mcc", "MCC", mcc, fmt::format("{:03}", mcc)),
-       shown("changed", "Changed", changed, changed ? "yes, since the last check" : "no")});
+  std::string text = fmt::format("{:03}", mcc);
+  bool has_changed = log.has("zop:mccchanged:");
+  Item changed =
+      shown("changed", "Changed", has_changed, has_changed ? "yes, since the last check" : "no");
+  if (!was_checked) changed = unknown("changed", "Changed", "this is the first check");
+  return one_section("country", "Country", {shown("mcc", "MCC", text, text), changed});
 }
 
 static Findings ring(const ModuleLibrary& m, const Arguments& arguments) {
@@ -67,10 +74,8 @@ static Findings downloaded(const ModuleLibrary& m, const Arguments&) {
 static Findings start_call_test(const ModuleLibrary& m, const Arguments& arguments) {
   int test = static_cast<int>(arguments.number("TEST", 0, 1000));
   LogCapture log(m, VURN_LOG_ERROR);
-  int result = m.vurn_originate_call_test(test);
-  if (result != VURN_OK) {
-    throw Failure("the call test did not start: " + vurn_result(result) + "\n" + log.text());
-  }
+  std::string why = host_problem(m.vurn_originate_call_test(test));
+  if (!why.empty()) throw Failure("the call test did not start: " + why + "\n" + log.text());
   std::string text = fmt::format("test {} is running; zopctl call-test stop ends it", test);
   return one_section("call_test", "Call test", {shown("test", "Started", test, text)});
 }
@@ -79,10 +84,8 @@ static Findings start_call_test(const ModuleLibrary& m, const Arguments& argumen
 static Findings stop_call_test(const ModuleLibrary& m, const Arguments&) {
   LogCapture log(m, VURN_LOG_ERROR);
   *m.sTestNum = 1;
-  int result = m.vurn_stop_call_test();
-  if (result != VURN_OK) {
-    throw Failure("the call test did not stop: " + vurn_result(result) + "\n" + log.text());
-  }
+  std::string why = host_problem(m.vurn_stop_call_test());
+  if (!why.empty()) throw Failure("the call test did not stop: " + why + "\n" + log.text());
   return one_section("call_test", "Call test",
                      {shown("stopped", "Stopped", true, "call ended, factory test mode off")});
 }

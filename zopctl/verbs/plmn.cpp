@@ -4,6 +4,7 @@
 #include <cstring>
 #include <sstream>
 
+#include "zopctl/host/refusals.h"
 #include "zopctl/text/printable.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"

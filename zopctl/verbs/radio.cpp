@@ -1,6 +1,7 @@
 // zopctl signal, cells: signal levels, and the cells that the modem receives.
 #include <fmt/format.h>
 
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/words.h"
@@ -12,9 +13,8 @@ using Json = nlohmann::ordered_json;
 
 static Item level(const char* key, const char* label, const char* unit, unsigned (*get)(int32_t*)) {
   int32_t value = 0;
-  unsigned result = get(&value);
-  if (result != ZOP_SUCCESS) return {key, label, nullptr, zop_result(result), true};
-  return shown(key, label, value, fmt::format("{} {}", value, unit));
+  std::string why = problem(get(&value));
+  return why.empty() ? measured(key, label, value, unit) : failed(key, label, why);
 }
 
 static Item bars(const ModuleLibrary& m) {
@@ -24,17 +24,17 @@ static Item bars(const ModuleLibrary& m) {
     QuietOutput quiet;
     result = m.zop_get_bars(&value);
   }
-  if (result != ZOP_SUCCESS) return {"bars", "Bars", nullptr, zop_result(result), true};
-  if (value < 0) return {"bars", "Bars", value, "none: limited service", false};
+  if (std::string why = problem(result); !why.empty()) return failed("bars", "Bars", why);
+  if (value < 0) return unknown("bars", "Bars", "none: limited service");
   return shown("bars", "Bars", value, bars_picture(value));
 }
 
 static Findings signal(const ModuleLibrary& m, const Arguments&) {
-  return one_section(
-      "signal", "Signal",
-      {level("rssi", "RSSI", "dBm", m.zop_get_rssi), level("rscp", "RSCP", "dBm", m.zop_get_rscp),
-       level("tx_power", "Tx power", "dBm", m.zop_get_txpower),
-       level("pathloss", "Path loss", "dB", m.zop_get_pathloss), bars(m)});
+  return one_section("signal", "Signal",
+                     {level("rssi_dbm", "RSSI", "dBm", m.zop_get_rssi),
+                      level("rscp_dbm", "RSCP", "dBm", m.zop_get_rscp),
+                      level("tx_power_dbm", "Tx power", "dBm", m.zop_get_txpower),
+                      level("pathloss_db", "Path loss", "dB", m.zop_get_pathloss), bars(m)});
 }
 
 static int signed16(const uint8_t* p) { return static_cast<int16_t>(le16(p)); }
@@ -42,15 +42,14 @@ static int signed16(const uint8_t* p) { return static_cast<int16_t>(le16(p)); }
 static Item wcdma_set(const char* key, const char* label, unsigned (*get)(uint8_t*, uint32_t*)) {
   uint8_t cells[ZOP_CELL_RECORD_SIZE * 255];
   uint32_t count = 255;
-  unsigned result = get(cells, &count);
-  if (result != ZOP_SUCCESS) return {key, label, nullptr, zop_result(result), true};
+  if (std::string why = problem(get(cells, &count)); !why.empty()) return failed(key, label, why);
   Json list = Json::array();
   std::string text;
   for (uint32_t i = 0; i < count; ++i) {
     const uint8_t* cell = cells + size_t{ZOP_CELL_RECORD_SIZE} * i;
     int code = le16(cell + 2);
     int ecio = signed16(cell + 4);
-    list.push_back({{"scrambling_code", code}, {"ecio", ecio}});
+    list.push_back({{"scrambling_code", code}, {"ecio_db", ecio}});
     text += fmt::format("{}{} ({} dB)", text.empty() ? "" : ", ", code, ecio);
   }
   return shown(key, label, list, text.empty() ? "(none)" : text);
@@ -58,8 +57,8 @@ static Item wcdma_set(const char* key, const char* label, unsigned (*get)(uint8_
 
 static Item gsm_neighbors(const ModuleLibrary& m) {
   uint8_t bytes[ZOP_NEIGHBOR_LIST_SIZE];
-  unsigned result = m.zop_get_neighbor_cell_list(bytes);
-  if (result != ZOP_SUCCESS) return {"gsm_neighbors", "GSM", nullptr, zop_result(result), true};
+  std::string why = problem(m.zop_get_neighbor_cell_list(bytes));
+  if (!why.empty()) return failed("gsm_neighbors", "GSM neighbours", why);
   Json list = Json::array();
   std::string text;
   uint32_t count = std::min<uint32_t>(le16(bytes), 32);
@@ -67,7 +66,7 @@ static Item gsm_neighbors(const ModuleLibrary& m) {
     const uint8_t* cell = bytes + 4 + size_t{5} * i;
     int rssi = signed16(cell);
     int arfcn = le16(cell + 2);
-    list.push_back({{"arfcn", arfcn}, {"bsic", cell[4]}, {"rssi", rssi}});
+    list.push_back({{"arfcn", arfcn}, {"bsic", cell[4]}, {"rssi_dbm", rssi}});
     text += fmt::format("{}{} ({} dBm)", text.empty() ? "" : ", ", arfcn, rssi);
   }
   return shown("gsm_neighbors", "GSM neighbours", list, text.empty() ? "(none)" : text);

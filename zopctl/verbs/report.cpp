@@ -10,6 +10,7 @@
 #include "zopctl/host/log_capture.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/host/report_text.h"
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
@@ -115,8 +116,8 @@ static Findings exception(const ModuleLibrary& m, const Arguments& arguments) {
   LogCapture log(m, VURN_LOG_INFO);
   {
     QuietOutput quiet;
-    int result = m.vurn_log_message(code, const_cast<const char**>(EXCEPTION_NAMES));
-    if (result != VURN_OK) throw Failure("report the exception: " + vurn_result(result));
+    require_host(m.vurn_log_message(code, const_cast<const char**>(EXCEPTION_NAMES)),
+                 "report the exception");
   }
   if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for five reports ...\n");
   std::vector<std::string> lines = wait_for_reports(log);

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
@@ -58,16 +59,16 @@ static Code code_of(const Arguments& arguments, const std::string& option, const
 static std::vector<Item> card_state(const ModuleLibrary& m) {
   uint32_t status = 0, lock = 0, retries = 0;
   require(m.zop_simcard_status(&status, &lock, &retries), "SIM status");
-  return {shown("status", "Status", {{"code", status}, {"text", sim_status(status)}},
-                sim_status(status)),
-          shown("lock", "PIN", {{"code", lock}, {"text", lock_status(lock)}}, lock_status(lock)),
+  return {coded("status", "Status", status, sim_status(status)),
+          coded("lock", "PIN", lock, lock_status(lock)),
           shown("pin_retries", "PIN tries left", retries, std::to_string(retries))};
 }
 
 // Whether the card accepted the code, and its state now.
 static Findings outcome(const ModuleLibrary& m, uint32_t refused) {
   std::vector<Item> items = card_state(m);
-  Item result = shown("accepted", "Accepted", refused == 0, refused == 0 ? "yes" : "no");
+  Item result = yes_or_no("accepted", "Accepted", refused == 0);
+  if (refused != 0) result.shown = "no, the card refused it; " + items.back().shown + " tries left";
   result.failed = refused != 0;
   items.insert(items.begin(), result);
   return one_section("sim", "SIM", items);

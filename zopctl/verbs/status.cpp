@@ -3,8 +3,11 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/printable.h"
 #include "zopctl/text/words.h"
@@ -12,50 +15,41 @@
 
 namespace zopctl {
 
-using Json = nlohmann::ordered_json;
-
-static Item good(std::string key, std::string label, Json value, std::string shown) {
-  return {std::move(key), std::move(label), std::move(value), std::move(shown), false};
-}
-
-static Item failed(std::string key, std::string label, std::string reason) {
-  return {std::move(key), std::move(label), nullptr, std::move(reason), true};
-}
-
-// An enumeration: number and word for programs, the word for people.
-static Item coded(const char* key, const char* label, int64_t code, const std::string& word) {
-  return good(key, label, Json{{"code", code}, {"text", word}}, word);
-}
-
 static Item text_item(const char* key, const char* label, const std::string& value) {
-  return good(key, label, value, value.empty() ? "(empty)" : value);
+  return value.empty() ? unknown(key, label, "empty") : shown(key, label, value, value);
 }
 
-// Text getters of the host interface and of the command library.
-using HostText = int (*)(char*, unsigned);
-using LibraryText = unsigned (*)(uint8_t*, uint32_t*);
+// A text getter of the command library, of char or uint8_t.
+template <typename Character>
+static Item text(const char* key, const char* label, unsigned (*get)(Character*, uint32_t*)) {
+  check_signals();
+  std::array<Character, 256> buffer{};
+  uint32_t size = buffer.size() - 1;
+  std::string why = problem(get(buffer.data(), &size));
+  if (!why.empty()) return failed(key, label, why);
+  return text_item(key, label,
+                   printable(std::string(buffer.begin(), std::ranges::find(buffer, 0))));
+}
 
-static Item text(const char* key, const char* label, HostText get) {
+// One of the host interface. Without a SIM the module is not open, but the link is.
+template <typename Character>
+static Item text(const char* key, const char* label, int (*get)(char*, unsigned),
+                 unsigned (*get_over_link)(Character*, uint32_t*)) {
   check_signals();
   char buffer[256] = {};
-  if (int result = get(buffer, sizeof buffer - 1)) return failed(key, label, vurn_result(result));
+  int result = get(buffer, sizeof buffer - 1);
+  if (result == VURN_ERR_NOT_OPEN) return text(key, label, get_over_link);
+  std::string why = host_problem(result);
+  if (!why.empty()) return failed(key, label, why);
   return text_item(key, label, printable(std::string_view(buffer)));
-}
-
-static Item text(const char* key, const char* label, LibraryText get) {
-  check_signals();
-  uint8_t buffer[256] = {};
-  uint32_t size = sizeof buffer - 1;
-  if (unsigned result = get(buffer, &size)) return failed(key, label, zop_result(result));
-  return text_item(key, label, printable(buffer));
 }
 
 // A number from the command library.
 static Item number(const char* key, const char* label, unsigned (*get)(uint32_t*)) {
   check_signals();
   uint32_t value = 0;
-  if (unsigned result = get(&value)) return failed(key, label, zop_result(result));
-  return good(key, label, value, fmt::format("{0} (0x{0:X})", value));
+  if (std::string why = problem(get(&value)); !why.empty()) return failed(key, label, why);
+  return shown(key, label, value, fmt::format("{0} (0x{0:X})", value));
 }
 
 // An enumeration from the command library.
@@ -64,43 +58,55 @@ static Item coded(const char* key, const char* label, unsigned (*get)(Number*),
                   std::string (*word)(Number)) {
   check_signals();
   Number value{};
-  if (unsigned result = get(&value)) return failed(key, label, zop_result(result));
+  if (std::string why = problem(get(&value)); !why.empty()) return failed(key, label, why);
   return coded(key, label, value, word(value));
 }
 
 static Section identity(const ModuleLibrary& m) {
   return {"identity",
           "Identity",
-          {text("imei", "IMEI", m.vurn_get_realm), text("imsi", "IMSI", m.vurn_get_imsi),
-           text("iccid", "ICCID", m.vurn_get_radio_cert_param1),
-           text("phone_number", "Phone number", m.vurn_get_radio_phone_number),
-           text("firmware", "Firmware", m.vurn_get_firmware_version),
+          {text("imei", "IMEI", m.vurn_get_realm, m.zop_get_imei),
+           text("imsi", "IMSI", m.vurn_get_imsi, m.zop_get_imsi),
+           text("iccid", "ICCID", m.vurn_get_radio_cert_param1, m.zop_get_iccid),
+           text("phone_number", "Phone number", m.vurn_get_radio_phone_number,
+                m.zop_get_radio_phone_number),
+           text("firmware", "Firmware", m.vurn_get_firmware_version, m.zop_get_firmware_version),
            text("hardware", "Hardware", m.zop_get_hardware_version),
            text("library", "Library", m.zop_get_tq2_version)}};
+}
+
+// Only the link is open without a SIM.
+static std::string why_not(int result) {
+  std::string why = host_problem(result);
+  return result == VURN_ERR_NOT_OPEN ? "known when the SIM is ready" : why;
 }
 
 static Section sim(const ModuleLibrary& m) {
   check_signals();
   uint32_t status = 0, lock = 0, retries = 0;
   Section section{"sim", "SIM", {}};
-  if (unsigned result = m.zop_simcard_status(&status, &lock, &retries)) {
-    std::string reason = zop_result(result);
+  std::string reason = problem(m.zop_simcard_status(&status, &lock, &retries));
+  if (!reason.empty()) {
     section.items = {failed("status", "Status", reason), failed("lock", "PIN", reason),
                      failed("pin_retries", "PIN tries left", reason)};
     return section;
   }
+  std::string advice = sim_advice(status, lock);
   section.items = {coded("status", "Status", status, sim_status(status)),
                    coded("lock", "PIN", lock, lock_status(lock)),
-                   good("pin_retries", "PIN tries left", retries, std::to_string(retries))};
+                   shown("pin_retries", "PIN tries left", retries, std::to_string(retries))};
+  if (!advice.empty()) {
+    section.items.push_back(shown("advice", "What to do", advice, advice));
+    section.items.back().failed = true;
+  }
   return section;
 }
 
 static Item roaming(const ModuleLibrary& m) {
   int roams = 0;
-  if (int result = m.vurn_get_roaming_status(&roams)) {
-    return failed("roaming", "Roaming", vurn_result(result));
-  }
-  return good("roaming", "Roaming", roams != 0, roams != 0 ? "yes" : "no");
+  std::string why = why_not(m.vurn_get_roaming_status(&roams));
+  return why.empty() ? yes_or_no("roaming", "Roaming", roams != 0)
+                     : failed("roaming", "Roaming", why);
 }
 
 // The modem gives the location area as "MCC-MNC 0xLAC".
@@ -112,7 +118,7 @@ static Item location_area(const ModuleLibrary& m) {
   if (hex == std::string::npos || sscanf(item.shown.c_str() + hex, "0x%x", &lac) != 1) {
     return failed("lac", "LAC", "no location area in \"" + item.shown + "\"");
   }
-  return good("lac", "LAC", lac, fmt::format("{0} (0x{0:X})", lac));
+  return shown("lac", "LAC", lac, fmt::format("{0} (0x{0:X})", lac));
 }
 
 static Section network(const ModuleLibrary& m) {
@@ -127,16 +133,15 @@ static Section network(const ModuleLibrary& m) {
 
 static Item data_mode(const ModuleLibrary& m) {
   int mode = 0;
-  if (int result = m.vurn_get_data_service_mode(&mode)) {
-    return failed("data_service_mode", "Data service", vurn_result(result));
-  }
+  std::string why = why_not(m.vurn_get_data_service_mode(&mode));
+  if (!why.empty()) return failed("data_service_mode", "Data service", why);
   return coded("data_service_mode", "Data service", mode, data_service_mode(mode));
 }
 
 static Item rssi(const ModuleLibrary& m) {
   int dbm = 0;
-  if (int result = m.vurn_get_rssi(&dbm)) return failed("rssi", "RSSI", vurn_result(result));
-  return good("rssi", "RSSI", dbm, fmt::format("{} dBm", dbm));
+  std::string why = why_not(m.vurn_get_rssi(&dbm));
+  return why.empty() ? measured("rssi_dbm", "RSSI", dbm, "dBm") : failed("rssi_dbm", "RSSI", why);
 }
 
 static Section radio(const ModuleLibrary& m) {
@@ -158,19 +163,20 @@ static Section network_time(const ModuleLibrary& m) {
   int offset = 0;
   Section section{"time", "Time", {}};
   int result = m.vurn_get_module_time(&when, &offset);
-  if (result == VURN_ERR_TIME_NOT_PROVIDED) {
+  std::string why = why_not(result);
+  if (result == VURN_ERR_TIME_NOT_PROVIDED && why == vurn_result(result)) {
     const char* reason = "not sent by the network";
-    section.items = {{"network_time", "Network time", nullptr, reason, false},
-                     {"utc_offset", "UTC offset", nullptr, reason, false}};
-  } else if (result != VURN_OK) {
-    section.items = {failed("network_time", "Network time", vurn_result(result)),
-                     failed("utc_offset", "UTC offset", vurn_result(result))};
+    section.items = {unknown("network_time", "Network time", reason),
+                     unknown("utc_offset_s", "UTC offset", reason)};
+  } else if (!why.empty()) {
+    section.items = {failed("network_time", "Network time", why),
+                     failed("utc_offset_s", "UTC offset", why)};
   } else {
     tm local{};
     localtime_r(&when, &local);
     std::string time = fmt::format("{:%Y-%m-%d %H:%M:%S}", local);
-    section.items = {good("network_time", "Network time", time, time + ", " + offset_text(offset)),
-                     good("utc_offset", "UTC offset", offset, fmt::format("{} s", offset))};
+    section.items = {shown("network_time", "Network time", time, time + ", " + offset_text(offset)),
+                     measured("utc_offset_s", "UTC offset", offset, "s")};
   }
   return section;
 }
@@ -181,7 +187,7 @@ static Findings show(const ModuleLibrary& module, const Arguments&) {
 
 const Verb STATUS = {.name = "status",
                      .help = "identity, SIM, network, mode, signal and time",
-                     .need = Session::MODULE,
+                     .need = Session::AT_LEAST_LINK,
                      .run = show};
 
 }  // namespace zopctl

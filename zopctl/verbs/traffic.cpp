@@ -5,6 +5,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "zopctl/host/refusals.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
