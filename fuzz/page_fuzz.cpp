@@ -48,12 +48,16 @@ static void add(Recording& recording, std::span<const uint8_t> bytes) {
   recording.moments.push_back(moment);
 }
 
+static void write_summary(page::HtmlWriter& html, const Recording& recording) {
+  page::write_summary(html, recording, page::statistics_of(recording));
+}
 static void write_time_line(page::HtmlWriter& html, const Recording& recording) {
-  if (!recording.moments.empty()) page::TimeLine(html, recording).draw();
+  if (recording.moments.empty()) return;
+  page::Statistics statistics = page::statistics_of(recording);
+  page::TimeLine(html, recording, statistics).draw();
 }
 static void (*const PARTS[])(page::HtmlWriter&, const Recording&) = {
-    page::write_summary, page::write_cells, page::write_events, page::write_report,
-    write_time_line};
+    write_summary, page::write_cells, page::write_events, page::write_report, write_time_line};
 
 void fuzz(std::span<const uint8_t> input) {
   if (input.empty()) return;

@@ -18,17 +18,19 @@ std::string value_text(SeriesId series, float value) {
   return fmt::format("{:g}{}{}", value, *unit == '\0' ? "" : "\u00A0", unit);
 }
 
-TimeLine::TimeLine(HtmlWriter& html, const Recording& recording)
-    : html_(html), recording_(recording), axis_(recording) {
+TimeLine::TimeLine(HtmlWriter& html, const Recording& recording, const Statistics& statistics)
+    : html_(html), recording_(recording), statistics_(statistics), axis_(recording) {
   const Words& words = recording.words[LINK_STATE];
-  lost_ = spans_of(recording, axis_, [&](const Moment& moment) {
+  lost_ = strip_of(recording, axis_, [&](const Moment& moment) {
     return words.word(moment.states[LINK_STATE]) == "lost" ? 1U : 0U;
   });
 }
 
 std::string TimeLine::when(const Span& span) const {
-  return fmt::format("{} to {}, {}", clock_text(span.from), clock_text(span.to),
-                     duration_text(span.to - span.from));
+  int64_t whole = span.to - span.from;
+  std::string text = fmt::format("{} to {}, ", clock_text(span.from), clock_text(span.to));
+  if (span.time != whole) text += duration_text(span.time) + " of ";
+  return text + duration_text(whole);
 }
 
 void TimeLine::open_row(const char* title, const char* unit, const std::vector<SeriesId>& series) {
@@ -57,6 +59,11 @@ void TimeLine::mark(const Span& span, const std::string& style, const std::strin
                       {"width", percent(std::max(0.0015, axis_.share(span.to) - from))},
                       {"height", "100%"}});
   html_.element("title", {}, title).close();
+}
+
+void TimeLine::lost() {
+  for (const Span& span : lost_.most) mark(span, "lost", "link lost, " + when(span));
+  for (const Span& span : lost_.rare) mark(span, "lost rare", "link lost, " + when(span));
 }
 
 void TimeLine::lines_of_time() {
@@ -122,44 +129,24 @@ void TimeLine::probes() {
   }
 }
 
-namespace {
-struct Range {
-  float least = 0, most = 0;
-  bool any = false;
-};
-}  // namespace
-
-static Range range_of(const Recording& recording, const std::vector<SeriesId>& series) {
-  Range range;
-  for (const Moment& moment : recording.moments) {
-    for (SeriesId id : series) {
-      float value = moment.values[id];
-      if (std::isnan(value)) continue;
-      range.least = range.any ? std::min(range.least, value) : value;
-      range.most = range.any ? std::max(range.most, value) : value;
-      range.any = true;
-    }
-  }
-  return range;
-}
-
 void TimeLine::graph(const char* title, const std::vector<SeriesId>& series, int step) {
-  Range range = range_of(recording_, series);
-  if (!range.any) return;
-  double least = std::floor((static_cast<double>(range.least) - 1) / step) * step;
-  double most = std::ceil((static_cast<double>(range.most) + 1) / step) * step;
-  if (most - least > 6 * step) step *= 2;
+  float lowest = MISSING, highest = MISSING;
   std::string description;
   for (SeriesId id : series) {
-    Range own = range_of(recording_, {id});
-    if (own.any) {
-      description += fmt::format("{} from {} to {}. ", QUANTITIES[id].name,
-                                 value_text(id, own.least), value_text(id, own.most));
-    }
+    const Spread& spread = statistics_.spreads[id];
+    if (spread.count == 0) continue;
+    lowest = std::fmin(lowest, spread.least);
+    highest = std::fmax(highest, spread.most);
+    description += fmt::format("{} from {} to {}. ", QUANTITIES[id].name,
+                               value_text(id, spread.least), value_text(id, spread.most));
   }
+  if (std::isnan(lowest)) return;
+  double least = std::floor((static_cast<double>(lowest) - 1) / step) * step;
+  double most = std::ceil((static_cast<double>(highest) + 1) / step) * step;
+  if (most - least > 6 * step) step *= 2;
   open_row(title, QUANTITIES[series[0]].unit, series);
   open_drawing("graph", fmt::format("{} over time", title), description);
-  for (const Span& span : lost_) mark(span, "lost", "link lost, " + when(span));
+  lost();
   lines_of_time();
   lines_of_values(least, most, step);
   html_.open("svg", {{"viewBox", fmt::format("0 0 {} {}", WIDTH, HEIGHT)},
@@ -177,11 +164,15 @@ void TimeLine::bars() {
     float bars = moment.values[BARS];
     return std::isnan(bars) ? 0U : static_cast<uint32_t>(bars) + 1;
   };
-  std::vector<Span> spans = spans_of(recording_, axis_, state);
+  auto [spans, rare] = strip_of(recording_, axis_, state);
+  spans.insert(spans.end(), rare.begin(), rare.end());
   if (spans.empty()) return;
+  std::stable_sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) {
+    return a.state > b.state;  // the lower ones in front
+  });
   open_row("Bars", "0 to 5");
   open_drawing("graph low", "Bars over time", "Bars that a host shows, 0 to 5.");
-  for (const Span& span : lost_) mark(span, "lost", "link lost, " + when(span));
+  lost();
   lines_of_time();
   lines_of_values(0, 5, 5);
   for (const Span& span : spans) {
@@ -216,6 +207,12 @@ void TimeLine::clock() {
 
 void TimeLine::draw() {
   html_.open("div", {{"class", "timeline"}});
+  if (recording_.moments.size() > STRIP_COLUMNS) {
+    html_.element(
+        "p", {{"class", "extent"}},
+        "Where more happened than can be drawn, a strip shows what took most of the time, "
+        "and in its lower part what was rarest.");
+  }
   events();
   graph("Level", {RSSI, RSCP}, 10);
   graph("Quality", {ECIO}, 5);

@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "page/html_writer.h"
+#include "page/statistics.h"
 #include "page/time_axis.h"
 
 namespace page {
 
 class TimeLine {
  public:
-  TimeLine(HtmlWriter& html, const Recording& recording);
+  TimeLine(HtmlWriter& html, const Recording& recording, const Statistics& statistics);
 
   // Every drawing that has something to show.
   void draw();
@@ -32,15 +33,17 @@ class TimeLine {
   void lines_of_values(double least, double most, int step);
   void line(SeriesId series, double least, double most);
   void probes();
+  void lost();
   void mark(const Span& span, const std::string& style, const std::string& title);
   void label(const Span& span, const std::string& text);
-  void shares(const std::vector<Span>& spans, const Words& words, TrackId track);
+  void shares(TrackId track);
   std::string when(const Span& span) const;
 
   HtmlWriter& html_;
   const Recording& recording_;
+  const Statistics& statistics_;
   TimeAxis axis_;
-  std::vector<Span> lost_;
+  Strip lost_;
 };
 
 // Class of a state's colour: good, warn, bad, none, or one of the plain ones.

@@ -50,7 +50,7 @@ static void write_contents(HtmlWriter& html, const std::vector<Recording>& recor
   html.close().close();
 }
 
-static std::string extent_of(const Recording& recording) {
+static std::string extent_of(const Recording& recording, const Statistics& statistics) {
   std::string text = "from " + recording.source;
   if (recording.moments.empty()) return text;
   int64_t first = recording.moments.front().time;
@@ -58,8 +58,16 @@ static std::string extent_of(const Recording& recording) {
   text += fmt::format(", {} samples in {}, {} to {} UTC", recording.moments.size(),
                       duration_text(last - first), time_text(first),
                       first / 86'400'000 == last / 86'400'000 ? clock_text(last) : time_text(last));
+  if (statistics.gaps != 0) {
+    text += fmt::format("; nothing is known of {} without samples, which shares leave out",
+                        duration_text(statistics.gaps));
+  }
   if (recording.without_time != 0) {
     text += fmt::format("; {} without a time are left out", recording.without_time);
+  }
+  if (recording.left_out != 0) {
+    text += fmt::format("; {} lines are left out: they are cut, or build on a line that is missing",
+                        recording.left_out);
   }
   return text;
 }
@@ -69,12 +77,13 @@ static void open_block(HtmlWriter& html, const std::string& id, const char* titl
 }
 
 static void write_part(HtmlWriter& html, const Recording& recording, size_t part) {
+  Statistics statistics = statistics_of(recording);
   html.open("article", {{"id", part_id(part)}}).element("h2", {}, recording.title);
-  html.element("p", {{"class", "extent"}}, extent_of(recording));
-  write_summary(html, recording);
+  html.element("p", {{"class", "extent"}}, extent_of(recording, statistics));
+  write_summary(html, recording, statistics);
   if (!recording.moments.empty()) {
     open_block(html, part_id(part, "-time"), "Over time");
-    TimeLine(html, recording).draw();
+    TimeLine(html, recording, statistics).draw();
     html.close();
   }
   if (!recording.latest_cells().cells.empty()) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "page/html_writer.h"
+#include "page/statistics.h"
 #include "records/recording.h"
 
 namespace page {
@@ -16,7 +17,7 @@ std::string page_of(const std::vector<Recording>& recordings);
 // ---- parts of it, for one recording ----
 
 // The last state as tiles, and a list of what stands out over time.
-void write_summary(HtmlWriter& html, const Recording& recording);
+void write_summary(HtmlWriter& html, const Recording& recording, const Statistics& statistics);
 
 // The cells of the last moment that has any.
 void write_cells(HtmlWriter& html, const Recording& recording);

@@ -71,7 +71,7 @@ void write_events(HtmlWriter& html, const Recording& recording) {
   const auto& events = recording.events;
   bool few = events.size() <= OPEN_EVENT_ROWS;
   if (!few) {
-    html.open("details").element("summary", {}, fmt::format("{} events", events.size()));
+    html.open("details").element("summary", {}, fmt::format("{} events", recording.event_count()));
   }
   html.open("table").open("thead").open("tr");
   html.element("th", {{"scope", "col"}}, "Time").element("th", {{"scope", "col"}}, "Event");
@@ -82,7 +82,7 @@ void write_events(HtmlWriter& html, const Recording& recording) {
   }
   html.close().close();
   if (events.size() > MAX_EVENT_ROWS) {
-    html.element("p", {}, fmt::format("and {} more", events.size() - MAX_EVENT_ROWS));
+    html.element("p", {}, fmt::format("and {} more", recording.event_count() - MAX_EVENT_ROWS));
   }
   if (!few) html.close();
 }

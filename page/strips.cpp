@@ -87,24 +87,23 @@ void TimeLine::label(const Span& span, const std::string& text) {
   html_.element("text", {{"x", "5"}, {"y", "14"}}, text).close();
 }
 
-// The share of the time that each state took, longest first.
-void TimeLine::shares(const std::vector<Span>& spans, const Words& words, TrackId track) {
-  std::map<uint32_t, int64_t> length;
-  int64_t whole = 0;
-  for (const Span& span : spans) {
-    length[span.state] += span.to - span.from;
-    whole += span.to - span.from;
+// The share of the recorded time that each state took, longest first.
+void TimeLine::shares(TrackId track) {
+  const Words& words = recording_.words[track];
+  const std::vector<StateTime>& times = statistics_.states[track];
+  std::vector<uint32_t> order;
+  for (uint32_t state = track == NO_BARS ? 1 : 0; state < times.size(); ++state) {
+    if (times[state].whole > 0) order.push_back(state);
   }
-  std::vector<std::pair<int64_t, uint32_t>> order;
-  order.reserve(length.size());
-  for (auto [state, time] : length) order.emplace_back(-time, state);
-  std::sort(order.begin(), order.end());
+  std::stable_sort(order.begin(), order.end(),
+                   [&](uint32_t a, uint32_t b) { return times[a].whole > times[b].whole; });
   html_.open("p", {{"class", "shares"}});
   for (size_t i = 0; i < std::min(order.size(), MAX_SHARES); ++i) {
-    auto [time, state] = order[i];
-    double share = static_cast<double>(-time) / static_cast<double>(std::max<int64_t>(whole, 1));
-    html_.element("span", {{"class", "key " + state_style(track, words, state)}},
-                  fmt::format("{} {:.0f}\u00A0%", words.word(state), share * 100));
+    uint32_t state = order[i];
+    std::string style = state == 0 ? "none" : state_style(track, words, state);
+    html_.element("span", {{"class", "key " + style}},
+                  fmt::format("{} {}", state == 0 ? "not known" : words.word(state),
+                              share_text(times[state].whole, statistics_.recorded)));
   }
   if (order.size() > MAX_SHARES) {
     html_.element("span", {}, fmt::format("and {} more", order.size() - MAX_SHARES));
@@ -115,21 +114,25 @@ void TimeLine::shares(const std::vector<Span>& spans, const Words& words, TrackI
 void TimeLine::track(TrackId track) {
   const Words& words = recording_.words[track];
   auto state = [track](const Moment& moment) { return moment.states[track]; };
-  std::vector<Span> spans = spans_of(recording_, axis_, state);
-  if (spans.empty()) return;
+  Strip strip = strip_of(recording_, axis_, state);
+  if (words.count() == 1) return;
   std::string description;
-  for (size_t i = 0; i < std::min<size_t>(spans.size(), 20); ++i) {
-    description += fmt::format("{}: {}. ", words.word(spans[i].state), when(spans[i]));
+  for (size_t i = 0; i < std::min<size_t>(strip.most.size(), 20); ++i) {
+    description += fmt::format("{}: {}. ", words.word(strip.most[i].state), when(strip.most[i]));
   }
   open_row(TRACKS[track].title, "");
   open_drawing("strip", fmt::format("{} over time", TRACKS[track].title), description);
-  for (const Span& span : spans) {
+  for (const Span& span : strip.most) {
     std::string word = words.word(span.state);
     mark(span, state_style(track, words, span.state), word + "\n" + when(span));
     label(span, word);
   }
+  for (const Span& span : strip.rare) {
+    mark(span, state_style(track, words, span.state) + " rare",
+         words.word(span.state) + "\n" + when(span));
+  }
   html_.close();
-  if (words.count() > 2) shares(spans, words, track);
+  if (words.count() > 2) shares(track);
   html_.close().close();
 }
 
@@ -171,11 +174,17 @@ void TimeLine::cell(uint32_t cell) {
   };
   open_row(name.c_str(), "");
   open_drawing("strip", name + " over time", "How strong the cell was heard.");
-  for (const Span& span : spans_of(recording_, axis_, level)) {
+  Strip levels = strip_of(recording_, axis_, level), sets = strip_of(recording_, axis_, active);
+  for (const Span& span : levels.most) {
     mark(span, fmt::format("q{}", span.state - 1), name + "\n" + when(span));
   }
-  for (const Span& span : spans_of(recording_, axis_, active)) {
-    mark(span, "active-cell", name + ", active set\n" + when(span));
+  for (const Span& span : levels.rare) {
+    mark(span, fmt::format("q{} rare", span.state - 1), name + "\n" + when(span));
+  }
+  for (const auto& spans : {sets.most, sets.rare}) {
+    for (const Span& span : spans) {
+      mark(span, "active-cell", name + ", active set\n" + when(span));
+    }
   }
   close_row();
 }
@@ -208,7 +217,7 @@ void TimeLine::events() {
   }
   open_row("Events", "");
   open_drawing("strip events", "Events over time",
-               fmt::format("{} events; the table below has them.", recording_.events.size()));
+               fmt::format("{} events; the table below has them.", recording_.event_count()));
   for (const auto& [column, events] : marks) {
     std::string text;
     for (size_t i = 0; i < std::min(events.size(), MAX_EVENTS_PER_MARK); ++i) {

@@ -5,20 +5,21 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <limits>
+#include <map>
 
 namespace page {
 
 constexpr int64_t SECOND = 1000, MINUTE = 60 * SECOND, HOUR = 60 * MINUTE, DAY = 24 * HOUR;
 constexpr int64_t MAX_TICKS = 8;
 constexpr size_t POINT_COLUMNS = 1500;
-constexpr size_t SPAN_COLUMNS = 600;
 
 // ---- the axis ----
 
 TimeAxis::TimeAxis(const Recording& recording) : from_(0), to_(SECOND) {
   if (!recording.moments.empty()) {
     from_ = recording.moments.front().time;
-    to_ = std::max(from_ + SECOND, recording.end_of(recording.moments.size() - 1));
+    to_ = std::max(from_ + SECOND, recording.moments.back().end);
   }
   set_ticks();
 }
@@ -65,52 +66,78 @@ void TimeAxis::set_ticks() {
   }
 }
 
-// ---- spans ----
+// ---- strips ----
 
 static void append(std::vector<Span>& spans, const Span& span) {
   bool goes_on = !spans.empty() && spans.back().state == span.state && spans.back().to == span.from;
   if (goes_on) {
     spans.back().to = span.to;
+    spans.back().time += span.time;
   } else if (span.state != 0) {
     spans.push_back(span);
   }
 }
 
-static int64_t column_start(const TimeAxis& axis, size_t column) {
-  int64_t range = axis.to() - axis.from();
-  return axis.from() + range * static_cast<int64_t>(column) / static_cast<int64_t>(SPAN_COLUMNS);
-}
-
 static size_t column_of(const TimeAxis& axis, int64_t time, size_t columns) {
-  return std::min(columns - 1,
-                  static_cast<size_t>(axis.share(time) * static_cast<double>(columns)));
+  auto count = static_cast<int64_t>(columns);
+  int64_t column = (time - axis.from()) * count / (axis.to() - axis.from());
+  return static_cast<size_t>(std::clamp<int64_t>(column, 0, count - 1));
 }
 
-static std::vector<Span> thinned(const std::vector<Span>& spans, const TimeAxis& axis) {
-  std::unordered_map<uint32_t, int64_t> length;
-  for (const Span& span : spans) length[span.state] += span.to - span.from;
-  std::vector<uint32_t> winners(SPAN_COLUMNS, 0);
-  for (const Span& span : spans) {
-    size_t last = column_of(axis, std::max(span.from, span.to - 1), SPAN_COLUMNS);
-    for (size_t column = column_of(axis, span.from, SPAN_COLUMNS); column <= last; ++column) {
-      uint32_t& winner = winners[column];
-      if (winner == 0 || length[span.state] < length[winner]) winner = span.state;
-    }
+// The first ms of a column of a strip.
+static int64_t column_start(const TimeAxis& axis, size_t column) {
+  auto count = static_cast<int64_t>(STRIP_COLUMNS);
+  int64_t way = (axis.to() - axis.from()) * static_cast<int64_t>(column);
+  return axis.from() + (way + count - 1) / count;
+}
+
+namespace {
+// How long each state lasted in a column.
+using Column = std::map<uint32_t, int64_t>;
+}  // namespace
+
+static std::vector<Column> columns_of(const std::vector<Span>& spans, const TimeAxis& axis) {
+  std::vector<Column> columns(STRIP_COLUMNS);
+  for (size_t i = 0; i < STRIP_COLUMNS; ++i) {
+    columns[i][0] = column_start(axis, i + 1) - column_start(axis, i);
   }
-  std::vector<Span> columns;
-  for (size_t column = 0; column < SPAN_COLUMNS; ++column) {
-    append(columns, {column_start(axis, column), column_start(axis, column + 1), winners[column]});
+  for (const Span& span : spans) {
+    for (int64_t from = span.from; from < span.to;) {
+      size_t column = column_of(axis, from, STRIP_COLUMNS);
+      int64_t to = std::min(span.to, column_start(axis, column + 1));
+      columns[column][span.state] += to - from;
+      columns[column][0] -= to - from;
+      from = to;
+    }
   }
   return columns;
 }
 
-std::vector<Span> spans_of(const Recording& recording, const TimeAxis& axis, const StateOf& state) {
-  std::vector<Span> spans;
-  for (size_t i = 0; i < recording.moments.size(); ++i) {
-    const Moment& moment = recording.moments[i];
-    append(spans, {moment.time, recording.end_of(i), state(moment)});
+static Strip thinned(const std::vector<Span>& spans, const TimeAxis& axis) {
+  Column length;
+  for (const Span& span : spans) length[span.state] += span.time;
+  length[0] = std::numeric_limits<int64_t>::max();
+  auto shorter = [](const auto& a, const auto& b) { return a.second < b.second; };
+  auto rarer = [&](const auto& a, const auto& b) { return length[a.first] < length[b.first]; };
+  std::vector<Column> columns = columns_of(spans, axis);
+  Strip strip;
+  for (size_t i = 0; i < STRIP_COLUMNS; ++i) {
+    int64_t from = column_start(axis, i), to = column_start(axis, i + 1);
+    auto most = std::max_element(columns[i].begin(), columns[i].end(), shorter);
+    auto rare = std::min_element(columns[i].begin(), columns[i].end(), rarer);
+    append(strip.most, {from, to, most->first, most->second});
+    if (rare != most) append(strip.rare, {from, to, rare->first, rare->second});
   }
-  return spans.size() <= SPAN_COLUMNS ? spans : thinned(spans, axis);
+  return strip;
+}
+
+Strip strip_of(const Recording& recording, const TimeAxis& axis, const StateOf& state) {
+  std::vector<Span> spans;
+  for (const Moment& moment : recording.moments) {
+    append(spans, {moment.time, moment.end, state(moment), moment.end - moment.time});
+  }
+  if (spans.size() <= STRIP_COLUMNS) return {spans, {}};
+  return thinned(spans, axis);
 }
 
 // ---- points ----
@@ -123,7 +150,7 @@ static std::vector<Point> all_points(const Recording& recording, SeriesId series
     bool present = !std::isnan(moment.values[series]);
     if (present) points.push_back({moment.time, moment.values[series], broken});
     bool last = i + 1 == recording.moments.size();
-    bool gap = !last && recording.end_of(i) != recording.moments[i + 1].time;
+    bool gap = !last && moment.end != recording.moments[i + 1].time;
     broken = !present || gap;
   }
   return points;

@@ -37,16 +37,22 @@ std::string time_text(int64_t time);
 std::string clock_text(int64_t time);     // "14:20:05"
 std::string duration_text(int64_t time);  // "1 h 02 min", "2 min 05 s", "3.2 s"
 
-// A time during which a state stays the same.
+// A time during which a state was seen.
 struct Span {
   int64_t from, to;
   uint32_t state;
+  int64_t time;  // ms with that state: all, or less where the drawing is thinned
 };
 
-// Equal neighbours become one span; 0 is no state and makes none. When there are too many spans,
-// each column shows its rarest state: a short fault stays visible.
+// A strip of states; 0 is no state and has no span. With more spans than columns, each column shows
+// the state that took most of it, and its rarest one besides: a short fault stays visible.
+struct Strip {
+  std::vector<Span> most, rare;
+};
+constexpr size_t STRIP_COLUMNS = 600;
+
 using StateOf = std::function<uint32_t(const Moment&)>;
-std::vector<Span> spans_of(const Recording& recording, const TimeAxis& axis, const StateOf& state);
+Strip strip_of(const Recording& recording, const TimeAxis& axis, const StateOf& state);
 
 struct Point {
   int64_t time;

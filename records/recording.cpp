@@ -14,6 +14,8 @@ namespace records {
 
 constexpr int64_t SILENCE_MS = 5'000;     // a sample may take this long with a silent modem
 constexpr int64_t REOPENING_MS = 30'000;  // and with one that is opened again
+constexpr int64_t USUAL_STEP_MS = 1'000;  // of a sample that is alone
+constexpr size_t STEPS_AROUND = 2;        // on each side
 constexpr size_t MAX_WORDS = 4096;        // of one track
 constexpr size_t MAX_WORD_LENGTH = 120;
 constexpr size_t MAX_CELLS = 4096;
@@ -146,7 +148,11 @@ void Recording::take_report(Moment& moment, const Json& report) {
 void Recording::add_events(int64_t time, const Json& list) {
   if (!list.is_array()) return;
   for (const Json& event : list) {
-    if (events.size() < MAX_EVENTS) events.push_back({time, state_word(event)});
+    if (events.size() < MAX_EVENTS) {
+      events.push_back({time, state_word(event)});
+    } else {
+      ++more_events;
+    }
   }
 }
 
@@ -169,11 +175,14 @@ void Recording::add_sample(const Json& line) {
   }
   Moment moment;
   moment.time = *time;
-  for (TrackId track : {LINK_STATE, NO_BARS, DEFERRED}) {
+  auto take_word = [&](TrackId track) {
     moment.states[track] = words[track].number(state_word(member_of(line, TRACKS[track].label)));
-  }
-  if (!lost) {
+  };
+  take_word(LINK_STATE);
+  take_word(DEFERRED);
+  if (!lost) {  // which is reason enough for no bars
     take_report(moment, report);
+    take_word(NO_BARS);
     moment.values[BARS] = bars_of(member_of(line, "bars"));
     bool unexplained = std::isnan(moment.values[BARS]) && moment.states[NO_BARS] == 0;
     if (unexplained) moment.states[NO_BARS] = words[NO_BARS].number("no reason given");
@@ -198,28 +207,37 @@ void Recording::add_log_report(const Json& time, const Json& report) {
   moments.push_back(std::move(moment));
 }
 
+// The time between two samples around this one: their lower median, so that neither a gap nor a
+// user who changes the interval misleads it.
+int64_t Recording::usual_step(size_t moment) const {
+  std::array<int64_t, 2 * STEPS_AROUND + 1> steps;
+  size_t count = 0;
+  size_t first = moment > STEPS_AROUND ? moment - STEPS_AROUND : 0;
+  size_t last = std::min(moment + STEPS_AROUND + 1, moments.size() - 1);
+  for (size_t i = first; i < last; ++i) {
+    int64_t step = moments[i + 1].time - moments[i].time;
+    if (step > 0) steps[count++] = step;
+  }
+  if (count == 0) return USUAL_STEP_MS;
+  auto middle = steps.begin() + static_cast<std::ptrdiff_t>((count - 1) / 2);
+  std::nth_element(steps.begin(), middle, steps.begin() + static_cast<std::ptrdiff_t>(count));
+  return *middle;
+}
+
+int64_t Recording::end_of(size_t moment) const {
+  int64_t start = moments[moment].time, step = usual_step(moment);
+  if (moment + 1 == moments.size()) return start + step;
+  int64_t next = moments[moment + 1].time;
+  bool lost = words[LINK_STATE].word(moments[moment].states[LINK_STATE]) == "lost";
+  bool gap = next - start > 3 * step + (lost ? REOPENING_MS : SILENCE_MS);
+  return gap ? start + step : next;
+}
+
 void Recording::finish() {
   auto earlier = [](const auto& a, const auto& b) { return a.time < b.time; };
   std::stable_sort(moments.begin(), moments.end(), earlier);
   std::stable_sort(events.begin(), events.end(), earlier);
-  std::vector<int64_t> steps;
-  for (size_t i = 1; i < moments.size(); ++i) {
-    int64_t step = moments[i].time - moments[i - 1].time;
-    if (step > 0) steps.push_back(step);
-  }
-  if (steps.empty()) return;
-  auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
-  std::nth_element(steps.begin(), middle, steps.end());
-  interval = *middle;
-}
-
-int64_t Recording::end_of(size_t moment) const {
-  int64_t start = moments[moment].time;
-  if (moment + 1 == moments.size()) return start + interval;
-  int64_t next = moments[moment + 1].time;
-  bool lost = words[LINK_STATE].word(moments[moment].states[LINK_STATE]) == "lost";
-  bool gap = next - start > 3 * interval + (lost ? REOPENING_MS : SILENCE_MS);
-  return gap ? start + interval : next;
+  for (size_t i = 0; i < moments.size(); ++i) moments[i].end = end_of(i);
 }
 
 const Moment& Recording::latest_cells() const {

@@ -77,6 +77,7 @@ constexpr float MISSING = std::numeric_limits<float>::quiet_NaN();
 // A sample as it is drawn.
 struct Moment {
   int64_t time = 0;  // ms since 1970, UTC
+  int64_t end = 0;   // when it ends: at the next moment, or where a gap begins
   std::array<float, SERIES_COUNT> values = {MISSING, MISSING, MISSING, MISSING, MISSING};
   std::array<uint32_t, TRACK_COUNT> states{};
   std::vector<CellReading> cells;
@@ -93,11 +94,12 @@ class Recording {
   std::string source;  // the file
   std::vector<Moment> moments;
   std::vector<Event> events;
+  size_t more_events = 0;  // left out: there are too many
   std::array<Words, TRACK_COUNT> words;
   std::vector<CellId> cells;
   Json latest = Json::object();  // by section
   size_t without_time = 0;       // samples left out for want of a time
-  int64_t interval = 1000;       // ms between two samples: the median
+  size_t left_out = 0;           // lines that were cut, or changes of a sample that is missing
 
   void add_sample(const Json& line);
   void add_log_report(const Json& time, const Json& report);
@@ -106,8 +108,7 @@ class Recording {
   // Call when all has been added.
   void finish();
 
-  // When a moment ends: at the next one, but not across a gap.
-  int64_t end_of(size_t moment) const;
+  size_t event_count() const { return events.size() + more_events; }
   // The last moment with cells, and the last one with a level; an empty one when there is none.
   const Moment& latest_cells() const;
   const Moment& latest_level() const;
@@ -117,6 +118,8 @@ class Recording {
   void take_cells(Moment& moment, const Json& report);
   void add_cell(Moment& moment, const Cell& cell);
   void add_events(int64_t time, const Json& list);
+  int64_t usual_step(size_t moment) const;
+  int64_t end_of(size_t moment) const;
 
   Moment at_rest_;  // what a report without a time says
 };

@@ -12,9 +12,12 @@
 #include <map>
 #include <memory>
 
+#include "records/changes.h"
 #include "records/utf8_text.h"
 
 namespace records {
+
+constexpr int MAX_NESTING = 32;
 
 namespace {
 class RecordingReader {
@@ -31,10 +34,13 @@ class RecordingReader {
  private:
   bool next_line();
   void take_line();
-  void take(const Json& object);
+  void take(Json object);
+  void take_sample(Json line);
   void take_log_report(const Json& report);
   Recording& recording(const std::string& host);
   void read_whole();
+  Json parsed(const std::string& text) const;
+  void count_left_out();
   [[noreturn]] void fail(const std::string& why) const;
 
   struct Closer {
@@ -51,6 +57,8 @@ class RecordingReader {
   const ItemTable& items_;
   std::vector<Recording> recordings_;
   std::unordered_map<std::string, size_t> by_host_;
+  ChangeReader changes_;
+  size_t cut_ = 0, without_base_ = 0;  // lines left out
 };
 }  // namespace
 
@@ -99,11 +107,28 @@ static bool has_a_section(const Json& object) {
   return false;
 }
 
-void RecordingReader::take(const Json& object) {
+void RecordingReader::take_sample(Json line) {
+  const Json& format = member_of(line, "format");
+  if (format.is_number() && format > RECORDING_FORMAT) {
+    fail(fmt::format("recorded by a newer zopctl, in format {}", format.dump()));
+  }
+  const Json* sample = changes_.sample_of(std::move(line));
+  if (sample == nullptr) {
+    ++without_base_;
+  } else {
+    recording("").add_sample(*sample);
+  }
+}
+
+static bool is_sample(const Json& object) {
+  return object.contains("link") || object.contains("report") || ChangeReader::is_change(object);
+}
+
+void RecordingReader::take(Json object) {
   if (object.is_object() && object.contains("items") && object["items"].is_object()) {
     take_log_report(object);
-  } else if (object.is_object() && (object.contains("link") || object.contains("report"))) {
-    recording("").add_sample(object);
+  } else if (object.is_object() && is_sample(object)) {
+    take_sample(std::move(object));
   } else if (object.is_object() && has_a_section(object)) {
     recording("").set_report(object);
   } else {
@@ -121,17 +146,33 @@ static std::string reason_of(const Json::exception& error) {
   return shortened(as_utf8(reason), 160);
 }
 
+// Deep nesting would exhaust the stack when a value is copied.
+Json RecordingReader::parsed(const std::string& text) const {
+  return Json::parse(text, [this](int depth, Json::parse_event_t, const Json&) {
+    if (depth > MAX_NESTING) fail("lists or objects nested too deep");
+    return true;
+  });
+}
+
+// A program that died leaves half a line, to which the next one may have appended; and the end of a
+// file may begin within a line.
+static bool is_cut(std::string_view line, const Json::exception& error) {
+  constexpr int SYNTAX = 101;
+  return error.id == SYNTAX && (line.starts_with('{') || line.ends_with('}'));
+}
+
 void RecordingReader::take_line() {
   if (text_.find_first_not_of(" \t\r") == std::string_view::npos) return;
   Json object;
   try {
-    object = Json::parse(as_utf8(text_));
+    object = parsed(as_utf8(text_));
   } catch (const Json::exception& error) {
-    if (ended_) fail("no JSON: " + reason_of(error));
-    callbacks_.warn(fmt::format("{}:{}: the last line is cut, and left out", name_, number_));
+    if (ended_ && !is_cut(text_, error)) fail("no JSON: " + reason_of(error));
+    callbacks_.warn(fmt::format("{}:{}: the line is cut, and left out", name_, number_));
+    ++cut_;
     return;
   }
-  take(object);
+  take(std::move(object));
 }
 
 // A report over several lines; its first line is in text_.
@@ -145,7 +186,7 @@ void RecordingReader::read_whole() {
   } while (next_line());
   text = as_utf8(text);
   try {
-    take(Json::parse(text));
+    take(parsed(text));
   } catch (const Json::parse_error& error) {
     auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
     number_ = 1 + static_cast<uint64_t>(std::count(text.begin(), end, '\n'));
@@ -156,6 +197,14 @@ void RecordingReader::read_whole() {
   }
 }
 
+void RecordingReader::count_left_out() {
+  if (without_base_ > 0) {
+    callbacks_.warn(fmt::format("{}: {} changes of a sample that is missing are left out", name_,
+                                without_base_));
+  }
+  if (by_host_.contains("")) recording("").left_out = cut_ + without_base_;
+}
+
 std::vector<Recording> RecordingReader::read() {
   bool more = next_line();
   std::string_view first = text_.substr(0, text_.find_last_not_of(" \t\r") + 1);
@@ -164,6 +213,7 @@ std::vector<Recording> RecordingReader::read() {
   } else {
     for (; more; more = next_line()) take_line();
   }
+  count_left_out();
   if (recordings_.empty()) throw Failure(name_ + ": there is nothing in it to show");
   for (Recording& made : recordings_) made.finish();
   return std::move(recordings_);

@@ -14,9 +14,12 @@
 
 #include <atomic>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 #include <thread>
 
+#include "records/changes.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/live/live_screen.h"
 #include "zopctl/live/sampler.h"
@@ -28,18 +31,28 @@ using Json = nlohmann::ordered_json;
 
 static constexpr unsigned MAX_INTERVAL_S = 3600;
 
-static std::string json_line(const Sample& sample) {
-  return as_json(sample).dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+static std::string line_of(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 // ---- the recording ----
 
+// The program that wrote it died within a line.
+static bool is_cut(const std::string& name) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(name, error)) return false;
+  std::ifstream file(name, std::ios::binary);
+  return file.seekg(-1, std::ios::end) && file.get() != '\n';
+}
+
 namespace {
-// Appends to a file. A line is written whole or not at all.
+// Appends to a file. A line is written completely or not at all.
 class RecordingFile {
  public:
   explicit RecordingFile(const std::string& file)
-      : file_(file), fd_(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666)) {
+      : file_(file),
+        is_cut_(is_cut(file)),
+        fd_(open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {
     if (fd_ < 0) fail();
   }
   ~RecordingFile() { close(fd_); }
@@ -56,13 +69,15 @@ class RecordingFile {
   }
 
   std::string file_;
+  bool is_cut_;
   int fd_;
   uint64_t count_ = 0;
+  records::ChangeWriter writer_;
 };
 }  // namespace
 
 void RecordingFile::add(const Sample& sample) {
-  std::string line = json_line(sample);
+  std::string line = (is_cut_ ? "\n" : "") + line_of(writer_.line_of(as_json(sample)));
   struct stat before = {};
   bool is_file = fstat(fd_, &before) == 0 && S_ISREG(before.st_mode);
   for (size_t done = 0; done < line.size();) {
@@ -76,6 +91,7 @@ void RecordingFile::add(const Sample& sample) {
     }
     done += static_cast<size_t>(n);
   }
+  is_cut_ = false;
   ++count_;
 }
 
@@ -125,7 +141,7 @@ class Sampling {
 
 static void print_lines(Sampling& sampling, bool json) {
   sampling.run([json](const Sample& sample) {
-    fmt::print("{}", json ? json_line(sample) : as_line(sample) + '\n');
+    fmt::print("{}", json ? line_of(as_json(sample)) : as_line(sample) + '\n');
     if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
   });
 }
@@ -269,7 +285,7 @@ const Verb MONITOR = {
     .help = "watch signal, cells, state and events of the modem",
     .need = Session::MODULE,
     .arguments = {{.name = "--record",
-                   .help = "append each sample to this file, one JSON object per line"},
+                   .help = "append the samples to this file, one JSON object per line"},
                   {.name = "--interval", .help = "seconds between samples, default 1"},
                   {.name = "--count", .help = "end after this many samples"}},
     .run = monitor};
