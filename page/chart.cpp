@@ -61,9 +61,18 @@ void TimeLine::mark(const Span& span, const std::string& style, const std::strin
   html_.element("title", {}, title).close();
 }
 
+void TimeLine::marks(const Strip& strip, const TextOf& style, const TextOf& title) {
+  for (const Span& span : strip.most) {
+    mark(span, style(span.state), title(span.state) + "\n" + when(span));
+  }
+  for (const Span& span : strip.rare) {
+    mark(span, style(span.state) + " rare", title(span.state) + "\n" + when(span));
+  }
+}
+
 void TimeLine::lost() {
-  for (const Span& span : lost_.most) mark(span, "lost", "link lost, " + when(span));
-  for (const Span& span : lost_.rare) mark(span, "lost rare", "link lost, " + when(span));
+  marks(
+      lost_, [](uint32_t) { return "lost"; }, [](uint32_t) { return "link lost"; });
 }
 
 void TimeLine::lines_of_time() {

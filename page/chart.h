@@ -2,6 +2,8 @@
 // axis, so that things above each other happened at the same time.
 #pragma once
 
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "page/html_writer.h"
@@ -34,6 +36,8 @@ class TimeLine {
   void line(SeriesId series, double least, double most);
   void probes();
   void lost();
+  using TextOf = std::function<std::string(uint32_t state)>;
+  void marks(const Strip& strip, const TextOf& style, const TextOf& title);
   void mark(const Span& span, const std::string& style, const std::string& title);
   void label(const Span& span, const std::string& text);
   void shares(TrackId track);

@@ -114,23 +114,18 @@ void TimeLine::shares(TrackId track) {
 void TimeLine::track(TrackId track) {
   const Words& words = recording_.words[track];
   auto state = [track](const Moment& moment) { return moment.states[track]; };
+  auto word_of = [&](uint32_t number) { return words.word(number); };
+  auto style_of = [&](uint32_t number) { return state_style(track, words, number); };
   Strip strip = strip_of(recording_, axis_, state);
-  if (words.count() == 1) return;
+  if (strip.most.empty() && strip.rare.empty()) return;
   std::string description;
   for (size_t i = 0; i < std::min<size_t>(strip.most.size(), 20); ++i) {
     description += fmt::format("{}: {}. ", words.word(strip.most[i].state), when(strip.most[i]));
   }
   open_row(TRACKS[track].title, "");
   open_drawing("strip", fmt::format("{} over time", TRACKS[track].title), description);
-  for (const Span& span : strip.most) {
-    std::string word = words.word(span.state);
-    mark(span, state_style(track, words, span.state), word + "\n" + when(span));
-    label(span, word);
-  }
-  for (const Span& span : strip.rare) {
-    mark(span, state_style(track, words, span.state) + " rare",
-         words.word(span.state) + "\n" + when(span));
-  }
+  marks(strip, style_of, word_of);
+  for (const Span& span : strip.most) label(span, words.word(span.state));
   html_.close();
   if (words.count() > 2) shares(track);
   html_.close().close();
@@ -174,18 +169,12 @@ void TimeLine::cell(uint32_t cell) {
   };
   open_row(name.c_str(), "");
   open_drawing("strip", name + " over time", "How strong the cell was heard.");
-  Strip levels = strip_of(recording_, axis_, level), sets = strip_of(recording_, axis_, active);
-  for (const Span& span : levels.most) {
-    mark(span, fmt::format("q{}", span.state - 1), name + "\n" + when(span));
-  }
-  for (const Span& span : levels.rare) {
-    mark(span, fmt::format("q{} rare", span.state - 1), name + "\n" + when(span));
-  }
-  for (const auto& spans : {sets.most, sets.rare}) {
-    for (const Span& span : spans) {
-      mark(span, "active-cell", name + ", active set\n" + when(span));
-    }
-  }
+  marks(
+      strip_of(recording_, axis_, level),
+      [](uint32_t state) { return fmt::format("q{}", state - 1); }, [&](uint32_t) { return name; });
+  marks(
+      strip_of(recording_, axis_, active), [](uint32_t) { return "active-cell"; },
+      [&](uint32_t) { return name + ", active set"; });
   close_row();
 }
 
