@@ -29,6 +29,9 @@ class ChangeReader {
   // The sample of a line, until the next one; null when a line that it builds on is missing.
   const Json* sample_of(Json line);
 
+  // A line is missing here.
+  void miss() { next_ = -1; }
+
  private:
   Json sample_;
   int64_t next_ = -1;  // number of the change that fits; -1 when none does

@@ -170,6 +170,7 @@ void RecordingReader::take_line() {
     if (ended_ && !is_cut(text_, error)) fail("no JSON: " + reason_of(error));
     callbacks_.warn(fmt::format("{}:{}: the line is cut, and left out", name_, number_));
     ++cut_;
+    changes_.miss();
     return;
   }
   take(std::move(object));
@@ -199,8 +200,8 @@ void RecordingReader::read_whole() {
 
 void RecordingReader::count_left_out() {
   if (without_base_ > 0) {
-    callbacks_.warn(fmt::format("{}: {} changes of a sample that is missing are left out", name_,
-                                without_base_));
+    callbacks_.warn(fmt::format("{}: {} lines build on a line that is missing, and are left out",
+                                name_, without_base_));
   }
   if (by_host_.contains("")) recording("").left_out = cut_ + without_base_;
 }
