@@ -1,5 +1,4 @@
-// Control characters are shown as their Unicode pictures: a browser would drop or reinterpret them.
-// Characters that change the direction of writing are replaced: they can disguise a text.
+// Markup is escaped; what else a text may not hold is the records' rule for all texts.
 #include "page/html_writer.h"
 
 #include <fmt/format.h>
@@ -11,8 +10,6 @@
 
 namespace page {
 
-constexpr char UNREADABLE[] = "\uFFFD";
-
 std::string percent(double share) {
   if (!std::isfinite(share)) share = 0;
   std::string digits = fmt::format("{:.3f}", share * 100);
@@ -21,26 +18,11 @@ std::string percent(double share) {
   return digits + "%";
 }
 
-static std::string control_picture(char c) {
-  if (c == 0x7F) return "\u2421";
-  std::string picture = "\u2400";
-  picture.back() = static_cast<char>(picture.back() + c);
-  return picture;
-}
-
-// U+0080 to U+009F, U+202A to U+202E, U+2066 to U+2069.
-static bool misleads(std::string_view character) {
-  if (character.size() == 2) return character[0] == '\xC2' && (character[1] & 0xE0) == 0x80;
-  if (character.size() != 3) return false;
-  return (character >= "\u202A" && character <= "\u202E") ||
-         (character >= "\u2066" && character <= "\u2069");
-}
-
 // The replacement of a character; empty for a character that needs none.
 static std::string replaced(std::string_view character) {
-  if (character.empty() || misleads(character)) return UNREADABLE;
-  if (character.size() > 1) return "";
-  switch (char c = character[0]) {
+  switch (character.size() == 1 ? character[0] : '\0') {
+    case '\n':
+      return "";
     case '&':
       return "&amp;";
     case '<':
@@ -52,7 +34,7 @@ static std::string replaced(std::string_view character) {
     case '\'':
       return "&#39;";
     default:
-      return (c < 0x20 && c != '\n') || c == 0x7F ? control_picture(c) : "";
+      return records::instead_of(character);
   }
 }
 

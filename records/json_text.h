@@ -1,4 +1,4 @@
-// A text as a JSON string with its quotes. Invalid UTF-8 becomes U+FFFD. For long outputs, which
+// A text as a JSON string with its quotes, safe to show on a terminal. For long outputs, which
 // nlohmann::json would hold in memory.
 #pragma once
 

@@ -1,6 +1,9 @@
-// Overlong forms, surrogates and code points above U+10FFFF are invalid.
+// Overlong forms, surrogates and code points above U+10FFFF are invalid. Control characters are
+// shown as their Unicode pictures: a terminal would obey them, a browser drop them. C1 controls,
+// characters that change the direction of writing and separators of lines are replaced.
 #include "records/utf8_text.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace records {
@@ -39,6 +42,46 @@ std::string as_utf8(std::string_view text) {
     text.remove_prefix(1);
   }
   return clean;
+}
+
+static std::string control_picture(char c) {
+  if (c == 0x7F) return "\u2421";
+  std::string picture = "\u2400";
+  picture.back() = static_cast<char>(picture.back() + c);
+  return picture;
+}
+
+// U+0080 to U+009F, and U+061C.
+static bool two_bytes_mislead(std::string_view character) {
+  return character == "\u061C" || (character[0] == '\xC2' && (character[1] & 0xE0) == 0x80);
+}
+
+static bool three_bytes_mislead(std::string_view character) {
+  return character == "\u200E" || character == "\u200F" ||
+         (character >= "\u2028" && character <= "\u202E") ||
+         (character >= "\u2066" && character <= "\u2069");
+}
+
+std::string instead_of(std::string_view character) {
+  if (character.empty()) return UNREADABLE;
+  char c = character[0];
+  if (character.size() == 1) return uint8_t(c) < 0x20 || c == 0x7F ? control_picture(c) : "";
+  bool misleads = (character.size() == 2 && two_bytes_mislead(character)) ||
+                  (character.size() == 3 && three_bytes_mislead(character));
+  return misleads ? UNREADABLE : "";
+}
+
+std::string safe_text(std::string_view text, std::string_view kept) {
+  std::string safe;
+  safe.reserve(text.size());
+  while (!text.empty()) {
+    std::string_view character = text.substr(0, utf8_length(text));
+    bool stays = character.size() == 1 && kept.find(character[0]) != std::string_view::npos;
+    std::string instead = stays ? "" : instead_of(character);
+    safe += instead.empty() ? character : instead;
+    text.remove_prefix(std::max<size_t>(1, character.size()));
+  }
+  return safe;
 }
 
 std::string shortened(std::string_view text, size_t most) {

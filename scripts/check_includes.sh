@@ -32,7 +32,7 @@ check simulator/scenario include simulator/line simulator/download simulator/mod
 check simulator include
 check records include
 check page records
-check zopctl/text include
+check zopctl/text include records
 check zopctl/host include simulator records zopctl/text
 check zopctl/live records zopctl/text zopctl/host
 check zopctl/firmware simulator zopctl/text zopctl/host

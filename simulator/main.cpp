@@ -8,9 +8,8 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <fstream>
-#include <iostream>
 
+#include "simulator/line/private_file.h"
 #include "simulator/line/terminal.h"
 #include "simulator/model/state_file.h"
 #include "simulator/modem.h"
@@ -170,9 +169,13 @@ static sim::Modem::Trace trace_of(const Options& options) {
   if (options.trace_to_stderr)
     return [](const std::string& line) { fmt::print(stderr, "{}\n", line); };
   if (options.trace.empty()) return {};
-  auto file = std::make_shared<std::ofstream>(options.trace);
-  if (!*file) throw std::runtime_error("can't write the trace to " + options.trace);
-  return [file](const std::string& line) { *file << line << std::endl; };
+  int fd = sim::make_private_file(options.trace);
+  if (fd < 0) throw std::runtime_error("can't write the trace to " + options.trace);
+  std::shared_ptr<FILE> file(fdopen(fd, "w"), fclose);
+  return [file](const std::string& line) {
+    fmt::print(file.get(), "{}\n", line);
+    fflush(file.get());
+  };
 }
 
 // A descriptor that becomes readable when the program is to end.

@@ -13,6 +13,7 @@
 #include "zopctl/options.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/output.h"
+#include "zopctl/text/printable.h"
 
 using namespace zopctl;
 
@@ -55,7 +56,7 @@ static void print_error(const Verb* verb, const Failure& failure) {
   if (verb != nullptr && verb->events) object = {{"event", "end"}, {"result", failure.result}};
   object["error"] = error_object(failure.exit_code, failure.what(), failure.advice);
   if (failure.details.is_object()) object.update(failure.details);
-  printf("%s\n", object.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+  printf("%s\n", printable_json(object).c_str());
   fflush(stdout);
 }
 
@@ -71,7 +72,8 @@ static int end_with(bool json, const Verb* verb, Failure failure) {
   failure = with_advice(failure);
   if (json) print_error(verb, failure);
   const char* link = failure.advice.empty() ? "" : "; ";
-  fprintf(stderr, "zopctl: %s%s%s\n", failure.what(), link, failure.advice.c_str());
+  std::string text = failure.what() + std::string(link) + failure.advice;
+  fprintf(stderr, "zopctl: %s\n", printable(text, "\n").c_str());
   return failure.exit_code;
 }
 

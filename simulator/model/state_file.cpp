@@ -2,7 +2,6 @@
 // and renamed over it.
 #include "simulator/model/state_file.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,6 +9,8 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+
+#include "simulator/line/private_file.h"
 
 namespace sim {
 
@@ -79,7 +80,7 @@ void StateFile::load(Model& model) {
 }
 
 static void write_file(const std::string& path, const std::string& text) {
-  int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  int fd = make_private_file(path);
   if (fd < 0) fail(path);
   size_t done = 0;
   while (done < text.size()) {

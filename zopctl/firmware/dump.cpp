@@ -54,7 +54,7 @@ bool Dump::is_wanted(const std::string& name) {
 
 // Called by the module for each region of the modem's list, which is the same in each pass.
 int Dump::open_region(const mem_dump_region& region, uint32_t& done) try {
-  std::string name = printable(std::string(region.name));
+  std::string name = printable_ascii(region.name);
   ++listed_;
   if (first_) offered_.push_back(name);
   size_t number = seen_[fmt::format("{} {} {}", name, region.base, region.length)]++;

@@ -11,12 +11,12 @@
 #include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/printable.h"
 
 namespace zopctl {
 
 constexpr auto BAR_INTERVAL = std::chrono::milliseconds(100);
 constexpr size_t BAR_WIDTH = 24;
-constexpr auto REPLACE = Progress::Json::error_handler_t::replace;
 
 static unsigned share(uint64_t done, uint64_t total, unsigned parts) {
   if (total == 0) return 0;
@@ -56,7 +56,7 @@ void Progress::event(const char* name, const Json& fields) {
   if (style_ != EVENTS) return;
   Json object = {{"event", name}};
   object.update(fields);
-  print_line(object.dump(-1, ' ', false, REPLACE));
+  print_line(printable_json(object));
 }
 
 void Progress::on_hard_exit(const std::string& text, const std::string& advice, int exit_code) {
@@ -67,7 +67,7 @@ void Progress::on_hard_exit(const std::string& text, const std::string& advice, 
                      .event = {},
                      .event_fd = fileno(out_),
                      .exit_code = exit_code};
-  if (style_ == EVENTS) words.event = event.dump(-1, ' ', false, REPLACE) + "\n";
+  if (style_ == EVENTS) words.event = printable_json(event) + "\n";
   set_last_words(words);
 }
 

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "simulator/line/private_file.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/text/failure.h"
 
@@ -15,7 +16,10 @@ namespace zopctl {
 constexpr uint8_t FLAG = 0x7E;
 
 static FILE* open_capture(const std::string& path) {
-  if (path != "-") return fopen(path.c_str(), "wbe");
+  if (path != "-") {
+    int fd = sim::make_private_file(path);
+    return fd < 0 ? nullptr : fdopen(fd, "wb");
+  }
   FILE* output = duplicate_standard_output("wb");
   dup2(STDERR_FILENO, STDOUT_FILENO);
   return output;

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "zopctl/text/printable.h"
+
 namespace zopctl {
 
 namespace {
@@ -42,7 +44,7 @@ void print_table(const Findings& findings) {
     for (const Item& item : section.items) {
       std::string shown = item.value.is_null() ? "-  (" + item.shown + ")" : item.shown;
       fmt::print("  {}{:{}}{}  {}{}{}\n", c.label, item.label, width, c.off,
-                 item.failed ? c.bad : "", shown, c.off);
+                 item.failed ? c.bad : "", printable(shown, "\n"), c.off);
     }
   }
 }
@@ -61,8 +63,7 @@ void print_json(const Findings& findings) {
     }
   }
   root["problems"] = problems;
-  // A modem's texts may contain invalid UTF-8, which would otherwise throw.
-  fmt::print("{}\n", root.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
+  fmt::print("{}\n", printable_json(root, 2));
 }
 
 bool any_failed(const Findings& findings) {

@@ -1,18 +1,17 @@
-// The only place that makes text safe for a terminal.
+// The only place that makes text safe for a terminal; the rule is that of pages and parsed logs.
 #include "zopctl/text/printable.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "records/utf8_text.h"
 
 namespace zopctl {
 
+using Json = nlohmann::ordered_json;
+
 std::string printable(std::string_view text, std::string_view kept) {
-  std::string shown(text);
-  auto is_control = [kept](char c) {
-    auto byte = static_cast<uint8_t>(c);
-    return (byte < 0x20 || byte == 0x7F) && kept.find(c) == std::string_view::npos;
-  };
-  std::ranges::replace_if(shown, is_control, '?');
-  return shown;
+  return records::safe_text(text, kept);
 }
 
 std::string printable(std::span<const uint8_t> field) {
@@ -21,10 +20,28 @@ std::string printable(std::span<const uint8_t> field) {
 }
 
 std::string printable_ascii(std::string_view text) {
-  std::string shown = printable(text);
+  std::string shown(text);
   std::ranges::replace_if(
-      shown, [](char c) { return static_cast<uint8_t>(c) >= 0x80; }, '?');
+      shown, [](uint8_t c) { return c < 0x20 || c >= 0x7F; }, '?');
   return shown;
+}
+
+// Keys too: they may be labels of a report.
+static Json made_printable(const Json& value) {
+  if (value.is_string()) return printable(value.get_ref<const std::string&>());
+  if (!value.is_structured()) return value;
+  Json made = value.is_array() ? Json::array() : Json::object();
+  for (const auto& [key, member] : value.items()) {
+    if (value.is_array())
+      made.push_back(made_printable(member));
+    else
+      made[printable(key)] = made_printable(member);
+  }
+  return made;
+}
+
+std::string printable_json(const Json& value, int indent) {
+  return made_printable(value).dump(indent);
 }
 
 }  // namespace zopctl

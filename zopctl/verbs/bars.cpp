@@ -3,6 +3,7 @@
 #include "zopctl/host/standard_output.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
 
@@ -29,9 +30,9 @@ static void print_sample(const Bars& found, bool json) {
     Json sample = {{"time", fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", now)}, {"bars", nullptr}};
     if (found.is_known() && found.bars >= 0) sample["bars"] = found.bars;
     if (!found.reason.empty()) sample["reason"] = found.reason;
-    fmt::print("{}\n", sample.dump());
+    fmt::print("{}\n", printable_json(sample));
   } else {
-    fmt::print("{:%H:%M:%S}  {}  {}\n", now, bars_picture(found.bars), found.reason);
+    fmt::print("{:%H:%M:%S}  {}  {}\n", now, bars_picture(found.bars), printable(found.reason));
   }
   if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
 }

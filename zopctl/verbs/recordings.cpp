@@ -12,13 +12,14 @@
 #include "zopctl/host/report_text.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/printable.h"
 #include "zopctl/verbs/verbs.h"
 
 namespace zopctl {
 
 namespace fs = std::filesystem;
 
-static void warn(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", text); }
+static void warn(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", printable(text)); }
 
 static const records::Callbacks CALLBACKS = {check_signals, warn};
 

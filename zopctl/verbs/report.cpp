@@ -37,9 +37,7 @@ static std::string fresh_log_string(const ModuleLibrary& m) {
       fmt::format("no field-test data within {} s; check with zopctl doctor", FRESH_DATA_S));
 }
 
-static void print_object(const Json& object) {
-  fmt::print("{}\n", object.dump(2, ' ', false, Json::error_handler_t::replace));
-}
+static void print_object(const Json& object) { fmt::print("{}\n", printable_json(object, 2)); }
 
 static void print_text(const std::string& text) { fmt::print("{}", printable(text, "\n")); }
 

@@ -1,32 +1,20 @@
-// zopctl sim: the card and its PIN. Codes come from an option, from a prompt without echo or from
+// zopctl sim: the card and its PIN. Codes come from an option, a file, a prompt without echo or
 // standard input; they are never shown.
-#include <termios.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
 #include <iostream>
 
 #include "zopctl/host/refusals.h"
+#include "zopctl/host/hidden_input.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
 
 namespace zopctl {
-
-static std::string prompt_without_echo(const std::string& what) {
-  termios before;
-  tcgetattr(STDIN_FILENO, &before);
-  termios quiet = before;
-  quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-  fprintf(stderr, "%s: ", what.c_str());
-  tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
-  std::string code;
-  std::getline(std::cin, code);
-  tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
-  fputc('\n', stderr);
-  return code;
-}
 
 namespace {
 // 4 to 8 digits, padded with zero bytes to the 8 bytes that the card expects.
@@ -36,16 +24,7 @@ struct Code {
 };
 }  // namespace
 
-static Code code_of(const Arguments& arguments, const std::string& option, const char* what) {
-  std::string text;
-  if (arguments.has(option)) {
-    text = arguments.text(option);
-  } else if (isatty(STDIN_FILENO) != 0) {
-    text = prompt_without_echo(what);
-  } else {
-    std::getline(std::cin, text);
-  }
-  check_signals();
+static Code code_of(const std::string& text, const char* what) {
   bool digits = text.find_first_not_of("0123456789") == std::string::npos;
   if (!digits || text.size() < 4 || text.size() > ZOP_PIN_SIZE) {
     throw UsageError(std::string(what) + " must have 4 to 8 digits");
@@ -55,6 +34,46 @@ static Code code_of(const Arguments& arguments, const std::string& option, const
   for (size_t i = 0; i < text.size(); ++i) code.bytes[i] = static_cast<uint8_t>(text[i]);
   return code;
 }
+
+static std::string line_of(std::istream& in) {
+  std::string line;
+  std::getline(in, line);
+  return line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
+}
+
+namespace {
+// The codes that a verb needs, taken in the order in which they are asked for.
+class Codes {
+ public:
+  explicit Codes(const Arguments& arguments) : arguments_(arguments) {
+    if (!arguments.has("--pin-file")) return;
+    from_file_ = true;
+    const std::string& name = arguments.text("--pin-file");
+    if (name == "-") return;
+    file_.open(name);
+    if (!file_) throw Failure("can't read " + name + ": " + strerror(errno));
+  }
+
+  Code take(const std::string& option, const char* what) {
+    std::string text = text_of(option, what);
+    check_signals();
+    return code_of(text, what);
+  }
+
+ private:
+  std::string text_of(const std::string& option, const char* what) {
+    bool given = arguments_.has(option);
+    if (given && from_file_) throw UsageError(option + " and --pin-file give the same code");
+    if (given) return arguments_.text(option);
+    if (from_file_) return line_of(file_.is_open() ? file_ : std::cin);
+    return isatty(STDIN_FILENO) != 0 ? ask_hidden(std::string(what) + ": ") : line_of(std::cin);
+  }
+
+  const Arguments& arguments_;
+  bool from_file_ = false;
+  std::ifstream file_;  // closed: standard input
+};
+}  // namespace
 
 static std::vector<Item> card_state(const ModuleLibrary& m) {
   uint32_t status = 0, lock = 0, retries = 0;
@@ -83,15 +102,14 @@ using TwoCodes = unsigned (*)(const uint8_t*, uint32_t, const uint8_t*, uint32_t
 
 static Findings with_pin(const ModuleLibrary& m, const Arguments& arguments, OneCode operate,
                          const char* what) {
-  Code pin = code_of(arguments, "--pin", "PIN");
+  Code pin = Codes(arguments).take("--pin", "PIN");
   uint32_t refused = 0;
   require(operate(pin.bytes, pin.length, &refused), what);
   return outcome(m, refused);
 }
 
-static Findings with_new_pin(const ModuleLibrary& m, const Code& old_code,
-                             const Arguments& arguments, TwoCodes operate, const char* what) {
-  Code pin = code_of(arguments, "--new-pin", "new PIN");
+static Findings with_new_pin(const ModuleLibrary& m, const Code& old_code, const Code& pin,
+                             TwoCodes operate, const char* what) {
   uint32_t refused = 0;
   require(operate(old_code.bytes, old_code.length, pin.bytes, pin.length, &refused), what);
   return outcome(m, refused);
@@ -110,39 +128,57 @@ static Findings disable(const ModuleLibrary& m, const Arguments& arguments) {
 }
 
 static Findings change(const ModuleLibrary& m, const Arguments& arguments) {
-  Code old_pin = code_of(arguments, "--pin", "old PIN");
-  return with_new_pin(m, old_pin, arguments, m.zop_simcard_change, "change");
+  Codes codes(arguments);
+  Code old_pin = codes.take("--pin", "old PIN");
+  return with_new_pin(m, old_pin, codes.take("--new-pin", "new PIN"), m.zop_simcard_change,
+                      "change");
 }
 
 static Findings unblock(const ModuleLibrary& m, const Arguments& arguments) {
-  Code key = code_of(arguments, "--key", "unblocking key");
-  return with_new_pin(m, key, arguments, m.zop_simcard_unblock, "unblock");
+  Codes codes(arguments);
+  Code key = codes.take("--key", "unblocking key");
+  return with_new_pin(m, key, codes.take("--new-pin", "new PIN"), m.zop_simcard_unblock, "unblock");
 }
 
-static const Argument PIN = {.name = "--pin", .help = "the PIN; asked for if not given"};
-static const Argument OLD_PIN = {.name = "--pin", .help = "the old PIN; asked for if not given"};
+static const Argument PIN = {
+    .name = "--pin",
+    .help = "the PIN; ps shows it to every user: better leave it out and be asked"};
+static const Argument OLD_PIN = {.name = "--pin",
+                                 .help = "the old PIN; better left out, as ps shows it"};
 static const Argument NEW_PIN = {.name = "--new-pin",
-                                 .help = "the new PIN; asked for if not given"};
-static const Argument KEY = {.name = "--key", .help = "the unblocking key; asked for if not given"};
+                                 .help = "the new PIN; better left out, as ps shows it"};
+static const Argument KEY = {.name = "--key",
+                             .help = "the unblocking key; better left out, as ps shows it"};
+static const Argument PIN_FILE = {
+    .name = "--pin-file",
+    .help = "file of the codes that are asked for, one a line; - is standard input"};
 
 const Verbs SIM_VERBS = {
     {.noun = "sim", .name = "status", .help = "card, lock and tries left", .run = status},
-    {.noun = "sim", .name = "verify", .help = "enter the PIN", .arguments = {PIN}, .run = verify},
-    {.noun = "sim", .name = "enable", .help = "enable the PIN", .arguments = {PIN}, .run = enable},
+    {.noun = "sim",
+     .name = "verify",
+     .help = "enter the PIN",
+     .arguments = {PIN, PIN_FILE},
+     .run = verify},
+    {.noun = "sim",
+     .name = "enable",
+     .help = "enable the PIN",
+     .arguments = {PIN, PIN_FILE},
+     .run = enable},
     {.noun = "sim",
      .name = "disable",
      .help = "disable the PIN",
-     .arguments = {PIN},
+     .arguments = {PIN, PIN_FILE},
      .run = disable},
     {.noun = "sim",
      .name = "change",
      .help = "change the PIN",
-     .arguments = {OLD_PIN, NEW_PIN},
+     .arguments = {OLD_PIN, NEW_PIN, PIN_FILE},
      .run = change},
     {.noun = "sim",
      .name = "unblock",
      .help = "replace a blocked PIN, with the unblocking key",
-     .arguments = {KEY, NEW_PIN},
+     .arguments = {KEY, NEW_PIN, PIN_FILE},
      .run = unblock},
 };
 
