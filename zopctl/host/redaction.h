@@ -1,5 +1,5 @@
-// Blanks what identifies a subscriber in a capture: PINs and unblocking keys, identities, numbers,
-// messages, and the modem's memory.
+// Blanks what identifies a person or is a secret in a capture: PINs and keys, identities, numbers,
+// messages, profiles, the place, NV items and the modem's memory; and all that is not understood.
 #pragma once
 
 #include "simulator/line/capture.h"
@@ -13,7 +13,7 @@ class Redaction {
   sim::Bytes blank(const sim::CapturedPacket& packet);
 
  private:
-  bool memory_was_asked_for_ = false;
+  bool downloads_ = false;  // the last request was one of the boot ROM or the programmer
 };
 
 }  // namespace zopctl
