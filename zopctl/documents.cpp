@@ -23,10 +23,15 @@ static const GlobalOption GLOBAL_OPTIONS[] = {
     {"--sim-speed", "N",
      "run the simulated modem's clock, and all waits, N times faster; with --device only the "
      "waits"},
-    {"--device", "PATH", "serial device of the modem's DIAG port"},
+    {"--device", "PATH",
+     "serial device of the modem's DIAG port; default $ZOPCTL_DEVICE, /dev/tts/USB1, or the only "
+     "port of a modem that answers"},
+    {"--wait", nullptr,
+     "wait for the modem's device to come, with --wait=N at most N seconds; before a verb that has "
+     "its own --wait"},
     {"--library", "PATH", "module to load"},
     {"--capture", "FILE", "record every frame on the line to a pcapng file; - is standard output"},
-    {"--redact", nullptr, "blank PINs, identities, numbers, messages and memory in the capture"},
+    {"--redact", nullptr, "blank secrets in the capture, and what identifies a person or a place"},
     {"--json", nullptr, "print JSON"},
     {"--log", "MASK", "show the module's log lines; MASK is a number or comma-separated names"},
     {"--help", nullptr, "print help; also after a verb"},

@@ -21,6 +21,8 @@ Examples:
   zopctl --sim=roaming status        status of a simulated modem that is roaming
   zopctl status --log error,general  also print the module's log lines
   zopctl doctor                      find out what is wrong and what to try
+  zopctl devices                     the ports where a modem answers
+  zopctl --wait=60 status            wait for a modem that is being plugged in
   zopctl report --wait               the diagnostic report, with fresh data from the modem
   zopctl monitor                     watch the modem, q quits
   zopctl sim verify                  ask for the PIN and send it to the card
@@ -79,6 +81,15 @@ static unsigned mask_of(const std::string& text) {
   return mask;
 }
 
+// 0: without an end.
+static unsigned seconds_of(const std::string& text) {
+  unsigned seconds = 0;
+  if (!CLI::detail::lexical_cast(text, seconds) || seconds > 86400) {
+    throw CLI::ValidationError("--wait", "\"" + text + "\" is no number of seconds up to 86400");
+  }
+  return seconds;
+}
+
 static void add_options(CLI::App& app, Options& options, std::string& sim, std::string& log) {
   app.set_version_flag("--version", "zopctl " ZOP_VERSION);
   app.add_flag("--sim{-}", sim, "use a simulated modem; --sim=SCENARIO selects a scenario")
@@ -89,14 +100,15 @@ static void add_options(CLI::App& app, Options& options, std::string& sim, std::
       ->check(CLI::Range(0.01, 1000.0))
       ->group("Modem");
   app.add_option("--device", options.device,
-                 std::string("serial device of the modem's DIAG port, default ") + MODULE_DEVICE)
+                 std::string("serial device of the modem's DIAG port; default $ZOPCTL_DEVICE, ") +
+                     MODULE_DEVICE + ", or the only port of a modem that answers")
       ->group("Modem");
   app.add_option("--library", options.library, "module to load")->group("Modem");
   app.add_option("--capture", options.capture,
                  "record every frame on the line to this pcapng file; - is standard output")
       ->group("Output");
   app.add_flag("--redact", options.redact,
-               "blank PINs, identities, numbers, messages and memory in the capture")
+               "blank secrets in the capture, and what identifies a person or a place")
       ->group("Output");
   app.add_flag("--json", options.json, "print JSON")->group("Output");
   app.add_option("--log", log, "show the module's log lines: a mask or comma-separated names")
@@ -196,11 +208,15 @@ static UsageError usage_error(CLI::App& app, const std::string& sim, const CLI::
 
 std::optional<Options> read_options(int argc, char** argv) {
   Options options;
-  std::string sim, log, completion;
+  std::string sim, log, wait, completion;
   bool man = false;
   std::list<Parsed> parsed;
   CLI::App app{"zopctl checks and controls a 3G modem through its module, as a host does."};
   add_options(app, options, sim, log);
+  app.add_flag("--wait{0}", wait,
+               "wait for the modem's device to come, --wait=N at most N seconds; put it before a "
+               "verb that has its own --wait")
+      ->group("Modem");
   app.add_option("--completion", completion, "print the completion script of a shell")
       ->check(CLI::IsMember({"bash", "zsh"}))
       ->group("Setup");
@@ -210,6 +226,7 @@ std::optional<Options> read_options(int argc, char** argv) {
   try {
     app.parse(argc, argv);
     if (!log.empty()) options.log_mask = mask_of(log);
+    if (!wait.empty()) options.wait = seconds_of(wait);
     if (!sim.empty() && !options.device.empty()) {
       throw CLI::ValidationError("--sim", "can't be combined with --device");
     }
@@ -224,7 +241,13 @@ std::optional<Options> read_options(int argc, char** argv) {
   }
   take_verb(parsed, options);
   options.arguments.json = options.json;
+  options.arguments.redact = options.redact;
   const Verb& verb = *options.verb;
+  if (options.redact && options.capture.empty() && !verb.redacts) {
+    fprintf(stderr, "zopctl: --redact has nothing to blank; use it with --capture FILE\n");
+    exit_code = 2;
+    return std::nullopt;
+  }
   options.doing = verb.noun == nullptr ? verb.name : std::string(verb.noun) + " " + verb.name;
   options.simulate = !sim.empty();
   if (sim != "-") options.scenario = sim;

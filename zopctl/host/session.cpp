@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "zopctl/host/device_choice.h"
 #include "zopctl/host/device_sharing.h"
 #include "zopctl/host/host_calls.h"
 #include "zopctl/host/standard_output.h"
@@ -88,9 +89,11 @@ Session::Session(const Setting& setting, Need need) {
         SimulatorProcess::Setting{setting.scenario, root_->device(), setting.sim_speed});
     map_device(root_->device());
   } else {
-    std::string device = setting.device.empty() ? MODULE_DEVICE : setting.device;
+    std::string device = MODULE_DEVICE;
+    if (need != LIBRARY) device = choose_device({setting.device, setting.wait});
     map_device(std::filesystem::absolute(device));
-    if (need != LIBRARY) lock_ = std::make_unique<PortLock>(mapped_device(), setting.doing);
+    if (need != LIBRARY && need != DEVICE)
+      lock_ = std::make_unique<PortLock>(mapped_device(), setting.doing);
   }
   set_speed(setting.sim_speed);
   bool opens = need == MODULE || need == LINK || need == AT_LEAST_LINK;

@@ -19,18 +19,20 @@ class Session {
   // Which modem, through which library, and what is shown of it.
   struct Setting {
     bool simulate = false;
-    std::string scenario;  // with simulate; empty: the simulator's default
-    double sim_speed = 1;  // of its clock
-    std::string device;    // empty: the module's own
-    std::string capture;   // file for all that goes over the line; "-" is standard output
-    bool redact = false;   // blank secrets in it
-    std::string doing;     // what other programs are told that want the port
-    std::string library;   // empty: found beside the program or by the loader
+    std::string scenario;          // with simulate; empty: the simulator's default
+    double sim_speed = 1;          // of its clock
+    std::string device;            // empty: the usual one, or the only one
+    std::optional<unsigned> wait;  // seconds to wait for it, 0 without an end
+    std::string capture;           // file for all that goes over the line; "-" is standard output
+    bool redact = false;           // blank secrets in it
+    std::string doing;             // what other programs are told that want the port
+    std::string library;           // empty: found beside the program or by the loader
     std::optional<unsigned> log_mask;
   };
   // What is opened: all by vurn_open, which needs a ready SIM; only the serial link; all, or only
-  // the link if there is no SIM; nothing, but the port is reserved; or nothing.
-  enum Need { MODULE, LINK, AT_LEAST_LINK, PORT, LIBRARY };
+  // the link if there is no SIM; nothing, but the port is reserved; nothing, but the port is chosen;
+  // or nothing.
+  enum Need { MODULE, LINK, AT_LEAST_LINK, PORT, DEVICE, LIBRARY };
 
   // Throws Failure when there is no device, no library, or no modem.
   Session(const Setting& setting, Need need);

@@ -15,6 +15,7 @@ class Arguments {
   std::map<std::string, std::vector<std::string>> lists;
   bool yes = false;   // --yes: a dangerous verb is confirmed
   bool json = false;  // for verbs that print their own output
+  bool redact = false;
 
   bool has(const std::string& name) const { return texts.count(name) != 0; }
   const std::string& text(const std::string& name) const { return texts.at(name); }

@@ -221,7 +221,7 @@ static Findings doctor(const ModuleLibrary& m, const Arguments&) {
 
 const Verb DOCTOR = {.name = "doctor",
                      .help = "check every step from device to network and say what to try",
-                     .need = Session::LIBRARY,
+                     .need = Session::DEVICE,
                      .run = doctor};
 
 }  // namespace zopctl
