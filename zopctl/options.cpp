@@ -23,6 +23,7 @@ Examples:
   zopctl doctor                      find out what is wrong and what to try
   zopctl devices                     the ports where a modem answers
   zopctl --wait=60 status            wait for a modem that is being plugged in
+  zopctl support -o case.tar.gz      one file for those who help, without secrets
   zopctl report --wait               the diagnostic report, with fresh data from the modem
   zopctl monitor                     watch the modem, q quits
   zopctl sim verify                  ask for the PIN and send it to the card
@@ -244,9 +245,7 @@ std::optional<Options> read_options(int argc, char** argv) {
   options.arguments.redact = options.redact;
   const Verb& verb = *options.verb;
   if (options.redact && options.capture.empty() && !verb.redacts) {
-    fprintf(stderr, "zopctl: --redact has nothing to blank; use it with --capture FILE\n");
-    exit_code = 2;
-    return std::nullopt;
+    throw UsageError("--redact has nothing to blank; use it with --capture FILE");
   }
   options.doing = verb.noun == nullptr ? verb.name : std::string(verb.noun) + " " + verb.name;
   options.simulate = !sim.empty();

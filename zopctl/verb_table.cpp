@@ -26,10 +26,24 @@ const std::vector<Noun>& nouns() {
 }
 
 static Verbs all_verbs() {
-  Verbs all = {
-      STATUS,        SIGNAL,          BARS,           MONITOR, MCC,       DOCTOR, DEVICES,
-      REPORT,        EXCEPTION,       CELLS,          DUMP,    PARSE_LOG, HTML,   FIRMWARE_INFO,
-      FIRMWARE_SEAL, FIRMWARE_UPDATE, FIRMWARE_FINISH};
+  Verbs all = {STATUS,
+               SIGNAL,
+               BARS,
+               MONITOR,
+               MCC,
+               DOCTOR,
+               DEVICES,
+               SUPPORT,
+               REPORT,
+               EXCEPTION,
+               CELLS,
+               DUMP,
+               PARSE_LOG,
+               HTML,
+               FIRMWARE_INFO,
+               FIRMWARE_SEAL,
+               FIRMWARE_UPDATE,
+               FIRMWARE_FINISH};
   for (const Verbs* rows :
        {&SIM_VERBS, &PLMN_VERBS, &NV_VERBS, &CONFIG_VERBS, &PROFILE_VERBS, &ERRLOG_VERBS,
         &CALL_VERBS, &CALL_TEST_VERBS, &EVENT_VERBS, &SMS_VERBS, &TIME_VERBS}) {
