@@ -15,7 +15,12 @@ class TemporaryFolder {
     if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp " + name);
     path = name;
   }
-  ~TemporaryFolder() { std::filesystem::remove_all(path); }
+  // A program that is ending may remove a file of its own meanwhile.
+  ~TemporaryFolder() {
+    std::error_code error;
+    for (int tries = 0; tries < 100 && std::filesystem::exists(path, error); ++tries)
+      std::filesystem::remove_all(path, error);
+  }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
