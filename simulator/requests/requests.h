@@ -21,7 +21,7 @@ enum ErrorAnswer : uint8_t {
   SECURITY = 71,
 };
 
-// The error in words, "bad command"; null if an answer that begins with this byte is no error answer.
+// The error in words, "bad command"; null if an answer that begins with this byte is no refusal.
 const char* error_text(uint8_t code);
 
 constexpr uint8_t VENDOR = 0xCF;
