@@ -106,6 +106,7 @@ static std::string first_line(const fs::path& path) {
   std::ifstream(path, std::ios::binary).read(text.data(), text.size());
   size_t end = 0;
   while (end < text.size() && text[end] != '\0' && text[end] != '\n' && text[end] != '\r') ++end;
+  while (end > 0 && text[end - 1] == ' ') --end;
   std::vector<uint8_t> line(text.begin(), text.begin() + static_cast<ptrdiff_t>(end));
   return printable(line);
 }

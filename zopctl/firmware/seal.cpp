@@ -43,6 +43,7 @@ std::optional<Sums> read_sums(const fs::path& path) {
   Sums sums;
   std::string line;
   for (int number = 1; std::getline(file, line); ++number) {
+    if (line.ends_with('\r')) line.pop_back();
     bool comment = line.starts_with('#');
     if (!comment && !take_line(line, sums))
       throw Failure(fmt::format("line {} is not the SHA-256 and name of one more file", number));
