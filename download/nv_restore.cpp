@@ -157,11 +157,11 @@ static bool is_ready() { return diag_wrapper_write(DIAG_AFTER_CONNECT) == 1 && w
 
 // A readiness value of 0 requests a backup. With another value nothing is done if the family has
 // not changed. An update that is resumed goes on after its last step.
-static bool renew_nv_items(const char* path) {
+static bool renew_nv_items(const char* path, int step) {
   if (!reconnect(path)) return false;
-  if (gNvStep < MODEM_NV_REBUILT) {
+  if (step < MODEM_NV_REBUILT) {
     if (!is_ready()) return false;
-    bool begins = gNvStep == MODEM_NV_UNTOUCHED;
+    bool begins = step == MODEM_NV_UNTOUCHED;
     if (begins && gReadinessValue != 0 && same_version_family()) return true;
     if (begins && gReadinessValue == 0 && !nv_backup()) return false;
     if (!nv_rebuild(path)) return false;
@@ -170,17 +170,18 @@ static bool renew_nv_items(const char* path) {
 }
 
 int modem_dload_end_process(const char* path) {
-  if (gHasVersionInfo == 0) return 1;
+  int step = gNvStep;
+  gNvStep = MODEM_NV_UNTOUCHED;  // of one update only
+  if (gHasVersionInfo == 0 || step == MODEM_NV_RESTORED) return 1;
   sleep(BOOT_S);
-  bool good = renew_nv_items(path);
+  bool good = renew_nv_items(path, step);
   zop_close();
-  gNvStep = MODEM_NV_UNTOUCHED;
   return good ? 1 : 0;
 }
 
 void modem_resume_update(const char* old_version, const char* new_version, int nv_step) {
   snprintf(gModemVersion, sizeof gModemVersion, "%s", old_version);
-  snprintf(gVersionInfo, sizeof gVersionInfo, "%s", new_version);
-  gHasVersionInfo = new_version[0] != '\0';
+  gHasVersionInfo = new_version != nullptr;
+  snprintf(gVersionInfo, sizeof gVersionInfo, "%s", gHasVersionInfo != 0 ? new_version : "");
   gNvStep = nv_step;
 }

@@ -46,11 +46,12 @@ int modem_dload_end_process(const char* path);
 enum {
   MODEM_NV_UNTOUCHED,
   MODEM_NV_BACKED_UP, /* "DLOAD: NV Backup" was printed */
-  MODEM_NV_REBUILT    /* "DLOAD: NV Rebuild" was printed */
+  MODEM_NV_REBUILT,   /* "DLOAD: NV Rebuild" was printed */
+  MODEM_NV_RESTORED   /* "DLOAD: NV Restore" was printed, nothing is left to do */
 };
 
 /* Prepares modem_dload_end_process for an update that another process has begun: the version that
- * the modem ran before, the version of the set (empty for a set without "version_info"), and the
+ * the modem ran before, the version of the set (NULL for a set without "version_info"), and the
  * last step of its NV items, from which the work goes on: a second backup would overwrite the
  * first. A later modem_diag_process or modem_dload_process replaces the version that it reads. */
 void modem_resume_update(const char* old_version, const char* new_version, int nv_step);

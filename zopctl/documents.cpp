@@ -81,7 +81,12 @@ void print_man_page() {
   fmt::print(
       ".SH EXIT STATUS\n0 success, 1 the modem or the module failed, 2 bad usage. firmware update "
       "also has 3 the modem has no usable firmware, update again, 4 written, but the end is not "
-      "done, and 5 the modem runs another version afterwards.\n");
+      "done, and 5 the modem runs another version afterwards. 130 (Ctrl-C) and 143 (SIGTERM): it "
+      "was stopped, an update before it wrote anything.\n.SH FILES\n"
+      "/var/lib/zopctl/update_*.json, of other users in ~/.local/state/zopctl: the journal of an "
+      "update, kept until the new version has been read.\n.br\n"
+      "/var/lock/LCK..*: the locks of the ports in use.\n.SH ENVIRONMENT\n"
+      "ZOPCTL_STATE_DIR and ZOPCTL_LOCK_DIR name other folders for the journals and the locks.\n");
 }
 
 static std::string words_after(const std::string& noun) {

@@ -256,13 +256,15 @@ TEST_F(Download, an_update_is_resumed_after_its_last_nv_step) {
     int step, backup_value;
     std::string asked;
   } rows[] = {
-      {"Q71XEB21.004", "", MODEM_NV_REBUILT, 0, ""},
+      {"Q71XEB21.004", nullptr, MODEM_NV_REBUILT, 0, ""},
+      {"Q71XEB21.004", "", MODEM_NV_UNTOUCHED, 1, CONNECT + POLL},
       {"Q71XEB21.004", "Q71XEB22.001", MODEM_NV_UNTOUCHED, 1,
        CONNECT + POLL + "rebuild " + REBUILT},
       {"Q71XEB21.004", "Q71XEB21.009", MODEM_NV_UNTOUCHED, 1, CONNECT + POLL},
       {"Q71XEB21.004", "Q71XEB21.009", MODEM_NV_BACKED_UP, 0,
        CONNECT + POLL + "rebuild " + REBUILT + "restore "},
       {"Q71XEB21.004", "Q71XEB21.009", MODEM_NV_REBUILT, 0, REBUILT + "restore "},
+      {"Q71XEB21.004", "Q71XEB22.001", MODEM_NV_RESTORED, 0, ""},
   };
   for (auto& row : rows) {
     scenario.model.device.backup_value = row.backup_value;

@@ -15,7 +15,7 @@ static ImageSet good_images(const std::string& folder) {
 }
 
 // What an update would send, in order.
-static Findings plan(const ImageSet& set, const Update::Options& options) {
+static std::vector<Item> plan(const ImageSet& set, const Update::Options& options) {
   std::vector<Item> items;
   for (const ImageFile& file : set.files) {
     bool sent = !options.modem_only || !file.is_boot_loader;
@@ -27,10 +27,23 @@ static Findings plan(const ImageSet& set, const Update::Options& options) {
                       : options.modem_only
                           ? "never"
                           : "the modem's file system, if its partition table is not the set's";
-  items.push_back(shown("erase", "Erased", options.erase, erase));
+  items.push_back(shown("erase", "Erased", !options.modem_only, erase));
   uint64_t all = set.bytes_to_send(options.modem_only);
   items.push_back(shown("bytes", "Sent in all", all, size_text(all)));
-  return one_section("dry_run", "An update would send, the modem was not touched", items);
+  return items;
+}
+
+// Programs get events, as from an update.
+static Findings show_plan(const ImageSet& set, const Update::Options& options) {
+  std::vector<Item> items = plan(set, options);
+  if (!options.json)
+    return one_section("dry_run", "An update would send, the modem was not touched", items);
+  Progress progress(stdout, Progress::EVENTS);
+  Progress::Json fields;
+  for (const Item& item : items) fields[item.key] = item.value;
+  progress.event("dry_run", fields);
+  progress.event("end", {{"result", "done"}, {"exit_code", 0}});
+  return {};
 }
 
 // A modem whose update broke off may be restarting.
@@ -49,7 +62,7 @@ static Findings update(const ModuleLibrary& module, const Arguments& arguments) 
   if (options.modem_only && options.erase)
     throw UsageError("--modem-only never erases; leave out one of --modem-only and --erase");
   ImageSet set = good_images(arguments.text("DIR"));
-  if (arguments.has("--dry-run")) return plan(set, options);
+  if (arguments.has("--dry-run")) return show_plan(set, options);
   require_device(Journal(mapped_device()).entry().has_value());
   Update(module, set, options).run();
   return {};
@@ -60,6 +73,9 @@ static Findings finish(const ModuleLibrary& module, const Arguments& arguments) 
   if (!journal.entry())
     throw Failure("no update of the modem at " + mapped_device() + " is waiting to be finished");
   const JournalEntry& begun = *journal.entry();
+  if (begun.only_switched)
+    throw Failure(in_words(begun), NOT_CHANGED,
+                  "run zopctl firmware update " + begun.images + " again");
   if (!begun.is_written)
     throw Failure(in_words(begun), NO_FIRMWARE,
                   "run zopctl firmware update " + begun.images + " again");
@@ -67,7 +83,7 @@ static Findings finish(const ModuleLibrary& module, const Arguments& arguments) 
   ImageSet set;
   set.folder = begun.images;
   set.version = begun.new_version;
-  set.has_version_info = !begun.new_version.empty();
+  set.has_version_info = begun.has_version_info;
   Update(module, set, {.json = arguments.json}).finish();
   return {};
 }
@@ -96,6 +112,7 @@ const Verb FIRMWARE_FINISH = {
     .name = "finish",
     .help = "do the end of an update whose images are written: NV items and version",
     .need = Session::PORT,
+    .danger = "the end of an update rebuilds and restores the modem's NV items",
     .events = true,
     .run = finish};
 

@@ -2,7 +2,6 @@
 // superuser; a simulated modem's with its other files.
 #include "zopctl/firmware/journal.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,15 +12,22 @@
 #include <nlohmann/json.hpp>
 
 #include "zopctl/host/host_calls.h"
+#include "zopctl/host/module_library.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/replace_file.h"
 
 namespace zopctl {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(JournalEntry, begun, images, new_version, version_before,
-                                   is_written, nv_step)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(JournalEntry, begun, images, new_version, has_version_info,
+                                   version_before, only_switched, is_written, nv_step)
+
+[[noreturn]] static void fail(const std::string& why) {
+  throw Failure("can't keep the journal of the update: " + why, 1,
+                "name a folder that can be written in ZOPCTL_STATE_DIR");
+}
 
 static fs::path state_folder() {
   if (is_simulated()) return simulated_root();
@@ -29,7 +35,8 @@ static fs::path state_folder() {
   if (geteuid() == 0) return "/var/lib/zopctl";
   if (const char* state = getenv("XDG_STATE_HOME")) return fs::path(state) / "zopctl";
   const char* home = getenv("HOME");
-  return fs::path(home != nullptr ? home : "/tmp") / ".local/state/zopctl";
+  if (home == nullptr || home[0] == '\0') fail("HOME is not set");
+  return fs::path(home) / ".local/state/zopctl";
 }
 
 // By the path that the user gives: the device behind it may have another number when it comes back.
@@ -50,45 +57,43 @@ Journal::Journal(const std::string& device) : path_(state_folder() / file_name(d
   }
 }
 
-[[noreturn]] static void fail(const std::string& path) {
-  throw Failure("can't keep the journal of the update, " + path + ": " + strerror(errno), 1,
-                "name a folder that can be written in ZOPCTL_STATE_DIR");
-}
-
 void Journal::prepare() const {
   std::error_code error;
   fs::path folder = fs::path(path_).parent_path();
   fs::create_directories(folder, error);
-  if (access(folder.c_str(), W_OK | X_OK) != 0) fail(path_);
+  if (access(folder.c_str(), W_OK | X_OK) != 0) fail(folder.string() + ": " + strerror(errno));
 }
 
-static void write_synced(const std::string& path, const std::string& text) {
-  int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  if (fd < 0) fail(path);
-  bool good = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  good = good && fsync(fd) == 0;
-  if (close(fd) != 0 || !good) fail(path);
+bool JournalEntry::has_nv_work_left() const {
+  return !only_switched && nv_step != MODEM_NV_RESTORED;
 }
 
-static void sync_folder(const fs::path& folder) {
-  int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd < 0) return;
-  fsync(fd);
-  close(fd);
+JournalEntry Journal::continued(JournalEntry fresh) const {
+  if (!entry_) return fresh;
+  bool left = entry_->has_nv_work_left();
+  bool restored = entry_->nv_step == MODEM_NV_RESTORED;
+  if (left || fresh.version_before.empty())
+    fresh.version_before = restored ? entry_->new_version : entry_->version_before;
+  if (left) fresh.nv_step = entry_->nv_step;
+  return fresh;
 }
 
 void Journal::write(const JournalEntry& entry) {
   if (entry_ == entry) return;
-  std::string next = path_ + ".new";
-  write_synced(next, Json(entry).dump(2) + "\n");
-  if (rename(next.c_str(), path_.c_str()) != 0) fail(path_);
-  sync_folder(fs::path(path_).parent_path());
+  std::string text = Json(entry).dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  try {
+    replace_file(path_, text, 0600);
+  } catch (const Failure& failure) {
+    fail(failure.what());
+  }
   entry_ = entry;
 }
 
 void Journal::remove() {
   entry_.reset();
-  if (unlink(path_.c_str()) != 0 && errno != ENOENT) fail(path_);
+  if (unlink(path_.c_str()) != 0 && errno != ENOENT)
+    fail(path_ + " could not be removed: " + strerror(errno));
+  sync_folder(path_);
 }
 
 }  // namespace zopctl

@@ -22,7 +22,6 @@ enum : uint8_t {
 };
 enum : uint8_t {  // answers
   DMSS_NAK = 0x03,
-  STREAM_WRITTEN = 0x08,
   STREAM_ERROR = 0x0D,
   REGION_LIST = 0x11,
   MEMORY = 0x13,  // in diagnostic mode: a bad command
@@ -92,21 +91,22 @@ static bool is_override(sim::View packet) {
 static bool changes(sim::View packet) {
   return is_override(packet) || (!packet.empty() && packet[0] == OPEN_IMAGE);
 }
+static bool is_reset(sim::View packet) { return packet.size() == 1 && packet[0] == RESET; }
 bool DownloadFollower::changes_flash(sim::View piece) { return changes(packet_in(piece)); }
 bool DownloadFollower::overrides_partition(sim::View piece) {
   return is_override(packet_in(piece));
 }
 
-bool DownloadFollower::ends_writing(sim::View piece) {
-  return packet_in(piece) == sim::Bytes{RESET};
+bool DownloadFollower::ends_writing(sim::View piece) const {
+  return flash_ == CHANGED && is_reset(packet_in(piece));
 }
 
 std::optional<Amount> DownloadFollower::to_modem(sim::View piece) {
   std::optional<Amount> amount;
   for_each_packet(deframer_, piece, [&](sim::View packet) {
     request_.assign(packet.begin(), packet.end());
-    if (changes(packet)) ++unanswered_;
     if (changes(packet) && flash_ == UNCHANGED) flash_ = DOUBTFUL;
+    if (is_reset(packet) && flash_ == CHANGED) flash_ = WRITTEN;
     if (auto changed = follow(packet)) amount = changed;
   });
   return amount;
@@ -122,7 +122,6 @@ static std::string request_text(sim::View request) {
   return fmt::format("the request {:#04x}", request.empty() ? 0 : request[0]);
 }
 
-// A refused first packet has changed nothing, if no answer is missing.
 void DownloadFollower::take_answer(sim::View answer) {
   bool status = answer[0] == OPENED || answer[0] == PARTITION_ANSWER;
   bool refused = answer[0] == DMSS_NAK || answer[0] == STREAM_ERROR ||
@@ -130,7 +129,6 @@ void DownloadFollower::take_answer(sim::View answer) {
   if (refused) {
     refusal_ = request_text(request_);
     if (answer[0] == DMSS_NAK) refusal_ += ", " + nak_text(answer);
-    if (flash_ == DOUBTFUL && changes(request_) && --unanswered_ == 0) flash_ = UNCHANGED;
     return;
   }
   refusal_.clear();

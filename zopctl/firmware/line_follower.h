@@ -21,13 +21,17 @@ class DownloadFollower {
   std::optional<Amount> to_modem(sim::View piece);
   void from_modem(sim::View piece);
 
+  // Whether these bytes would restart the modem after all its images.
+  bool ends_writing(sim::View piece) const;
+
   // Whether these bytes would change the modem's flash.
   static bool changes_flash(sim::View piece);
   static bool overrides_partition(sim::View piece);
-  static bool ends_writing(sim::View piece);
 
-  // What the answers say of the modem's flash. DOUBTFUL: the first packet that changes it was sent.
-  enum Flash { UNCHANGED, DOUBTFUL, CHANGED };
+  // What is known of the modem's flash; it only ever goes on. DOUBTFUL: a packet that changes it
+  // was sent, and the modem has not said that it took it: even one that it refuses may have erased.
+  // WRITTEN: the programmer was told to restart after all images.
+  enum Flash { UNCHANGED, DOUBTFUL, CHANGED, WRITTEN };
   Flash flash() const { return flash_; }
 
   // In words, what the modem has refused last; empty after it has accepted something.
@@ -41,8 +45,7 @@ class DownloadFollower {
   const ImageSet& set_;
   sim::Deframer deframer_, answers_;
   Flash flash_ = UNCHANGED;
-  sim::Bytes request_;       // the last one
-  unsigned unanswered_ = 0;  // of the requests that change the flash
+  sim::Bytes request_;  // the last one
   std::string refusal_;
   std::string part_;
   uint64_t before_part_ = 0;  // bytes of the finished parts

@@ -74,9 +74,11 @@ const char* meaning_of(const std::string& mark) {
 std::string in_words(const JournalEntry& entry) {
   std::string version = entry.new_version.empty() ? "" : " to " + entry.new_version;
   std::string before = entry.version_before.empty() ? "" : " from " + entry.version_before;
+  const char* when = entry.only_switched ? "before it wrote"
+                     : entry.is_written  ? "after the images were written"
+                                         : "while it wrote";
   return fmt::format("an update{}{}, begun {} with {}, broke off {}", before, version, entry.begun,
-                     entry.images,
-                     entry.is_written ? "after the images were written" : "while it wrote");
+                     entry.images, when);
 }
 
 }  // namespace zopctl

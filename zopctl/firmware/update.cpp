@@ -44,34 +44,38 @@ Update::~Update() {
 // ---- what is known of the modem ----
 
 ModemState Update::state() const {
-  if (state_ == ModemState::UNTOUCHED || state_ == ModemState::WRITTEN) return state_;
-  if (follower_.flash() == DownloadFollower::CHANGED) return ModemState::HALF_WRITTEN;
-  bool doubtful = follower_.flash() == DownloadFollower::DOUBTFUL;
-  if (doubtful && state_ != ModemState::BROKEN_BEFORE) return ModemState::DOUBTFUL;
-  return state_;
+  bool was_broken = state_ == ModemState::BROKEN_BEFORE;
+  switch (state_ == ModemState::WRITTEN ? DownloadFollower::WRITTEN : follower_.flash()) {
+    case DownloadFollower::UNCHANGED:
+      return state_;
+    case DownloadFollower::DOUBTFUL:
+      return was_broken ? ModemState::HALF_WRITTEN : ModemState::DOUBTFUL;
+    case DownloadFollower::CHANGED:
+      return ModemState::HALF_WRITTEN;
+    case DownloadFollower::WRITTEN:
+      break;
+  }
+  return ModemState::WRITTEN;
 }
 
-// Also what a second signal says, which ends the program at once.
+// From its first packet that changes the modem to the end it must not be disturbed.
+bool Update::is_held() const {
+  return state_ == ModemState::WRITTEN || follower_.flash() != DownloadFollower::UNCHANGED;
+}
+
 void Update::know(ModemState state) {
   state_ = state;
-  LastWord word = last_word(state, set_.folder);
+  prepare_last_word();
+}
+
+// What a second signal says, which ends the program at once.
+void Update::prepare_last_word() {
+  LastWord word = last_word(state(), set_.folder);
   progress_.on_hard_exit("stopped: " + word.fact, word.advice,
                          word.exit_code == NOT_CHANGED ? 0 : word.exit_code);
 }
 
-// A journal that was begun for a packet which the modem has refused.
-void Update::undo_journal() {
-  bool unchanged = follower_.flash() == DownloadFollower::UNCHANGED;
-  if (!unchanged || journal_.entry() == found_) return;
-  try {
-    found_ ? journal_.write(*found_) : journal_.remove();
-  } catch (const Failure& failure) {
-    progress_.note(failure.what());
-  }
-}
-
 void Update::fail(const std::string& meaning) {
-  undo_journal();
   LastWord word = last_word(state(), set_.folder);
   std::string text = meaning + "; " + word.fact;
   if (!error_line_.empty() && refused_.empty()) text += " (the module: " + error_line_ + ")";
@@ -91,12 +95,21 @@ void Update::stop(int signal) {
 
 // ---- the journal ----
 
-void Update::begin_journal() {
+JournalEntry Update::entry() const {
   auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-  JournalEntry entry = {fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", now),
-                        std::filesystem::absolute(set_.folder), set_.version, version_before_};
-  if (journal_.entry()) entry.nv_step = journal_.entry()->nv_step;
-  journal_.write(entry);
+  return journal_.continued({.begun = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", now),
+                             .images = std::filesystem::absolute(set_.folder),
+                             .new_version = set_.version,
+                             .has_version_info = set_.has_version_info,
+                             .version_before = version_before_});
+}
+
+// In its download mode the modem will not say any more what it ran.
+void Update::note_switch() {
+  if (journal_.entry() && journal_.entry()->has_nv_work_left()) return;
+  JournalEntry switched = entry();
+  switched.only_switched = true;
+  journal_.write(switched);
 }
 
 // Called below the module, through which no exception can pass.
@@ -106,23 +119,16 @@ void Update::note(void (*change)(JournalEntry&)) {
   change(entry);
   try {
     journal_.write(entry);
-  } catch (const Failure& failure) {
+  } catch (const std::exception& failure) {
     progress_.note(failure.what());
   }
-}
-
-void Update::note_written() {
-  note([](JournalEntry& entry) { entry.is_written = true; });
-  ModemState before = state_;
-  know(ModemState::WRITTEN);
-  state_ = before;  // until the module says so too
 }
 
 // ---- progress of the module ----
 
 // Before a packet that changes the modem leaves: it may have to stay here.
 bool Update::may_be_sent(std::span<const uint8_t> piece) {
-  if (DownloadFollower::ends_writing(piece)) note_written();
+  if (follower_.ends_writing(piece)) note([](JournalEntry& entry) { entry.is_written = true; });
   if (!DownloadFollower::changes_flash(piece)) return true;
   if (options_.modem_only && DownloadFollower::overrides_partition(piece)) {
     refused_ =
@@ -132,22 +138,18 @@ bool Update::may_be_sent(std::span<const uint8_t> piece) {
   }
   if (follower_.flash() != DownloadFollower::UNCHANGED) return true;
   try {
-    begin_journal();
-  } catch (const Failure& failure) {  // it can't pass through the module
+    journal_.write(entry());
+  } catch (const std::exception& failure) {  // it can't pass through the module
     refused_ = failure.what();
     return false;
   }
-  ModemState before = state_;
-  know(ModemState::HALF_WRITTEN);
-  state_ = before;  // until the modem has taken it
   hold_on();
   return true;
 }
 
 // False when the user wants to end, and may, or when nothing happens any more.
 bool Update::goes_on() {
-  bool changed = follower_.flash() != DownloadFollower::UNCHANGED;
-  if (changed) return true;
+  if (is_held()) return true;
   if (has_caught_signal()) return false;
   if (progress_.stage_key() != "load") return true;
   stall_.refused(follower_.refusal());
@@ -162,27 +164,33 @@ bool Update::goes_on() {
 
 bool Update::on_line(Direction direction, std::span<const uint8_t> piece) {
   poll_events();
-  if (direction == Direction::FROM_MODEM) {
+  bool to_modem = direction == Direction::TO_MODEM;
+  if (to_modem && (!goes_on() || !may_be_sent(piece))) return false;
+  auto known = follower_.flash();
+  std::optional<Amount> amount;
+  if (to_modem)
+    amount = follower_.to_modem(piece);
+  else
     follower_.from_modem(piece);
-    return goes_on();
-  }
-  if (!goes_on() || !may_be_sent(piece)) return false;
-  std::optional<Amount> amount = follower_.to_modem(piece);
-  if (!amount) return true;
-  if (amount->done != reached_) stall_.progress(modem_now());
-  reached_ = amount->done;
-  progress_.amount(*amount);
-  return true;
+  if (follower_.flash() != known) prepare_last_word();
+  if (amount) show(*amount);
+  return to_modem || goes_on();
+}
+
+void Update::show(const Amount& amount) {
+  if (amount.done != reached_) stall_.progress(modem_now());
+  reached_ = amount.done;
+  progress_.amount(amount);
 }
 
 void Update::poll_events() {
   for (const std::string& line : output_.new_lines()) take_line(line);
-  bool changed = follower_.flash() != DownloadFollower::UNCHANGED;
-  if (has_caught_signal() && changed && !warned_) {
-    warned_ = true;
-    progress_.note(
-        "the modem is being written, the update continues; press Ctrl-C again to end it anyway");
-  }
+  if (!has_caught_signal() || !is_held() || warned_) return;
+  warned_ = true;
+  bool written = state() == ModemState::WRITTEN;
+  const char* now = written ? "the firmware is written, but the end of the update is not done"
+                            : "the modem is being written";
+  progress_.note(fmt::format("{}: the update continues; press Ctrl-C again to end it anyway", now));
 }
 
 void Update::take_line(const std::string& line) {
@@ -202,7 +210,7 @@ void Update::take_line(const std::string& line) {
       {"DLOAD: NV Rebuild", "first-start", "the modem rebuilds its NV items",
        [](JournalEntry& entry) { entry.nv_step = MODEM_NV_REBUILT; }},
       {"DLOAD: NV Restore", "first-start", "the modem has restored its NV items",
-       [](JournalEntry& entry) { entry.nv_step = MODEM_NV_UNTOUCHED; }},
+       [](JournalEntry& entry) { entry.nv_step = MODEM_NV_RESTORED; }},
   };
   if (line.find("Err-") != std::string::npos) error_line_ = line;
   for (const StageLine& row : STAGES) {
@@ -257,6 +265,7 @@ void Update::warn_of_downgrade() {
 // A modem whose last update failed is already in that mode and can't answer this.
 bool Update::switch_mode() {
   progress_.stage("switch", "switching the modem to download mode");
+  note_switch();
   know(ModemState::SWITCHING);
   bool good = module_.modem_diag_process() == 1;
   module_.zop_close();
@@ -295,14 +304,21 @@ void Update::await_device() {
   require_stage(wait_until(DEVICE_BACK_S, [] { return !device_problem(mapped_device()); }));
 }
 
-// The module has not read the old version if the modem was found in its download mode.
+// The module has read what the modem says, if it said something.
+void Update::resume_nv_work() {
+  JournalEntry next = entry();
+  const std::string& before = next.version_before;
+  if (!before.empty() || next.nv_step != MODEM_NV_UNTOUCHED)
+    module_.modem_resume_update(before.c_str(), nullptr, next.nv_step);
+  if (before.empty() && set_.has_version_info)
+    progress_.note(
+        "it is not known which version the modem ran: its NV items are rebuilt only if it asks");
+}
+
 void Update::download() {
   progress_.stage("load", "loading the programmer into the modem's RAM");
   stall_.progress(modem_now());
-  if (const auto& earlier = journal_.entry(); earlier && version_before_.empty()) {
-    version_before_ = earlier->version_before;
-    module_.modem_resume_update(version_before_.c_str(), "", earlier->nv_step);
-  }
+  resume_nv_work();
   module_.modem_set_config(set_.folder.c_str(), "", options_.modem_only ? 1 : 0,
                            options_.erase ? 1 : 0);
   require_stage(module_.modem_dload_process() == 1);
@@ -314,6 +330,16 @@ void Update::first_start() {
                                      ? "waiting for the new firmware and its NV items"
                                      : "waiting for the new firmware");
   require_stage(module_.modem_dload_end_process(MODULE_DEVICE) == 1);
+  note([](JournalEntry& entry) { entry.nv_step = MODEM_NV_RESTORED; });
+}
+
+// A journal that stays is only a nuisance: the modem is as it should be.
+void Update::end_journal() {
+  try {
+    journal_.remove();
+  } catch (const Failure& failure) {
+    progress_.note(std::string(failure.what()) + "; remove it: it says that this update broke off");
+  }
 }
 
 // The modem may still be restarting.
@@ -327,7 +353,7 @@ void Update::check_version() {
     module_.zop_close();
     return version.has_value();
   }));
-  journal_.remove();
+  end_journal();
   if (!set_.version.empty() && set_.version != *version) {
     Failure failure(fmt::format("the modem runs {} after the update, but the set is {}", *version,
                                 set_.version),
@@ -347,11 +373,12 @@ void Update::end_steps() {
 // The module must not meet a programmer: it would wait for answers that never come.
 void Update::enter_download_mode() {
   progress_.stage("open", "opening the modem at " + mapped_device());
+  bool broken = found_ && found_->is_half_written();
   if (end_running_programmer()) {
+    know(broken ? ModemState::BROKEN_BEFORE : ModemState::UNKNOWN);
     progress_.note("a programmer of an earlier update still runs: the modem is restarted");
     await_device();
   }
-  bool broken = found_ && !found_->is_written;
   bool switched = open_modem() && switch_mode();
   bool runs = switched || !version_before_.empty();  // a boot ROM refuses to say it
   if (!runs) know(broken ? ModemState::BROKEN_BEFORE : ModemState::UNKNOWN);
@@ -387,7 +414,8 @@ void Update::finish() {
   progress_.note(in_words(begun));
   know(ModemState::WRITTEN);
   hold_on();
-  module_.modem_resume_update(begun.version_before.c_str(), begun.new_version.c_str(),
+  module_.modem_resume_update(begun.version_before.c_str(),
+                              begun.has_version_info ? begun.new_version.c_str() : nullptr,
                               begun.nv_step);
   guarded(&Update::end_steps);
 }

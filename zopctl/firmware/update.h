@@ -40,6 +40,7 @@ class Update {
   bool on_line(Direction direction, std::span<const uint8_t> piece);
   bool may_be_sent(std::span<const uint8_t> piece);
   bool goes_on();
+  void show(const Amount& amount);
   void poll_events();
   void take_line(const std::string& line);
   bool open_modem();
@@ -51,12 +52,15 @@ class Update {
   void first_start();
   void check_version();
   std::optional<std::string> version_of_modem();
-  void begin_journal();
-  void undo_journal();
+  JournalEntry entry() const;
+  void note_switch();
+  void resume_nv_work();
+  void end_journal();
   void note(void (*change)(JournalEntry&));
-  void note_written();
   void require_stage(bool good);
   void know(ModemState state);
+  void prepare_last_word();
+  bool is_held() const;
   ModemState state() const;
   [[noreturn]] void fail(const std::string& meaning);
   [[noreturn]] void stop(int signal);

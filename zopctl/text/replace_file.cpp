@@ -40,9 +40,10 @@ static void write_new(const std::string& path, std::string_view text, mode_t mod
   fail(path);
 }
 
-// Without it a power cut may bring the old name back. Some file systems can't; the file is good.
-static void sync_folder(const std::filesystem::path& file) {
-  std::string folder = file.has_parent_path() ? file.parent_path().string() : ".";
+// Some file systems can't; the file is good.
+void sync_folder(const std::string& file) {
+  std::filesystem::path parent = std::filesystem::path(file).parent_path();
+  std::string folder = parent.empty() ? "." : parent.string();
   int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
   fsync(fd);
