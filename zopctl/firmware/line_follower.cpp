@@ -104,6 +104,7 @@ bool DownloadFollower::ends_writing(sim::View piece) const {
 std::optional<Amount> DownloadFollower::to_modem(sim::View piece) {
   std::optional<Amount> amount;
   for_each_packet(deframer_, piece, [&](sim::View packet) {
+    tries_ = std::ranges::equal(packet, request_) ? tries_ + 1 : 1;
     request_.assign(packet.begin(), packet.end());
     if (changes(packet) && flash_ == UNCHANGED) flash_ = DOUBTFUL;
     if (is_reset(packet) && flash_ == CHANGED) flash_ = WRITTEN;
@@ -132,6 +133,7 @@ void DownloadFollower::take_answer(sim::View answer) {
     return;
   }
   refusal_.clear();
+  tries_ = 0;
   if (status && flash_ == DOUBTFUL && changes(request_)) flash_ = CHANGED;
 }
 

@@ -34,6 +34,9 @@ class DownloadFollower {
   enum Flash { UNCHANGED, DOUBTFUL, CHANGED, WRITTEN };
   Flash flash() const { return flash_; }
 
+  // How often the last request was sent without being accepted.
+  unsigned tries() const { return tries_; }
+
   // In words, what the modem has refused last; empty after it has accepted something.
   const std::string& refusal() const { return refusal_; }
 
@@ -46,6 +49,7 @@ class DownloadFollower {
   sim::Deframer deframer_, answers_;
   Flash flash_ = UNCHANGED;
   sim::Bytes request_;  // the last one
+  unsigned tries_ = 0;  // of it
   std::string refusal_;
   std::string part_;
   uint64_t before_part_ = 0;  // bytes of the finished parts

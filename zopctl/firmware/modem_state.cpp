@@ -31,9 +31,8 @@ static const Row ROWS[] = {
     {ModemState::DOWNLOAD_MODE, NOT_CHANGED,
      "nothing was written; the modem is in its download mode", BACK},
     {ModemState::BROKEN_BEFORE, NO_FIRMWARE,
-     "this run has written nothing, but an earlier update broke off while it wrote: the modem has "
-     "no "
-     "usable firmware",
+     "this run has written nothing, but an earlier update broke off while it wrote: the modem may "
+     "have no usable firmware",
      AGAIN},
     {ModemState::DOUBTFUL, NO_FIRMWARE,
      "it is not known whether the modem has taken the first packet that changes it",

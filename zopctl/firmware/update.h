@@ -40,6 +40,7 @@ class Update {
   bool on_line(Direction direction, std::span<const uint8_t> piece);
   bool may_be_sent(std::span<const uint8_t> piece);
   bool goes_on();
+  void note_tries();
   void show(const Amount& amount);
   void poll_events();
   void take_line(const std::string& line);
