@@ -42,7 +42,7 @@ static Findings show_plan(const ImageSet& set, const Update::Options& options) {
   Progress::Json fields;
   for (const Item& item : items) fields[item.key] = item.value;
   progress.event("dry_run", fields);
-  progress.event("end", {{"result", "done"}, {"exit_code", 0}});
+  progress.event("end", {{"result", "done"}});
   return {};
 }
 
