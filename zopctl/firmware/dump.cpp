@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
@@ -15,6 +16,7 @@
 
 namespace zopctl {
 
+namespace fs = std::filesystem;
 using Json = Progress::Json;
 
 constexpr size_t AT_ONCE = 20;  // regions that the module saves in one go
@@ -27,7 +29,7 @@ Dump::Dump(const ModuleLibrary& module, const DumpOptions& options)
     return on_line(direction, piece);
   });
   auto open = [](const mem_dump_region* region, uint32_t* done, void* dump) {
-    return static_cast<Dump*>(dump)->open_region(*region, *done);
+    return static_cast<Dump*>(dump)->take_region(*region, *done);
   };
   module_.mem_dump_set_files(open, this);
   progress_.on_hard_exit("stopped", "", 0);
@@ -52,26 +54,38 @@ bool Dump::is_wanted(const std::string& name) {
   return wanted;
 }
 
-// Called by the module for each region of the modem's list, which is the same in each pass.
-int Dump::open_region(const mem_dump_region& region, uint32_t& done) try {
+// Called by the module for each region of the modem's list, which must be the same in each pass. No
+// exception can pass through the module.
+int Dump::take_region(const mem_dump_region& region, uint32_t& done) try {
   std::string name = printable_ascii(region.name);
   ++listed_;
-  if (first_) offered_.push_back(name);
+  if (!known_) offered_.push_back(name);
   size_t number = seen_[fmt::format("{} {} {}", name, region.base, region.length)]++;
-  if (!is_wanted(name) || !error_.empty()) return -1;
+  if (!is_wanted(name) || !error_.empty() || listing_) return -1;
   if (!folder_) folder_.emplace(DumpFolder::make(options_.dir, options_.mode));
   size_t index = folder_->region(name, region.base, region.length, number);
-  if (first_) regions_.push_back(index), total_ += region.length;
-  if (folder_->regions()[index].whole || given_up_.contains(index)) return -1;
-  more_ = more_ || open_.size() == AT_ONCE;
-  if (open_.size() == AT_ONCE) return -1;
-  int fd = folder_->open_part(index, done);
-  if (fd < 0) given_up_[index] = strerror(errno);
-  if (fd >= 0) open_.push_back({index, done});
-  return fd;
-} catch (const Failure& failure) {  // it can't pass through the module
+  bool listed_before = std::ranges::find(regions_, index) != regions_.end();
+  if (known_ && !listed_before) throw Failure("the modem's list of regions changes");
+  if (!known_) regions_.push_back(index), total_ += region.length;
+  return open_region(index, done);
+} catch (const std::exception& failure) {
   error_ = failure.what();
   return -1;
+}
+
+int Dump::open_region(size_t index, uint32_t& done) {
+  const SavedRegion& region = folder_->regions()[index];
+  if (region.whole || given_up_.contains(index)) return -1;
+  more_ = more_ || open_.size() == AT_ONCE;
+  if (open_.size() == AT_ONCE) return -1;
+  DumpFolder::Part part = folder_->open_part(index);
+  if (part.fd < 0) {
+    given_up_[index] = strerror(errno);
+    return -1;
+  }
+  done = part.done;
+  open_.push_back({index, done, BlockCheck(region.base + done, std::move(part.last))});
+  return part.fd;
 }
 
 // ---- reading them ----
@@ -83,7 +97,7 @@ std::string Dump::resume_text() const {
 void Dump::begin_reading() {
   reading_ = true;
   stall_.progress(modem_now());
-  if (first_) {
+  if (!known_) {
     progress_.note(fmt::format("the modem offers {} regions, saving {}: {}, to {}", offered_.size(),
                                regions_.size(), size_text(total_), folder_->path()));
     progress_.stage("save", "saving the modem's memory");
@@ -105,22 +119,48 @@ void Dump::begin_reading() {
 }
 
 bool Dump::on_line(Direction direction, std::span<const uint8_t> piece) try {
-  if (has_caught_signal()) return false;
-  if (direction == Direction::FROM_MODEM) {
-    follower_.from_modem(piece);
-    return true;
-  }
+  if (has_caught_signal() || cut_) return false;
+  if (direction == Direction::FROM_MODEM) return from_modem(piece);
   if (!open_.empty() && !reading_) begin_reading();
   if (auto amount = follower_.to_modem(piece)) {
     if (amount->done != reached_) stall_.progress(modem_now());
     reached_ = amount->done;
     progress_.amount(*amount);
-    for (size_t i = 0; i < follower_.current(); ++i) folder_->close_part(open_[i].region);
+    close_parts(follower_.current());
   }
   return !reading_ || goes_on();
-} catch (const Failure& failure) {  // it can't pass through the module
+} catch (const std::exception& failure) {  // it can't pass through the module
   error_ = failure.what();
+  cut_ = true;
   return false;
+}
+
+// The module never gets, and so never saves, what does not belong to what is saved.
+bool Dump::from_modem(std::span<const uint8_t> piece) {
+  follower_.from_modem(piece);
+  if (!reading_ || follower_.current() >= open_.size()) return true;
+  Open& open = open_[follower_.current()];
+  if (open.check.from_modem(piece)) return true;
+  read_anew(open.region);
+  return false;
+}
+
+void Dump::read_anew(size_t index) {
+  progress_.note(folder_->regions()[index].file +
+                 ": the modem's memory is no longer what was saved of it; it is read anew");
+  if (anew_ == 0 && !whole_before_.empty())
+    progress_.note("saved before, maybe in an earlier crash: " +
+                   fmt::format("{}", fmt::join(whole_before_, ", ")));
+  folder_->discard_part(index);
+  ++anew_;
+  more_ = cut_ = true;
+}
+
+// What was saved before counts only when the modem has shown that it is still the same.
+void Dump::close_parts(size_t count) {
+  for (size_t i = 0; i < std::min(count, open_.size()); ++i) {
+    if (open_[i].check.is_done()) folder_->close_part(open_[i].region);
+  }
 }
 
 // False when a region must be given up.
@@ -146,7 +186,7 @@ bool Dump::goes_on() {
   if (!ends || stall_.lasts(modem_now()) < options_.timeout) return true;
   given_up_[index] = what;
   progress_.note(region.file + ": given up");
-  more_ = true;
+  more_ = cut_ = true;
   return false;
 }
 
@@ -165,32 +205,60 @@ void Dump::pass() {
   open_.clear();
   seen_.clear();
   listed_ = 0;
-  reading_ = more_ = false;
+  if (!known_) offered_.clear();
+  reading_ = cut_ = false;
+  more_ = listing_;
   module_.mem_dump_process();
   take_module_lines();
-  for (const Open& open : open_) folder_->close_part(open.region);
-  if (listed_ > 0) first_ = false;
+  try {
+    close_parts(open_.size());
+  } catch (const Failure& failure) {
+    if (error_.empty()) error_ = failure.what();
+  }
+  known_ = known_ || (listed_ > 0 && !listing_);
 }
 
+void Dump::say_while_waiting(const std::string& why) {
+  if (why != waits_for_)
+    progress_.note(why + "; waiting for a modem that has crashed, Ctrl-C ends it");
+  waits_for_ = why;
+}
+
+// A device that is there and can't be used is not waited for, unless it becomes so later: a program
+// may look at each new device.
 void Dump::ask_for_regions() {
   progress_.stage("regions", "asking the modem for its memory regions");
-  bool said = false;
+  listing_ = !options_.wanted.empty();
   for (;;) {
     auto problem = device_problem(mapped_device());
-    if (problem && !options_.wait) throw Failure(*problem);
+    bool may_wait = options_.wait && (!waits_for_.empty() || !fs::exists(mapped_device()));
+    if (problem && !may_wait) throw Failure(*problem);
     if (!problem) pass();
-    if (!options_.wait || listed_ > 0 || has_caught_signal()) return;
-    if (!said) progress_.note("waiting for a modem that has crashed; Ctrl-C ends it");
-    said = true;
+    if (!options_.wait || listed_ > 0 || has_caught_signal()) break;
+    say_while_waiting(problem ? *problem : no_regions());
     error_.clear();
     wait_seconds(1);
   }
+  listing_ = false;
 }
 
-// The module saves some regions at once, and stops at one that is given up.
+uint64_t Dump::work_done() const {
+  uint64_t done = anew_ + given_up_.size();
+  for (size_t index : regions_) done += folder_->size(index) + folder_->regions()[index].whole;
+  return done;
+}
+
+// The module saves some regions at once, and stops at one that is given up. A pass that brings
+// nothing is the last one.
 void Dump::save() {
   ask_for_regions();
-  while (more_ && error_.empty() && !has_caught_signal()) pass();
+  if (listed_ > 0) check_wanted();
+  std::optional<uint64_t> before;
+  while (more_ && error_.empty() && !has_caught_signal() && before != work_done()) {
+    if (known_) before = work_done();
+    if (auto problem = device_problem(mapped_device())) error_ = *problem;
+    if (error_.empty()) pass();
+  }
 }
 
 std::string Dump::no_regions() const {
@@ -210,9 +278,11 @@ std::string Dump::no_regions() const {
 void Dump::check_wanted() const {
   for (const std::string& word : options_.wanted) {
     if (found_.contains(word)) continue;
-    throw Failure(fmt::format("--region: the modem has no region \"{}\"; it offers {}", word,
-                              fmt::join(offered_, ", ")),
-                  2);
+    Failure failure(fmt::format("--region: the modem has no region \"{}\"; it offers {}", word,
+                                fmt::join(offered_, ", ")),
+                    2);
+    failure.details = {{"complete", false}};
+    throw failure;
   }
 }
 
@@ -226,32 +296,65 @@ void Dump::fail(const std::string& what, const std::string& advice, Json details
   throw failure;
 }
 
+// Sums of all whole files of the folder, also of those that were saved before.
+Json Dump::show_file(size_t index, std::vector<std::string>& sums) {
+  const SavedRegion& region = folder_->regions()[index];
+  std::string file = region.file + (region.whole ? "" : ".part");
+  uint64_t size = folder_->size(index);
+  std::string sum = size == 0 && !region.whole ? "" : sha256_of(folder_->path() + "/" + file);
+  if (region.whole) sums.push_back(fmt::format("{}  {}", sum, file));
+  std::string text = region.whole
+                         ? size_text(size)
+                         : fmt::format("{} of {}", size_text(size), size_text(region.length));
+  if (!options_.json) progress_.note(fmt::format("{:64}  {}  {}", sum, file, text));
+  return {{"file", file},
+          {"size", size},
+          {"length", region.length},
+          {"whole", region.whole},
+          {"sha256", sum}};
+}
+
 Json Dump::show_files() {
-  bool all = std::ranges::all_of(regions_, [&](size_t i) { return folder_->regions()[i].whole; });
-  if (all) progress_.amount(follower_.all_saved());
+  if (missing().empty()) progress_.amount(follower_.all_saved());
   progress_.stage("summary", "SHA-256 of the saved files:");
   Json files = Json::array();
   std::vector<std::string> sums;
+  try {
+    for (size_t i = 0; i < folder_->regions().size(); ++i) files.push_back(show_file(i, sums));
+    folder_->write_regions();
+    folder_->write_sums(sums);
+  } catch (const Failure& failure) {
+    if (error_.empty()) error_ = failure.what();
+  }
+  return files;
+}
+
+std::vector<std::string> Dump::missing() const {
+  std::vector<std::string> names;
   for (size_t index : regions_) {
     const SavedRegion& region = folder_->regions()[index];
-    std::string file = region.file + (region.whole ? "" : ".part");
-    uint64_t size = folder_->size(index);
-    std::string sum = size == 0 && !region.whole ? "" : sha256_of(folder_->path() + "/" + file);
-    files.push_back({{"file", file},
-                     {"size", size},
-                     {"length", region.length},
-                     {"whole", region.whole},
-                     {"sha256", sum}});
-    if (region.whole) sums.push_back(fmt::format("{}  {}", sum, file));
-    if (options_.json) continue;
-    std::string text = region.whole
-                           ? size_text(size)
-                           : fmt::format("{} of {}", size_text(size), size_text(region.length));
-    progress_.note(fmt::format("{:64}  {}  {}", sum, file, text));
+    std::string why = given_up_.contains(index) ? " (" + given_up_.at(index) + ")" : "";
+    if (!region.whole) names.push_back(region.file + why);
   }
-  folder_->write_regions();
-  folder_->write_sums(sums);
-  return files;
+  return names;
+}
+
+std::string Dump::why_missing() const {
+  if (!error_.empty()) return error_;
+  bool all_given_up = std::ranges::all_of(regions_, [&](size_t index) {
+    return folder_->regions()[index].whole || given_up_.contains(index);
+  });
+  return all_given_up ? "it was read as far as the modem allows" : "the modem no longer answers";
+}
+
+// With --region others may be missing yet.
+void Dump::end_whole(Json details) {
+  details["complete"] = std::ranges::all_of(folder_->regions(), &SavedRegion::whole);
+  progress_.stage("done", fmt::format("done: {} regions, {}, in {}", regions_.size(),
+                                      size_text(total_), folder_->path()));
+  Progress::Json end = {{"result", "done"}};
+  end.update(details);
+  progress_.event("end", end);
 }
 
 void Dump::run() {
@@ -259,40 +362,26 @@ void Dump::run() {
     DumpFolder::prepare(options_.dir);
   } else {
     folder_.emplace(DumpFolder::reopen(options_.resume, options_.mode));
+    for (const SavedRegion& region : folder_->regions())
+      if (region.whole) whole_before_.push_back(region.file);
   }
   size_t known = folder_ ? folder_->regions().size() : 0;
   save();
   constexpr char WAIT[] =
       "zopctl dump --wait waits for one that crashes, zopctl config error-fatal "
       "crashes one that is set up for dumps";
-  if (!error_.empty() && regions_.empty())
+  if (regions_.empty() && !error_.empty())
     fail("the dump failed: " + error_, "", {{"complete", false}});
-  if (listed_ == 0) fail(no_regions(), WAIT, {{"complete", false}});
-  check_wanted();
+  if (regions_.empty()) fail(no_regions(), WAIT, {{"complete", false}});
   if (known > 0 && folder_->regions().size() != known)
     progress_.note("some regions are not those of " + folder_->path() + ": they are saved anew");
   Json files = show_files();
   Json details = {{"complete", false}, {"folder", folder_->path()}, {"files", files}};
-  std::vector<std::string> missing;
-  for (size_t index : regions_) {
-    const SavedRegion& region = folder_->regions()[index];
-    if (region.whole) continue;
-    std::string why = given_up_.contains(index) ? " (" + given_up_[index] + ")" : "";
-    missing.push_back(region.file + why);
-  }
-  if (missing.empty() && error_.empty()) {
-    details["complete"] = true;
-    progress_.stage("done", fmt::format("done: {} regions, {}, in {}", regions_.size(),
-                                        size_text(total_), folder_->path()));
-    Progress::Json end = {{"result", "done"}};
-    end.update(details);
-    return progress_.event("end", end);
-  }
-  details["missing"] = missing;
-  std::string why = !error_.empty() ? error_ : "the modem no longer answers";
-  if (!given_up_.empty() && error_.empty()) why = "it was read as far as the modem allows";
-  fail(fmt::format("the dump is not complete: {}; missing: {}", why, fmt::join(missing, ", ")),
-       resume_text(), details);
+  std::vector<std::string> names = missing();
+  if (names.empty() && error_.empty()) return end_whole(details);
+  details["missing"] = names;
+  std::string list = names.empty() ? "" : fmt::format("; missing: {}", fmt::join(names, ", "));
+  fail("the dump is not complete: " + why_missing() + list, resume_text(), details);
 }
 
 }  // namespace zopctl

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "zopctl/firmware/block_check.h"
 #include "zopctl/firmware/dump_folder.h"
 #include "zopctl/firmware/line_follower.h"
 #include "zopctl/firmware/progress.h"
@@ -41,18 +42,28 @@ class Dump {
 
  private:
   void ask_for_regions();
+  void say_while_waiting(const std::string& why);
   void save();
   void pass();
-  int open_region(const mem_dump_region& region, uint32_t& done);
+  uint64_t work_done() const;
+  int take_region(const mem_dump_region& region, uint32_t& done);
+  int open_region(size_t index, uint32_t& done);
   bool is_wanted(const std::string& name);
   std::string resume_text() const;
   void begin_reading();
   bool on_line(Direction direction, std::span<const uint8_t> piece);
+  bool from_modem(std::span<const uint8_t> piece);
+  void read_anew(size_t index);
   bool goes_on();
+  void close_parts(size_t count);
   void take_module_lines();
   void check_wanted() const;
   std::string no_regions() const;
   Progress::Json show_files();
+  Progress::Json show_file(size_t index, std::vector<std::string>& sums);
+  void end_whole(Progress::Json details);
+  std::vector<std::string> missing() const;
+  std::string why_missing() const;
   [[noreturn]] void fail(const std::string& what, const std::string& advice,
                          Progress::Json details);
 
@@ -67,21 +78,27 @@ class Dump {
   std::map<size_t, std::string> given_up_;  // why
   std::set<std::string> found_;             // of the wanted names and numbers
   std::vector<std::string> offered_;
-  uint64_t total_ = 0;  // bytes of the wanted regions
-  std::string error_;   // what ends the dump
+  std::vector<std::string> whole_before_;  // files that an earlier run has saved
+  uint64_t total_ = 0;                     // bytes of the wanted regions
+  size_t anew_ = 0;                        // regions begun again
+  std::string error_;                      // what ends the dump
+  std::string waits_for_;                  // said last
 
   // Of the current pass.
   struct Open {
     size_t region;
     uint32_t done;
+    BlockCheck check;
   };
   DumpFollower follower_;
   StallWatch stall_;
   std::vector<Open> open_;
   std::map<std::string, size_t> seen_;  // equal regions
   size_t listed_ = 0;
-  bool first_ = true;
+  bool known_ = false;    // regions_ are all
+  bool listing_ = false;  // nothing is read, to see first whether the wanted ones are there
   bool reading_ = false;
+  bool cut_ = false;   // the pass ends
   bool more_ = false;  // another pass is needed
   uint64_t reached_ = 0;
 };

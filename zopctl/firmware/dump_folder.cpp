@@ -1,5 +1,6 @@
 // Every file is made and opened below the folder's descriptor, without following links: others may
-// be able to write beside it. Names come from a modem that has crashed.
+// be able to write beside it. Names come from a modem that has crashed; none begins with a dot, as
+// our scratch files do.
 #include "zopctl/firmware/dump_folder.h"
 
 #include <fcntl.h>
@@ -14,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 
 #include "zopctl/text/failure.h"
@@ -45,8 +47,8 @@ DumpFolder::~DumpFolder() {
   if (fd_ >= 0) close(fd_);
 }
 
-// Who may read a file may enter the folder.
-static mode_t folder_mode(mode_t files) { return files | (files & 0444) >> 2 | 0700; }
+// Who may read a file may enter the folder; only its owner changes it.
+static mode_t folder_mode(mode_t files) { return 0700 | (files & 0444) | (files & 0444) >> 2; }
 
 void DumpFolder::prepare(const std::string& dir) {
   std::error_code error;
@@ -82,7 +84,7 @@ DumpFolder DumpFolder::reopen(const std::string& path, mode_t mode) {
 void DumpFolder::find_whole(size_t index) {
   SavedRegion& region = regions_[index];
   region.whole = true;
-  region.whole = region.length > 0 && size(index) == region.length;
+  region.whole = has_all(index);
 }
 
 void DumpFolder::read_regions() {
@@ -135,49 +137,104 @@ std::string DumpFolder::file_of(size_t index) const {
   return regions_[index].file + (regions_[index].whole ? "" : ".part");
 }
 
-uint64_t DumpFolder::size(size_t index) const {
+static std::optional<struct stat> found_at(int folder, const std::string& file) {
   struct stat found;
-  bool good = fstatat(fd_, file_of(index).c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0;
-  return good ? static_cast<uint64_t>(found.st_size) : 0;
+  if (fstatat(folder, file.c_str(), &found, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+  return found;
+}
+
+uint64_t DumpFolder::size(size_t index) const {
+  auto found = found_at(fd_, file_of(index));
+  return found ? static_cast<uint64_t>(found->st_size) : 0;
+}
+
+bool DumpFolder::has_all(size_t index) const {
+  auto found = found_at(fd_, file_of(index));
+  return found && S_ISREG(found->st_mode) &&
+         static_cast<uint64_t>(found->st_size) == regions_[index].length;
 }
 
 // The last bytes of a dump that broke off may not have reached the disk: whole reads only.
-int DumpFolder::open_part(size_t index, uint32_t& done) {
-  const SavedRegion& region = regions_[index];
+static uint32_t size_to_keep(uint64_t size, uint32_t length) {
+  if (size > length) return 0;
+  return static_cast<uint32_t>(size == length ? size : size / BLOCK * BLOCK);
+}
+
+DumpFolder::Part DumpFolder::open_part(size_t index) {
   int fd = openat(fd_, file_of(index).c_str(),
-                  O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
-  if (fd < 0) return -1;
+                  O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+  if (fd < 0) return {};
   struct stat found;
   if (fstat(fd, &found) != 0 || !S_ISREG(found.st_mode) || found.st_nlink != 1) {
     close(fd);
     errno = EEXIST;
-    return -1;
+    return {};
   }
   fchmod(fd, mode_);
-  auto size = static_cast<uint64_t>(found.st_size);
-  if (size < region.length) size = size / BLOCK * BLOCK;
-  done = static_cast<uint32_t>(std::min<uint64_t>(size, region.length));
-  return fd;
+  uint32_t kept = size_to_keep(static_cast<uint64_t>(found.st_size), regions_[index].length);
+  uint32_t done = kept == 0 ? 0 : (kept - 1) / BLOCK * BLOCK;
+  Part part = {fd, done, std::vector<uint8_t>(kept - done)};
+  bool read =
+      pread(fd, part.last.data(), part.last.size(), done) == static_cast<ssize_t>(part.last.size());
+  bool cut = read && ftruncate(fd, kept) == 0;
+  if (cut) return part;
+  int error = errno;
+  close(fd);
+  errno = error;
+  return {};
+}
+
+static bool sync_file(int folder, const std::string& file) {
+  int fd = openat(folder, file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  bool good = fd >= 0 && fsync(fd) == 0;
+  int error = errno;
+  if (fd >= 0) close(fd);
+  errno = error;
+  return good;
+}
+
+// Some file systems (NFS, shared folders of virtual machines) can't do it in one step.
+static bool rename_to_new(int folder, const std::string& from, const std::string& to) {
+  if (renameat2(folder, from.c_str(), folder, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  bool taken = found_at(folder, to).has_value();
+  if (taken) errno = EEXIST;
+  return !taken && renameat(folder, from.c_str(), folder, to.c_str()) == 0;
+}
+
+// A name says that all bytes are there: they are on the disk first.
+void DumpFolder::name_part(size_t index) {
+  SavedRegion& region = regions_[index];
+  std::string part = file_of(index);
+  if (!sync_file(fd_, part)) fail(path_ + "/" + part);
+  if (!rename_to_new(fd_, part, region.file)) fail(path_ + "/" + region.file);
+  fsync(fd_);
+  region.whole = true;
 }
 
 void DumpFolder::close_part(size_t index) {
-  SavedRegion& region = regions_[index];
-  if (region.whole || size(index) != region.length) return;
-  std::string part = file_of(index);
-  if (renameat2(fd_, part.c_str(), fd_, region.file.c_str(), RENAME_NOREPLACE) == 0)
-    region.whole = true;
+  if (!regions_[index].whole && has_all(index)) name_part(index);
+}
+
+void DumpFolder::discard_part(size_t index) {
+  if (unlinkat(fd_, file_of(index).c_str(), 0) != 0) fail(path_ + "/" + file_of(index));
 }
 
 void DumpFolder::write_text(const char* name, const std::string& text) const {
-  std::string next = std::string(name) + ".new";
+  std::string next = fmt::format(".{}.new", name);
   unlinkat(fd_, next.c_str(), 0);
   int fd = openat(fd_, next.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
   if (fd < 0) fail(path_ + "/" + name);
   fchmod(fd, mode_);
+  errno = ENOSPC;  // of a write that is cut short
   bool good = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  good = fsync(fd) == 0 && good;
+  good = good && fsync(fd) == 0 && renameat(fd_, next.c_str(), fd_, name) == 0;
+  int error = errno;
   close(fd);
-  if (!good || renameat(fd_, next.c_str(), fd_, name) != 0) fail(path_ + "/" + name);
+  if (good) return;
+  unlinkat(fd_, next.c_str(), 0);
+  errno = error;
+  fail(path_ + "/" + name);
 }
 
 void DumpFolder::write_regions() const {

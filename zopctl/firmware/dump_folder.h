@@ -12,7 +12,7 @@
 namespace zopctl {
 
 struct SavedRegion {
-  std::string name;  // from the modem, printable
+  std::string name;  // from the modem, printable ASCII
   std::string file;  // in the folder
   uint32_t base = 0;
   uint32_t length = 0;
@@ -38,14 +38,22 @@ class DumpFolder {
   // other has; the k-th of equal ones is the k-th there too.
   size_t region(const std::string& name, uint32_t base, uint32_t length, size_t number);
 
-  // A descriptor for writing; done is what the file holds already. -1 with errno.
-  int open_part(size_t index, uint32_t& done);
+  // A file for writing. Its last block is to be read and compared again; reading starts there.
+  struct Part {
+    int fd = -1;  // with errno
+    uint32_t done = 0;
+    std::vector<uint8_t> last;  // at done
+  };
+  Part open_part(size_t index);
 
   // Bytes saved of a region.
   uint64_t size(size_t index) const;
 
-  // Gives the file its name if it has all bytes.
+  // Gives the file its name if it has all bytes. Throws Failure.
   void close_part(size_t index);
+
+  // Removes a part, which is not of the memory that the modem has now.
+  void discard_part(size_t index);
 
   // Writes dump.json, and SHA256SUMS at the end.
   void write_regions() const;
@@ -55,6 +63,8 @@ class DumpFolder {
   DumpFolder(std::string path, mode_t mode);
   void read_regions();
   void find_whole(size_t index);
+  bool has_all(size_t index) const;
+  void name_part(size_t index);
   void write_text(const char* name, const std::string& text) const;
   std::string file_of(size_t index) const;
 
