@@ -25,6 +25,7 @@
 #include <mutex>
 
 #include "zopctl/host/device_sharing.h"
+#include "zopctl/host/port_lock.h"
 #include "zopctl/text/printable.h"
 
 namespace zopctl {
@@ -99,6 +100,10 @@ static int open_mapped(const char* path, int flags, mode_t mode) {
   if (is_device) {
     real = settings().device;
     flags |= O_NOCTTY | O_CLOEXEC;
+    if (reservation_of(real)) {  // it may have come back as a node that is another program's
+      errno = EBUSY;
+      return -1;
+    }
   }
   int fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, real.c_str(), flags, mode));
   if (!is_device || fd < 0) return fd;

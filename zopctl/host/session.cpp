@@ -79,6 +79,15 @@ static Session::Need open_modem(const ModuleLibrary& module, Session::Need need)
                 "--log error what the module says");
 }
 
+// What must not be disturbed is not begun without a lock.
+static void check_lock(const PortLock& lock, Session::Need need) {
+  if (lock.problem().empty()) return;
+  std::string problem = "the port can't be reserved: " + lock.problem();
+  if (need == Session::PORT)
+    throw Failure(problem, 1, "ZOPCTL_LOCK_DIR names another folder for all programs that use it");
+  fprintf(stderr, "zopctl: %s; it is used all the same\n", problem.c_str());
+}
+
 Session::Session(const Setting& setting, Need need) {
   if (!setting.capture.empty()) {
     capture_ = std::make_unique<Capture>(setting.capture, setting.redact);
@@ -92,8 +101,10 @@ Session::Session(const Setting& setting, Need need) {
     std::string device = MODULE_DEVICE;
     if (need != LIBRARY) device = choose_device({setting.device, setting.wait});
     map_device(std::filesystem::absolute(device));
-    if (need != LIBRARY && need != DEVICE)
+    if (need != LIBRARY && need != DEVICE) {
       lock_ = std::make_unique<PortLock>(mapped_device(), setting.doing);
+      check_lock(*lock_, need);
+    }
   }
   set_speed(setting.sim_speed);
   bool opens = need == MODULE || need == LINK || need == AT_LEAST_LINK;

@@ -21,7 +21,7 @@ static std::atomic<int> held_on = 0;  // what is under way must not break off
 static std::atomic<int> end_is_asked = 0;
 static int wake_up = -1;  // an eventfd: a signal just before a wait must end it too
 static std::atomic<const char*> scratch_folder = nullptr;
-static std::atomic<const char*> scratch_file = nullptr;
+static std::atomic<const char*> scratch_files[8] = {};
 static void (*hard_exit_call)() = nullptr;
 static std::atomic<const LastWords*> last_words = nullptr;
 
@@ -38,7 +38,8 @@ static void say(int fd, const std::string& text) {
 [[noreturn]] static void end_at_once(int signal) {
   if (hard_exit_call != nullptr) hard_exit_call();
   if (isatty(STDERR_FILENO) != 0 && write(STDERR_FILENO, "\n", 1) < 0) _exit(1);  // after a bar
-  if (const char* file = scratch_file) unlink(file);
+  for (const auto& slot : scratch_files)
+    if (const char* file = slot) unlink(file);
   const char* folder = scratch_folder;
   pid_t pid = folder != nullptr ? _Fork() : -1;
   if (pid == 0) execl("/bin/rm", "rm", "-rf", "--", folder, nullptr);
@@ -81,7 +82,17 @@ int caught_signal() { return first_signal; }
 static bool may_hurry() { return (has_caught_signal() || end_is_asked != 0) && held_on == 0; }
 void hold_on() { held_on = 1; }
 void remove_on_hard_exit(const char* folder) { scratch_folder = folder; }
-void unlink_on_hard_exit(const char* file) { scratch_file = file; }
+
+// In the first slot that holds before.
+static void replace_scratch_file(const char* before, const char* file) {
+  for (auto& slot : scratch_files) {
+    if (slot != before) continue;
+    slot = file;
+    return;
+  }
+}
+void unlink_on_hard_exit(const char* file) { replace_scratch_file(nullptr, file); }
+void keep_on_hard_exit(const char* file) { replace_scratch_file(file, nullptr); }
 
 void set_speed(double factor) {
   speed = factor;

@@ -47,8 +47,9 @@ void before_hard_exit(void (*call)());
 // work in progress must not be interrupted. A second SIGINT or SIGTERM still ends the program.
 void hold_on();
 
-// A file that a second signal removes; the caller's text, as below.
+// A file that a second signal removes, one of a few; the caller's text, until it is to be kept.
 void unlink_on_hard_exit(const char* file);
+void keep_on_hard_exit(const char* file);
 
 // A folder that a second signal removes before it ends the program; the caller's text, which must
 // live until nullptr takes its place.
