@@ -109,7 +109,10 @@ void Update::await_device() {
     progress_.note(
         fmt::format("the device did not disappear within {} s, continuing", DEVICE_GONE_S));
   }
-  require_stage(wait_until(DEVICE_BACK_S, [] { return !device_problem(mapped_device()); }));
+  std::optional<std::string> problem;
+  wait_until(DEVICE_BACK_S, [&] { return !(problem = device_problem(mapped_device())); });
+  if (problem) progress_.note(*problem);
+  require_stage(!problem);
 }
 
 // The module has read what the modem says, if it said something.
