@@ -30,8 +30,8 @@ class Session {
     std::optional<unsigned> log_mask;
   };
   // What is opened: all by vurn_open, which needs a ready SIM; only the serial link; all, or only
-  // the link if there is no SIM; nothing, but the port is reserved; nothing, but the port is chosen;
-  // or nothing.
+  // the link if there is no SIM; nothing, but the port is reserved; nothing, but the port is
+  // chosen; or nothing.
   enum Need { MODULE, LINK, AT_LEAST_LINK, PORT, DEVICE, LIBRARY };
 
   // Throws Failure when there is no device, no library, or no modem.
