@@ -31,10 +31,10 @@ struct Sample {
 };
 struct Drive {
   const char* name;
-  int64_t length;  // s
-  int every;       // samples between two losses of the link
-  int64_t step;    // s between two samples of the second half
-  int64_t gap;     // s
+  int64_t length;    // s
+  int every;         // samples between two losses of the link
+  int64_t steps[2];  // s between two samples of the first and the second half
+  int64_t gap;       // s
   const char* unknown;
 };
 }  // namespace
@@ -43,7 +43,7 @@ static std::vector<Sample> samples_of(const Drive& drive) {
   std::vector<Sample> samples;
   for (int64_t time = 0; time < drive.length;) {
     auto k = static_cast<int>(samples.size());
-    int64_t step = time < drive.length / 2 ? 1 : drive.step;
+    int64_t step = drive.steps[time < drive.length / 2 ? 0 : 1];
     int phase = k % drive.every;
     samples.push_back({time, step, phase == 4, phase == 1 || phase == 2, phase < 2, -60 - k % 47});
     bool middle = time < drive.length / 3 && time + step >= drive.length / 3;
@@ -113,10 +113,10 @@ static bool has(const std::string& page, const std::string& figure) {
 // Recounts what the page says.
 TEST(ZopctlHtml, figures_are_those_of_all_samples) {
   static const Drive DRIVES[] = {
-      {"10 s", 10, 5, 1, 0, ""},
-      {"8 h, slower in its second half", 28'800, 60, 10, 0, ""},
-      {"a day", 86'400, 60, 1, 0, ""},
-      {"a day with an hour unknown", 86'400, 7, 1, 3'600, "nothing is known of 1 h 00 min"}};
+      {"10 s", 10, 5, {1, 1}, 0, ""},
+      {"8 h, slower in its second half", 28'800, 60, {1, 10}, 0, ""},
+      {"a day", 86'400, 12, {5, 5}, 0, ""},
+      {"a day with an hour unknown", 86'400, 7, {10, 5}, 3'600, "nothing is known of 1 h 00 min"}};
   for (const Drive& drive : DRIVES) {
     TemporaryFolder folder;
     std::vector<Sample> samples = samples_of(drive);

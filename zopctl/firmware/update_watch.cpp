@@ -17,6 +17,7 @@ ModemState Update::state() const {
   bool was_broken = state_ == ModemState::BROKEN_BEFORE;
   switch (state_ == ModemState::WRITTEN ? DownloadFollower::WRITTEN : follower_.flash()) {
     case DownloadFollower::UNCHANGED:
+      if (state_ == ModemState::SWITCHING && reached_ > 0) return ModemState::DOWNLOAD_MODE;
       return state_;
     case DownloadFollower::DOUBTFUL:
       return was_broken ? ModemState::HALF_WRITTEN : ModemState::DOUBTFUL;
