@@ -31,12 +31,21 @@ static void hide_input() { tcsetattr(STDIN_FILENO, TCSANOW, &hidden); }
 
 static void watch(int signal);
 
-// Only a stop returns from raise, when the program goes on.
+// The default action, now. Only a stop returns, when the program goes on.
+static void end_by(int signal) {
+  sigset_t this_one, before;
+  sigemptyset(&this_one);
+  sigaddset(&this_one, signal);
+  ::signal(signal, SIG_DFL);
+  pthread_sigmask(SIG_UNBLOCK, &this_one, &before);
+  raise(signal);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
 static void on_ending(int signal) {
   int error = errno;
   show_input();
-  ::signal(signal, SIG_DFL);
-  raise(signal);
+  end_by(signal);
   watch(signal);
   hide_input();
   ask();
@@ -46,7 +55,6 @@ static void on_ending(int signal) {
 static void watch(int signal) {
   struct sigaction action = {};
   action.sa_handler = on_ending;
-  action.sa_flags = SA_NODEFER;  // raise acts at once
   sigaction(signal, &action, nullptr);
 }
 
