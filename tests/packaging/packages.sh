@@ -14,6 +14,13 @@ in_root() {
 }
 what_is_there() { find "$root" -path "$root/var" -prune -o ! -type d -print; }
 
+# What each package holds, with * for the machine's folder and for the scenarios.
+for deb in $debs; do
+  dpkg-deb --fsys-tarfile "$deb" | tar t | grep -v '/$' | sed "s|^\.|$(dpkg-deb -f "$deb" Package):|"
+done | sed "s|/lib/[^/]*-linux-[^/]*|/lib/*|; s|scenarios/.*|scenarios/*|; s|so\.0\.0\..*|so.0.0.*|" |
+  LC_ALL=C sort -u > "$work/contents"
+diff "$(dirname "$0")/contents.txt" "$work/contents" || fail "the contents differ"
+
 in_root --install $debs
 libraries=$(dirname "$(find "$root/usr/lib" -name libzop_module.so)")
 sh "$(dirname "$0")/check_hardening.sh" "$libraries/libzop_module.so" "$root/usr/bin/zopctl" \
