@@ -61,11 +61,14 @@ static void print_error(const Verb* verb, const Failure& failure) {
 }
 
 // "what happened; what to do next"
-static Failure with_advice(Failure failure) {
+static Failure with_advice(const Failure& failure) {
   std::string text = failure.what();
   size_t end = text.find("; ");
   if (!failure.advice.empty() || end == std::string::npos) return failure;
-  return Failure(text.substr(0, end), failure.exit_code, text.substr(end + 2));
+  Failure split(text.substr(0, end), failure.exit_code, text.substr(end + 2));
+  split.result = failure.result;
+  split.details = failure.details;
+  return split;
 }
 
 static int end_with(bool json, const Verb* verb, Failure failure) {
@@ -81,7 +84,8 @@ static int end_with(bool json, const Verb* verb, Failure failure) {
 static int end_interrupted(const Options& options, int exit_code) {
   Failure failure("stopped", exit_code);
   failure.result = "interrupted";
-  if (options.json && !options.arguments.has("--watch")) print_error(options.verb, failure);
+  bool samples = options.verb->samples || options.arguments.has("--watch");
+  if (options.json && !samples) print_error(options.verb, failure);
   return exit_code;
 }
 

@@ -30,6 +30,7 @@ struct Verb {
   Session::Need need = Session::LINK;
   const char* danger = nullptr;  // what it can break; null when harmless
   bool events = false;           // --json prints events, the last of them "end"
+  bool samples = false;          // prints samples until a signal ends it
   bool redacts = false;          // --redact means its own output too
   std::vector<Argument> arguments = {};
   Findings (*run)(const ModuleLibrary&, const Arguments&);  // empty when the verb has printed

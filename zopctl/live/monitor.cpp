@@ -284,6 +284,7 @@ const Verb MONITOR = {
     .name = "monitor",
     .help = "watch signal, cells, state and events of the modem",
     .need = Session::MODULE,
+    .samples = true,
     .arguments = {{.name = "--record",
                    .help = "append the samples to this file, one JSON object per line"},
                   {.name = "--interval", .help = "seconds between samples, default 1"},
