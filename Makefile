@@ -21,7 +21,7 @@ build: setup ## build the release into build/release
 	@cmake --build $(RELEASE) -j $(JOBS)
 
 test: build ## build, and run every test
-	@ctest --test-dir $(RELEASE) -j $$(($(JOBS) * 3)) --output-on-failure
+	@sh scripts/run_tests.sh $(RELEASE)
 	@sh scripts/test_share.sh
 
 demo: build ## read, update and dump simulated modems

@@ -36,24 +36,25 @@ static std::string content_of(const fs::path& path) {
   return {text, size > 0 ? static_cast<size_t>(size) : 0};
 }
 
-// Whether a file of a process is the far end of this pseudo-terminal.
-static bool is_far_end(const fs::path& process, const std::string& fd, unsigned terminal) {
-  std::error_code error;
-  fs::path target = fs::read_symlink(process / "fd" / fd, error);
-  if (error || target.filename() != "ptmx") return false;
+// Whether a file of a process, a multiplexer, is the far end of this pseudo-terminal.
+static bool is_far_end(const fs::path& process, const fs::path& fd, unsigned terminal) {
   std::string index = "tty-index:\t" + std::to_string(terminal) + "\n";
   return content_of(process / "fdinfo" / fd).find(index) != std::string::npos;
 }
 
+// One call for each open file of the machine: it has many.
 static bool holds(const fs::path& process, dev_t device) {
   constexpr unsigned PTY_SLAVES = 136;  // the first of their major numbers
+  const dev_t multiplexer = makedev(5, 2);
   bool pseudo_terminal = major(device) >= PTY_SLAVES && major(device) < PTY_SLAVES + 8;
   bool found = false;
   std::error_code error;
   fs::directory_iterator files(process / "fd", error);
   for (; !error && files != fs::directory_iterator(); files.increment(error)) {
-    if (device_behind(files->path()) == device) found = true;
-    if (pseudo_terminal && is_far_end(process, files->path().filename(), minor(device)))
+    dev_t file = device_behind(files->path());
+    if (file == device) found = true;
+    if (pseudo_terminal && file == multiplexer &&
+        is_far_end(process, files->path().filename(), minor(device)))
       return false;
   }
   return found;
@@ -72,11 +73,12 @@ std::string process_text(int process) {
 std::optional<std::string> holder_of(const std::string& device) {
   dev_t wanted = device_behind(device);
   if (wanted == 0) return std::nullopt;
+  const std::string own = std::to_string(getpid());
   std::error_code error;
   fs::directory_iterator processes("/proc", error);
   for (; !error && processes != fs::directory_iterator(); processes.increment(error)) {
     std::string pid = processes->path().filename();
-    bool other = is_number(pid) && pid != std::to_string(getpid());
+    bool other = is_number(pid) && pid != own;
     if (other && holds(processes->path(), wanted)) {
       return process_text(std::stoi(pid));
     }
