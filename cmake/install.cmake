@@ -41,6 +41,8 @@ install(FILES ${CMAKE_BINARY_DIR}/zopctl.bash
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME zopctl COMPONENT tools)
 install(FILES ${CMAKE_BINARY_DIR}/_zopctl
   DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT tools)
+install(FILES ${CMAKE_BINARY_DIR}/zopctl.fish
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tools)
 install(FILES ${CMAKE_BINARY_DIR}/zop_diag.lua
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/wireshark/plugins COMPONENT tools)
 install(DIRECTORY scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/zop-module

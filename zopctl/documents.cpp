@@ -4,21 +4,14 @@
 #include <fmt/format.h>
 
 #include "simulator/troff.h"
+#include "zopctl/global_options.h"
 #include "zopctl/verb_table.h"
 
 namespace zopctl {
 
 using sim::troff;
 
-namespace {
-struct GlobalOption {
-  const char* name;
-  const char* value;  // null for a flag
-  const char* help;
-};
-}  // namespace
-
-static const GlobalOption GLOBAL_OPTIONS[] = {
+const std::vector<GlobalOption> GLOBAL_OPTIONS = {
     {"--sim", nullptr, "use a simulated modem; --sim=SCENARIO selects a scenario"},
     {"--sim-speed", "N",
      "run the simulated modem's clock, and all waits, N times faster; with --device only the "
@@ -33,7 +26,13 @@ static const GlobalOption GLOBAL_OPTIONS[] = {
     {"--capture", "FILE", "record every frame on the line to a pcapng file; - is standard output"},
     {"--redact", nullptr, "blank secrets in the capture, and what identifies a person or a place"},
     {"--json", nullptr, "print JSON"},
-    {"--log", "MASK", "show the module's log lines; MASK is a number or comma-separated names"},
+    {"--log",
+     "MASK",
+     "show the module's log lines; MASK is a number or comma-separated names",
+     {"all", "error", "warning", "info", "general", "trace", "events", "actions", "stuck",
+      "screens"}},
+    {"--completion", "SHELL", "print the completion script of a shell", {"bash", "zsh", "fish"}},
+    {"--man", nullptr, "print this page"},
     {"--help", nullptr, "print help; also after a verb"},
     {"--version", nullptr, "print the version"},
 };
@@ -87,73 +86,6 @@ void print_man_page() {
       "update, kept until the new version has been read.\n.br\n"
       "/var/lock/LCK..*: the locks of the ports in use.\n.SH ENVIRONMENT\n"
       "ZOPCTL_STATE_DIR and ZOPCTL_LOCK_DIR name other folders for the journals and the locks.\n");
-}
-
-static std::string words_after(const std::string& noun) {
-  std::string words;
-  for (const Verb& verb : verbs()) {
-    bool belongs = verb.noun == nullptr ? noun.empty() : noun == verb.noun;
-    if (belongs) words += std::string(words.empty() ? "" : " ") + verb.name;
-  }
-  if (noun.empty()) {
-    for (const Noun& row : nouns()) words += std::string(" ") + row.name;
-  }
-  return words;
-}
-
-static std::string options_and_choices(const Verb& verb) {
-  std::string words;
-  for (const Argument& argument : verb.arguments) {
-    if (argument.is_option()) words += std::string(" ") + argument.name;
-    for (const char* choice : argument.choices) words += std::string(" ") + choice;
-  }
-  if (verb.danger != nullptr) words += " --yes";
-  return words;
-}
-
-// The cases of the completion: the words so far, and what may follow them.
-static void print_cases() {
-  fmt::print("    '') words='{}' ;;\n", words_after(""));
-  for (const Noun& noun : nouns()) {
-    fmt::print("    '{}') words='{}' ;;\n", noun.name, words_after(noun.name));
-  }
-  for (const Verb& verb : verbs()) {
-    std::string path = verb.noun == nullptr ? verb.name : std::string(verb.noun) + " " + verb.name;
-    fmt::print("    '{}') words='{}' ;;\n", path, options_and_choices(verb));
-  }
-}
-
-static std::string global_words() {
-  std::string words;
-  for (const GlobalOption& option : GLOBAL_OPTIONS) words += std::string(" ") + option.name;
-  return words;
-}
-
-static void print_bash() {
-  fmt::print(
-      "# bash completion of zopctl\n_zopctl() {{\n  local path='' word words i\n"
-      "  for ((i = 1; i < COMP_CWORD; i++)); do\n    word=${{COMP_WORDS[i]}}\n"
-      "    [[ $word == -* || $path == *' '* ]] && continue\n"
-      "    path=\"${{path:+$path }}$word\"\n  done\n  case \"$path\" in\n");
-  print_cases();
-  fmt::print(
-      "  esac\n  COMPREPLY=($(compgen -W \"$words{}\" -- \"${{COMP_WORDS[COMP_CWORD]}}\"))\n"
-      "}}\ncomplete -o default -F _zopctl zopctl\n",
-      global_words());
-}
-
-// zsh runs the same function in its emulation of bash completion.
-static void print_zsh() {
-  fmt::print("#compdef zopctl\nautoload -U +X bashcompinit && bashcompinit\n");
-  print_bash();
-}
-
-void print_completion(const std::string& shell) {
-  if (shell == "bash") {
-    print_bash();
-  } else {
-    print_zsh();
-  }
 }
 
 }  // namespace zopctl

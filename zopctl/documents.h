@@ -6,6 +6,6 @@
 namespace zopctl {
 
 void print_man_page();
-void print_completion(const std::string& shell);  // "bash" or "zsh"
+void print_completion(const std::string& shell);  // "bash", "zsh" or "fish"
 
 }  // namespace zopctl

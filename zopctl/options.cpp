@@ -28,6 +28,8 @@ Examples:
   zopctl monitor                     watch the modem, q quits
   zopctl sim verify                  ask for the PIN and send it to the card
   zopctl plmn list operator --json   one list of the SIM
+  zopctl signal --watch 5            the signal levels every five seconds
+  zopctl nv backup modem.json        save the NV items that are known
   zopctl firmware info ./images      check an image set
   zopctl firmware update ./images    write it to the modem
   zopctl firmware finish             do the end of an update that broke off after writing
@@ -219,7 +221,7 @@ std::optional<Options> read_options(int argc, char** argv) {
                "verb that has its own --wait")
       ->group("Modem");
   app.add_option("--completion", completion, "print the completion script of a shell")
-      ->check(CLI::IsMember({"bash", "zsh"}))
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}))
       ->group("Setup");
   app.add_flag("--man", man, "print the manual page")->group("Setup");
   add_verbs(app, options.arguments.yes, parsed);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "simulator/requests/requests.h"
+#include "zopctl/text/nv_items.h"
 
 namespace zopctl {
 
@@ -103,7 +104,6 @@ constexpr Harmless HARMLESS[] = {
     {VENDOR, "&RSTVWXefmn"},          // states
 };
 // clang-format on
-constexpr uint16_t HARMLESS_ITEMS[] = {10, 850, 5895, 16687};  // modes, domain, MGRF, bands
 
 // What a host sends to the boot ROM and to the programmer is firmware, and what they are to do.
 constexpr uint8_t DOWNLOAD_REQUESTS[] = {0x01, 0x05, 0x06, 0x07, 0x0B, 0x0F,
@@ -137,7 +137,8 @@ static bool is_harmless_item(View payload) {
   bool is_item = payload[0] == NV_READ || payload[0] == NV_WRITE;
   if (!is_item || payload.size() < 3) return false;
   int item = payload[1] | payload[2] << 8;
-  return std::ranges::find(HARMLESS_ITEMS, item) != std::end(HARMLESS_ITEMS);
+  return std::ranges::any_of(
+      KNOWN_NV_ITEMS, [&](const KnownNvItem& row) { return row.number == item && !row.secret; });
 }
 
 // What is not certain to be a screen of WCDMA is taken for one of GSM.

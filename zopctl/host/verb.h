@@ -33,6 +33,7 @@ struct Verb {
   bool samples = false;          // prints samples until a signal ends it
   bool redacts = false;          // --redact means its own output too
   std::vector<Argument> arguments = {};
+  void (*check)(const Arguments&) = nullptr;  // throws UsageError before the modem is asked
   Findings (*run)(const ModuleLibrary&, const Arguments&);  // empty when the verb has printed
 };
 

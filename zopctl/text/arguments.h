@@ -3,10 +3,14 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace zopctl {
+
+// Decimal or 0x; nothing unless the whole word is a number from min to max.
+std::optional<uint32_t> number_of(const std::string& word, uint32_t min, uint32_t max);
 
 // Arguments by name, as the user gave them.
 class Arguments {

@@ -3,12 +3,41 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "zopctl/text/failure.h"
 
 namespace zopctl {
 
 std::string hex_of(std::span<const uint8_t> bytes) {
   return fmt::format("{:02x}", fmt::join(bytes, " "));
+}
+
+static std::string characters_of(std::span<const uint8_t> bytes) {
+  std::string text;
+  for (uint8_t byte : bytes) {
+    bool shown = byte >= ' ' && byte <= '~';
+    text += shown ? static_cast<char>(byte) : '.';
+  }
+  return text;
+}
+
+std::string hexdump(std::span<const uint8_t> bytes) {
+  constexpr size_t WIDTH = 16;
+  std::string text;
+  bool repeats = false;
+  for (size_t at = 0; at < bytes.size(); at += WIDTH) {
+    auto line = bytes.subspan(at, std::min(WIDTH, bytes.size() - at));
+    bool is_last = at + WIDTH >= bytes.size();
+    bool same = at > 0 && !is_last && std::ranges::equal(line, bytes.subspan(at - WIDTH, WIDTH));
+    if (!same) {
+      text += fmt::format("\n    {:04x}  {:47}  |{}|", at, hex_of(line), characters_of(line));
+    } else if (!repeats) {
+      text += "\n    *";
+    }
+    repeats = same;
+  }
+  return text;
 }
 
 std::vector<uint8_t> bytes_of_hex(const std::string& what, const std::string& text, size_t max) {

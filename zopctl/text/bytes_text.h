@@ -16,6 +16,10 @@ inline uint32_t le32(const uint8_t* p) {
 
 std::string hex_of(std::span<const uint8_t> bytes);  // "0a 1b"
 
+// Lines of an offset, 16 bytes and their characters, each begun on a new line and indented to stand
+// below a label. Lines that repeat the one before are a single "*".
+std::string hexdump(std::span<const uint8_t> bytes);
+
 // Ignores white space. Throws UsageError, naming what, unless there are 1 to max bytes.
 std::vector<uint8_t> bytes_of_hex(const std::string& what, const std::string& text, size_t max);
 

@@ -49,7 +49,7 @@ void print_table(const Findings& findings) {
   }
 }
 
-void print_json(const Findings& findings) {
+nlohmann::ordered_json json_of(const Findings& findings) {
   nlohmann::ordered_json root;
   auto problems = nlohmann::ordered_json::array();
   for (const Section& section : findings) {
@@ -63,7 +63,11 @@ void print_json(const Findings& findings) {
     }
   }
   root["problems"] = problems;
-  fmt::print("{}\n", printable_json(root, 2));
+  return root;
+}
+
+void print_json(const Findings& findings) {
+  fmt::print("{}\n", printable_json(json_of(findings), 2));
 }
 
 bool any_failed(const Findings& findings) {

@@ -28,6 +28,7 @@ using Findings = std::vector<Section>;
 void print_table(const Findings& findings);
 
 // One object: {"section": {"key": value}, "problems": [{"item": "section.key", "reason": ...}]}.
+nlohmann::ordered_json json_of(const Findings& findings);
 void print_json(const Findings& findings);
 
 bool any_failed(const Findings& findings);

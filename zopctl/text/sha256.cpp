@@ -14,6 +14,20 @@
 
 namespace zopctl {
 
+static std::string digest_of(sha256_ctx& context) {
+  std::array<uint8_t, SHA256_DIGEST_SIZE> digest;
+  sha256_digest(&context, digest.size(), digest.data());
+  return fmt::format("{:02x}", fmt::join(digest, ""));
+}
+
+std::string sha256_of_text(std::string_view text) {
+  sha256_ctx context;
+  sha256_init(&context);
+  std::vector<uint8_t> bytes(text.begin(), text.end());
+  sha256_update(&context, bytes.size(), bytes.data());
+  return digest_of(context);
+}
+
 std::string sha256_of(const std::filesystem::path& path) {
   sha256_ctx context;
   sha256_init(&context);
@@ -24,9 +38,7 @@ std::string sha256_of(const std::filesystem::path& path) {
     sha256_update(&context, bytes.size(), bytes.data());
   }
   if (!file.eof()) throw Failure(path.string() + " can't be read: " + strerror(errno));
-  std::array<uint8_t, SHA256_DIGEST_SIZE> digest;
-  sha256_digest(&context, digest.size(), digest.data());
-  return fmt::format("{:02x}", fmt::join(digest, ""));
+  return digest_of(context);
 }
 
 }  // namespace zopctl

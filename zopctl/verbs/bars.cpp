@@ -1,16 +1,11 @@
 // zopctl bars: the signal bars that a host shows, once or periodically.
 #include "zopctl/host/bars.h"
-#include "zopctl/host/standard_output.h"
-#include "zopctl/host/signals.h"
-#include "zopctl/text/failure.h"
-#include "zopctl/text/printable.h"
-#include "zopctl/text/words.h"
-#include "zopctl/verbs/verbs.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include <chrono>
+#include "zopctl/text/words.h"
+#include "zopctl/verbs/verbs.h"
+#include "zopctl/verbs/watch.h"
 
 namespace zopctl {
 
@@ -23,40 +18,20 @@ static Findings findings_of(const Bars& found) {
   return one_section("signal", "Signal", {bars});
 }
 
-// One line per sample: text or a JSON object.
-static void print_sample(const Bars& found, bool json) {
-  auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-  if (json) {
-    Json sample = {{"time", fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", now)}, {"bars", nullptr}};
-    if (found.is_known() && found.bars >= 0) sample["bars"] = found.bars;
-    if (!found.reason.empty()) sample["reason"] = found.reason;
-    fmt::print("{}\n", printable_json(sample));
-  } else {
-    fmt::print("{:%H:%M:%S}  {}  {}\n", now, bars_picture(found.bars), printable(found.reason));
-  }
-  if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
-}
-
-// Reconnects to a modem that was unplugged.
-static void reopen_lost(const ModuleLibrary& m, const Bars& found) {
-  if (!is_lost(found)) return;
-  QuietOutput quiet;
-  m.vurn_close(0);
-  m.vurn_open();  // a failure shows in the next sample
-}
-
-// Runs until a signal ends it.
-static void watch(const ModuleLibrary& m, uint32_t seconds, bool json) {
-  for (;;) {
-    Bars found = read_bars(m);
-    print_sample(found, json);
-    reopen_lost(m, found);
-    wait_seconds(seconds);
-  }
+static WatchSample sample_of(const Bars& found) {
+  Json values = {{"bars", nullptr}};
+  if (found.is_known() && found.bars >= 0) values["bars"] = found.bars;
+  if (!found.reason.empty()) values["reason"] = found.reason;
+  return {values, fmt::format("{}  {}", bars_picture(found.bars), found.reason), is_lost(found)};
 }
 
 static Findings show(const ModuleLibrary& m, const Arguments& arguments) {
-  if (arguments.has("--watch")) watch(m, arguments.number("--watch", 1, 86400), arguments.json);
+  auto sample = [&] { return sample_of(read_bars(m)); };
+  auto reopen = [&] {
+    m.vurn_close(0);
+    m.vurn_open();
+  };
+  if (arguments.has("--watch")) watch(arguments, sample, reopen);
   return findings_of(read_bars(m));
 }
 
@@ -65,6 +40,7 @@ const Verb BARS = {
     .help = "the signal bars that a host shows, or why there are none",
     .need = Session::MODULE,
     .arguments = {{.name = "--watch", .help = "seconds between samples; prints a line for each"}},
+    .check = check_watch,
     .run = show};
 
 }  // namespace zopctl

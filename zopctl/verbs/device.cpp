@@ -1,7 +1,5 @@
-// zopctl nv, config, profile, errlog: NV items, configuration, PDP profiles and error log.
+// zopctl config, errlog: configuration and error log.
 #include <fmt/format.h>
-
-#include <algorithm>
 
 #include "zopctl/host/refusals.h"
 #include "zopctl/text/bytes_text.h"
@@ -11,38 +9,6 @@
 #include "zopctl/verbs/verbs.h"
 
 namespace zopctl {
-
-using Json = nlohmann::ordered_json;
-
-static void require_nv(uint32_t nv_status) {
-  if (nv_status == 0) return;
-  const char* words = nv_status == 5 ? "never written" : "refused";
-  throw Failure(fmt::format("NV status {} ({})", nv_status, words));
-}
-
-static Findings read_nv(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t item = arguments.number("ITEM", 0, 0xFFFF);
-  uint32_t length = arguments.has("--length") ? arguments.number("--length", 1, ZOP_NV_DATA_SIZE)
-                                              : static_cast<uint32_t>(ZOP_NV_DATA_SIZE);
-  std::vector<uint8_t> data(ZOP_NV_DATA_SIZE);
-  uint32_t nv_status = 0;
-  require(m.zop_nv_read(item, data.data(), length, &nv_status), "NV read");
-  require_nv(nv_status);
-  data.resize(length);
-  return one_section("nv", "NV item",
-                     {shown("item", "Item", item, std::to_string(item)),
-                      shown("data", "Data", hex_of(data), hex_of(data))});
-}
-
-static Findings write_nv(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t item = arguments.number("ITEM", 0, 0xFFFF);
-  std::vector<uint8_t> data = bytes_of_hex("DATA", arguments.text("DATA"), ZOP_NV_DATA_SIZE);
-  uint32_t nv_status = 0;
-  require(m.zop_nv_write(item, data.data(), static_cast<uint32_t>(data.size()), &nv_status),
-          "NV write");
-  require_nv(nv_status);
-  return confirmation("nv", "NV item", fmt::format("item {} written, {} bytes", item, data.size()));
-}
 
 // A value that not every modem has: on failure the reason is shown.
 static Item value(const char* key, const char* label, unsigned (*get)(uint32_t*)) {
@@ -130,45 +96,15 @@ static Findings error_fatal(const ModuleLibrary& m, const Arguments&) {
       "--wait saves its memory");
 }
 
-static bool is_empty(std::span<const uint8_t> bytes) {
-  return std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
-}
-
-static Findings list_profiles(const ModuleLibrary& m, const Arguments&) {
-  std::vector<uint8_t> profiles(static_cast<size_t>(ZOP_PDP_PROFILE_SIZE) * ZOP_PDP_PROFILE_COUNT);
-  require(m.zop_read_pdp_profile(profiles.data()), "profiles");
-  std::vector<Item> items;
-  for (size_t k = 0; k < ZOP_PDP_PROFILE_COUNT; ++k) {
-    std::span<const uint8_t> profile(profiles.data() + k * ZOP_PDP_PROFILE_SIZE,
-                                     ZOP_PDP_PROFILE_SIZE);
-    std::string number = std::to_string(2 * k + 1);
-    Json bytes = hex_of(profile);
-    std::string text = is_empty(profile) ? "(empty)" : hex_of(profile.first(32)) + " ...";
-    items.push_back({"profile_" + number, "Profile " + number, bytes, text, false});
-  }
-  return one_section("profiles", "PDP profiles", items);
-}
-
-static Findings write_profile(const ModuleLibrary& m, const Arguments& arguments) {
-  zop_pdp_record record = {};
-  std::vector<uint8_t> bytes =
-      bytes_of_hex("RECORD", arguments.text("RECORD"), sizeof record.bytes);
-  std::copy(bytes.begin(), bytes.end(), record.bytes);
-  require(m.zop_write_pdp_profile(record), "write profile");
-  return confirmation("profiles", "PDP profiles",
-                      fmt::format("profile {} written", record.bytes[0]));
-}
-
 static Findings read_errlog(const ModuleLibrary& m, const Arguments&) {
   uint8_t log[ZOP_ERROR_LOG_SIZE];
   require(m.zop_get_err_log(log), "error log");
   std::string newest = printable(std::span(log).subspan(1));
-  return one_section(
-      "errlog", "Error log",
-      {shown("records", "Records", log[0], std::to_string(log[0])),
-       newest.empty() ? unknown("newest", "Newest", "none")
-                      : shown("newest", "Newest", newest, newest),
-       shown("raw", "First bytes", hex_of(log), hex_of(std::span(log).first(16)) + " ...")});
+  return one_section("errlog", "Error log",
+                     {shown("records", "Records", log[0], std::to_string(log[0])),
+                      newest.empty() ? unknown("newest", "Newest", "none")
+                                     : shown("newest", "Newest", newest, newest),
+                      shown("raw", "Bytes", hex_of(log), hexdump(log))});
 }
 
 static Findings clear_errlog(const ModuleLibrary& m, const Arguments& arguments) {
@@ -181,21 +117,6 @@ static Findings clear_errlog(const ModuleLibrary& m, const Arguments& arguments)
 
 // ---- the rows ----
 
-const Verbs NV_VERBS = {
-    {.noun = "nv",
-     .name = "read",
-     .help = "read an item",
-     .arguments = {{.name = "ITEM", .help = "item number"},
-                   {.name = "--length", .help = "bytes to show, 1 to 128"}},
-     .run = read_nv},
-    {.noun = "nv",
-     .name = "write",
-     .help = "write an item",
-     .danger = "a wrong NV item can make the modem unusable",
-     .arguments = {{.name = "ITEM", .help = "item number"},
-                   {.name = "DATA", .help = "its bytes, in hexadecimal"}},
-     .run = write_nv},
-};
 const Verbs CONFIG_VERBS = {
     {.noun = "config",
      .name = "show",
@@ -240,15 +161,6 @@ const Verbs CONFIG_VERBS = {
      .help = "crash the modem, to get a memory dump",
      .danger = "the modem crashes and its calls end",
      .run = error_fatal},
-};
-const Verbs PROFILE_VERBS = {
-    {.noun = "profile", .name = "list", .help = "show the profiles", .run = list_profiles},
-    {.noun = "profile",
-     .name = "write",
-     .help = "write a profile",
-     .arguments = {{.name = "RECORD",
-                    .help = "up to 103 bytes in hexadecimal, the first is the profile number"}},
-     .run = write_profile},
 };
 const Verbs ERRLOG_VERBS = {
     {.noun = "errlog", .name = "read", .help = "show the log", .run = read_errlog},

@@ -6,6 +6,7 @@
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
+#include "zopctl/verbs/watch.h"
 
 namespace zopctl {
 
@@ -29,7 +30,7 @@ static Item bars(const ModuleLibrary& m) {
   return shown("bars", "Bars", value, bars_picture(value));
 }
 
-static Findings signal(const ModuleLibrary& m, const Arguments&) {
+static Findings read_signal(const ModuleLibrary& m) {
   return one_section("signal", "Signal",
                      {level("rssi_dbm", "RSSI", "dBm", m.zop_get_rssi),
                       level("rscp_dbm", "RSCP", "dBm", m.zop_get_rscp),
@@ -72,7 +73,7 @@ static Item gsm_neighbors(const ModuleLibrary& m) {
   return shown("gsm_neighbors", "GSM neighbours", list, text.empty() ? "(none)" : text);
 }
 
-static Findings cells(const ModuleLibrary& m, const Arguments&) {
+static Findings read_cells(const ModuleLibrary& m) {
   return one_section(
       "cells", "Cells, WCDMA by scrambling code and Ec/Io, GSM by ARFCN and RSSI",
       {wcdma_set("active", "WCDMA active", m.zop_get_active_set_list),
@@ -80,8 +81,27 @@ static Findings cells(const ModuleLibrary& m, const Arguments&) {
        wcdma_set("detected", "WCDMA detected", m.zop_get_detected_set_list), gsm_neighbors(m)});
 }
 
-const Verb SIGNAL = {
-    .name = "signal", .help = "RSSI, RSCP, transmit power, path loss and bars", .run = signal};
-const Verb CELLS = {.name = "cells", .help = "the cells that the modem receives", .run = cells};
+static Findings signal(const ModuleLibrary& m, const Arguments& arguments) {
+  if (arguments.has("--watch")) watch_findings(m, arguments, read_signal);
+  return read_signal(m);
+}
+
+static Findings cells(const ModuleLibrary& m, const Arguments& arguments) {
+  if (arguments.has("--watch")) watch_findings(m, arguments, read_cells);
+  return read_cells(m);
+}
+
+static const Argument WATCH = {.name = "--watch",
+                               .help = "seconds between samples; prints a line for each"};
+const Verb SIGNAL = {.name = "signal",
+                     .help = "RSSI, RSCP, transmit power, path loss and bars",
+                     .arguments = {WATCH},
+                     .check = check_watch,
+                     .run = signal};
+const Verb CELLS = {.name = "cells",
+                    .help = "the cells that the modem receives",
+                    .arguments = {WATCH},
+                    .check = check_watch,
+                    .run = cells};
 
 }  // namespace zopctl

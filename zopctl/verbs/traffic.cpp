@@ -8,21 +8,21 @@
 #include "zopctl/host/refusals.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/message_text.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
 
 namespace zopctl {
 
-static const std::string& bounded(const Arguments& arguments, const char* name, size_t max) {
-  const std::string& text = arguments.text(name);
-  if (text.empty() || text.size() > max) {
-    throw UsageError(fmt::format("{} must have 1 to {} characters", name, max));
-  }
-  return text;
+// A call may also be a service code, as *100#.
+static const std::string& number_to_call(const Arguments& arguments) {
+  return phone_number(arguments.text("NUMBER"), "0123456789*#", 32);
 }
 
+static void check_call(const Arguments& arguments) { number_to_call(arguments); }
+
 static Findings start_call(const ModuleLibrary& m, const Arguments& arguments) {
-  const std::string& number = bounded(arguments, "NUMBER", 32);
+  const std::string& number = number_to_call(arguments);
   require(m.zop_originate_call_test(0, number.c_str()), "start the call");
   return confirmation("call", "Call", "calling " + number + "; zopctl call end ends it");
 }
@@ -32,12 +32,28 @@ static Findings end_call(const ModuleLibrary& m, const Arguments&) {
   return confirmation("call", "Call", "ended");
 }
 
+static const std::string& number_to_write_to(const Arguments& arguments) {
+  return phone_number(arguments.text("NUMBER"), "0123456789", 35);
+}
+
+static void check_sms(const Arguments& arguments) {
+  number_to_write_to(arguments);
+  septets_of(arguments.text("TEXT"));
+}
+
 static Findings send_sms(const ModuleLibrary& m, const Arguments& arguments) {
-  const std::string& number = bounded(arguments, "NUMBER", 35);
-  const std::string& text = bounded(arguments, "TEXT", 254);
+  constexpr size_t ONE_MESSAGE = 160;  // septets
+  const std::string& number = number_to_write_to(arguments);
+  const std::string& text = arguments.text("TEXT");
+  size_t septets = septets_of(text);
   require(m.zop_send_sms(number.c_str(), text.c_str()), "send the message");
-  return confirmation("sms", "Message",
-                      fmt::format("{} characters sent to {}", text.size(), number));
+  bool fits = septets <= ONE_MESSAGE;
+  const char* more = "more than the 160 of one message: the modem decides what becomes of it";
+  return one_section(
+      "sms", "Message",
+      {shown("done", "Done", true, fmt::format("{} characters sent to {}", text.size(), number)),
+       shown("septets", "Septets", septets, std::to_string(septets)),
+       shown("one_message", "One message", fits, fits ? "yes" : more)});
 }
 
 static tm time_of(const Arguments& arguments) {
@@ -71,7 +87,8 @@ const Verbs CALL_VERBS = {
     {.noun = "call",
      .name = "start",
      .help = "place a test call",
-     .arguments = {{.name = "NUMBER", .help = "1 to 32 characters"}},
+     .arguments = {{.name = "NUMBER", .help = "digits, * and #, up to 32; + before them"}},
+     .check = check_call,
      .run = start_call},
     {.noun = "call", .name = "end", .help = "end the test call", .run = end_call},
 };
@@ -79,8 +96,11 @@ const Verbs SMS_VERBS = {
     {.noun = "sms",
      .name = "send",
      .help = "send a message",
-     .arguments = {{.name = "NUMBER", .help = "1 to 35 characters"},
-                   {.name = "TEXT", .help = "1 to 254 characters"}},
+     .arguments = {{.name = "NUMBER", .help = "digits, up to 35; + before them"},
+                   {.name = "TEXT",
+                    .help = "1 to 254 ASCII characters that the GSM alphabet has; 160 septets are "
+                            "one message"}},
+     .check = check_sms,
      .run = send_sms},
 };
 const Verbs TIME_VERBS = {

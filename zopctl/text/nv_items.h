@@ -1,0 +1,37 @@
+// The NV items that are known: what the module itself reads and writes. The meaning of all others
+// is the modem's.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace zopctl {
+
+struct KnownNvItem {
+  uint16_t number;
+  const char* name;  // for the command line
+  const char* meaning;
+  uint8_t value_at;  // the byte that has the value
+  bool secret;       // it is not shown unless asked for by name, nor left in redacted files
+};
+
+inline constexpr KnownNvItem KNOWN_NV_ITEMS[] = {
+    {10, "preferred-mode", "preferred mode", 1, false},
+    {850, "service-domain", "preferred service domain", 1, false},
+    {5895, "mgrf-supported", "MGRF supported, 0 or 1", 0, false},
+    {16685, "sim-pin", "copy of the SIM PIN", 0, true},
+    {16687, "band-order", "acquisition band order", 0, false},
+};
+
+inline constexpr uint32_t NV_NEVER_WRITTEN = 5;
+
+const KnownNvItem* known_nv_item(uint32_t number);  // null: not known
+
+// By number or name; no value if it is neither.
+std::optional<uint16_t> nv_item_of(const std::string& word);
+
+std::string nv_status_text(uint32_t nv_status);  // "never written"
+
+}  // namespace zopctl
