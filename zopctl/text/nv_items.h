@@ -11,18 +11,18 @@ namespace zopctl {
 
 struct KnownNvItem {
   uint16_t number;
-  const char* name;  // for the command line
-  const char* meaning;
   uint8_t value_at;  // the byte that has the value
   bool secret;       // it is not shown unless asked for by name, nor left in redacted files
+  const char* name;  // for the command line
+  const char* meaning;
 };
 
 inline constexpr KnownNvItem KNOWN_NV_ITEMS[] = {
-    {10, "preferred-mode", "preferred mode", 1, false},
-    {850, "service-domain", "preferred service domain", 1, false},
-    {5895, "mgrf-supported", "MGRF supported, 0 or 1", 0, false},
-    {16685, "sim-pin", "copy of the SIM PIN", 0, true},
-    {16687, "band-order", "acquisition band order", 0, false},
+    {10, 1, false, "preferred-mode", "preferred mode"},
+    {850, 1, false, "service-domain", "preferred service domain"},
+    {5895, 0, false, "mgrf-supported", "MGRF supported, 0 or 1"},
+    {16685, 0, true, "sim-pin", "copy of the SIM PIN"},
+    {16687, 0, false, "band-order", "acquisition band order"},
 };
 
 inline constexpr uint32_t NV_NEVER_WRITTEN = 5;
