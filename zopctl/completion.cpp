@@ -2,6 +2,9 @@
 // "nv read:--length", or with "*" one of all verbs. Scenarios are listed when they are completed.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "zopctl/documents.h"
 #include "zopctl/global_options.h"
 #include "zopctl/verb_table.h"
@@ -20,8 +23,10 @@ static std::string path_of(const Verb& verb) {
   return verb.noun == nullptr ? verb.name : std::string(verb.noun) + " " + verb.name;
 }
 
-static Words words_of(const std::vector<const char*>& choices) {
-  return {choices.begin(), choices.end()};
+static Words words_of(const std::vector<Choice>& choices) {
+  Words words;
+  for (const Choice& choice : choices) words.push_back(choice.word);
+  return words;
 }
 
 static Words names_of(const Argument& argument) {
@@ -75,7 +80,7 @@ static Words options_and_choices(const Verb& verb) {
     if (argument.is_option()) {
       words.emplace_back(argument.name);
     } else {
-      words.insert(words.end(), argument.choices.begin(), argument.choices.end());
+      std::ranges::copy(words_of(argument.choices), std::back_inserter(words));
     }
   }
   if (verb.danger != nullptr) words.emplace_back("--yes");
@@ -185,7 +190,7 @@ static void print_fish_verb(const Verb& verb) {
   print_fish_word(verb.noun == nullptr ? "" : verb.noun, verb.name, verb.help);
   for (const Argument& argument : verb.arguments) {
     if (!argument.is_option()) {
-      for (const char* choice : argument.choices) print_fish_word(path, choice, "");
+      for (const auto& [word, meaning] : argument.choices) print_fish_word(path, word, meaning);
       continue;
     }
     std::string short_name =

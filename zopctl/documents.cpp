@@ -56,10 +56,9 @@ static void man_verb(const Verb& verb) {
                troff(verb.danger));
   fmt::print("\n");
   for (const Argument& argument : verb.arguments) {
-    std::string choices;
-    for (const char* choice : argument.choices)
-      choices += std::string(choices.empty() ? ": " : ", ") + choice;
-    fmt::print(".br\n.I {}\n{}{}.\n", troff(argument.name), troff(argument.help), troff(choices));
+    std::string values = values_with_meanings(argument);
+    fmt::print(".br\n.I {}\n{}{}{}.\n", troff(argument.name), troff(argument.help),
+               values.empty() ? "" : ": ", troff(values));
   }
 }
 

@@ -3,13 +3,15 @@
 
 #include <vector>
 
+#include "zopctl/host/verb.h"
+
 namespace zopctl {
 
 struct GlobalOption {
   const char* name;
   const char* value;  // null for a flag
   const char* help;
-  std::vector<const char*> choices = {};
+  std::vector<Choice> choices = {};
 };
 
 extern const std::vector<GlobalOption> GLOBAL_OPTIONS;

@@ -43,7 +43,7 @@ static void require_consent(const Verb& verb, const Arguments& arguments) {
 }
 
 static int run(const Options& options) {
-  if (options.verb->check != nullptr) options.verb->check(options.arguments);
+  check_arguments(*options.verb, options.arguments);
   require_consent(*options.verb, options.arguments);
   Session session(options, options.verb->need);
   check_signals();

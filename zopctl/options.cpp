@@ -133,6 +133,12 @@ struct Parsed {
 };
 }  // namespace
 
+// "the band: 43 (GSM 850) or 44 (EGSM 900)"
+static std::string help_of(const Argument& argument) {
+  std::string values = values_with_meanings(argument);
+  return argument.help + (values.empty() ? "" : ": " + values);
+}
+
 static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed) {
   Slot& slot = parsed.slots.emplace_back(Slot{argument.name, "", {}, nullptr});
   if (argument.flag) {
@@ -146,11 +152,8 @@ static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed
   }
   std::string short_name =
       argument.short_name == nullptr ? "" : std::string(argument.short_name) + ",";
-  slot.option = app.add_option(short_name + slot.name, slot.word, argument.help);
+  slot.option = app.add_option(short_name + slot.name, slot.word, help_of(argument));
   if (argument.is_required()) slot.option->required();
-  if (argument.choices.empty()) return;
-  std::vector<std::string> choices(argument.choices.begin(), argument.choices.end());
-  slot.option->check(CLI::IsMember(choices));
 }
 
 static void add_verb(CLI::App& parent, const Verb& verb, bool& yes, std::list<Parsed>& all) {

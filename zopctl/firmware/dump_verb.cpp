@@ -28,7 +28,7 @@ static DumpOptions options_of(const Arguments& arguments) {
     throw UsageError("--resume goes on in its own folder; leave out --output");
   if (arguments.has("--mode")) options.mode = mode_of(arguments.text("--mode"));
   if (arguments.has("--timeout"))
-    options.timeout = StallWatch::Seconds(arguments.number("--timeout", 0, 86'400));
+    options.timeout = StallWatch::Seconds(arguments.number("--timeout"));
   std::string regions = arguments.has("--region") ? arguments.text("--region") : "";
   for (size_t start = 0; start < regions.size();) {
     size_t end = std::min(regions.find(',', start), regions.size());
@@ -37,6 +37,8 @@ static DumpOptions options_of(const Arguments& arguments) {
   }
   return options;
 }
+
+static void check_dump(const Arguments& arguments) { options_of(arguments); }
 
 static Findings dump(const ModuleLibrary& module, const Arguments& arguments) {
   DumpOptions options = options_of(arguments);
@@ -56,11 +58,13 @@ const Verb DUMP = {
                   {.name = "--resume", .help = "go on with the dump that broke off in this folder"},
                   {.name = "--timeout",
                    .help =
-                       "seconds without an answer until a region is given up, default 60, 0 never"},
+                       "seconds without an answer until a region is given up (default 60, 0 never)",
+                   .range = Range{0, 86'400}},
                   {.name = "--mode", .help = "of the files, in octal; default 0600"},
                   {.name = "--wait",
                    .help = "wait for the device, and for the modem to crash",
                    .flag = true}},
+    .check = check_dump,
     .run = dump};
 
 }  // namespace zopctl

@@ -56,11 +56,14 @@ static void require_device(bool has_begun) {
   if (auto problem = device_problem(mapped_device())) throw Failure(*problem);
 }
 
+static void check_update(const Arguments& arguments) {
+  if (arguments.has("--modem-only") && arguments.has("--erase"))
+    throw UsageError("--modem-only never erases; leave out one of --modem-only and --erase");
+}
+
 static Findings update(const ModuleLibrary& module, const Arguments& arguments) {
   Update::Options options = {arguments.has("--modem-only"), arguments.has("--erase"),
                              arguments.json};
-  if (options.modem_only && options.erase)
-    throw UsageError("--modem-only never erases; leave out one of --modem-only and --erase");
   ImageSet set = good_images(arguments.text("DIR"));
   if (arguments.has("--dry-run")) return show_plan(set, options);
   require_device(Journal(mapped_device()).entry().has_value());
@@ -105,6 +108,7 @@ const Verb FIRMWARE_UPDATE = {
                   {.name = "--dry-run",
                    .help = "only check the images and show what would be sent",
                    .flag = true}},
+    .check = check_update,
     .run = update};
 
 const Verb FIRMWARE_FINISH = {

@@ -103,17 +103,13 @@ class Sampling {
   Sampling(const ModuleLibrary& module, const Arguments& arguments, bool log_lines_go_on)
       : sampler_(module, log_lines_go_on) {
     if (arguments.has("--interval")) {
-      interval_s = arguments.number("--interval", 1, MAX_INTERVAL_S);
+      interval_s = arguments.number("--interval");
     }
     if (arguments.has("--count")) {
-      left_ = arguments.number("--count", 1, std::numeric_limits<uint32_t>::max());
+      left_ = arguments.number("--count");
       is_counted_ = true;
     }
-    if (!arguments.has("--record")) return;
-    if (arguments.text("--record") == "-") {
-      throw UsageError("--record needs a file; monitor --json prints the samples");
-    }
-    recording_.emplace(arguments.text("--record"));
+    if (arguments.has("--record")) recording_.emplace(arguments.text("--record"));
   }
 
   // Until the user ends it or the last sample is taken. Throws Interrupted and Failure.
@@ -265,6 +261,11 @@ void LiveMonitor::run() {
   }
 }
 
+static void check_monitor(const Arguments& arguments) {
+  if (arguments.has("--record") && arguments.text("--record") == "-")
+    throw UsageError("--record needs a file; monitor --json prints the samples");
+}
+
 static Findings monitor(const ModuleLibrary& m, const Arguments& arguments) {
   bool wants_screen = !arguments.json && isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
   bool log_lines_go_on = !wants_screen || isatty(STDERR_FILENO) == 0;
@@ -287,8 +288,13 @@ const Verb MONITOR = {
     .samples = true,
     .arguments = {{.name = "--record",
                    .help = "append the samples to this file, one JSON object per line"},
-                  {.name = "--interval", .help = "seconds between samples, default 1"},
-                  {.name = "--count", .help = "end after this many samples"}},
+                  {.name = "--interval",
+                   .help = "seconds between samples (default 1)",
+                   .range = Range{1, MAX_INTERVAL_S}},
+                  {.name = "--count",
+                   .help = "end after this many samples",
+                   .range = Range{1, std::numeric_limits<uint32_t>::max()}}},
+    .check = check_monitor,
     .run = monitor};
 
 }  // namespace zopctl

@@ -2,6 +2,7 @@
 #include "zopctl/text/arguments.h"
 
 #include <charconv>
+#include <limits>
 
 #include "zopctl/text/failure.h"
 
@@ -17,10 +18,9 @@ std::optional<uint32_t> number_of(const std::string& word, uint32_t min, uint32_
   return good && value >= min && value <= max ? std::optional(value) : std::nullopt;
 }
 
-uint32_t Arguments::number(const std::string& name, uint32_t min, uint32_t max) const {
-  if (auto value = number_of(text(name), min, max)) return *value;
-  throw UsageError(name + " must be a number from " + std::to_string(min) + " to " +
-                   std::to_string(max) + ", not \"" + text(name) + "\"");
+uint32_t Arguments::number(const std::string& name) const {
+  if (auto value = number_of(text(name), 0, std::numeric_limits<uint32_t>::max())) return *value;
+  throw UsageError(name + " must be a number, not \"" + text(name) + "\"");
 }
 
 }  // namespace zopctl

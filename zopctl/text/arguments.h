@@ -24,8 +24,8 @@ class Arguments {
   bool has(const std::string& name) const { return texts.count(name) != 0; }
   const std::string& text(const std::string& name) const { return texts.at(name); }
 
-  // A number from min to max, decimal or 0x. Throws UsageError.
-  uint32_t number(const std::string& name, uint32_t min, uint32_t max) const;
+  // Of an argument whose row has a range of numbers.
+  uint32_t number(const std::string& name) const;
 };
 
 }  // namespace zopctl

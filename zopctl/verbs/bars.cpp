@@ -35,12 +35,10 @@ static Findings show(const ModuleLibrary& m, const Arguments& arguments) {
   return findings_of(read_bars(m));
 }
 
-const Verb BARS = {
-    .name = "bars",
-    .help = "the signal bars that a host shows, or why there are none",
-    .need = Session::MODULE,
-    .arguments = {{.name = "--watch", .help = "seconds between samples; prints a line for each"}},
-    .check = check_watch,
-    .run = show};
+const Verb BARS = {.name = "bars",
+                   .help = "the signal bars that a host shows, or why there are none",
+                   .need = Session::MODULE,
+                   .arguments = {watch_argument()},
+                   .run = show};
 
 }  // namespace zopctl

@@ -46,31 +46,33 @@ static Findings show_config(const ModuleLibrary& m, const Arguments&) {
 }
 
 static Findings set_band(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
+  uint32_t code = arguments.number("BAND");
   require(m.zop_set_band(code), "set band");
   return confirmation("config", "Configuration", "band " + band(static_cast<int32_t>(code)));
 }
 
 static Findings set_mode(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t mode = arguments.number("MODE", 0, 255);
+  uint32_t mode = arguments.number("MODE");
   require(m.zop_set_pref_mode(mode), "set preferred mode");
   return confirmation("config", "Configuration", fmt::format("preferred mode {}", mode));
 }
 
+static void check_search_order(const Arguments& arguments) {
+  bool is_gsm_band = arguments.number("BAND") < ZOP_BAND_WCDMA_2100;
+  if (is_gsm_band != (arguments.text("KIND") == "gsm"))
+    throw UsageError("BAND must be 43, 44, 47 or 48 for gsm, and 80, 81 or 84 for wcdma");
+}
+
 static Findings set_search_order(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t kind = arguments.text("KIND") == "gsm" ? ZOP_SEARCH_GSM : ZOP_SEARCH_WCDMA;
-  uint32_t code = arguments.number("BAND", ZOP_BAND_GSM_850, ZOP_BAND_WCDMA_850);
-  bool is_gsm_band = code < ZOP_BAND_WCDMA_2100;
-  if (is_gsm_band != (kind == ZOP_SEARCH_GSM)) {
-    throw UsageError(band(static_cast<int32_t>(code)) + " is a band of the other type");
-  }
+  uint32_t code = arguments.number("BAND");
   require(m.zop_set_network_search_order(kind, code), "set search order");
   return confirmation("config", "Configuration",
                       "search " + band(static_cast<int32_t>(code)) + " first");
 }
 
 static Findings set_diag_port(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t port = arguments.number("PORT", 0, 1);
+  uint32_t port = arguments.number("PORT");
   require(m.zop_set_diag_port(port), "set diagnostic port");
   return confirmation("config", "Configuration", fmt::format("diagnostic port {}", port));
 }
@@ -109,13 +111,21 @@ static Findings read_errlog(const ModuleLibrary& m, const Arguments&) {
 
 static Findings clear_errlog(const ModuleLibrary& m, const Arguments& arguments) {
   constexpr uint32_t ALL = 255;
-  uint32_t index = arguments.has("INDEX") ? arguments.number("INDEX", 0, 254) : ALL;
+  uint32_t index = arguments.has("INDEX") ? arguments.number("INDEX") : ALL;
   require(m.zop_get_err_clr(index), "clear error log");
   return confirmation("errlog", "Error log",
                       index == ALL ? "all records cleared" : "record cleared");
 }
 
 // ---- the rows ----
+
+// The bands that the modem may be told to use.
+static Argument band_argument() {
+  Argument argument = {.name = "BAND", .help = "the band"};
+  for (const char* code : {"43", "44", "47", "48", "80", "81", "84"})
+    argument.choices.emplace_back(code, band(std::stoi(code)));
+  return argument;
+}
 
 const Verbs CONFIG_VERBS = {
     {.noun = "config",
@@ -126,25 +136,26 @@ const Verbs CONFIG_VERBS = {
      .name = "set-band",
      .help = "lock the modem to a band",
      .danger = "a band that the network does not use takes the modem out of service",
-     .arguments = {{.name = "BAND", .help = "43, 44, 47, 48, 80, 81 or 84"}},
+     .arguments = {band_argument()},
      .run = set_band},
     {.noun = "config",
      .name = "set-mode",
      .help = "set the preferred mode, a number that the modem defines",
      .danger = "a mode that the network does not use takes the modem out of service",
-     .arguments = {{.name = "MODE", .help = "0 to 255"}},
+     .arguments = {{.name = "MODE", .help = "the mode", .range = Range{0, 255}}},
      .run = set_mode},
     {.noun = "config",
      .name = "set-search-order",
      .help = "set the band to search first",
      .arguments = {{.name = "KIND", .help = "network type", .choices = {"gsm", "wcdma"}},
-                   {.name = "BAND", .help = "43, 44, 47, 48 for gsm; 80, 81, 84 for wcdma"}},
+                   band_argument()},
+     .check = check_search_order,
      .run = set_search_order},
     {.noun = "config",
      .name = "diag-port",
      .help = "select the port of the diagnostic link",
      .danger = "the modem may stop answering on the current port",
-     .arguments = {{.name = "PORT", .help = "0 or 1"}},
+     .arguments = {{.name = "PORT", .help = "the port", .choices = {"0", "1"}}},
      .run = set_diag_port},
     {.noun = "config",
      .name = "factory-test",
@@ -167,7 +178,10 @@ const Verbs ERRLOG_VERBS = {
     {.noun = "errlog",
      .name = "clear",
      .help = "clear one record or all",
-     .arguments = {{.name = "INDEX", .help = "0 to 254; default all", .optional = true}},
+     .arguments = {{.name = "INDEX",
+                    .help = "the record (default all)",
+                    .optional = true,
+                    .range = Range{0, 254}}},
      .run = clear_errlog},
 };
 

@@ -48,7 +48,7 @@ static Findings show_mcc(const ModuleLibrary& m, const Arguments&) {
 }
 
 static Findings ring(const ModuleLibrary& m, const Arguments& arguments) {
-  int origin = static_cast<int>(arguments.number("ORIGIN", 0, 0x7FFFFFFF));
+  int origin = static_cast<int>(arguments.number("ORIGIN"));
   NubiEvent event = {"com.orvane.hal", "wanRing", origin};
   require_host(m.vurn_report_event(&event), "event");
   nlohmann::ordered_json counts = nlohmann::ordered_json::array();
@@ -72,7 +72,7 @@ static Findings downloaded(const ModuleLibrary& m, const Arguments&) {
 }
 
 static Findings start_call_test(const ModuleLibrary& m, const Arguments& arguments) {
-  int test = static_cast<int>(arguments.number("TEST", 0, 1000));
+  int test = static_cast<int>(arguments.number("TEST"));
   LogCapture log(m, VURN_LOG_ERROR);
   std::string why = host_problem(m.vurn_originate_call_test(test));
   if (!why.empty()) throw Failure("the call test did not start: " + why + "\n" + log.text());
@@ -98,7 +98,9 @@ const Verbs EVENT_VERBS = {
      .name = "wanRing",
      .help = "send the module a ring wake-up event",
      .need = Session::LIBRARY,
-     .arguments = {{.name = "ORIGIN", .help = "origin of the ring; 0 to 4 are counted separately"}},
+     .arguments = {{.name = "ORIGIN",
+                    .help = "origin of the ring (the first five are counted separately)",
+                    .range = Range{0, 0x7FFFFFFF}}},
      .run = ring},
     {.noun = "event",
      .name = "fileDownloaded",
@@ -114,8 +116,10 @@ const Verbs CALL_TEST_VERBS = {
      .need = Session::MODULE,
      .danger = "the modem changes its band and stays in a call until stopped",
      .arguments = {{.name = "TEST",
-                    .help = "0 factory test mode only, 1 WCDMA 850, 2 GSM 1900, others keep "
-                            "the current band"}},
+                    .help =
+                        "the test (0 is factory test mode only, 1 WCDMA 850, 2 GSM 1900, others "
+                        "keep the current band)",
+                    .range = Range{0, 1000}}},
      .run = start_call_test},
     {.noun = "call-test",
      .name = "stop",

@@ -42,17 +42,11 @@ static void require_nv(uint32_t nv_status) {
   throw Failure(fmt::format("NV status {} ({})", nv_status, nv_status_text(nv_status)));
 }
 
-static uint16_t item_of(const Arguments& arguments) {
-  if (auto item = nv_item_of(arguments.text("ITEM"))) return *item;
-  throw UsageError("ITEM must be a number from 0 to 65535 or a name of nv list, not \"" +
-                   arguments.text("ITEM") + "\"");
+static std::vector<uint8_t> data_of(const Arguments& arguments) {
+  return bytes_of_hex("DATA", arguments.text("DATA"), ZOP_NV_DATA_SIZE);
 }
 
-static void check_item(const Arguments& arguments) {
-  item_of(arguments);
-  if (arguments.has("--length")) arguments.number("--length", 1, ZOP_NV_DATA_SIZE);
-  if (arguments.has("DATA")) bytes_of_hex("DATA", arguments.text("DATA"), ZOP_NV_DATA_SIZE);
-}
+static void check_data(const Arguments& arguments) { data_of(arguments); }
 
 // What the item says; null for one whose meaning is the modem's, or that is a secret.
 static Json value_of(const NvItem& item) {
@@ -90,11 +84,10 @@ static Findings list_nv(const ModuleLibrary& m, const Arguments& arguments) {
 }
 
 static Findings read_nv(const ModuleLibrary& m, const Arguments& arguments) {
-  NvItem item = read_nv_item(m, item_of(arguments));
+  NvItem item = read_nv_item(m, *nv_item_of(arguments.text("ITEM")));
   require_nv(item.nv_status);
   Json value = value_of(item);
-  if (arguments.has("--length"))
-    item.data.resize(arguments.number("--length", 1, ZOP_NV_DATA_SIZE));
+  if (arguments.has("--length")) item.data.resize(arguments.number("--length"));
   const KnownNvItem* known = known_nv_item(item.number);
   std::vector<Item> items = {shown("item", "Item", item.number, std::to_string(item.number))};
   if (known != nullptr) {
@@ -110,13 +103,20 @@ static Findings read_nv(const ModuleLibrary& m, const Arguments& arguments) {
 }
 
 static Findings write_nv(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t item = item_of(arguments);
-  std::vector<uint8_t> data = bytes_of_hex("DATA", arguments.text("DATA"), ZOP_NV_DATA_SIZE);
+  uint32_t item = *nv_item_of(arguments.text("ITEM"));
+  std::vector<uint8_t> data = data_of(arguments);
   require_nv(write_nv_item(m, item, data));
   return confirmation("nv", "NV item", fmt::format("item {} written, {} bytes", item, data.size()));
 }
 
 static constexpr char DANGER[] = "a wrong NV item can make the modem unusable";
+
+static Argument item() {
+  Argument argument = {
+      .name = "ITEM", .help = "the item, by number or name", .range = Range{0, 65535}};
+  for (const KnownNvItem& known : KNOWN_NV_ITEMS) argument.choices.emplace_back(known.name);
+  return argument;
+}
 
 const Verbs NV_VERBS = {
     {.noun = "nv",
@@ -126,17 +126,18 @@ const Verbs NV_VERBS = {
     {.noun = "nv",
      .name = "read",
      .help = "read an item",
-     .arguments = {{.name = "ITEM", .help = "number of the item, or its name in nv list"},
-                   {.name = "--length", .help = "bytes to show, 1 to 128"}},
-     .check = check_item,
+     .arguments = {item(),
+                   {.name = "--length",
+                    .help = "bytes to show",
+                    .range = Range{1, ZOP_NV_DATA_SIZE}}},
      .run = read_nv},
     {.noun = "nv",
      .name = "write",
      .help = "write an item",
      .danger = DANGER,
-     .arguments = {{.name = "ITEM", .help = "number of the item, or its name in nv list"},
+     .arguments = {item(),
                    {.name = "DATA", .help = "its bytes, in hexadecimal; the rest becomes zero"}},
-     .check = check_item,
+     .check = check_data,
      .run = write_nv},
     {.noun = "nv",
      .name = "backup",

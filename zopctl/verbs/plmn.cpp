@@ -129,13 +129,20 @@ static void put_entry(const std::string& word, uint8_t* entry) {
   entry[kind == "umts" ? 6 : 7] = TECHNOLOGY;
 }
 
-static Findings set_user(const ModuleLibrary& m, const Arguments& arguments) {
+static zop_uplmn_list user_list_of(const Arguments& arguments) {
   zop_uplmn_list list = {};
   std::stringstream words(arguments.text("PLMNS"));
   for (std::string word; std::getline(words, word, ',');) {
     if (list.bytes[0] == USER_ENTRIES) throw UsageError("the list holds at most 15 PLMNs");
     put_entry(word, list.bytes + 1 + ENTRY * list.bytes[0]++);
   }
+  return list;
+}
+
+static void check_user_list(const Arguments& arguments) { user_list_of(arguments); }
+
+static Findings set_user(const ModuleLibrary& m, const Arguments& arguments) {
+  zop_uplmn_list list = user_list_of(arguments);
   require(m.zop_set_uim_data_uplmn(list), "write the user list");
   Json entries = user(m);
   return one_section("plmn", "PLMN lists", {shown("user", "User", entries, text_of(entries))});
@@ -155,6 +162,7 @@ const Verbs PLMN_VERBS = {
      .help = "write the user list, for example 310-410,262-01:gsm",
      .arguments = {{.name = "PLMNS",
                     .help = "MCC-MNC[:gsm|:umts],...; default umts; \"\" clears the list"}},
+     .check = check_user_list,
      .run = set_user},
 };
 

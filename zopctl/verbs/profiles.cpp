@@ -82,17 +82,8 @@ static Findings list_profiles(const ModuleLibrary& m, const Arguments& arguments
   return one_section("profiles", "PDP profiles", rows);
 }
 
-static uint32_t number_of_profile(const Arguments& arguments) {
-  constexpr uint32_t LAST = 2 * ZOP_PDP_PROFILE_COUNT - 1;
-  uint32_t number = arguments.number("NUMBER", 1, LAST);
-  if (number % 2 == 0) throw UsageError("profiles have the odd numbers from 1 to 15");
-  return number;
-}
-
-static void check_number(const Arguments& arguments) { number_of_profile(arguments); }
-
 static Findings show_profile(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t number = number_of_profile(arguments);
+  uint32_t number = arguments.number("NUMBER");
   Profile profile = read_profiles(m)[number / 2];
   std::vector<Text> texts = texts_in(profile.bytes);
   return one_section("profile", "PDP profile",
@@ -127,8 +118,9 @@ const Verbs PROFILE_VERBS = {
     {.noun = "profile",
      .name = "show",
      .help = "one profile: its texts and bytes",
-     .arguments = {{.name = "NUMBER", .help = "1, 3, 5, 7, 9, 11, 13 or 15"}},
-     .check = check_number,
+     .arguments = {{.name = "NUMBER",
+                    .help = "the profile",
+                    .choices = {"1", "3", "5", "7", "9", "11", "13", "15"}}},
      .run = show_profile},
     {.noun = "profile",
      .name = "write",

@@ -91,17 +91,13 @@ static Findings cells(const ModuleLibrary& m, const Arguments& arguments) {
   return read_cells(m);
 }
 
-static const Argument WATCH = {.name = "--watch",
-                               .help = "seconds between samples; prints a line for each"};
 const Verb SIGNAL = {.name = "signal",
                      .help = "RSSI, RSCP, transmit power, path loss and bars",
-                     .arguments = {WATCH},
-                     .check = check_watch,
+                     .arguments = {watch_argument()},
                      .run = signal};
 const Verb CELLS = {.name = "cells",
                     .help = "the cells that the modem receives",
-                    .arguments = {WATCH},
-                    .check = check_watch,
+                    .arguments = {watch_argument()},
                     .run = cells};
 
 }  // namespace zopctl

@@ -53,12 +53,19 @@ static Findings report(const ModuleLibrary& m, const Arguments& arguments) {
 
 // ---- exceptions ----
 
-// The names that a host gives its exceptions, by code. The module does not report 3 to 7.
+// The names that a host gives its exceptions, by code.
 static const char* const EXCEPTION_NAMES[] = {
     "no carrier",    "dial failed",     "ppp timeout", "user hang-up",   "idle hang-up",
     "shutting down", "no subscription", "flight mode", "authentication", "modem reset",
 };
-constexpr uint32_t FIRST_SILENT = 3, LAST_SILENT = 7;
+
+// The module does not report codes 3 to 7.
+static std::vector<Choice> reported_codes() {
+  std::vector<Choice> codes;
+  for (const char* code : {"0", "1", "2", "8", "9"})
+    codes.emplace_back(code, EXCEPTION_NAMES[*code - '0']);
+  return codes;
+}
 
 // The report lines, starting at "t=".
 static std::vector<std::string> report_lines(const std::string& log) {
@@ -107,10 +114,7 @@ static std::vector<std::string> wait_for_reports(const LogCapture& log) {
 }
 
 static Findings exception(const ModuleLibrary& m, const Arguments& arguments) {
-  uint32_t code = arguments.number("CODE", 0, std::size(EXCEPTION_NAMES) - 1);
-  if (code >= FIRST_SILENT && code <= LAST_SILENT) {
-    throw UsageError("the module does not report codes 3 to 7");
-  }
+  uint32_t code = arguments.number("CODE");
   LogCapture log(m, VURN_LOG_INFO);
   {
     QuietOutput quiet;
@@ -137,7 +141,7 @@ const Verb EXCEPTION = {
     .name = "exception",
     .help = "report an exception to the module, and show the five reports that follow",
     .need = Session::MODULE,
-    .arguments = {{.name = "CODE", .help = "0 to 9; the module does not report 3 to 7"}},
+    .arguments = {{.name = "CODE", .help = "what happened", .choices = reported_codes()}},
     .run = exception};
 
 }  // namespace zopctl

@@ -62,9 +62,7 @@ class Codes {
 
  private:
   std::string text_of(const std::string& option, const char* what) {
-    bool given = arguments_.has(option);
-    if (given && from_file_) throw UsageError(option + " and --pin-file give the same code");
-    if (given) return arguments_.text(option);
+    if (arguments_.has(option)) return arguments_.text(option);
     if (from_file_) return line_of(file_.is_open() ? file_ : std::cin);
     return isatty(STDIN_FILENO) != 0 ? ask_hidden(std::string(what) + ": ") : line_of(std::cin);
   }
@@ -74,6 +72,17 @@ class Codes {
   std::ifstream file_;  // closed: standard input
 };
 }  // namespace
+
+// Those of the command line; the others are asked for when the modem is there.
+static void check_codes(const Arguments& arguments) {
+  for (auto [option, what] : {std::pair("--pin", "PIN"), std::pair("--new-pin", "new PIN"),
+                              std::pair("--key", "unblocking key")}) {
+    if (!arguments.has(option)) continue;
+    code_of(arguments.text(option), what);
+    if (arguments.has("--pin-file"))
+      throw UsageError(std::string(option) + " and --pin-file give the same code");
+  }
+}
 
 static std::vector<Item> card_state(const ModuleLibrary& m) {
   uint32_t status = 0, lock = 0, retries = 0;
@@ -159,26 +168,31 @@ const Verbs SIM_VERBS = {
      .name = "verify",
      .help = "enter the PIN",
      .arguments = {PIN, PIN_FILE},
+     .check = check_codes,
      .run = verify},
     {.noun = "sim",
      .name = "enable",
      .help = "enable the PIN",
      .arguments = {PIN, PIN_FILE},
+     .check = check_codes,
      .run = enable},
     {.noun = "sim",
      .name = "disable",
      .help = "disable the PIN",
      .arguments = {PIN, PIN_FILE},
+     .check = check_codes,
      .run = disable},
     {.noun = "sim",
      .name = "change",
      .help = "change the PIN",
      .arguments = {OLD_PIN, NEW_PIN, PIN_FILE},
+     .check = check_codes,
      .run = change},
     {.noun = "sim",
      .name = "unblock",
      .help = "replace a blocked PIN, with the unblocking key",
      .arguments = {KEY, NEW_PIN, PIN_FILE},
+     .check = check_codes,
      .run = unblock},
 };
 

@@ -63,10 +63,13 @@ static tm time_of(const Arguments& arguments) {
   if (!arguments.has("TIME")) return local;
   tm given{};
   const char* end = strptime(arguments.text("TIME").c_str(), "%Y-%m-%dT%H:%M:%S", &given);
-  if (end == nullptr || *end != '\0') throw UsageError("write TIME as 2010-07-24T13:02:59");
+  if (end == nullptr || *end != '\0')
+    throw UsageError("TIME must be as 2010-07-24T13:02:59, not \"" + arguments.text("TIME") + "\"");
   timegm(&given);  // fills in the weekday
   return given;
 }
+
+static void check_time(const Arguments& arguments) { time_of(arguments); }
 
 // The modem expects year, month, day, hour, minute, second, weekday as 16-bit fields.
 static Findings set_time(const ModuleLibrary& m, const Arguments& arguments) {
@@ -110,6 +113,7 @@ const Verbs TIME_VERBS = {
      .arguments = {{.name = "TIME",
                     .help = "local time, as 2010-07-24T13:02:59; default now",
                     .optional = true}},
+     .check = check_time,
      .run = set_time},
 };
 

@@ -18,14 +18,6 @@ namespace zopctl {
 
 using Json = nlohmann::ordered_json;
 
-static uint32_t interval_of(const Arguments& arguments) {
-  return arguments.number("--watch", 1, 86400);
-}
-
-void check_watch(const Arguments& arguments) {
-  if (arguments.has("--watch")) interval_of(arguments);
-}
-
 static void print_sample(const WatchSample& sample, bool json) {
   auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   if (json) {
@@ -40,7 +32,7 @@ static void print_sample(const WatchSample& sample, bool json) {
 
 void watch(const Arguments& arguments, const std::function<WatchSample()>& sample,
            const std::function<void()>& reopen) {
-  uint32_t seconds = interval_of(arguments);
+  uint32_t seconds = arguments.number("--watch");
   for (;;) {
     WatchSample now = sample();
     print_sample(now, arguments.json);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "zopctl/host/module_library.h"
+#include "zopctl/host/verb.h"
 #include "zopctl/text/arguments.h"
 #include "zopctl/text/output.h"
 
@@ -25,7 +26,9 @@ struct WatchSample {
 [[noreturn]] void watch_findings(const ModuleLibrary& module, const Arguments& arguments,
                                  Findings (*run)(const ModuleLibrary&));
 
-// Throws UsageError when --watch has a bad value.
-void check_watch(const Arguments& arguments);
+inline Argument watch_argument() {
+  return {
+      .name = "--watch", .help = "print a line every so many seconds", .range = Range{1, 86400}};
+}
 
 }  // namespace zopctl
