@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <list>
 
@@ -126,6 +127,19 @@ void wait_ms(unsigned ms) {
   pollfd signals = {wake_up, POLLIN, 0};
   ppoll(&signals, held_on != 0 ? 0 : 1, &left, nullptr);
   check_signals();
+}
+
+bool wait_until(const std::function<bool()>& has_come, std::chrono::seconds of_modem,
+                std::chrono::seconds of_machine) {
+  using Clock = std::chrono::steady_clock;
+  auto modem_end = modem_now() + of_modem;
+  auto machine_end = Clock::now() + of_machine;
+  double step_ms = std::clamp(1000 / speed, 100.0, 1000.0);  // of this machine's time
+  while (!has_come()) {
+    if (modem_now() >= modem_end && Clock::now() >= machine_end) return false;
+    wait_ms(static_cast<unsigned>(step_ms * speed));
+  }
+  return true;
 }
 
 void check_signals() {

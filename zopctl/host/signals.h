@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 
 namespace zopctl {
@@ -17,6 +18,12 @@ void wait_seconds(unsigned seconds);  // throws it as soon as the signal comes
 void wait_ms(unsigned ms);            // both in the modem's time, which may be simulated
 
 std::chrono::system_clock::time_point modem_now();
+
+// Waits until something has come that depends on both clocks, as what the module makes of the
+// modem's data: the module's threads go by this machine's. False when it has not come although the
+// modem has had its time and the machine its own.
+bool wait_until(const std::function<bool()>& has_come, std::chrono::seconds of_modem,
+                std::chrono::seconds of_machine);
 
 // From now on the modem's time, and the module's sleeps, run this many times faster.
 void set_speed(double factor);

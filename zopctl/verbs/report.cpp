@@ -21,20 +21,21 @@ namespace zopctl {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int FRESH_DATA_S = 15;
+using Seconds = std::chrono::seconds;
+
+constexpr Seconds FRESH_DATA(15);             // of the modem
+constexpr Seconds FRESH_DATA_OF_A_MODULE(5);  // it needs some, however fast the modem's clock runs
 constexpr int REPORTS_OF_AN_EXCEPTION = 5;
-constexpr std::chrono::seconds EXCEPTION_TIME(30);
+constexpr Seconds EXCEPTION_TIME(30);
 
 // The first report switches field-test screens on; a screen then arrives within two seconds.
 static std::string fresh_log_string(const ModuleLibrary& m) {
   if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for the modem's field-test data ...\n");
-  for (int second = 0; second < FRESH_DATA_S; ++second) {
-    std::string report = log_string(m);
-    if (has_screen(report)) return report;
-    wait_seconds(1);
-  }
+  std::string report;
+  auto has_come = [&] { return has_screen(report = log_string(m)); };
+  if (wait_until(has_come, FRESH_DATA, FRESH_DATA_OF_A_MODULE)) return report;
   throw Failure(
-      fmt::format("no field-test data within {} s; check with zopctl doctor", FRESH_DATA_S));
+      fmt::format("no field-test data within {} s; check with zopctl doctor", FRESH_DATA.count()));
 }
 
 static void print_object(const Json& object) { fmt::print("{}\n", printable_json(object, 2)); }
@@ -102,13 +103,13 @@ static Json reports_as_json(const std::vector<std::string>& lines) {
   return reports;
 }
 
-// The module reports by this machine's clock, however fast a simulated modem's runs.
 static std::vector<std::string> wait_for_reports(const LogCapture& log) {
-  using Clock = std::chrono::steady_clock;
-  for (auto start = Clock::now(); Clock::now() - start < EXCEPTION_TIME; wait_seconds(1)) {
-    std::vector<std::string> lines = report_lines(log.text());
-    if (count_reports(lines) >= REPORTS_OF_AN_EXCEPTION) return lines;
-  }
+  std::vector<std::string> lines;
+  auto has_come = [&] {
+    lines = report_lines(log.text());
+    return count_reports(lines) >= REPORTS_OF_AN_EXCEPTION;
+  };
+  if (wait_until(has_come, EXCEPTION_TIME, EXCEPTION_TIME)) return lines;
   throw Failure(fmt::format("fewer than {} reports within {} s; check with zopctl doctor",
                             REPORTS_OF_AN_EXCEPTION, EXCEPTION_TIME.count()));
 }
