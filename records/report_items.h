@@ -1,0 +1,53 @@
+// The items of the report: what the module calls each, and how programs get it. The one place that
+// knows both.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "records/state_words.h"
+
+namespace records {
+
+enum class SectionId : uint8_t {
+  MODEM,
+  SIM,
+  NETWORK,
+  STATE,
+  STATUS,
+  ERRORS,
+  WCDMA,
+  GSM,
+  WAN,
+  PLMN,
+  OTHER,  // items that are not in the table, by their labels
+};
+constexpr size_t SECTION_COUNT = static_cast<size_t>(SectionId::OTHER) + 1;
+extern const char* const SECTIONS[SECTION_COUNT];
+
+// When an item is known at all. A screen's items hold zeros before the modem's first screen.
+enum class Source : uint8_t { MODULE, SCREEN };
+
+// Text without storage: there is no value.
+constexpr std::string_view NO_VALUE;
+
+struct ReportItem {
+  std::string_view label;  // the module's
+  SectionId section;
+  std::string_view key;
+  // Appends the value as JSON; more keys and values behind it where a label has several.
+  void (*append)(std::string& out, std::string_view value, std::span<const StateWord> words);
+  Source source = Source::MODULE;
+  std::span<const StateWord> words = {};
+};
+
+// Null when the label is none of the module's.
+const ReportItem* find_item(std::string_view label);
+
+// The value of an item that is not in the table.
+void append_text(std::string& out, std::string_view value, std::span<const StateWord> words = {});
+
+}  // namespace records
