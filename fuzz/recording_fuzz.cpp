@@ -3,14 +3,13 @@
 #include "fuzz/fuzz.h"
 #include "records/recording_reader.h"
 
-static const records::ItemTable ITEMS(gLogItems);
 static const records::Callbacks CALLBACKS = {[] {}, [](const std::string&) {}};
 
 void fuzz(std::span<const uint8_t> input) {
   if (input.empty()) return;
   FILE* file = fmemopen(const_cast<uint8_t*>(input.data()), input.size(), "r");
   try {
-    for (const auto& recording : records::read_recordings(file, "fuzz", ITEMS, CALLBACKS)) {
+    for (const auto& recording : records::read_recordings(file, "fuzz", CALLBACKS)) {
       int64_t end = std::numeric_limits<int64_t>::min();
       for (const records::Moment& moment : recording.moments) {
         require(end <= moment.time && moment.time <= moment.end);

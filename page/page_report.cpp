@@ -1,7 +1,8 @@
-// Tables: cells, events, and the report with the meaning of its short labels.
+// Tables: cells, events, and the report with names for people.
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <span>
 
 #include "page/chart.h"
 #include "page/page.h"
@@ -90,87 +91,102 @@ void write_events(HtmlWriter& html, const Recording& recording) {
 // ---- the report ----
 
 namespace {
-struct Meaning {
-  const char* label;
-  const char* unit;
-  const char* meaning;
+struct Word {
+  const char* key;
+  const char* text;
 };
 }  // namespace
 
-static const Meaning MEANINGS[] = {
-    {"C1", "", "cell identity"},
-    {"L1", "", "location area code"},
-    {"R1", "", "routing area code"},
-    {"RSSI", "dBm", ""},
-    {"RSCP", "dBm", ""},
-    {"Tx Power", "dBm", ""},
-    {"Pathloss", "dB", ""},
-    {"Active/Monitored Sets", "", "set;scrambling code;Ec/Io in dB"},
-    {"DRX", "", "cycle length coefficient"},
-    {"N1", "", "neighbours: RSSI in dBm;ARFCN;BSIC"},
-    {"B1", "", "best cells"},
-    {"MFRM", "", "multiframes between paging"},
-    {"Rx Bytes", "bytes", ""},
-    {"Tx Bytes", "bytes", ""},
-    {"Res", "", "name servers"},
-    {"Rh", "", "wake-ups by rings"},
-    {"FTD Age", "", "age of the field-test data"},
-    {"HPLMN", "", "home"},
-    {"RPLMN", "", "registered"},
-    {"FPLMN", "", "forbidden"},
-    {"OPLMN", "", "operator's list"},
-    {"MM LU State", "", "location update"},
-    {"MM LU Error", "", "location update"},
-    {"GMM RAU State", "", "routing area update"},
-    {"GMM RAU Error", "", "routing area update"},
+static const char* text_for(std::span<const Word> words, std::string_view key) {
+  auto row = std::ranges::find(words, key, &Word::key);
+  return row == words.end() ? "" : row->text;
+}
+
+// Of keys, or the order of numbers in a list.
+static constexpr Word MEANINGS[] = {
+    {"lac", "location area code"},
+    {"rac", "routing area code"},
+    {"cells", "set, scrambling code, Ec/Io in dB"},
+    {"drx_coefficient", "cycle length"},
+    {"neighbors", "ARFCN, BSIC, RSSI in dBm"},
+    {"rings", "wake-ups by rings, by origin"},
+    {"mm_attach", "circuit switched"},
+    {"gmm_attach", "packet switched"},
 };
 
-static const Meaning& meaning_of(std::string_view label) {
-  static const Meaning NONE = {"", "", ""};
-  for (const Meaning& row : MEANINGS) {
-    if (label == row.label) return row;
-  }
-  return NONE;
+// The end of a key.
+static constexpr Word UNITS[] = {{"dbm", "dBm"}, {"db", "dB"}, {"s", "s"}};
+
+static bool is_acronym(std::string_view word) {
+  static constexpr std::string_view ACRONYMS[] = {
+      "bsic", "drx", "egprs", "gmm", "hsdpa", "hspa", "iccid", "id",  "imei", "imsi", "ip",
+      "lac",  "mcc", "mm",    "mnc", "pdp",   "pin",  "pmm",   "rac", "rscp", "rssi", "utc"};
+  return std::ranges::find(ACRONYMS, word) != std::end(ACRONYMS);
 }
 
-static std::string heading(const std::string& section) {
-  for (const char* acronym : {"sim", "wcdma", "gsm", "wan", "plmn"}) {
-    if (section != acronym) continue;
-    std::string upper = section;
-    for (char& c : upper) c = static_cast<char>(c - 'a' + 'A');
-    return upper;
+static void capitalise(std::string& text, size_t length) {
+  for (char& c : std::span(text).first(std::min(text.size(), length))) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
   }
-  std::string text = section;
-  if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') {
-    text[0] = static_cast<char>(text[0] - 'a' + 'A');
-  }
-  return text;
 }
 
-static void write_item(HtmlWriter& html, const std::string& section, const std::string& label,
-                       const std::string& value) {
-  const Meaning& meaning = meaning_of(label);
-  html.open("tr").open("th", {{"scope", "row"}}).text(label);
-  if (*meaning.meaning != '\0') {
-    html.element("span", {{"class", "meaning"}}, meaning.meaning);
+namespace {
+struct Name {
+  std::string name;  // for people: "RSSI" of "rssi_dbm"
+  std::string unit;
+};
+}  // namespace
+
+static Name name_of(std::string_view key) {
+  Name made;
+  for (bool is_first = true; !key.empty(); is_first = false) {
+    std::string word(key.substr(0, key.find('_')));
+    key.remove_prefix(std::min(word.size() + 1, key.size()));
+    if (key.empty() && !is_first) made.unit = text_for(UNITS, word);
+    if (key.empty() && !made.unit.empty()) break;
+    capitalise(word, is_acronym(word) ? word.size() : is_first ? 1 : 0);
+    made.name += is_first ? word : " " + word;
   }
-  bool wrong = section == "error" && value != "No error";
-  html.close().open("td", {{"class", wrong ? "wrong" : ""}}).text(value);
-  if (*meaning.unit != '\0') html.text("\u00A0").text(meaning.unit);
-  html.close().close();
+  return made;
+}
+
+static std::string heading(std::string section) {
+  static constexpr std::string_view ACRONYMS[] = {"sim", "wcdma", "gsm", "wan", "plmn"};
+  bool is_short = std::ranges::find(ACRONYMS, section) != std::end(ACRONYMS);
+  capitalise(section, is_short ? section.size() : 1);
+  return section;
+}
+
+// Ages of the WAN's state are seconds.
+static std::string value_of(const std::string& section, const std::string& unit,
+                            const Json& value) {
+  bool is_age = section == "wan" && unit == "s" && value.is_number_integer();
+  constexpr int64_t MOST = 10'000'000'000;
+  if (is_age) return duration_text(1000 * std::clamp<int64_t>(value.get<int64_t>(), 0, MOST));
+  return text_of(value) + (unit.empty() ? "" : "\u00A0" + unit);
+}
+
+static void write_item(HtmlWriter& html, const std::string& section, const std::string& key,
+                       const Json& value) {
+  Name name = name_of(key);
+  html.open("tr").open("th", {{"scope", "row"}}).text(name.name);
+  const char* meaning = text_for(MEANINGS, key);
+  if (*meaning != '\0') html.element("span", {{"class", "meaning"}}, meaning);
+  bool wrong = section == "error" && text_of(value) != "no error";
+  html.close().open("td", {{"class", wrong ? "wrong" : ""}});
+  html.text(value_of(section, name.unit, value)).close().close();
 }
 
 static void write_section(HtmlWriter& html, const std::string& section, const Json& items) {
   std::string unknown;
   html.open("div", {{"class", "card"}}).element("h4", {}, heading(section)).open("table");
   html.open("tbody");
-  for (const auto& [label, value] : items.items()) {
-    std::string text = text_of(value);
-    if (text.empty()) {
+  for (const auto& [key, value] : items.items()) {
+    if (text_of(value).empty()) {
       unknown += unknown.empty() ? "" : ", ";
-      unknown += label;
+      unknown += name_of(key).name;
     } else {
-      write_item(html, section, label, text);
+      write_item(html, section, key, value);
     }
   }
   html.close().close();

@@ -54,21 +54,20 @@ static void level_tile(HtmlWriter& html, const Recording& recording, const Stati
   tile(html, QUANTITIES[series].name, std::isnan(value) ? "" : value_text(series, value), more);
 }
 
-static std::string item(const Recording& recording, const char* section, const char* label) {
-  return text_of(item_of(recording.latest, section, label));
+static std::string item(const Recording& recording, const char* section, const char* key) {
+  return text_of(item_of(recording.latest, section, key));
 }
 
 static void write_tiles(HtmlWriter& html, const Recording& recording,
                         const Statistics& statistics) {
   html.open("div", {{"class", "tiles"}});
-  tile(html, "Network", item(recording, "network", "Network Name"),
-       item(recording, "network", "MCC MNC"));
-  tile(html, "System mode", item(recording, "state", "System Mode"),
-       item(recording, "network", "Band"));
-  tile(html, "Service", item(recording, "status", "Service Status"),
-       "registration: " + or_dash(item(recording, "status", "Reg Status")));
-  tile(html, "Packet data", item(recording, "status", "PDP State"),
-       item(recording, "state", "Data Service Mode"));
+  tile(html, "Network", item(recording, "network", "name"), plmn_of(recording.latest));
+  tile(html, "System mode", item(recording, "state", "system_mode"),
+       item(recording, "network", "band"));
+  tile(html, "Service", item(recording, "status", "service"),
+       "registration: " + or_dash(item(recording, "status", "registration")));
+  tile(html, "Packet data", item(recording, "status", "pdp_state"),
+       item(recording, "state", "data_service"));
   bars_tile(html, recording.moments.empty() ? recording.latest_level().values[BARS]
                                             : recording.moments.back().values[BARS]);
   for (SeriesId series : {RSSI, RSCP, ECIO, TX_POWER}) {

@@ -19,7 +19,7 @@ constexpr size_t MAX_SHARES = 6;
 
 namespace {
 struct StateColour {
-  const char* word;  // in lower case
+  const char* word;
   const char* style;
 };
 }  // namespace
@@ -27,11 +27,11 @@ struct StateColour {
 // States that are good or bad whatever the track.
 static const StateColour STATE_COLOURS[] = {
     {"open", "good"},
-    {"service", "good"},
-    {"success", "good"},
+    {"full", "good"},
+    {"registered", "good"},
     {"active", "good"},
     {"conversation", "good"},
-    {"limited service", "warn"},
+    {"limited", "warn"},
     {"limited regional", "warn"},
     {"power save", "warn"},
     {"originating", "warn"},
@@ -42,17 +42,16 @@ static const StateColour STATE_COLOURS[] = {
     {"lost", "bad"},
     {"no service", "bad"},
     {"no network", "bad"},
-    {"fail", "bad"},
+    {"failed", "bad"},
     {"none", "none"},
+    {"not registered", "none"},
     {"idle", "none"},
     {"inactive", "none"},
-    {"unknown", "none"},
 };
 
 std::string state_style(TrackId track, const Words& words, uint32_t state) {
   if (track == NO_BARS) return "bad";
-  std::string word = words.word(state);
-  for (char& c : word) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  const std::string& word = words.word(state);
   for (const StateColour& row : STATE_COLOURS) {
     if (word == row.word) return row.style;
   }

@@ -1,7 +1,7 @@
 // The lines of a recording: a whole sample now and then, and between two of them only what changed.
 // All are JSON objects:
-//   {"format":2,"time":"...","link":"open","bars":4,"events":[],"report":{...}}
-//   {"change":1,"time":"...","bars":5,"report":{"state":{"RSSI":-71}}}
+//   {"format":3,"time":"...","link":"open","bars":4,"events":[],"report":{...}}
+//   {"change":1,"time":"...","bars":5,"report":{"state":{"rssi_dbm":-71}}}
 // A change is merged into the sample before it. Null is what went away; time and events belong to
 // their line alone. Changes are numbered from each whole sample, so that a lost line is noticed.
 #pragma once
@@ -10,7 +10,8 @@
 
 namespace records {
 
-constexpr int RECORDING_FORMAT = 2;  // 1 had whole samples only, and no number
+// 1 had whole samples only, and no number; up to 2, reports had the module's labels.
+constexpr int RECORDING_FORMAT = 3;
 
 class ChangeWriter {
  public:

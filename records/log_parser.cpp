@@ -17,13 +17,12 @@ namespace records {
 constexpr size_t CHUNK = 1 << 20;
 constexpr size_t MAX_LINE_LENGTH = 1 << 16;  // a longer one is not of a log
 
-LogParser::LogParser(ItemTable items, std::FILE* out, const Callbacks& callbacks)
+LogParser::LogParser(std::FILE* out, const Callbacks& callbacks)
     : out_(out),
       callbacks_(callbacks),
       reports_([this](const LogReport& report) { print(report); },
                [this](const LogReport& report) { warn_of_broken(report); },
-               [this](uint64_t line) { warn_of_stray(line); }),
-      items_(std::move(items)) {}
+               [this](uint64_t line) { warn_of_stray(line); }) {}
 
 // ---- reading ----
 
@@ -78,46 +77,33 @@ void LogParser::write_out() {
   text_.clear();
 }
 
-void LogParser::print_value(const Value& value) {
-  if (const auto* number = std::get_if<int64_t>(&value)) {
-    text_ += std::to_string(*number);
-  } else if (const auto* text = std::get_if<std::string_view>(&value)) {
-    append_json(text_, *text);
-  } else {
-    text_ += "null";
-  }
-}
-
-void LogParser::print_pairs(std::string_view pairs, const char*& comma) {
-  while (!pairs.empty()) {
-    Pair pair = take_pair(pairs);
-    text_ += comma;
-    comma = ",";
-    append_json(text_, pair.label);
-    text_ += ':';
-    print_value(items_.value(pair.label, pair.value));
-  }
-}
-
 static std::string time_of(std::string_view stamp) {
   uint32_t seconds = 0;
   std::from_chars(stamp.data(), stamp.data() + stamp.size(), seconds, 16);
   return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(seconds)));
 }
 
-void LogParser::print(const LogReport& report) {
-  ++whole_;
-  text_ += "{\"host\":";
-  append_json(text_, report.host);
-  fmt::format_to(std::back_inserter(text_), R"(,"stamp":"{}","time":"{}","lines":{},"items":{{)",
+void append_row(std::string& out, ReportText& items, const LogReport& report) {
+  out += "{\"host\":";
+  append_text(out, report.host);
+  fmt::format_to(std::back_inserter(out), R"(,"stamp":"{}","time":"{}","lines":{},"report":)",
                  report.stamp, time_of(report.stamp), report.wanted);
-  const char* comma = "";
   for (const std::string& line : report.lines) {
     std::string_view pairs = line;
     if (&line == &report.lines.back()) pairs = pairs.substr(0, pairs.rfind(",n="));
-    print_pairs(pairs, comma);
+    while (!pairs.empty()) {
+      Pair pair = take_pair(pairs);
+      items.add(pair.label, pair.value);
+    }
   }
-  text_ += "}}\n";
+  items.append_to(out);
+  out += '}';
+}
+
+void LogParser::print(const LogReport& report) {
+  ++whole_;
+  append_row(text_, items_, report);
+  text_ += '\n';
 }
 
 // ---- broken ones ----

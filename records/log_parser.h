@@ -9,14 +9,18 @@
 
 #include "records/log_reports.h"
 #include "records/reading.h"
-#include "records/report.h"
+#include "records/report_form.h"
 
 namespace records {
+
+// Appends the object of a report, through an empty collection of items.
+//   {"host":"one","stamp":"4c4ae3f3","time":"...","lines":2,"report":{"state":{"bars":5}}}
+void append_row(std::string& out, ReportText& items, const LogReport& report);
 
 class LogParser {
  public:
   // Whole reports go to out, which the caller keeps; broken ones go to callbacks.warn.
-  LogParser(ItemTable items, std::FILE* out, const Callbacks& callbacks);
+  LogParser(std::FILE* out, const Callbacks& callbacks);
 
   // The log's next file; "-" is standard input. Throws Failure.
   void read(const std::string& name);
@@ -28,8 +32,6 @@ class LogParser {
   void read(int fd);
   void take_lines(std::string_view text);
   void print(const LogReport& report);
-  void print_pairs(std::string_view pairs, const char*& comma);
-  void print_value(const Value& value);
   void warn_of_broken(const LogReport& report);
   void warn_of_stray(uint64_t line);
   std::string place(uint64_t line) const;
@@ -38,7 +40,7 @@ class LogParser {
   std::FILE* out_;
   Callbacks callbacks_;
   LogReports reports_;
-  ItemTable items_;
+  ReportText items_;  // of the report that is printed
   std::string text_;  // for out_
   std::string rest_;  // the beginning of a line
   struct File {

@@ -33,15 +33,15 @@ const std::array<Quantity, SERIES_COUNT> QUANTITIES = {{
 const std::array<Track, TRACK_COUNT> TRACKS = {{
     {"Link", nullptr, "link"},
     {"No bars", nullptr, "reason"},
-    {"Network", "network", "Network Name"},
-    {"System mode", "state", "System Mode"},
-    {"Data service", "state", "Data Service Mode"},
-    {"Band", "network", "Band"},
-    {"Serving cell", "network", "C1"},
-    {"Service", "status", "Service Status"},
-    {"Registration", "status", "Reg Status"},
-    {"PDP", "status", "PDP State"},
-    {"Call", "status", "Call Status"},
+    {"Network", "network", "name"},
+    {"System mode", "state", "system_mode"},
+    {"Data service", "state", "data_service"},
+    {"Band", "network", "band"},
+    {"Serving cell", "network", "cell_id"},
+    {"Service", "status", "service"},
+    {"Registration", "status", "registration"},
+    {"PDP", "status", "pdp_state"},
+    {"Call", "status", "call"},
     {"Deferred action", nullptr, "deferred"},
 }};
 
@@ -129,12 +129,12 @@ void Recording::take_cells(Moment& moment, const Json& report) {
 }
 
 void Recording::take_report(Moment& moment, const Json& report) {
-  moment.values[RSSI] = level_of(item_of(report, "state", "RSSI"));
-  moment.values[RSCP] = level_of(item_of(report, "wcdma", "RSCP"));
-  moment.values[TX_POWER] = number_of(item_of(report, "state", "Tx Power"), -80, 40);
+  moment.values[RSSI] = level_of(item_of(report, "state", "rssi_dbm"));
+  moment.values[RSCP] = level_of(item_of(report, "wcdma", "rscp_dbm"));
+  moment.values[TX_POWER] = number_of(item_of(report, "state", "tx_power_dbm"), -80, 40);
   for (size_t track = 0; track < TRACK_COUNT; ++track) {
     if (TRACKS[track].section == nullptr) continue;
-    const Json& value = item_of(report, TRACKS[track].section, TRACKS[track].label);
+    const Json& value = item_of(report, TRACKS[track].section, TRACKS[track].key);
     moment.states[track] = words[track].number(state_word(value));
   }
   take_cells(moment, report);
@@ -160,12 +160,11 @@ void Recording::set_report(const Json& report) {
   latest = report;
   at_rest_ = {};
   take_report(at_rest_, report);
-  at_rest_.values[BARS] = bars_of(item_of(report, "state", "Bars"));
+  at_rest_.values[BARS] = bars_of(item_of(report, "state", "bars"));
 }
 
 // While the link is lost the report is an old one.
-void Recording::add_sample(const Json& line) {
-  const Json& report = member_of(line, "report");
+void Recording::add_sample(const Json& line, const Json& report) {
   bool lost = text_of(member_of(line, "link")) == "lost";
   if (report.is_object() && (!lost || latest.empty())) latest = report;
   auto time = time_of(member_of(line, "time"));
@@ -176,7 +175,7 @@ void Recording::add_sample(const Json& line) {
   Moment moment;
   moment.time = *time;
   auto take_word = [&](TrackId track) {
-    moment.states[track] = words[track].number(state_word(member_of(line, TRACKS[track].label)));
+    moment.states[track] = words[track].number(state_word(member_of(line, TRACKS[track].key)));
   };
   take_word(LINK_STATE);
   take_word(DEFERRED);
@@ -201,8 +200,8 @@ void Recording::add_log_report(const Json& time, const Json& report) {
   Moment moment;
   moment.time = *when;
   take_report(moment, report);
-  moment.values[BARS] = bars_of(item_of(report, "state", "Bars"));
-  std::string exception = state_word(item_of(report, "error", "Exc"));
+  moment.values[BARS] = bars_of(item_of(report, "state", "bars"));
+  std::string exception = state_word(item_of(report, "error", "exception"));
   if (!exception.empty()) add_events(*when, Json::array({"exception: " + exception}));
   moments.push_back(std::move(moment));
 }

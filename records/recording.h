@@ -43,7 +43,7 @@ enum TrackId : size_t {
 struct Track {
   const char* title;
   const char* section;  // of the report; null: a field of the sample
-  const char* label;
+  const char* key;
 };
 extern const std::array<Track, TRACK_COUNT> TRACKS;
 
@@ -101,7 +101,7 @@ class Recording {
   size_t without_time = 0;       // samples left out for want of a time
   size_t left_out = 0;           // lines that were cut, or changes of a sample that is missing
 
-  void add_sample(const Json& line);
+  void add_sample(const Json& line, const Json& report);
   void add_log_report(const Json& time, const Json& report);
   // A report on its own, with nothing recorded over time.
   void set_report(const Json& report);

@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "records/changes.h"
+#include "records/report_form.h"
 #include "records/utf8_text.h"
 
 namespace records {
@@ -22,9 +23,8 @@ constexpr int MAX_NESTING = 32;
 namespace {
 class RecordingReader {
  public:
-  RecordingReader(std::FILE* file, std::string name, const ItemTable& items,
-                  const Callbacks& callbacks)
-      : name_(std::move(name)), file_(file), callbacks_(callbacks), items_(items) {}
+  RecordingReader(std::FILE* file, std::string name, const Callbacks& callbacks)
+      : name_(std::move(name)), file_(file), callbacks_(callbacks) {}
   ~RecordingReader() { free(line_); }
   RecordingReader(const RecordingReader&) = delete;
   RecordingReader& operator=(const RecordingReader&) = delete;
@@ -36,7 +36,7 @@ class RecordingReader {
   void take_line();
   void take(Json object);
   void take_sample(Json line);
-  void take_log_report(const Json& report);
+  void take_log_report(const Json& row, const Json& report);
   Recording& recording(const std::string& host);
   void read_whole();
   Json parsed(const std::string& text) const;
@@ -54,7 +54,6 @@ class RecordingReader {
   std::string_view text_;  // in line_
   bool ended_ = false;     // the line, by its newline
   uint64_t number_ = 0;
-  const ItemTable& items_;
   std::vector<Recording> recordings_;
   std::unordered_map<std::string, size_t> by_host_;
   ChangeReader changes_;
@@ -91,13 +90,9 @@ Recording& RecordingReader::recording(const std::string& host) {
   return recordings_[place->second];
 }
 
-void RecordingReader::take_log_report(const Json& report) {
-  Json by_section = Json::object();
-  for (const auto& [label, value] : report["items"].items()) {
-    by_section[items_.section(label)][label] = value;
-  }
-  std::string host = report.contains("host") ? text_of(report["host"]) : "";
-  recording(host).add_log_report(report.contains("time") ? report["time"] : Json(), by_section);
+void RecordingReader::take_log_report(const Json& row, const Json& report) {
+  std::string host = text_of(member_of(row, "host"));
+  recording(host).add_log_report(member_of(row, "time"), report);
 }
 
 static bool has_a_section(const Json& object) {
@@ -116,21 +111,29 @@ void RecordingReader::take_sample(Json line) {
   if (sample == nullptr) {
     ++without_base_;
   } else {
-    recording("").add_sample(*sample);
+    const Json& report = member_of(*sample, "report");
+    recording("").add_sample(*sample, has_labels(report) ? without_labels(report) : report);
   }
 }
+
+// Logs were parsed into objects of labels once.
+static bool is_old_row(const Json& object) { return member_of(object, "items").is_object(); }
+
+static bool is_row(const Json& object) { return object.contains("stamp"); }
 
 static bool is_sample(const Json& object) {
   return object.contains("link") || object.contains("report") || ChangeReader::is_change(object);
 }
 
 void RecordingReader::take(Json object) {
-  if (object.is_object() && object.contains("items") && object["items"].is_object()) {
-    take_log_report(object);
+  if (is_old_row(object)) {
+    take_log_report(object, without_labels({{"items", object["items"]}}));
+  } else if (object.is_object() && is_row(object)) {
+    take_log_report(object, member_of(object, "report"));
   } else if (object.is_object() && is_sample(object)) {
     take_sample(std::move(object));
   } else if (object.is_object() && has_a_section(object)) {
-    recording("").set_report(object);
+    recording("").set_report(has_labels(object) ? without_labels(object) : object);
   } else {
     fail("neither a report nor a sample nor a report of a log");
   }
@@ -221,17 +224,16 @@ std::vector<Recording> RecordingReader::read() {
 }
 
 std::vector<Recording> read_recordings(std::FILE* file, const std::string& name,
-                                       const ItemTable& items, const Callbacks& callbacks) {
-  return RecordingReader(file, name, items, callbacks).read();
+                                       const Callbacks& callbacks) {
+  return RecordingReader(file, name, callbacks).read();
 }
 
-std::vector<Recording> read_recordings(const std::string& path, const ItemTable& items,
-                                       const Callbacks& callbacks) {
+std::vector<Recording> read_recordings(const std::string& path, const Callbacks& callbacks) {
   bool is_standard = path == "-";
   std::string name = is_standard ? "standard input" : path;
   FILE* file = is_standard ? fdopen(dup(STDIN_FILENO), "r") : fopen(path.c_str(), "re");
   if (file == nullptr) throw Failure(name + ": " + strerror(errno));
-  return read_recordings(file, name, items, callbacks);
+  return read_recordings(file, name, callbacks);
 }
 
 }  // namespace records

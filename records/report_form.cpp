@@ -100,7 +100,7 @@ Json without_labels(const Json& report) {
     for (const auto& [name, value] : section.items()) {
       texts.push_back(name);
       const std::string& label = texts.back();
-      texts.push_back(text_of(value));
+      texts.push_back(value.is_structured() ? "" : text_of(value));
       made.add(label, texts.back());
     }
   }

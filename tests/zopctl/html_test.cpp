@@ -10,7 +10,7 @@ TEST(ZopctlHtml, is_drawn_by_a_browser) {
   TemporaryFolder folder;
   std::string recording = folder.write(
       "drive.jsonl",
-      R"({"time":"2026-11-21T00:00:00Z","link":"open","bars":3,"report":{"state":{"RSSI":-75}}})");
+      R"({"time":"2026-11-21T00:00:00Z","link":"open","bars":3,"report":{"state":{"rssi_dbm":-75}}})");
   std::string page = folder / "page.html", picture = folder / "page.png";
   EXPECT_EQ(shell(ZOPCTL " html " + recording + " -o " + page).exit_code, 0);
   Outcome browser = shell(
@@ -61,9 +61,9 @@ static std::string text_of(const Sample& sample) {
   } else {
     snprintf(text, sizeof text,
              R"({"time":"%s","link":"open","bars":%s,"reason":%s,)"
-             R"("report":{"state":{"RSSI":%d,"System Mode":"%s"}}})",
+             R"("report":{"state":{"rssi_dbm":%d,"system_mode":{"code":%d,"text":"%s"}}}})",
              clock, sample.no_bars ? "null" : "3", sample.no_bars ? "\"searching\"" : "null",
-             sample.rssi, sample.gsm ? "GSM" : "WCDMA");
+             sample.rssi, sample.gsm ? 3 : 5, sample.gsm ? "GSM" : "WCDMA");
   }
   return std::string(text) + "\n";
 }

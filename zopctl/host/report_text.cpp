@@ -1,6 +1,9 @@
 // Gets the log string with a buffer that grows until it fits.
 #include "zopctl/host/report_text.h"
 
+#include <algorithm>
+
+#include "records/report_items.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
@@ -24,6 +27,18 @@ bool has_screen(const std::string& report) {
   return at != std::string::npos && report.compare(at + AGE.size(), 8, "None yet") != 0;
 }
 
-records::ItemTable items_of(const ModuleLibrary& m) { return records::ItemTable(*m.gLogItems); }
+std::string without_screen(std::string_view report) {
+  std::string text;
+  while (!report.empty()) {
+    std::string_view line = report.substr(0, report.find('\n'));
+    report.remove_prefix(std::min(line.size() + 1, report.size()));
+    std::string_view label = line.substr(0, line.find(": "));
+    const records::ReportItem* item = records::find_item(label);
+    bool is_known = item == nullptr || item->source != records::Source::SCREEN;
+    text += is_known ? std::string(line) : std::string(label) + ": ---";
+    text += '\n';
+  }
+  return text;
+}
 
 }  // namespace zopctl

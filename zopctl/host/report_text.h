@@ -2,8 +2,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
-#include "records/report.h"
 #include "zopctl/host/module_library.h"
 
 namespace zopctl {
@@ -14,7 +14,7 @@ std::string log_string(const ModuleLibrary& module);
 // Whether the report holds a field-test screen: not before the first one, nor on a closed module.
 bool has_screen(const std::string& report);
 
-// The items of the module's own table.
-records::ItemTable items_of(const ModuleLibrary& module);
+// With "---" for the values of a screen, which are zeros and old ones before the first one.
+std::string without_screen(std::string_view report);
 
 }  // namespace zopctl

@@ -94,26 +94,24 @@ static int signal_fields(int y, const LiveView& view) {
                     {"", printable_ascii(bars.reason), COLOR_PAIR(BAD)},
                     {"RSSI", with_unit(rssi, "dBm"), quality(rssi, RSSI_QUALITY)},
                     {"Ec/Io", with_unit(ecio, "dB"), quality(ecio, ECIO_QUALITY)},
-                    {"RSCP", view.sample.text("wcdma", "RSCP")},
-                    {"Tx", view.sample.text("state", "Tx Power")}});
+                    {"RSCP", view.sample.text("wcdma", "rscp_dbm")},
+                    {"Tx", view.sample.text("state", "tx_power_dbm")}});
 }
 
 static int network_fields(int y, const Sample& sample) {
-  std::string roaming = sample.text("state", "Roaming");
-  if (!roaming.empty()) roaming = roaming == "0" ? "no" : "yes";
-  y = fields(y, {{"Registration", sample.text("status", "Reg Status")},
-                 {"", sample.text("status", "Service Status")},
-                 {"", sample.text("status", "GMM Attach State")},
-                 {"Roaming", roaming}});
-  y = fields(y, {{"Mode", sample.text("state", "System Mode")},
-                 {"Data", sample.text("state", "Data Service Mode")},
-                 {"Band", sample.text("network", "Band")},
-                 {"Channel", sample.text("network", "Channel")}});
-  return fields(y, {{"Network", sample.text("network", "Network Name")},
-                    {"", sample.text("network", "MCC MNC")},
-                    {"Cell", sample.text("network", "C1")},
-                    {"LAC", sample.text("network", "L1")},
-                    {"RAC", sample.text("network", "R1")}});
+  y = fields(y, {{"Registration", sample.text("status", "registration")},
+                 {"Service", sample.text("status", "service")},
+                 {"GMM", sample.text("status", "gmm_attach")},
+                 {"Roaming", sample.text("state", "roaming")}});
+  y = fields(y, {{"Mode", sample.text("state", "system_mode")},
+                 {"Data", sample.text("state", "data_service")},
+                 {"Band", sample.text("network", "band")},
+                 {"Channel", sample.text("network", "channel")}});
+  return fields(y, {{"Network", sample.text("network", "name")},
+                    {"", printable_ascii(records::plmn_of(sample.report))},
+                    {"Cell", sample.text("network", "cell_id")},
+                    {"LAC", sample.text("network", "lac")},
+                    {"RAC", sample.text("network", "rac")}});
 }
 
 // ---- graphs ----
@@ -195,31 +193,35 @@ static int cells(int y, const Sample& sample) {
 
 // ---- the rest ----
 
-static std::string traffic(const Sample& sample, const char* label) {
-  auto bytes = sample.number("wan", label);
+static std::string traffic(const Sample& sample, const char* key) {
+  auto bytes = sample.number("wan", key);
   return bytes ? size_text(static_cast<uint64_t>(*bytes)) : "";
 }
 
 // "1/2", received and sent.
 static std::string errors(const Sample& sample) {
-  std::string rx = sample.text("wan", "Rx Errors"), tx = sample.text("wan", "Tx Errors");
+  std::string rx = sample.text("wan", "rx_errors"), tx = sample.text("wan", "tx_errors");
   return rx.empty() && tx.empty() ? "" : fmt::format("{}/{}", rx, tx);
 }
 
-// "2:00:13 (Nov 21 12:48:56)" without the start.
-static std::string age(const std::string& text) { return text.substr(0, text.find(" (")); }
+// "2:00:13"
+static std::string age(const Sample& sample, const char* key) {
+  auto seconds = sample.number("wan", key);
+  if (!seconds || *seconds < 0) return "";
+  return fmt::format("{}:{:02}:{:02}", *seconds / 3600, *seconds / 60 % 60, *seconds % 60);
+}
 
 static int module_fields(int y, const Sample& sample) {
-  std::string local = sample.text("wan", "IP Address");
-  std::string peer = sample.text("wan", "Dest IP Address");
+  std::string local = sample.text("wan", "ip_address");
+  std::string peer = sample.text("wan", "dest_ip_address");
   y = fields(y, {{"PPP", local},
-                 {"to", peer == local ? "" : peer, A_NORMAL},  // both say why there is none
-                 {"rx", traffic(sample, "Rx Bytes")},
-                 {"tx", traffic(sample, "Tx Bytes")},
+                 {"to", peer, A_NORMAL},
+                 {"rx", traffic(sample, "rx_bytes")},
+                 {"tx", traffic(sample, "tx_bytes")},
                  {"errors", errors(sample), A_NORMAL},
-                 {"up", age(sample.text("wan", "pppd Age")), A_NORMAL}});
-  return fields(y, {{"PDP", sample.text("status", "PDP State")},
-                    {"Call", sample.text("status", "Call Status")},
+                 {"up", age(sample, "pppd_age_s"), A_NORMAL}});
+  return fields(y, {{"PDP", sample.text("status", "pdp_state")},
+                    {"Call", sample.text("status", "call")},
                     {"Deferred action", printable_ascii(sample.deferred)}});
 }
 

@@ -22,8 +22,8 @@ constexpr size_t MAX_LEVELS = 1024;
 constexpr size_t MAX_EVENTS = 200;
 
 static std::optional<int> known_rssi(const Sample& sample) {
-  auto rssi = sample.number("state", "RSSI");
-  if (!rssi || *rssi == 0) return std::nullopt;
+  auto rssi = sample.number("state", "rssi_dbm");
+  if (!rssi) return std::nullopt;
   return static_cast<int>(*rssi);  // 32 bits in the module
 }
 

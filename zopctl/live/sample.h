@@ -21,8 +21,8 @@ struct Sample {
   records::Json report;             // null while there is no fresh one
 
   // An item of the report as text for a terminal; empty when it is not known.
-  std::string text(const char* section, const char* label) const;
-  std::optional<int64_t> number(const char* section, const char* label) const;
+  std::string text(const char* section, const char* key) const;
+  std::optional<int64_t> number(const char* section, const char* key) const;
 };
 
 records::Json as_json(const Sample& sample);

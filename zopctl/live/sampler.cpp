@@ -4,9 +4,9 @@
 
 #include <fmt/format.h>
 
-#include <cstring>
 #include <utility>
 
+#include "records/report_form.h"
 #include "zopctl/host/refusals.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/host/report_text.h"
@@ -83,7 +83,7 @@ std::string ModuleWatch::deferred() const {
 // Null until the modem's first screen has come: the report holds old values before.
 static records::Json read_report(const ModuleLibrary& m) {
   std::string report = log_string(m);
-  return has_screen(report) ? records::report_of_text(items_of(m), report) : nullptr;
+  return has_screen(report) ? records::report_of_text(report) : nullptr;
 }
 
 // Checks the device first: vurn_open would wait for one that is not there.
@@ -116,24 +116,27 @@ Sample Sampler::take() {
 
 namespace {
 struct Followed {
+  const char* name;
   const char* section;
-  const char* label;
+  const char* key;
 };
 }  // namespace
 static const Followed FOLLOWED[] = {
-    {"network", "Network Name"},
-    {"network", "MCC MNC"},
-    {"network", "Band"},
-    {"network", "C1"},
-    {"state", "Roaming"},
-    {"state", "System Mode"},
-    {"state", "Data Service Mode"},
-    {"status", "Service Status"},
-    {"status", "Reg Status"},
-    {"status", "Call Status"},
-    {"status", "GMM Attach State"},
-    {"status", "PDP State"},
-    {"status", "SIM Status"},
+    {"Network", "network", "name"},
+    {"MCC", "network", "mcc"},
+    {"MNC", "network", "mnc"},
+    {"Band", "network", "band"},
+    {"Cell", "network", "cell_id"},
+    {"Roaming", "state", "roaming"},
+    {"System mode", "state", "system_mode"},
+    {"Data service", "state", "data_service"},
+    {"Service", "status", "service"},
+    {"Registration", "status", "registration"},
+    {"Call", "status", "call"},
+    {"GMM attach", "status", "gmm_attach"},
+    {"PDP", "status", "pdp_state"},
+    {"SIM", "sim", "status"},
+    {"PIN", "sim", "lock"},
 };
 
 void Sampler::add_changes(Sample& sample) {
@@ -143,11 +146,10 @@ void Sampler::add_changes(Sample& sample) {
   was_open_ = sample.link_is_open;
   if (sample.report.is_null()) return;
   for (const Followed& row : FOLLOWED) {
-    std::string before = last_.text(row.section, row.label);
-    std::string now = sample.text(row.section, row.label);
+    std::string before = last_.text(row.section, row.key);
+    std::string now = sample.text(row.section, row.key);
     if (last_.report.is_null() || now == before) continue;
-    const char* name = strcmp(row.label, "C1") == 0 ? "Cell" : row.label;
-    sample.events.push_back(fmt::format("{}: {} -> {}", name, before, now));
+    sample.events.push_back(fmt::format("{}: {} -> {}", row.name, before, now));
   }
   last_ = sample;
 }

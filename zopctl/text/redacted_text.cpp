@@ -1,5 +1,5 @@
-// Names as the verbs, the report and the module's log have them; what has another name is caught by
-// its form.
+// Names as the verbs and the report have them; what has another name, or stands in a line of the
+// log, is caught by its form.
 #include "zopctl/text/redacted_text.h"
 
 #include <algorithm>
@@ -12,19 +12,20 @@ using Json = nlohmann::ordered_json;
 
 constexpr char REMOVED[] = "removed";
 
-// C1, L1 and R1 are the report's cell, location area and routing area; N1 and B1 the cells around.
-static constexpr const char* SECRET_KEYS[] = {
-    "imei",         "imsi", "iccid",    "esn",        "phone_number",
-    "pin",          "user", "password", "cell_id",    "location_area",
-    "routing_area", "lac",  "rac",      "c1",         "l1",
-    "r1",           "n1",   "b1",       "ip_address", "dest_ip_address"};
+// The cells around tell a place, and the name servers a network.
+// clang-format off
+static constexpr std::string_view SECRET_KEYS[] = {
+    "imei", "imsi", "iccid", "esn", "phone_number", "pin", "user", "password",
+    "cell_id", "lac", "rac", "cells", "neighbors", "gsm_neighbors", "best_cells",
+    "ip_address", "dest_ip_address", "name_servers"};
+// clang-format on
 
-// The report writes "Phone Number".
-static bool is_secret(std::string key) {
-  std::ranges::transform(key, key.begin(), [](unsigned char c) {
-    return c == ' ' ? '_' : static_cast<char>(tolower(c));
-  });
+static bool is_secret(std::string_view key) {
   return std::ranges::find(SECRET_KEYS, key) != std::end(SECRET_KEYS);
+}
+
+static bool is_nothing(const Json& value) {
+  return value.empty() || (value.is_string() && value.get_ref<const std::string&>().empty());
 }
 
 std::string redacted(std::string_view text) {
@@ -45,7 +46,7 @@ Json redacted(const Json& value) {
   for (const auto& [key, member] : value.items()) {
     if (value.is_array())
       made.push_back(redacted(member));
-    else if (is_secret(key) && !member.is_null() && !(member.is_string() && member.empty()))
+    else if (is_secret(key) && !is_nothing(member))
       made[key] = REMOVED;
     else
       made[key] = redacted(member);

@@ -9,7 +9,6 @@
 #include "page/page_file.h"
 #include "records/log_parser.h"
 #include "records/recording_reader.h"
-#include "zopctl/host/report_text.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
@@ -23,8 +22,8 @@ static void warn(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", p
 
 static const records::Callbacks CALLBACKS = {check_signals, warn};
 
-static Findings parse_log(const ModuleLibrary& module, const Arguments& arguments) {
-  records::LogParser parser(items_of(module), stdout, CALLBACKS);
+static Findings parse_log(const ModuleLibrary&, const Arguments& arguments) {
+  records::LogParser parser(stdout, CALLBACKS);
   auto files = arguments.lists.find("FILE");
   if (files == arguments.lists.end()) {
     parser.read("-");
@@ -50,16 +49,15 @@ static std::string output_of(const Arguments& arguments, const std::vector<std::
   return output;
 }
 
-static Findings html(const ModuleLibrary& module, const Arguments& arguments) {
+static Findings html(const ModuleLibrary&, const Arguments& arguments) {
   const std::vector<std::string>& inputs = arguments.lists.at("INPUT");
   if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
     throw UsageError("standard input can be read only once");
   }
   std::string output = output_of(arguments, inputs);
   std::vector<records::Recording> recordings;
-  records::ItemTable items = items_of(module);
   for (const std::string& input : inputs) {
-    auto read = records::read_recordings(input, items, CALLBACKS);
+    auto read = records::read_recordings(input, CALLBACKS);
     std::move(read.begin(), read.end(), std::back_inserter(recordings));
   }
   page::write_page(output, page::page_of(recordings), check_signals);

@@ -6,7 +6,8 @@
 #include <cstring>
 #include <sstream>
 
-#include "records/report.h"
+#include "records/log_parser.h"
+#include "records/report_form.h"
 #include "zopctl/host/log_capture.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/host/report_text.h"
@@ -38,16 +39,32 @@ static std::string fresh_log_string(const ModuleLibrary& m) {
       fmt::format("no field-test data within {} s; check with zopctl doctor", FRESH_DATA.count()));
 }
 
+constexpr char NO_SCREEN[] = "the modem has sent no field-test data yet";
+constexpr char HOW_TO_WAIT[] = "wait for it with zopctl report --wait";
+
 static void print_object(const Json& object) { fmt::print("{}\n", printable_json(object, 2)); }
 
 static void print_text(const std::string& text) { fmt::print("{}", printable(text, "\n")); }
 
+static void print_report(const std::string& text, bool is_whole) {
+  Json report = records::report_of_text(text);
+  Json& problems = report["problems"] = Json::array();
+  if (!is_whole) {
+    problems.push_back({{"item", "wan.field_test_age_s"},
+                        {"reason", fmt::format("{}; {}", NO_SCREEN, HOW_TO_WAIT)},
+                        {"failure", false}});
+  }
+  print_object(report);
+}
+
 static Findings report(const ModuleLibrary& m, const Arguments& arguments) {
-  std::string report = arguments.has("--wait") ? fresh_log_string(m) : log_string(m);
+  std::string text = arguments.has("--wait") ? fresh_log_string(m) : log_string(m);
+  bool is_whole = has_screen(text);
   if (arguments.json) {
-    print_object(records::report_of_text(items_of(m), report));
+    print_report(text, is_whole);
   } else {
-    print_text(report);
+    print_text(is_whole ? text : without_screen(text));
+    if (!is_whole) fmt::print(stderr, "zopctl: {}; {}\n", NO_SCREEN, HOW_TO_WAIT);
   }
   return {};
 }
@@ -86,30 +103,29 @@ static int count_reports(const std::vector<std::string>& lines) {
   return static_cast<int>(std::count_if(lines.begin(), lines.end(), ends_report));
 }
 
-// One object of label-value pairs per report.
-static Json reports_as_json(const std::vector<std::string>& lines) {
-  Json reports = Json::array();
-  Json report = Json::object();
-  for (const std::string& line : lines) {
-    std::string_view pairs(line.data(), line.size() - 1);  // without the closing colon
-    while (!pairs.empty()) {
-      records::Pair pair = records::take_pair(pairs);
-      report[std::string(pair.label)] = pair.value;
-    }
-    if (!ends_report(line)) continue;
-    reports.push_back(report);
-    report = Json::object();
-  }
-  return reports;
+// As parse-log has them.
+static Json rows_of(const std::string& log) {
+  Json rows = Json::array();
+  auto add = [&rows](const records::LogReport& report) {
+    records::ReportText items;
+    std::string row;
+    records::append_row(row, items, report);
+    rows.push_back(Json::parse(row));
+  };
+  records::LogReports reports(
+      add, [](const auto&) {}, [](uint64_t) {});
+  std::istringstream lines(log);
+  for (std::string line; std::getline(lines, line);) reports.line(line);
+  return rows;
 }
 
-static std::vector<std::string> wait_for_reports(const LogCapture& log) {
-  std::vector<std::string> lines;
+static std::string wait_for_reports(const LogCapture& log) {
+  std::string text;
   auto has_come = [&] {
-    lines = report_lines(log.text());
-    return count_reports(lines) >= REPORTS_OF_AN_EXCEPTION;
+    text = log.text();
+    return count_reports(report_lines(text)) >= REPORTS_OF_AN_EXCEPTION;
   };
-  if (wait_until(has_come, EXCEPTION_TIME, EXCEPTION_TIME)) return lines;
+  if (wait_until(has_come, EXCEPTION_TIME, EXCEPTION_TIME)) return text;
   throw Failure(fmt::format("fewer than {} reports within {} s; check with zopctl doctor",
                             REPORTS_OF_AN_EXCEPTION, EXCEPTION_TIME.count()));
 }
@@ -123,11 +139,12 @@ static Findings exception(const ModuleLibrary& m, const Arguments& arguments) {
                  "report the exception");
   }
   if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for five reports ...\n");
-  std::vector<std::string> lines = wait_for_reports(log);
+  std::string text = wait_for_reports(log);
   if (arguments.json) {
-    print_object({{"exception", EXCEPTION_NAMES[code]}, {"reports", reports_as_json(lines)}});
+    print_object({{"exception", {{"code", code}, {"text", EXCEPTION_NAMES[code]}}},
+                  {"reports", rows_of(text)}});
   } else {
-    for (const std::string& line : lines) print_text(line + "\n");
+    for (const std::string& line : report_lines(text)) print_text(line + "\n");
   }
   return {};
 }
