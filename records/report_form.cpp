@@ -13,24 +13,22 @@ constexpr std::string_view HEADING = "      *********";
 // ---- making one ----
 
 void ReportText::add(std::string_view label, std::string_view value) {
-  const ReportItem* item = find_item(label);
+  const ReportItem* item = finder_.find(label);
   pairs_.push_back({item, label, value});
   if (item != nullptr && item->key == "field_test_age_s") no_screen_ = value == "None yet";
 }
 
 void ReportText::append_item(std::string& out, const Pair& pair) const {
-  out += out.empty() ? "{" : ",";
   if (pair.item == nullptr) {
+    out += ',';
     append_json(out, pair.label);
     out += ':';
     return append_text(out, pair.value);
   }
   const ReportItem& item = *pair.item;
-  out += '"';
-  out += item.key;
-  out += "\":";
+  out += key_text(item);
   bool is_known = item.source != Source::SCREEN || !no_screen_;
-  item.append(out, is_known ? pair.value : NO_VALUE, item.words);
+  item.append(out, is_known ? pair.value : NO_VALUE);
 }
 
 void ReportText::append_to(std::string& out) {
@@ -45,8 +43,8 @@ void ReportText::append_to(std::string& out) {
     comma = ",";
     out += '"';
     out += SECTIONS[id];
-    out += "\":";
-    out += sections_[id];
+    out += "\":{";
+    out += std::string_view(sections_[id]).substr(1);
     out += '}';
     sections_[id].clear();
   }

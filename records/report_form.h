@@ -26,8 +26,9 @@ class ReportText {
     const ReportItem* item;
     std::string_view label, value;
   };
-  void append_item(std::string& out, const Pair& pair) const;
+  void append_item(std::string& out, const Pair& pair) const;  // behind a comma
 
+  ItemFinder finder_;
   std::vector<Pair> pairs_;
   bool no_screen_ = false;  // there has been none yet
   std::array<std::string, SECTION_COUNT> sections_;

@@ -6,16 +6,16 @@
 #include <charconv>
 #include <limits>
 #include <optional>
+#include <span>
 #include <unordered_map>
 
 #include "records/json_text.h"
+#include "records/state_words.h"
 
 namespace records {
 
 const char* const SECTIONS[SECTION_COUNT] = {"modem", "sim", "network", "state", "status", "error",
                                              "wcdma", "gsm", "wan",     "plmn",  "other"};
-
-using Words = std::span<const StateWord>;
 
 constexpr int64_t MOST = std::numeric_limits<int64_t>::max();
 
@@ -60,7 +60,7 @@ static void append_within(std::string& out, std::string_view text, int64_t least
 
 // ---- texts and numbers ----
 
-void append_text(std::string& out, std::string_view value, Words) {
+void append_text(std::string& out, std::string_view value) {
   if (is_unknown(value)) {
     out += "null";
   } else {
@@ -68,36 +68,36 @@ void append_text(std::string& out, std::string_view value, Words) {
   }
 }
 
-static void append_any_number(std::string& out, std::string_view value, Words) {
+static void append_any_number(std::string& out, std::string_view value) {
   append_within(out, value, -MOST, MOST);
 }
 
 // Of something counted; the module writes -1 of 32 bits where it has none.
-static void append_count(std::string& out, std::string_view value, Words) {
+static void append_count(std::string& out, std::string_view value) {
   append_within(out, value, 0, 0xFFFFFFFD);
 }
 
 // A number that is never 0.
-static void append_positive(std::string& out, std::string_view value, Words) {
+static void append_positive(std::string& out, std::string_view value) {
   append_within(out, value, 1, 0xFFFFFFFD);
 }
 
 // A received level, dBm. The modem gives 0 when it has none.
-static void append_level(std::string& out, std::string_view value, Words) {
+static void append_level(std::string& out, std::string_view value) {
   append_within(out, value, -MOST, -1);
 }
 
 // FFFE marks a deleted location area.
-static void append_location_area(std::string& out, std::string_view value, Words) {
+static void append_location_area(std::string& out, std::string_view value) {
   append_within(out, value, 1, 0xFFFD);
 }
 
-static void append_bars(std::string& out, std::string_view value, Words) {
+static void append_bars(std::string& out, std::string_view value) {
   append_within(out, value, 0, 5);
 }
 
 // The roaming indicator: 0 at home, -1 unknown.
-static void append_roaming(std::string& out, std::string_view value, Words) {
+static void append_roaming(std::string& out, std::string_view value) {
   auto indicator = whole_number(value);
   bool known = indicator && *indicator >= 0 && *indicator < 0xFFFFFFFF;
   out += !known ? "null" : *indicator != 0 ? "true" : "false";
@@ -113,16 +113,9 @@ static void append_coded(std::string& out, std::optional<int64_t> code, std::str
   out += '}';
 }
 
-static const StateWord* find_word(Words words, std::string_view name) {
-  auto row = std::ranges::find(words, name, &StateWord::name);
-  return row == words.end() ? nullptr : &*row;
-}
-
 // A code without a name is "17 Unknown". A name that is not in the table has no code.
-static void append_state(std::string& out, std::string_view value, Words words) {
+static void append_unnamed(std::string& out, std::string_view value) {
   constexpr std::string_view NAMELESS = " Unknown";
-  const StateWord* row = find_word(words, value);
-  if (row != nullptr) return append_coded(out, row->code, row->word);
   if (is_unknown(value)) return append_text(out, NO_VALUE);
   std::string_view digits = value.substr(0, value.size() - std::min(value.size(), NAMELESS.size()));
   auto code = value.ends_with(NAMELESS) ? whole_number(digits) : std::nullopt;
@@ -130,16 +123,30 @@ static void append_state(std::string& out, std::string_view value, Words words) 
   append_coded(out, std::nullopt, value);
 }
 
+static std::vector<std::string> texts_of(std::span<const StateWord> words) {
+  std::vector<std::string> texts;
+  for (const StateWord& row : words) append_coded(texts.emplace_back(), row.code, row.word);
+  return texts;
+}
+
+template <const auto& WORDS>
+static void append_state(std::string& out, std::string_view value) {
+  static const std::vector<std::string> TEXTS = texts_of(WORDS);
+  auto row = std::ranges::find(WORDS, value, &StateWord::name);
+  if (row == std::end(WORDS)) return append_unnamed(out, value);
+  out += TEXTS[static_cast<size_t>(row - std::begin(WORDS))];
+}
+
 // "Valid, PIN perm disabled, R3": card, PIN and remaining tries. In syslog, commas are semicolons.
-static void append_sim(std::string& out, std::string_view value, Words) {
+static void append_sim(std::string& out, std::string_view value) {
   char mark = value.find(';') == value.npos ? ',' : ';';
   std::string_view card = take_part(value, mark);
   std::string_view pin = take_part(value, mark);
   pin.remove_prefix(std::min<size_t>(pin.size(), 4));      // " PIN"
   value.remove_prefix(std::min<size_t>(value.size(), 2));  // " R"
-  append_state(out, card, SIM_STATES);
+  append_state<SIM_STATES>(out, card);
   out += R"(,"lock":)";
-  append_state(out, pin, PIN_STATES);
+  append_state<PIN_STATES>(out, pin);
   out += R"(,"pin_retries":)";
   append_within(out, value, 0, 255);
 }
@@ -147,7 +154,7 @@ static void append_sim(std::string& out, std::string_view value, Words) {
 // ---- networks ----
 
 // "001 01".
-static void append_mcc_mnc(std::string& out, std::string_view value, Words) {
+static void append_mcc_mnc(std::string& out, std::string_view value) {
   append_text(out, take_part(value, ' '));
   out += R"(,"mnc":)";
   append_text(out, value);
@@ -188,7 +195,7 @@ static bool append_plmn(std::string& out, std::string_view entry) {
   return true;
 }
 
-static void append_plmns(std::string& out, std::string_view value, Words) {
+static void append_plmns(std::string& out, std::string_view value) {
   append_entries(out, value, [&](std::string_view entry) { return append_plmn(out, entry); });
 }
 
@@ -217,7 +224,7 @@ static void append_numbers(std::string& out, const std::array<std::string_view, 
 }
 
 // "0;100;-5": set, scrambling code and Ec/Io.
-static void append_wcdma_cells(std::string& out, std::string_view value, Words) {
+static void append_wcdma_cells(std::string& out, std::string_view value) {
   static constexpr std::string_view SETS[] = {"active", "monitored", "detected"};
   append_entries(out, value, [&](std::string_view entry) {
     std::array<int64_t, 3> cell;
@@ -232,7 +239,7 @@ static void append_wcdma_cells(std::string& out, std::string_view value, Words) 
 }
 
 // "-71;661;12": RSSI, ARFCN and BSIC.
-static void append_gsm_cells(std::string& out, std::string_view value, Words) {
+static void append_gsm_cells(std::string& out, std::string_view value) {
   append_entries(out, value, [&](std::string_view entry) {
     std::array<int64_t, 3> cell;
     if (!numbers_of(entry, cell)) return false;
@@ -244,7 +251,7 @@ static void append_gsm_cells(std::string& out, std::string_view value, Words) {
 }
 
 // "c;d;a;b", by the names of zop_gsm_best_cell.
-static void append_best_cells(std::string& out, std::string_view value, Words) {
+static void append_best_cells(std::string& out, std::string_view value) {
   append_entries(out, value, [&](std::string_view entry) {
     std::array<int64_t, 4> cell;
     if (!numbers_of(entry, cell)) return false;
@@ -258,7 +265,7 @@ static void append_best_cells(std::string& out, std::string_view value, Words) {
 // ---- times ----
 
 // "2010/07/24 08.02.03"; zeros if the network has sent none.
-static void append_network_time(std::string& out, std::string_view value, Words) {
+static void append_network_time(std::string& out, std::string_view value) {
   bool is_time = value.size() == 19 && !value.starts_with("0000");
   std::string text(value);
   for (size_t at : {4U, 7U}) is_time = is_time && text[at] == '/' && (text[at] = '-') != 0;
@@ -267,7 +274,7 @@ static void append_network_time(std::string& out, std::string_view value, Words)
 }
 
 // "+2h".
-static void append_hours(std::string& out, std::string_view value, Words) {
+static void append_hours(std::string& out, std::string_view value) {
   bool is_offset = value.ends_with('h');
   if (is_offset) value.remove_suffix(1);
   if (value.starts_with('+')) value.remove_prefix(1);
@@ -292,9 +299,9 @@ static std::optional<int64_t> seconds_of(std::string_view age) {
   return 86400 * days + seconds;
 }
 
-static void append_age(std::string& out, std::string_view value, Words) {
+static void append_age(std::string& out, std::string_view value) {
   value = value.substr(0, value.find(" ("));
-  if (value.ends_with('s')) return append_any_number(out, value.substr(0, value.size() - 1), {});
+  if (value.ends_with('s')) return append_any_number(out, value.substr(0, value.size() - 1));
   auto seconds = seconds_of(value);
   seconds ? append_number(out, *seconds) : append_text(out, NO_VALUE);
 }
@@ -302,7 +309,7 @@ static void append_age(std::string& out, std::string_view value, Words) {
 // ---- the link ----
 
 // An address, masked or not, or why there is none.
-static void append_address(std::string& out, std::string_view value, Words) {
+static void append_address(std::string& out, std::string_view value) {
   bool is_address = value.find('.') != value.npos && value != "xxx.xxx" &&
                     value.find_first_not_of("0123456789.x") == value.npos;
   append_text(out, is_address ? value : NO_VALUE);
@@ -319,7 +326,7 @@ static void append_server(std::string& out, int64_t address) {
 }
 
 // "24145930, 40923146"; 0 is none. In syslog, the comma is a semicolon.
-static void append_servers(std::string& out, std::string_view value, Words) {
+static void append_servers(std::string& out, std::string_view value) {
   out += '[';
   const char* comma = "";
   while (!value.empty()) {
@@ -335,7 +342,7 @@ static void append_servers(std::string& out, std::string_view value, Words) {
 }
 
 // "1, 0, 0, 0, 2, 0 (W) Jul 24 19:11:28": rings by origin, then the last one.
-static void append_rings(std::string& out, std::string_view value, Words) {
+static void append_rings(std::string& out, std::string_view value) {
   std::string_view counts = value.substr(0, value.find(" ("));
   value.remove_prefix(counts.size());
   out += '[';
@@ -345,7 +352,7 @@ static void append_rings(std::string& out, std::string_view value, Words) {
     part.remove_prefix(std::min(part.find_first_not_of(' '), part.size()));
     out += comma;
     comma = ",";
-    append_count(out, part, {});
+    append_count(out, part);
   }
   bool has_last = value.size() > 5 && value.substr(3, 2) == ") ";
   out += R"(],"last_ring_origin":)";
@@ -358,61 +365,61 @@ static void append_rings(std::string& out, std::string_view value, Words) {
 
 // clang-format off
 using enum SectionId;
-static constexpr Source SCREEN = Source::SCREEN, MODULE = Source::MODULE;
+static constexpr Source SCREEN = Source::SCREEN;
 static const ReportItem ITEMS[] = {
-    {"IMEI",                  MODEM,   "imei",               append_text,          SCREEN},
+    {"IMEI",                  MODEM,   "imei",               append_text,                   SCREEN},
     {"Library",               MODEM,   "library",            append_text},
     {"Firmware",              MODEM,   "firmware",           append_text},
     {"Hardware",              MODEM,   "hardware",           append_text},
     {"ICCID",                 SIM,     "iccid",              append_text},
-    {"IMSI",                  SIM,     "imsi",               append_text,          SCREEN},
+    {"IMSI",                  SIM,     "imsi",               append_text,                   SCREEN},
     {"Phone Number",          SIM,     "phone_number",       append_text},
     {"SIM Status",            SIM,     "status",             append_sim},
-    {"Network Name",          NETWORK, "name",               append_text,          SCREEN},
-    {"MCC MNC",               NETWORK, "mcc",                append_mcc_mnc,       SCREEN},
-    {"Channel",               NETWORK, "channel",            append_count,         SCREEN},
-    {"Band",                  NETWORK, "band",               append_state,         SCREEN, BANDS},
-    {"C1",                    NETWORK, "cell_id",            append_positive,      SCREEN},
-    {"L1",                    NETWORK, "lac",                append_location_area, SCREEN},
-    {"R1",                    NETWORK, "rac",                append_count,         SCREEN},
+    {"Network Name",          NETWORK, "name",               append_text,                   SCREEN},
+    {"MCC MNC",               NETWORK, "mcc",                append_mcc_mnc,                SCREEN},
+    {"Channel",               NETWORK, "channel",            append_count,                  SCREEN},
+    {"Band",                  NETWORK, "band",               append_state<BANDS>,           SCREEN},
+    {"C1",                    NETWORK, "cell_id",            append_positive,               SCREEN},
+    {"L1",                    NETWORK, "lac",                append_location_area,          SCREEN},
+    {"R1",                    NETWORK, "rac",                append_count,                  SCREEN},
     {"Time",                  NETWORK, "network_time",       append_network_time},
     {"Network Time",          NETWORK, "network_time",       append_network_time},
     {"Local Time Offset",     NETWORK, "utc_offset_s",       append_hours},
-    {"Selection Mode",        NETWORK, "selection_mode",     append_state,         SCREEN, SELECTION_MODES},
-    {"Test Mode",             NETWORK, "test_mode",          append_count,         SCREEN},
+    {"Selection Mode",        NETWORK, "selection_mode",     append_state<SELECTION_MODES>, SCREEN},
+    {"Test Mode",             NETWORK, "test_mode",          append_count,                  SCREEN},
     {"Bars",                  STATE,   "bars",               append_bars},
     {"Roaming",               STATE,   "roaming",            append_roaming},
-    {"RSSI",                  STATE,   "rssi_dbm",           append_level,         SCREEN},
-    {"Tx Power",              STATE,   "tx_power_dbm",       append_any_number,    SCREEN},
-    {"System Mode",           STATE,   "system_mode",        append_state,         SCREEN, SYSTEM_MODES},
-    {"Data Service Mode",     STATE,   "data_service",       append_state,         MODULE, DATA_SERVICES},
-    {"Service Status",        STATUS,  "service",            append_state,         SCREEN, SERVICES},
-    {"Reg Status",            STATUS,  "registration",       append_state,         SCREEN, REGISTRATIONS},
-    {"Call Status",           STATUS,  "call",               append_state,         SCREEN, CALLS},
-    {"MM Attach State",       STATUS,  "mm_attach",          append_state,         SCREEN, MM_RESULTS},
-    {"MM LU State",           STATUS,  "mm_location_update", append_state,         SCREEN, MM_RESULTS},
-    {"GMM Attach State",      STATUS,  "gmm_attach",         append_state,         SCREEN, GMM_RESULTS},
-    {"GMM State",             STATUS,  "gmm_state",          append_state,         SCREEN, GMM_STATES},
-    {"GMM RAU State",         STATUS,  "gmm_routing_update", append_state,         SCREEN, GMM_RESULTS},
-    {"PDP State",             STATUS,  "pdp_state",          append_state,         SCREEN, PDP_STATES},
-    {"Network Mode",          STATUS,  "network_mode",       append_state,         SCREEN, NETWORK_MODES},
-    {"PMM Mode",              STATUS,  "pmm_mode",           append_state,         SCREEN, PMM_MODES},
-    {"MM Attach Error",       ERRORS,  "mm_attach",          append_state,         SCREEN, REJECT_CAUSES},
-    {"MM LU Error",           ERRORS,  "mm_location_update", append_state,         SCREEN, REJECT_CAUSES},
-    {"GMM Attach Error",      ERRORS,  "gmm_attach",         append_state,         SCREEN, REJECT_CAUSES},
-    {"GMM RAU Error",         ERRORS,  "gmm_routing_update", append_state,         SCREEN, REJECT_CAUSES},
-    {"PDP Rej Reason",        ERRORS,  "pdp",                append_state,         SCREEN, PDP_CAUSES},
+    {"RSSI",                  STATE,   "rssi_dbm",           append_level,                  SCREEN},
+    {"Tx Power",              STATE,   "tx_power_dbm",       append_any_number,             SCREEN},
+    {"System Mode",           STATE,   "system_mode",        append_state<SYSTEM_MODES>,    SCREEN},
+    {"Data Service Mode",     STATE,   "data_service",       append_state<DATA_SERVICES>},
+    {"Service Status",        STATUS,  "service",            append_state<SERVICES>,        SCREEN},
+    {"Reg Status",            STATUS,  "registration",       append_state<REGISTRATIONS>,   SCREEN},
+    {"Call Status",           STATUS,  "call",               append_state<CALLS>,           SCREEN},
+    {"MM Attach State",       STATUS,  "mm_attach",          append_state<MM_RESULTS>,      SCREEN},
+    {"MM LU State",           STATUS,  "mm_location_update", append_state<MM_RESULTS>,      SCREEN},
+    {"GMM Attach State",      STATUS,  "gmm_attach",         append_state<GMM_RESULTS>,     SCREEN},
+    {"GMM State",             STATUS,  "gmm_state",          append_state<GMM_STATES>,      SCREEN},
+    {"GMM RAU State",         STATUS,  "gmm_routing_update", append_state<GMM_RESULTS>,     SCREEN},
+    {"PDP State",             STATUS,  "pdp_state",          append_state<PDP_STATES>,      SCREEN},
+    {"Network Mode",          STATUS,  "network_mode",       append_state<NETWORK_MODES>,   SCREEN},
+    {"PMM Mode",              STATUS,  "pmm_mode",           append_state<PMM_MODES>,       SCREEN},
+    {"MM Attach Error",       ERRORS,  "mm_attach",          append_state<REJECT_CAUSES>,   SCREEN},
+    {"MM LU Error",           ERRORS,  "mm_location_update", append_state<REJECT_CAUSES>,   SCREEN},
+    {"GMM Attach Error",      ERRORS,  "gmm_attach",         append_state<REJECT_CAUSES>,   SCREEN},
+    {"GMM RAU Error",         ERRORS,  "gmm_routing_update", append_state<REJECT_CAUSES>,   SCREEN},
+    {"PDP Rej Reason",        ERRORS,  "pdp",                append_state<PDP_CAUSES>,      SCREEN},
     {"Exc",                   ERRORS,  "exception",          append_text},
-    {"Active/Monitored Sets", WCDMA,   "cells",              append_wcdma_cells,   SCREEN},
-    {"RSCP",                  WCDMA,   "rscp_dbm",           append_level,         SCREEN},
-    {"DRX",                   WCDMA,   "drx_coefficient",    append_count,         SCREEN},
-    {"HSDPA Status",          WCDMA,   "hsdpa",              append_state,         SCREEN, HSDPA_STATES},
-    {"HSDPA Indication",      WCDMA,   "hspa_support",       append_state,         SCREEN, HSPA_SUPPORT},
-    {"N1",                    GSM,     "neighbors",          append_gsm_cells,     SCREEN},
-    {"B1",                    GSM,     "best_cells",         append_best_cells,    SCREEN},
-    {"Pathloss",              GSM,     "pathloss_db",        append_positive,      SCREEN},
-    {"MFRM",                  GSM,     "paging_multiframes", append_count,         SCREEN},
-    {"EGPRS Indication",      GSM,     "egprs",              append_state,         SCREEN, EGPRS_SUPPORT},
+    {"Active/Monitored Sets", WCDMA,   "cells",              append_wcdma_cells,            SCREEN},
+    {"RSCP",                  WCDMA,   "rscp_dbm",           append_level,                  SCREEN},
+    {"DRX",                   WCDMA,   "drx_coefficient",    append_count,                  SCREEN},
+    {"HSDPA Status",          WCDMA,   "hsdpa",              append_state<HSDPA_STATES>,    SCREEN},
+    {"HSDPA Indication",      WCDMA,   "hspa_support",       append_state<HSPA_SUPPORT>,    SCREEN},
+    {"N1",                    GSM,     "neighbors",          append_gsm_cells,              SCREEN},
+    {"B1",                    GSM,     "best_cells",         append_best_cells,             SCREEN},
+    {"Pathloss",              GSM,     "pathloss_db",        append_positive,               SCREEN},
+    {"MFRM",                  GSM,     "paging_multiframes", append_count,                  SCREEN},
+    {"EGPRS Indication",      GSM,     "egprs",              append_state<EGPRS_SUPPORT>,   SCREEN},
     {"IP Address",            WAN,     "ip_address",         append_address},
     {"Dest IP Address",       WAN,     "dest_ip_address",    append_address},
     {"Rx Bytes",              WAN,     "rx_bytes",           append_count},
@@ -440,6 +447,25 @@ const ReportItem* find_item(std::string_view label) {
   }();
   auto found = TABLE.find(label);
   return found == TABLE.end() ? nullptr : found->second;
+}
+
+const std::string& key_text(const ReportItem& item) {
+  static const std::vector<std::string> TEXTS = [] {
+    std::vector<std::string> texts;
+    for (const ReportItem& row : ITEMS) texts.push_back(",\"" + std::string(row.key) + "\":");
+    return texts;
+  }();
+  return TEXTS[static_cast<size_t>(&item - ITEMS)];
+}
+
+ItemFinder::ItemFinder() : next_(std::size(ITEMS) + 1), last_(std::size(ITEMS)) {}
+
+const ReportItem* ItemFinder::find(std::string_view label) {
+  const ReportItem*& next = next_[last_];
+  if (next == nullptr || next->label != label) next = find_item(label);
+  const ReportItem* found = next;
+  last_ = found == nullptr ? std::size(ITEMS) : static_cast<size_t>(found - ITEMS);
+  return found;
 }
 
 }  // namespace records

@@ -4,11 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
-
-#include "records/state_words.h"
+#include <vector>
 
 namespace records {
 
@@ -39,15 +37,28 @@ struct ReportItem {
   SectionId section;
   std::string_view key;
   // Appends the value as JSON; more keys and values behind it where a label has several.
-  void (*append)(std::string& out, std::string_view value, std::span<const StateWord> words);
+  void (*append)(std::string& out, std::string_view value);
   Source source = Source::MODULE;
-  std::span<const StateWord> words = {};
 };
 
 // Null when the label is none of the module's.
 const ReportItem* find_item(std::string_view label);
 
+// The same for the items of many reports, which mostly follow one another as in the last one.
+class ItemFinder {
+ public:
+  ItemFinder();
+  const ReportItem* find(std::string_view label);
+
+ private:
+  std::vector<const ReportItem*> next_;  // behind each item, and behind one that has no row
+  size_t last_;
+};
+
+// Its key as JSON, between a comma and a colon.
+const std::string& key_text(const ReportItem& item);
+
 // The value of an item that is not in the table.
-void append_text(std::string& out, std::string_view value, std::span<const StateWord> words = {});
+void append_text(std::string& out, std::string_view value);
 
 }  // namespace records

@@ -6,6 +6,7 @@
 
 #include "include/zop_diag_info.h"
 #include "records/report_form.h"
+#include "records/state_words.h"
 #include "report/names.h"
 
 using namespace records;
