@@ -268,14 +268,30 @@ static void serve_simulated(const Options& options) {
   serve(modem, options, [&] { state.save(modem.model()); });
 }
 
+static void print_documents(const Options& options, const CLI::App& app) {
+  if (options.list) return list_scenarios();
+  if (options.settings) return list_settings();
+  if (options.requests) return list_requests();
+  print_man_page(app);
+}
+
+static int fail(const std::string& what, int exit_code) {
+  fmt::print(stderr, "zop-modem-sim: {}\n", what);
+  return exit_code;
+}
+
+// Also of what was printed so far.
+static void require_output() {
+  if (!std::cout.flush().good() || fflush(stdout) != 0)
+    throw std::runtime_error("the output could not be written; is the disk full?");
+}
+
 static void serve_captured(const Options& options) {
   sim::Replay modem(sim::load_capture(options.replay), trace_of(options));
   serve(modem, options);
 }
 
-int main(int argc, char** argv) {
-  Options options;
-  CLI::App app{"A simulated 3G modem on a pseudo-terminal."};
+static void add_options(CLI::App& app, Options& options) {
   app.footer(EXAMPLES);
   auto* scenario = app.add_option("SCENARIO", options.scenario,
                                   "name of a shipped scenario, or a path to a .toml");
@@ -308,33 +324,50 @@ int main(int argc, char** argv) {
   app.add_flag("--list-requests", options.requests, "list the requests and packets by name");
   app.add_flag("--man", options.man, "print the manual page");
   app.set_version_flag("--version", "zop-modem-sim " ZOP_VERSION);
+}
+
+// False: help or version was asked for, and is printed.
+static bool parse(CLI::App& app, int argc, char** argv) {
   try {
     app.parse(argc, argv);
+    return true;
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
+    if (error.get_exit_code() != 0)
+      throw std::invalid_argument(std::string(error.what()) + "; --help tells more");
+    app.exit(error);
+    return false;
   }
+}
+
+static void run(CLI::App& app, const Options& options) {
+  if (options.list || options.settings || options.requests || options.man) {
+    print_documents(options, app);
+    require_output();
+  } else if (options.replay.empty()) {
+    serve_simulated(options);
+  } else {
+    serve_captured(options);
+  }
+}
+
+int main(int argc, char** argv) {
+  Options options;
+  CLI::App app{"A simulated 3G modem on a pseudo-terminal."};
+  add_options(app, options);
   try {
-    if (options.list) return list_scenarios(), 0;
-    if (options.settings) return list_settings(), 0;
-    if (options.requests) return list_requests(), 0;
-    if (options.man) return print_man_page(app), 0;
-    if (options.replay.empty()) {
-      serve_simulated(options);
+    if (parse(app, argc, argv)) {
+      run(app, options);
     } else {
-      serve_captured(options);
+      require_output();
     }
     return 0;
   } catch (const sim::ScenarioError& error) {
-    fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
-    return 2;
+    return fail(error.what(), 2);
   } catch (const sim::CaptureError& error) {
-    fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
-    return 2;
+    return fail(error.what(), 2);
   } catch (const std::invalid_argument& error) {
-    fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
-    return 2;
+    return fail(error.what(), 2);
   } catch (const std::exception& error) {
-    fmt::print(stderr, "zop-modem-sim: {}\n", error.what());
-    return 1;
+    return fail(error.what(), 1);
   }
 }

@@ -3,7 +3,10 @@
 
 #include <fmt/format.h>
 
+#include <csignal>
+
 #include "simulator/troff.h"
+#include "zopctl/firmware/modem_state.h"
 #include "zopctl/global_options.h"
 #include "zopctl/verb_table.h"
 
@@ -36,6 +39,65 @@ const std::vector<GlobalOption> GLOBAL_OPTIONS = {
     {"--help", nullptr, "print help; also after a verb"},
     {"--version", nullptr, "print the version"},
 };
+
+namespace {
+struct Example {
+  const char* command;
+  const char* what;
+};
+struct ExitCode {
+  int code;
+  const char* meaning;
+};
+}  // namespace
+
+static const Example EXAMPLES[] = {
+    {"zopctl status", "identity, network and signal of the modem"},
+    {"zopctl status --json", "the same as JSON"},
+    {"zopctl --sim status", "status of a simulated modem"},
+    {"zopctl --sim=roaming status", "status of a simulated modem that is roaming"},
+    {"zopctl status --log error,general", "also print the module's log lines"},
+    {"zopctl doctor", "find out what is wrong and what to try"},
+    {"zopctl devices", "the ports where a modem answers"},
+    {"zopctl --wait=60 status", "wait for a modem that is being plugged in"},
+    {"zopctl support -o case.tar.gz", "one file for those who help, without secrets"},
+    {"zopctl report --wait", "the diagnostic report, with fresh data from the modem"},
+    {"zopctl monitor", "watch the modem, q quits"},
+    {"zopctl sim verify", "ask for the PIN and send it to the card"},
+    {"zopctl plmn list operator --json", "one list of the SIM"},
+    {"zopctl signal --watch 5", "the signal levels every five seconds"},
+    {"zopctl nv backup modem.json", "save the NV items that are known"},
+    {"zopctl firmware info ./images", "check an image set"},
+    {"zopctl firmware update ./images", "write it to the modem"},
+    {"zopctl firmware finish", "do the end of an update that broke off after writing"},
+    {"zopctl dump -o /tmp", "save the memory of a modem that has crashed"},
+    {"zopctl parse-log *.log", "extract the reports from logs of many devices"},
+    {"zopctl html drive.jsonl -o p.html", "make a page of reports and recordings"},
+    {"zopctl --capture - status | wireshark -k -i -", "watch the traffic"},
+};
+
+static const ExitCode EXIT_CODES[] = {
+    {0, "success"},
+    {1, "the modem or the module failed; of firmware update: nothing was written"},
+    {2, "bad usage"},
+    {NO_FIRMWARE, "firmware update: the modem has no usable firmware, update again"},
+    {NOT_STARTED, "firmware update: written, but the end is not done: zopctl firmware finish"},
+    {OTHER_VERSION, "firmware update: the modem runs another version than the set's"},
+    {128 + SIGHUP, "the terminal was closed"},
+    {128 + SIGINT, "stopped by Ctrl-C; an update before it wrote anything"},
+    {128 + SIGTERM, "stopped by SIGTERM; an update before it wrote anything"},
+};
+
+std::string help_footer() {
+  std::string text = "\nExamples:\n";
+  for (const auto& [command, what] : EXAMPLES) text += fmt::format("  {:33}  {}\n", command, what);
+  text +=
+      "\n--sim, --device, --library, --json, --log and --capture may come before or after the "
+      "verb.\n\nExit codes:\n";
+  for (const auto& [code, meaning] : EXIT_CODES) text += fmt::format("  {:3}  {}\n", code, meaning);
+  text.pop_back();
+  return text;
+}
 
 static std::string usage(const Verb& verb) {
   std::string text = verb.noun == nullptr ? "" : std::string(verb.noun) + " ";
@@ -76,11 +138,14 @@ void print_man_page() {
   }
   fmt::print(".SH VERBS\n");
   for (const Verb& verb : verbs()) man_verb(verb);
+  fmt::print(".SH EXAMPLES\n");
+  for (const auto& [command, what] : EXAMPLES)
+    fmt::print(".TP\n.B {}\n{}.\n", troff(command), troff(what));
+  fmt::print(".SH EXIT STATUS\n");
+  for (const auto& [code, meaning] : EXIT_CODES)
+    fmt::print(".TP\n.B {}\n{}.\n", code, troff(meaning));
   fmt::print(
-      ".SH EXIT STATUS\n0 success, 1 the modem or the module failed, 2 bad usage. firmware update "
-      "also has 3 the modem has no usable firmware, update again, 4 written, but the end is not "
-      "done, and 5 the modem runs another version afterwards. 130 (Ctrl-C) and 143 (SIGTERM): it "
-      "was stopped, an update before it wrote anything.\n.SH FILES\n"
+      ".SH FILES\n"
       "/var/lib/zopctl/update_*.json, of other users in ~/.local/state/zopctl: the journal of an "
       "update, kept until the new version has been read.\n.br\n"
       "/var/lock/LCK..*: the locks of the ports in use.\n.SH ENVIRONMENT\n"

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iostream>
 #include <span>
+#include <system_error>
 
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
@@ -114,9 +115,13 @@ static int run_verb(const Options& options) {
 }
 
 // Help and documents are printed while the options are read.
-static int end_documents() {
-  bool written = std::cout.flush().good() && fflush(stdout) == 0;
-  return written ? 0 : end_with(false, nullptr, Failure(UNWRITTEN));
+static std::optional<Options> options_of(int argc, char** argv) {
+  try {
+    std::optional<Options> options = read_options(argc, argv);
+    if (options || (std::cout.flush().good() && fflush(stdout) == 0)) return options;
+  } catch (const std::system_error&) {  // of a print
+  }
+  throw Failure(UNWRITTEN);
 }
 
 int main(int argc, char** argv) {
@@ -124,11 +129,13 @@ int main(int argc, char** argv) {
   std::span words(argv, static_cast<size_t>(argc));
   bool json = std::ranges::find(words, std::string_view("--json")) != words.end();
   try {
-    std::optional<Options> options = read_options(argc, argv);
-    if (!options) return end_documents();
+    std::optional<Options> options = options_of(argc, argv);
+    if (!options) return 0;
     watch_signals();
     return run_verb(*options);
   } catch (const UsageError& error) {
     return end_with(json, nullptr, Failure(error.what(), 2));
+  } catch (const Failure& error) {
+    return end_with(false, nullptr, error);
   }
 }

@@ -13,37 +13,6 @@
 
 namespace zopctl {
 
-static const char EXAMPLES[] = R"(
-Examples:
-  zopctl status                      identity, network and signal of the modem
-  zopctl status --json               the same as JSON
-  zopctl --sim status                status of a simulated modem
-  zopctl --sim=roaming status        status of a simulated modem that is roaming
-  zopctl status --log error,general  also print the module's log lines
-  zopctl doctor                      find out what is wrong and what to try
-  zopctl devices                     the ports where a modem answers
-  zopctl --wait=60 status            wait for a modem that is being plugged in
-  zopctl support -o case.tar.gz      one file for those who help, without secrets
-  zopctl report --wait               the diagnostic report, with fresh data from the modem
-  zopctl monitor                     watch the modem, q quits
-  zopctl sim verify                  ask for the PIN and send it to the card
-  zopctl plmn list operator --json   one list of the SIM
-  zopctl signal --watch 5            the signal levels every five seconds
-  zopctl nv backup modem.json        save the NV items that are known
-  zopctl firmware info ./images      check an image set
-  zopctl firmware update ./images    write it to the modem
-  zopctl firmware finish             do the end of an update that broke off after writing
-  zopctl dump -o /tmp                save the memory of a modem that has crashed
-  zopctl parse-log *.log             extract the reports from logs of many devices
-  zopctl html drive.jsonl -o p.html  make a page of reports and recordings
-
-  zopctl --capture - status | wireshark -k -i -   watch the traffic
-
---sim, --device, --library, --json, --log and --capture may come before or after the verb.
-Exit code: 0 success, 1 the modem or the module failed, 2 bad usage. firmware update also has
-3 the modem has no usable firmware, update again, 4 written, but the end is not done (firmware
-finish), and 5 the modem runs another version afterwards.)";
-
 namespace {
 struct MaskName {
   const char* name;
@@ -228,7 +197,7 @@ std::optional<Options> read_options(int argc, char** argv) {
       ->group("Setup");
   app.add_flag("--man", man, "print the manual page")->group("Setup");
   add_verbs(app, options.arguments.yes, parsed);
-  app.footer(EXAMPLES);  // last: verbs would inherit it
+  app.footer(help_footer());  // last: verbs would inherit it
   try {
     app.parse(argc, argv);
     if (!log.empty()) options.log_mask = mask_of(log);

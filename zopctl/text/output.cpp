@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "zopctl/text/folding.h"
 #include "zopctl/text/printable.h"
 
 namespace zopctl {
@@ -34,17 +35,22 @@ static size_t widest_label(const Findings& findings) {
   return width;
 }
 
+// Two blanks, the label, two blanks and the value, which in a narrow terminal goes on below.
 void print_table(const Findings& findings) {
   Colours c = colours();
+  size_t columns = terminal_columns();
   size_t width = widest_label(findings);
+  size_t indent = 2 + width + 2;
+  if (2 * indent > columns) indent = 4;
   const char* separator = "";
   for (const Section& section : findings) {
-    fmt::print("{}{}{}{}\n", separator, c.title, section.title, c.off);
+    fmt::print("{}{}{}{}\n", separator, c.title, folded(section.title, 0, 2, columns), c.off);
     separator = "\n";
     for (const Item& item : section.items) {
       std::string shown = item.value.is_null() ? "-  (" + item.shown + ")" : item.shown;
       fmt::print("  {}{:{}}{}  {}{}{}\n", c.label, item.label, width, c.off,
-                 item.failed ? c.bad : "", printable(shown, "\n"), c.off);
+                 item.failed ? c.bad : "",
+                 folded(printable(shown, "\n"), 2 + width + 2, indent, columns), c.off);
     }
   }
 }

@@ -50,7 +50,15 @@ void sync_folder(const std::string& file) {
   close(fd);
 }
 
+void require_file_or_none(const std::string& path) {
+  std::error_code error;
+  auto found = std::filesystem::status(path, error);
+  if (std::filesystem::exists(found) && !std::filesystem::is_regular_file(found))
+    throw Failure(path + " is not a file; name another");
+}
+
 void replace_file(const std::string& path, std::string_view text, mode_t mode) {
+  require_file_or_none(path);
   std::string next = path + ".new";
   write_new(next, text, mode);
   if (rename(next.c_str(), path.c_str()) != 0) {

@@ -14,6 +14,7 @@
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
 #include "zopctl/text/redacted_text.h"
+#include "zopctl/text/replace_file.h"
 #include "zopctl/text/sha256.h"
 #include "zopctl/verbs/verbs.h"
 
@@ -109,6 +110,10 @@ static std::string joined(const std::vector<std::string>& words) {
   return words.empty() ? "none" : fmt::format("{}", fmt::join(words, ", "));
 }
 
+static void check_support(const Arguments& arguments) {
+  if (arguments.has("--output")) require_file_or_none(arguments.text("--output"));
+}
+
 static Findings support(const ModuleLibrary& m, const Arguments& arguments) {
   auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
   std::string folder = fmt::format("zopctl-support-{:%Y%m%d-%H%M%S}", now);
@@ -139,6 +144,7 @@ const Verb SUPPORT = {
                    .help = "the archive; default zopctl-support-TIME.tar.gz",
                    .short_name = "-o"},
                   {.name = "--dump", .help = "folder of a memory dump, of which it gets hashes"}},
+    .check = check_support,
     .run = support};
 
 }  // namespace zopctl

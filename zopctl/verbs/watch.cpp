@@ -12,6 +12,7 @@
 #include "zopctl/host/signals.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/folding.h"
 #include "zopctl/text/printable.h"
 
 namespace zopctl {
@@ -25,7 +26,9 @@ static void print_sample(const WatchSample& sample, bool json) {
     object.update(sample.values);
     fmt::print("{}\n", printable_json(object));
   } else {
-    fmt::print("{:%H:%M:%S}  {}\n", now, printable(sample.line));
+    constexpr size_t AFTER_TIME = 10;
+    fmt::print("{:%H:%M:%S}  {}\n", now,
+               folded(printable(sample.line), AFTER_TIME, AFTER_TIME, terminal_columns()));
   }
   if (fflush(stdout) != 0) throw Failure("the output could not be written; is the disk full?");
 }
