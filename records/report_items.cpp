@@ -356,7 +356,7 @@ static void append_rings(std::string& out, std::string_view value) {
   }
   bool has_last = value.size() > 5 && value.substr(3, 2) == ") ";
   out += R"(],"last_ring_origin":)";
-  append_text(out, has_last ? value.substr(2, 1) : NO_VALUE);
+  append_state<RING_ORIGINS>(out, has_last ? value.substr(2, 1) : NO_VALUE);
   out += R"(,"last_ring_time":)";
   append_text(out, has_last ? value.substr(5) : NO_VALUE);
 }

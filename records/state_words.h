@@ -204,6 +204,11 @@ inline constexpr StateWord PIN_STATES[] = {
     {ZOP_PIN_NOT_INITIALISED, " not init", "not initialised"},
 };
 
+// Of a ring that woke the host. The module gives letters.
+inline constexpr StateWord RING_ORIGINS[] = {
+    {0, "S", "S"}, {1, "T", "T"}, {2, "R", "R"}, {3, "s", "s"}, {4, "W", "W"}, {5, "U", "U"},
+};
+
 // Of an attach or an update.
 inline constexpr StateWord REJECT_CAUSES[] = {
     {ZOP_CAUSE_NONE, "No error", "no error"},

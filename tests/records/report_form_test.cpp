@@ -140,7 +140,7 @@ TEST(report_form, values) {
       {"Rx Bytes", "----", R"({"wan":{"rx_bytes":null}})"},
       {"Res", "24145930; 0", R"({"wan":{"name_servers":["10.112.112.1"]}})"},
       {"Rh", "1, 0, 0, 0, 2, 0 (W) Jul 24 19:11:28",
-       R"({"wan":{"rings":[1,0,0,0,2,0],"last_ring_origin":"W",)"
+       R"({"wan":{"rings":[1,0,0,0,2,0],"last_ring_origin":{"code":4,"text":"W"},)"
        R"("last_ring_time":"Jul 24 19:11:28"}})"},
       {"Rh", "0, 0, 0, 0, 0, 0",
        R"({"wan":{"rings":[0,0,0,0,0,0],"last_ring_origin":null,"last_ring_time":null}})"},

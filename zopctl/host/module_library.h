@@ -38,11 +38,9 @@ class ModuleLibrary {
   BIND(vurn_get_radio_phone_number);
   BIND(vurn_get_imsi);
   BIND(vurn_get_firmware_version);
-  BIND(vurn_get_data_service_mode);
   BIND(vurn_get_module_time);
   BIND(gZOPModuleLogMask);
   BIND(gDiagInfo);
-  BIND(gLogItems);
   BIND(sTestNum);
   BIND(vurn_get_log_string);
   BIND(vurn_log_message);
@@ -78,6 +76,7 @@ class ModuleLibrary {
   BIND(zop_get_registration_status);
   BIND(zop_get_service_status);
   BIND(zop_get_system_mode);
+  BIND(zop_get_data_service_mode);
   BIND(zop_get_band);
   BIND(zop_open);
   BIND(zop_close);

@@ -24,6 +24,7 @@
 #include "zopctl/live/live_screen.h"
 #include "zopctl/live/sampler.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/printable.h"
 
 namespace zopctl {
 
@@ -32,7 +33,7 @@ using Json = nlohmann::ordered_json;
 static constexpr unsigned MAX_INTERVAL_S = 3600;
 
 static std::string line_of(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+  return printable_json(json) + '\n';
 }
 
 // ---- the recording ----

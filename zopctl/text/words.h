@@ -15,8 +15,9 @@ std::string sim_advice(uint32_t status, uint32_t lock);  // empty if the card is
 std::string registration(uint32_t registration);
 std::string service(int32_t service);
 std::string system_mode(uint32_t mode);
-std::string data_service_mode(int mode);
+std::string data_service(int32_t mode);
 std::string band(int32_t band);
+std::string ring_origin(int32_t origin);
 std::string reject_cause(int32_t cause);  // of an attach or update, 3GPP TS 24.008
 std::string pdp_cause(int32_t cause);     // of a data connection, the same
 

@@ -30,7 +30,7 @@ static const char* const STATE_NAMES[] = {"ok", "look", "bad"};
 
 static Item line(const char* key, const char* label, const Check& check) {
   std::string advice = check.advice.empty() ? "" : "; " + check.advice;
-  Json value = {{"state", STATE_NAMES[check.state]}, {"found", check.found}};
+  Json value = {{"state", STATE_NAMES[check.state]}, {"found", check.found}, {"advice", nullptr}};
   if (!check.advice.empty()) value["advice"] = check.advice;
   std::string text = fmt::format("{:4}  {}{}", STATE_NAMES[check.state], check.found, advice);
   return {key, label, value, text, check.state == Check::BAD};
@@ -80,8 +80,9 @@ static Check registered(const ModuleLibrary& m) {
   if (!why.empty()) return {Check::BAD, why, "try again"};
   if (value == ZOP_REGISTRATION_SUCCESS) return {Check::GOOD, registration(value), ""};
   if (value == ZOP_REGISTRATION_FAILED)
-    return {Check::BAD, "refused by the network",
-            "may the card be used here? zopctl plmn list forbidden; ask the operator"};
+    return {Check::BAD, registration(value),
+            "the network refused; may the card be used here? zopctl plmn list forbidden; ask the "
+            "operator"};
   if (value == ZOP_REGISTRATION_NO_NETWORK)
     return {Check::BAD, registration(value),
             "zopctl cells shows what is received, zopctl config show a lock to a band; without any "

@@ -57,10 +57,10 @@ static Findings ring(const ModuleLibrary& m, const Arguments& arguments) {
     counts.push_back(count);
     text += fmt::format("{}{}", text.empty() ? "" : ", ", count);
   }
-  return one_section("rings", "Ring wake-ups, by origin 0 to 4 and others",
-                     {shown("counts", "Counts", counts, text),
-                      shown("last_origin", "Last", m.gDiagInfo->last_ring_origin,
-                            std::to_string(m.gDiagInfo->last_ring_origin))});
+  uint8_t last = m.gDiagInfo->last_ring_origin;
+  return one_section("wan", "Ring wake-ups, by origin 0 to 4 and others",
+                     {shown("rings", "Counts", counts, text),
+                      coded("last_ring_origin", "Last", last, ring_origin(last))});
 }
 
 static Findings downloaded(const ModuleLibrary& m, const Arguments&) {

@@ -131,11 +131,13 @@ static Section network(const ModuleLibrary& m) {
            roaming(m), coded("service", "Service", m.zop_get_service_status, service)}};
 }
 
+// The host interface does not tell HSDPA from WCDMA.
 static Item data_mode(const ModuleLibrary& m) {
-  int mode = 0;
-  std::string why = why_not(m.vurn_get_data_service_mode(&mode));
-  if (!why.empty()) return failed("data_service_mode", "Data service", why);
-  return coded("data_service_mode", "Data service", mode, data_service_mode(mode));
+  int32_t mode = 0;
+  std::string why = problem(m.zop_get_data_service_mode(&mode));
+  if (!why.empty()) return failed("data_service", "Data service", why);
+  if (mode == ZOP_DATA_UNKNOWN) return unknown("data_service", "Data service", "none");
+  return coded("data_service", "Data service", mode, data_service(mode));
 }
 
 static Item rssi(const ModuleLibrary& m) {
