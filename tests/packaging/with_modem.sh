@@ -15,7 +15,7 @@ for node in null zero full random urandom tty; do ln -s "old/$node" "$dev/$node"
 ln -s pts/ptmx "$dev/ptmx"
 mount --rbind "$dev" /dev || exit 77
 "$simulator" --link /dev/tts/USB1 > "$dev/path" &
-until [ -s "$dev/path" ]; do sleep 0.1; done
+for try in $(seq 100); do [ -s "$dev/path" ] || sleep 0.1; done
 "$@"
 result=$?
 kill $!
