@@ -1,7 +1,7 @@
 # Every target installs what it needs and may be repeated. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench figures clean
+.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count figures clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -70,6 +70,10 @@ faults: setup ## try every function with every fault of the line; writes docs/fa
 
 bench: setup ## benchmarks, compared with their floors
 	@sh scripts/bench.sh $(RELEASE)
+
+count: setup ## instructions of the hot roads on ARM, against bench/counts.txt; REASON="..." records
+	@sh scripts/setup.sh arm
+	@REASON="$(REASON)" sh scripts/count.sh
 
 figures: bench ## the same as a page with plots, docs/figures.md
 	@sh scripts/setup.sh figures

@@ -6,11 +6,11 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <new>
 #include <vector>
 
 #include "bench/allocations.h"
 #include "bench/plain_crc.h"
+#include "bench/samples.h"
 #include "link/frame_codec.h"
 
 std::atomic<long> allocation_count = 0;
@@ -25,19 +25,9 @@ extern "C" void* malloc(size_t size) {
 
 using Bytes = std::vector<uint8_t>;
 
-static Bytes payload(size_t size) {
-  Bytes bytes(size);
-  uint32_t state = 1;
-  for (uint8_t& byte : bytes) {
-    state = state * 1664525 + 1013904223;
-    byte = static_cast<uint8_t>(state >> 24);
-  }
-  return bytes;
-}
-
+// Without the closing flag, as the decoder gets it.
 static Bytes wire_of(const Bytes& bytes) {
-  Bytes wire(2 * (bytes.size() + 2) + 2);
-  wire.resize(encode_frame(wire.data(), bytes.data(), static_cast<uint32_t>(bytes.size()), false));
+  Bytes wire = framed(bytes, false);
   wire.pop_back();
   return wire;
 }
@@ -47,7 +37,7 @@ static void count_bytes(benchmark::State& state) {
 }
 
 static void crc_floor(benchmark::State& state) {
-  Bytes bytes = payload(static_cast<size_t>(state.range(0)));
+  Bytes bytes = sample_bytes(static_cast<size_t>(state.range(0)));
   for (auto _ : state) benchmark::DoNotOptimize(plain_crc(bytes.data(), bytes.size()));
   count_bytes(state);
 }
@@ -55,7 +45,7 @@ static void crc_floor(benchmark::State& state) {
 // The work that every decoder must do. Decoding rewrites the input, so both get a fresh copy each
 // round; the check bytes go through the loop too.
 static void fresh_copy_and_crc(benchmark::State& state) {
-  Bytes bytes = payload(static_cast<size_t>(state.range(0)));
+  Bytes bytes = sample_bytes(static_cast<size_t>(state.range(0)));
   Bytes wire = wire_of(bytes);
   Bytes buffer(wire.size());
   for (auto _ : state) {
@@ -67,7 +57,7 @@ static void fresh_copy_and_crc(benchmark::State& state) {
 }
 
 static void memcpy_floor(benchmark::State& state) {
-  Bytes bytes = payload(static_cast<size_t>(state.range(0)));
+  Bytes bytes = sample_bytes(static_cast<size_t>(state.range(0)));
   Bytes copy(bytes.size());
   for (auto _ : state) {
     memcpy(copy.data(), bytes.data(), bytes.size());
@@ -77,7 +67,7 @@ static void memcpy_floor(benchmark::State& state) {
 }
 
 static void encode(benchmark::State& state) {
-  Bytes bytes = payload(static_cast<size_t>(state.range(0)));
+  Bytes bytes = sample_bytes(static_cast<size_t>(state.range(0)));
   Bytes wire(2 * (bytes.size() + 2) + 2);
   long before = allocation_count;
   for (auto _ : state) {
@@ -90,7 +80,7 @@ static void encode(benchmark::State& state) {
 }
 
 static void decode(benchmark::State& state) {
-  Bytes wire = wire_of(payload(static_cast<size_t>(state.range(0))));
+  Bytes wire = wire_of(sample_bytes(static_cast<size_t>(state.range(0))));
   Bytes buffer(wire.size());
   long before = allocation_count;
   for (auto _ : state) {

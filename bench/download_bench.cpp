@@ -13,11 +13,11 @@
 
 #include "bench/answering_terminal.h"
 #include "bench/plain_crc.h"
+#include "bench/samples.h"
 #include "core/bytes.h"
 #include "download/image_set.h"
 #include "download/streaming_download.h"
 #include "include/modem_download.h"
-#include "link/frame_codec.h"
 #include "link/serial_port.h"
 
 namespace fs = std::filesystem;
@@ -28,20 +28,9 @@ static size_t image_size() {
   return std::getenv("BENCH_SMOKE") != nullptr ? size_t{256} << 10 : size_t{16} << 20;
 }
 
-static Bytes image() {
-  Bytes bytes(image_size());
-  uint32_t seed = 1;
-  for (uint8_t& byte : bytes)
-    byte = static_cast<uint8_t>((seed = seed * 1664525 + 1013904223) >> 24);
-  return bytes;
-}
+static Bytes image() { return sample_bytes(image_size()); }
 
-static Bytes framed(const Bytes& payload) {
-  Bytes frame(2 * (payload.size() + 2) + 2);
-  frame.resize(
-      encode_frame(frame.data(), payload.data(), static_cast<uint32_t>(payload.size()), true));
-  return frame;
-}
+static Bytes flagged(const Bytes& payload) { return framed(payload, true); }
 
 namespace {
 class Folder {
@@ -105,9 +94,9 @@ static AnsweringTerminal::Answer programmer() {
   return [reply = Bytes()](std::span<const uint8_t> frame) mutable -> std::span<const uint8_t> {
     Bytes packet = unstuffed_start(frame, 5);
     if (packet[0] == STREAM_WRITE) {
-      reply = framed({0x08, packet[1], packet[2], packet[3], packet[4]});
+      reply = flagged({0x08, packet[1], packet[2], packet[3], packet[4]});
     } else {
-      reply = framed({static_cast<uint8_t>(packet[0] + 1), 0});
+      reply = flagged({static_cast<uint8_t>(packet[0] + 1), 0});
     }
     return reply;
   };
@@ -161,11 +150,11 @@ static void download_floor(benchmark::State& state) {
     packet[0] = STREAM_WRITE;
     put_le32(packet.data() + 1, static_cast<uint32_t>(at));
     memcpy(packet.data() + 5, bytes.data() + at, packet.size() - 5);
-    frames.push_back(framed(packet));
+    frames.push_back(flagged(packet));
   }
-  const Bytes others[] = {framed({STREAM_HELLO}),    framed({STREAM_HELLO}),
-                          framed({STREAM_SECURITY}), framed({STREAM_PARTITION}),
-                          framed({STREAM_OPEN}),     framed({STREAM_CLOSE})};
+  const Bytes others[] = {flagged({STREAM_HELLO}),    flagged({STREAM_HELLO}),
+                          flagged({STREAM_SECURITY}), flagged({STREAM_PARTITION}),
+                          flagged({STREAM_OPEN}),     flagged({STREAM_CLOSE})};
   AnsweringTerminal terminal(programmer());
   for (auto _ : state) {
     diag_open(terminal.path.c_str());
@@ -211,9 +200,9 @@ static AnsweringTerminal::Answer crashed_modem() {
     packet[0] = 0x13;
     packet.insert(packet.end(), bytes.begin() + static_cast<ptrdiff_t>(at),
                   bytes.begin() + static_cast<ptrdiff_t>(at + MOST_READ));
-    replies.push_back(framed(packet));
+    replies.push_back(flagged(packet));
   }
-  return [replies = std::move(replies), list = framed(region_list())](
+  return [replies = std::move(replies), list = flagged(region_list())](
              std::span<const uint8_t> frame) -> std::span<const uint8_t> {
     Bytes packet = unstuffed_start(frame, 5);
     if (packet[0] != 0x12) return list;
@@ -235,9 +224,9 @@ static void dump(benchmark::State& state) {
 
 // Also writes the same number of bytes to a file.
 static void dump_floor(benchmark::State& state) {
-  std::vector<Bytes> frames = {framed({0x10})};
+  std::vector<Bytes> frames = {flagged({0x10})};
   for (uint32_t at = 0; at < image_size(); at += MOST_READ)
-    frames.push_back(framed(memory_read(at)));
+    frames.push_back(flagged(memory_read(at)));
   AnsweringTerminal terminal(crashed_modem());
   Folder folder;
   Bytes block(MOST_READ);

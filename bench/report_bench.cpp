@@ -2,31 +2,9 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <cstring>
 
 #include "bench/allocations.h"
-#include "include/zop_diag_info.h"
-#include "report/rendering.h"
-
-// The record of a healthy WCDMA modem, with full network lists.
-static void fill_record() {
-  static bool filled = false;
-  if (filled) return;
-  filled = true;
-  prv_zop_init_logging();
-  gDiagInfo.screen.system_mode = ZOP_SCREEN_WCDMA;
-  strcpy(gDiagInfo.screen.network_name, "Testnet");
-  memcpy(gDiagInfo.screen.mcc, "001", 3);
-  for (auto& cell : gDiagInfo.screen.radio.wcdma.cells) cell.scrambling_code[0] = 100;
-  gDiagInfo.oplmn_count = 140;
-  for (auto& block : gDiagInfo.oplmn) {
-    block[0] = 20;
-    for (size_t i = 0; i < 20; ++i) memcpy(block + 1 + 8 * i, "310410\x80", 8);
-  }
-  gDiagInfo.screen_time = 1'280'000'000;
-  char warm[8192];  // the first use of the time zone reads its file
-  prv_zop_output_to_log_string(warm, sizeof warm, 1);
-}
+#include "bench/samples.h"
 
 static void count_allocations(benchmark::State& state, long before) {
   state.counters["allocations"] = static_cast<double>(allocation_count - before);
