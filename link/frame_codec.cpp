@@ -1,7 +1,11 @@
-// The frame codec: one pass over the bytes in each direction for both check sequence and stuffing.
+// The frame codec: one pass over the bytes in each direction for both check sequence and stuffing,
+// four bytes at a step where none is stuffed.
 #include "link/frame_codec.h"
 
+#include <stddef.h>
 #include <string.h>
+
+#include <array>
 
 #include "link/serial_port.h"
 
@@ -14,38 +18,31 @@ constinit uint8_t m_pTxBuf[FRAME_BUFFER_SIZE] = {};
 constinit uint8_t m_pRxDataBufs[FRAME_BUFFER_SIZE] = {};
 constinit int32_t m_nRxLen = 0;
 
-// FCS-16 table of RFC 1662, appendix C.2.
-static constexpr uint16_t FCS_TABLE[256] = {
-    0x0000, 0x1189, 0x2312, 0x329B, 0x4624, 0x57AD, 0x6536, 0x74BF, 0x8C48, 0x9DC1, 0xAF5A, 0xBED3,
-    0xCA6C, 0xDBE5, 0xE97E, 0xF8F7, 0x1081, 0x0108, 0x3393, 0x221A, 0x56A5, 0x472C, 0x75B7, 0x643E,
-    0x9CC9, 0x8D40, 0xBFDB, 0xAE52, 0xDAED, 0xCB64, 0xF9FF, 0xE876, 0x2102, 0x308B, 0x0210, 0x1399,
-    0x6726, 0x76AF, 0x4434, 0x55BD, 0xAD4A, 0xBCC3, 0x8E58, 0x9FD1, 0xEB6E, 0xFAE7, 0xC87C, 0xD9F5,
-    0x3183, 0x200A, 0x1291, 0x0318, 0x77A7, 0x662E, 0x54B5, 0x453C, 0xBDCB, 0xAC42, 0x9ED9, 0x8F50,
-    0xFBEF, 0xEA66, 0xD8FD, 0xC974, 0x4204, 0x538D, 0x6116, 0x709F, 0x0420, 0x15A9, 0x2732, 0x36BB,
-    0xCE4C, 0xDFC5, 0xED5E, 0xFCD7, 0x8868, 0x99E1, 0xAB7A, 0xBAF3, 0x5285, 0x430C, 0x7197, 0x601E,
-    0x14A1, 0x0528, 0x37B3, 0x263A, 0xDECD, 0xCF44, 0xFDDF, 0xEC56, 0x98E9, 0x8960, 0xBBFB, 0xAA72,
-    0x6306, 0x728F, 0x4014, 0x519D, 0x2522, 0x34AB, 0x0630, 0x17B9, 0xEF4E, 0xFEC7, 0xCC5C, 0xDDD5,
-    0xA96A, 0xB8E3, 0x8A78, 0x9BF1, 0x7387, 0x620E, 0x5095, 0x411C, 0x35A3, 0x242A, 0x16B1, 0x0738,
-    0xFFCF, 0xEE46, 0xDCDD, 0xCD54, 0xB9EB, 0xA862, 0x9AF9, 0x8B70, 0x8408, 0x9581, 0xA71A, 0xB693,
-    0xC22C, 0xD3A5, 0xE13E, 0xF0B7, 0x0840, 0x19C9, 0x2B52, 0x3ADB, 0x4E64, 0x5FED, 0x6D76, 0x7CFF,
-    0x9489, 0x8500, 0xB79B, 0xA612, 0xD2AD, 0xC324, 0xF1BF, 0xE036, 0x18C1, 0x0948, 0x3BD3, 0x2A5A,
-    0x5EE5, 0x4F6C, 0x7DF7, 0x6C7E, 0xA50A, 0xB483, 0x8618, 0x9791, 0xE32E, 0xF2A7, 0xC03C, 0xD1B5,
-    0x2942, 0x38CB, 0x0A50, 0x1BD9, 0x6F66, 0x7EEF, 0x4C74, 0x5DFD, 0xB58B, 0xA402, 0x9699, 0x8710,
-    0xF3AF, 0xE226, 0xD0BD, 0xC134, 0x39C3, 0x284A, 0x1AD1, 0x0B58, 0x7FE7, 0x6E6E, 0x5CF5, 0x4D7C,
-    0xC60C, 0xD785, 0xE51E, 0xF497, 0x8028, 0x91A1, 0xA33A, 0xB2B3, 0x4A44, 0x5BCD, 0x6956, 0x78DF,
-    0x0C60, 0x1DE9, 0x2F72, 0x3EFB, 0xD68D, 0xC704, 0xF59F, 0xE416, 0x90A9, 0x8120, 0xB3BB, 0xA232,
-    0x5AC5, 0x4B4C, 0x79D7, 0x685E, 0x1CE1, 0x0D68, 0x3FF3, 0x2E7A, 0xE70E, 0xF687, 0xC41C, 0xD595,
-    0xA12A, 0xB0A3, 0x8238, 0x93B1, 0x6B46, 0x7ACF, 0x4854, 0x59DD, 0x2D62, 0x3CEB, 0x0E70, 0x1FF9,
-    0xF78F, 0xE606, 0xD49D, 0xC514, 0xB1AB, 0xA022, 0x92B9, 0x8330, 0x7BC7, 0x6A4E, 0x58D5, 0x495C,
-    0x3DE3, 0x2C6A, 0x1EF1, 0x0F78,
-};
+enum : ptrdiff_t { STEP = 4 };
+
+// What a byte does to the check sequence when n more bytes follow it in a step: FCS_TABLE[byte][n].
+// With n = 0 this is the table of RFC 1662, appendix C.2.
+using FcsTable = std::array<std::array<uint16_t, STEP>, 256>;
+static constexpr FcsTable FCS_TABLE = [] {
+  FcsTable table{};
+  for (unsigned byte = 0; byte < table.size(); ++byte) {
+    unsigned fcs = byte;
+    for (uint16_t& effect : table[byte]) {
+      for (int bit = 0; bit < 8; ++bit) fcs = (fcs & 1) != 0 ? fcs >> 1 ^ 0x8408 : fcs >> 1;
+      effect = static_cast<uint16_t>(fcs);
+    }
+  }
+  return table;
+}();
 
 static uint16_t fcs_step(uint16_t fcs, uint8_t byte) {
-  return static_cast<uint16_t>(FCS_TABLE[(fcs ^ byte) & 0xFF] ^ (fcs >> 8));
+  return static_cast<uint16_t>(FCS_TABLE[(fcs ^ byte) & 0xFF][0] ^ (fcs >> 8));
 }
 
+static bool is_stuffed(uint8_t byte) { return byte == FRAME_FLAG || byte == FRAME_ESCAPE; }
+
 static uint8_t* put_stuffed(uint8_t* out, uint8_t byte) {
-  if (byte == FRAME_FLAG || byte == FRAME_ESCAPE) {
+  if (is_stuffed(byte)) {
     *out++ = FRAME_ESCAPE;
     byte ^= ESCAPE_BIT;
   }
@@ -53,40 +50,71 @@ static uint8_t* put_stuffed(uint8_t* out, uint8_t byte) {
   return out;
 }
 
-uint32_t encode_frame(uint8_t* frame, const uint8_t* data, uint32_t length, bool leading_flag) {
-  uint8_t* out = frame;
-  if (leading_flag) *out++ = FRAME_FLAG;
+namespace {
+// How far a frame has been coded.
+struct Pass {
+  const uint8_t* in;
+  uint8_t* out;
   uint16_t fcs = FCS_INIT;
-  for (uint32_t i = 0; i < length; ++i) {
-    fcs = fcs_step(fcs, data[i]);
-    out = put_stuffed(out, data[i]);
+};
+}  // namespace
+
+// Copies four bytes at a step until one of the next four is stuffed or fewer are left. Single bytes
+// are read: the device can't load words from any address, and the check sequence needs each byte.
+static inline Pass copy_plain(Pass at, const uint8_t* end) {
+  while (end - at.in >= STEP) {
+    const uint8_t* in = at.in;
+    if (is_stuffed(in[0]) || is_stuffed(in[1]) || is_stuffed(in[2]) || is_stuffed(in[3])) break;
+    const uint8_t a = in[0], b = in[1], c = in[2], d = in[3];
+    unsigned first_two = FCS_TABLE[a ^ (at.fcs & 0xFF)][3] ^ FCS_TABLE[b ^ at.fcs >> 8][2];
+    at.fcs = static_cast<uint16_t>(first_two ^ FCS_TABLE[c][1] ^ FCS_TABLE[d][0]);
+    at.out[0] = a;
+    at.out[1] = b;
+    at.out[2] = c;
+    at.out[3] = d;
+    at.in += STEP;
+    at.out += STEP;
   }
-  fcs = static_cast<uint16_t>(~fcs);
-  out = put_stuffed(out, static_cast<uint8_t>(fcs));
-  out = put_stuffed(out, static_cast<uint8_t>(fcs >> 8));
-  *out++ = FRAME_FLAG;
-  return static_cast<uint32_t>(out - frame);
+  return at;
+}
+
+uint32_t encode_frame(uint8_t* frame, const uint8_t* data, uint32_t length, bool leading_flag) {
+  const uint8_t* end = data + length;
+  Pass at = {data, frame};
+  if (leading_flag) *at.out++ = FRAME_FLAG;
+  while (at.in < end) {
+    at = copy_plain(at, end);
+    if (at.in == end) break;
+    at.fcs = fcs_step(at.fcs, *at.in);
+    at.out = put_stuffed(at.out, *at.in++);
+  }
+  at.fcs = static_cast<uint16_t>(~at.fcs);
+  at.out = put_stuffed(at.out, static_cast<uint8_t>(at.fcs));
+  at.out = put_stuffed(at.out, static_cast<uint8_t>(at.fcs >> 8));
+  *at.out++ = FRAME_FLAG;
+  return static_cast<uint32_t>(at.out - frame);
 }
 
 int32_t decode_frame(const uint8_t* frame, uint32_t length, uint8_t* payload,
                      int32_t* payload_length) {
   if (length < MIN_FRAME_LENGTH || length > FRAME_BUFFER_SIZE) return -1;
   const uint8_t* end = frame + length;
-  uint8_t* out = payload;
-  uint16_t fcs = FCS_INIT;
   bool cut = false;  // the frame ends with an escape
-  for (const uint8_t* in = frame; in < end; ++in) {
-    uint8_t byte = *in;
+  Pass at = {frame, payload};
+  while (at.in < end) {
+    at = copy_plain(at, end);
+    if (at.in == end) break;
+    uint8_t byte = *at.in++;
     if (byte == FRAME_ESCAPE) {
-      cut = ++in == end;
+      cut = at.in == end;
       if (cut) break;
-      byte = *in ^ ESCAPE_BIT;
+      byte = *at.in++ ^ ESCAPE_BIT;
     }
-    *out++ = byte;
-    fcs = fcs_step(fcs, byte);
+    *at.out++ = byte;
+    at.fcs = fcs_step(at.fcs, byte);
   }
-  *payload_length = static_cast<int32_t>(out - payload) - 2;
-  return cut || *payload_length < 0 || fcs != FCS_GOOD ? -1 : 0;
+  *payload_length = static_cast<int32_t>(at.out - payload) - 2;
+  return cut || *payload_length < 0 || at.fcs != FCS_GOOD ? -1 : 0;
 }
 
 int32_t DiagPacketRXCRC(uint8_t* buffer, uint32_t length) {

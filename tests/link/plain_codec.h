@@ -1,0 +1,41 @@
+// The frame codec in its plain form, one bit after another: the reference for the module's.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+inline uint16_t plain_fcs(std::span<const uint8_t> bytes) {
+  unsigned fcs = 0xFFFF;
+  for (uint8_t byte : bytes) {
+    fcs ^= byte;
+    for (int bit = 0; bit < 8; ++bit) fcs = (fcs & 1) != 0 ? fcs >> 1 ^ 0x8408 : fcs >> 1;
+  }
+  return static_cast<uint16_t>(~fcs);
+}
+
+inline std::vector<uint8_t> plain_frame(std::span<const uint8_t> payload) {
+  std::vector<uint8_t> bytes(payload.begin(), payload.end());
+  uint16_t fcs = plain_fcs(payload);
+  bytes.push_back(static_cast<uint8_t>(fcs));
+  bytes.push_back(static_cast<uint8_t>(fcs >> 8));
+  std::vector<uint8_t> frame;
+  for (uint8_t byte : bytes) {
+    bool stuffed = byte == 0x7D || byte == 0x7E;
+    if (stuffed) frame.push_back(0x7D);
+    frame.push_back(stuffed ? byte ^ 0x20 : byte);
+  }
+  frame.push_back(0x7E);
+  return frame;
+}
+
+// The bytes between the flags with the check bytes, unstuffed; empty if they are no good frame.
+inline std::vector<uint8_t> plain_unframe(std::span<const uint8_t> frame) {
+  std::vector<uint8_t> bytes;
+  for (size_t i = 0; i < frame.size(); ++i) {
+    bool escape = frame[i] == 0x7D;
+    if (escape && ++i == frame.size()) return {};
+    bytes.push_back(escape ? frame[i] ^ 0x20 : frame[i]);
+  }
+  return bytes.size() >= 2 && plain_fcs(bytes) == 0x0F47 ? bytes : std::vector<uint8_t>{};
+}
