@@ -5,6 +5,9 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <chrono>
+#include <optional>
+#include <tuple>
 
 #include "zopctl/firmware/image_set.h"
 #include "zopctl/firmware/programmer.h"
@@ -83,19 +86,22 @@ bool Update::switch_mode() {
   return good;
 }
 
-// Identifies the node: another one may appear at the same path.
-static std::optional<std::pair<dev_t, ino_t>> node() {
+// Identifies the node: another one may appear at the same path, with the same numbers.
+static auto node() {
+  using Node = std::tuple<dev_t, ino_t, time_t, long>;
   struct stat found;
-  if (stat(mapped_device().c_str(), &found) != 0) return std::nullopt;
-  return std::pair(found.st_rdev, found.st_ino);
+  if (stat(mapped_device().c_str(), &found) != 0) return std::optional<Node>();
+  return std::optional<Node>(
+      {found.st_rdev, found.st_ino, found.st_ctim.tv_sec, found.st_ctim.tv_nsec});
 }
 
-// Tries often enough where a simulated modem's clock is fast and the machine busy.
+// A simulated modem whose clock is fast needs some of this machine's time too.
 template <typename Condition>
 static bool wait_until(int seconds, Condition condition) {
-  constexpr int STEP_MS = 100, LEAST_TRIES = 30;
+  constexpr int STEP_MS = 100;
   auto end = modem_now() + std::chrono::seconds(seconds);
-  for (int tries = 0; tries < LEAST_TRIES || modem_now() <= end; ++tries) {
+  auto least = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+  while (modem_now() <= end || std::chrono::steady_clock::now() < least) {
     if (condition()) return true;
     wait_ms(STEP_MS);
   }
