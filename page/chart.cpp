@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+#include "records/counted.h"
+
 namespace page {
 
 constexpr int WIDTH = 10000, HEIGHT = 1000;  // of the stretched drawing
@@ -192,7 +194,7 @@ void TimeLine::bars() {
                         {"width", percent(std::max(0.0015, axis_.share(span.to) - from))},
                         {"y", percent(1 - height)},
                         {"height", percent(height)}});
-    html_.element("title", {}, fmt::format("{} bars, {}", count, when(span))).close();
+    html_.element("title", {}, records::counted(count, "bar") + ", " + when(span)).close();
   }
   close_row();
 }

@@ -5,6 +5,7 @@
 
 #include "page/chart.h"
 #include "page/page_style.h"
+#include "records/counted.h"
 
 namespace page {
 
@@ -55,19 +56,21 @@ static std::string extent_of(const Recording& recording, const Statistics& stati
   if (recording.moments.empty()) return text;
   int64_t first = recording.moments.front().time;
   int64_t last = recording.moments.back().time;
-  text += fmt::format(", {} samples in {}, {} to {} UTC", recording.moments.size(),
-                      duration_text(last - first), time_text(first),
-                      first / 86'400'000 == last / 86'400'000 ? clock_text(last) : time_text(last));
+  text +=
+      fmt::format(", {} in {}, {} to {} UTC", records::counted(recording.moments.size(), "sample"),
+                  duration_text(last - first), time_text(first),
+                  first / 86'400'000 == last / 86'400'000 ? clock_text(last) : time_text(last));
   if (statistics.gaps != 0) {
     text += fmt::format("; nothing is known of {} without samples, which shares leave out",
                         duration_text(statistics.gaps));
   }
   if (recording.without_time != 0) {
-    text += fmt::format("; {} without a time are left out", recording.without_time);
+    text += fmt::format("; {} without a time left out",
+                        records::counted(recording.without_time, "sample"));
   }
   if (recording.left_out != 0) {
-    text += fmt::format("; {} lines are left out: they are cut, or build on a line that is missing",
-                        recording.left_out);
+    text += fmt::format("; {} left out, cut or without the line that comes before",
+                        records::counted(recording.left_out, "line"));
   }
   return text;
 }

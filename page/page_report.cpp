@@ -6,6 +6,7 @@
 
 #include "page/chart.h"
 #include "page/page.h"
+#include "records/counted.h"
 
 namespace page {
 
@@ -72,7 +73,7 @@ void write_events(HtmlWriter& html, const Recording& recording) {
   const auto& events = recording.events;
   bool few = events.size() <= OPEN_EVENT_ROWS;
   if (!few) {
-    html.open("details").element("summary", {}, fmt::format("{} events", recording.event_count()));
+    html.open("details").element("summary", {}, records::counted(recording.event_count(), "event"));
   }
   html.open("table").open("thead").open("tr");
   html.element("th", {{"scope", "col"}}, "Time").element("th", {{"scope", "col"}}, "Event");

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "page/chart.h"
+#include "records/counted.h"
 
 namespace page {
 
@@ -205,7 +206,7 @@ void TimeLine::events() {
   }
   open_row("Events", "");
   open_drawing("strip events", "Events over time",
-               fmt::format("{} events; the table below has them.", recording_.event_count()));
+               records::counted(recording_.event_count(), "event") + "; the table below has them.");
   for (const auto& [column, events] : marks) {
     std::string text;
     for (size_t i = 0; i < std::min(events.size(), MAX_EVENTS_PER_MARK); ++i) {

@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "records/counted.h"
 #include "records/json_text.h"
 
 namespace records {
@@ -120,7 +121,7 @@ void LogParser::warn_of_broken(const LogReport& report) {
   ++broken_;
   std::string host = report.host.empty() ? "a device" : std::string(report.host);
   std::string lines = report.wanted == 0
-                          ? fmt::format("{} lines, and not the last one", report.lines.size())
+                          ? counted(report.lines.size(), "line") + ", and not the last one"
                           : fmt::format("{} of {} lines", report.lines.size(), report.wanted);
   std::string cut = report.cut == 0 ? "" : fmt::format(", {} cut", report.cut);
   const char* mixed = report.mixed ? ", of two devices" : "";
@@ -136,8 +137,9 @@ void LogParser::warn_of_stray(uint64_t line) {
 void LogParser::end() {
   reports_.end();
   write_out();
-  callbacks_.warn(fmt::format("{} reports, {} broken; {} lines, {} doubled, {} without a stamp",
-                              whole_, broken_, lines_, reports_.doubled(), strays_));
+  callbacks_.warn(fmt::format("{}, {} broken; {}, {} doubled, {} without a stamp",
+                              counted(whole_, "report"), broken_, counted(lines_, "line"),
+                              reports_.doubled(), strays_));
 }
 
 }  // namespace records

@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "records/changes.h"
+#include "records/counted.h"
 #include "records/report_form.h"
 #include "records/utf8_text.h"
 
@@ -203,8 +204,8 @@ void RecordingReader::read_whole() {
 
 void RecordingReader::count_left_out() {
   if (without_base_ > 0) {
-    callbacks_.warn(fmt::format("{}: {} lines build on a line that is missing, and are left out",
-                                name_, without_base_));
+    callbacks_.warn(fmt::format("{}: {} left out, without the line that comes before", name_,
+                                counted(without_base_, "line")));
   }
   if (by_host_.contains("")) recording("").left_out = cut_ + without_base_;
 }

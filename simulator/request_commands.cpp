@@ -39,7 +39,8 @@ RequestCommand parse_request_command(const std::string& text) {
   size_t comma = when.find(',');
   RequestCommand command{when.substr(0, comma), 0, text.substr(colon + 1)};
   if (find_request_named(command.request) == nullptr && !is_packet_name(command.request)) {
-    throw std::invalid_argument("unknown request \"" + command.request + "\"");
+    throw std::invalid_argument("unknown request \"" + command.request +
+                                "\"; zop-modem-sim --list-requests shows them");
   }
   if (comma != std::string::npos) command.skip = parse_skip(when.substr(comma + 1));
   return command;

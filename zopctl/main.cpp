@@ -9,6 +9,7 @@
 #include <span>
 #include <system_error>
 
+#include "zopctl/host/consent.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/options.h"
@@ -32,15 +33,10 @@ static int show(const Options& options, const Findings& findings) {
   return any_failed(findings) ? 1 : 0;
 }
 
-// A typing mistake must not break a device: a person is asked, a script says --yes.
 static void require_consent(const Verb& verb, const Arguments& arguments) {
   if (verb.danger == nullptr || arguments.yes || arguments.has("--dry-run")) return;
-  bool person = isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
-  if (!person) throw UsageError(std::string(verb.danger) + "; confirm with --yes");
-  fprintf(stderr, "Caution: %s.\nType yes to go on: ", verb.danger);
-  char answer[16] = "";
-  if (fgets(answer, sizeof answer, stdin) == nullptr) fputs("\n", stderr);
-  if (strcmp(answer, "yes\n") != 0) throw Failure("not confirmed, nothing was changed");
+  if (!is_person_there()) throw UsageError(std::string(verb.danger) + "; confirm with --yes");
+  ask_consent(verb.danger);
 }
 
 static int run(const Options& options) {

@@ -86,7 +86,8 @@ static void set_option(Fault& fault, const std::string& option) {
   auto count = std::ranges::find(COUNTS, key, &CountRow::name);
   if (key == "request") {
     if (find_request_named(value) == nullptr && !is_packet_name(value)) {
-      throw std::invalid_argument("unknown request \"" + value + "\"");
+      throw std::invalid_argument("unknown request \"" + value +
+                                  "\"; zop-modem-sim --list-requests shows them");
     }
     fault.request = value;
   } else if (count != std::end(COUNTS)) {

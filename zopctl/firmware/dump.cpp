@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "records/counted.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"
@@ -98,8 +99,9 @@ void Dump::begin_reading() {
   reading_ = true;
   stall_.progress(modem_now());
   if (!known_) {
-    progress_.note(fmt::format("the modem offers {} regions, saving {}: {}, to {}", offered_.size(),
-                               regions_.size(), size_text(total_), folder_->path()));
+    progress_.note(fmt::format("the modem offers {}, saving {}: {}, to {}",
+                               records::counted(offered_.size(), "region"), regions_.size(),
+                               size_text(total_), folder_->path()));
     progress_.stage("save", "saving the modem's memory");
   }
   folder_->write_regions();
@@ -350,8 +352,9 @@ std::string Dump::why_missing() const {
 // With --region others may be missing yet.
 void Dump::end_whole(Json details) {
   details["complete"] = std::ranges::all_of(folder_->regions(), &SavedRegion::whole);
-  progress_.stage("done", fmt::format("done: {} regions, {}, in {}", regions_.size(),
-                                      size_text(total_), folder_->path()));
+  progress_.stage("done",
+                  fmt::format("done: {}, {}, in {}", records::counted(regions_.size(), "region"),
+                              size_text(total_), folder_->path()));
   Progress::Json end = {{"result", "done"}};
   end.update(details);
   progress_.event("end", end);

@@ -74,7 +74,7 @@ DumpFolder DumpFolder::reopen(const std::string& path, mode_t mode) {
   DumpFolder folder(path, mode);
   struct stat found;
   if (fstat(folder.fd_, &found) != 0 || found.st_uid != geteuid())
-    throw Failure(path + " belongs to another user");
+    throw Failure(path + " belongs to another user; run zopctl dump as that one");
   folder.read_regions();
   for (size_t i = 0; i < folder.regions_.size(); ++i) folder.find_whole(i);
   return folder;
@@ -89,15 +89,17 @@ void DumpFolder::find_whole(size_t index) {
 
 void DumpFolder::read_regions() {
   std::ifstream file(fs::path(path_) / REGIONS_FILE);
-  if (!file) throw Failure(path_ + " is not the folder of a dump: it has no " + REGIONS_FILE);
+  if (!file)
+    throw Failure(path_ + " is not the folder of a dump: it has no " + REGIONS_FILE +
+                  "; begin a new one without --resume");
   try {
     Json::parse(file).at("regions").get_to(regions_);
   } catch (const Json::exception&) {
-    throw Failure(path_ + "/" + REGIONS_FILE + " is damaged");
+    throw Failure(path_ + "/" + REGIONS_FILE + " is damaged; begin a new dump without --resume");
   }
   for (const SavedRegion& region : regions_) {
     if (region.file.empty() || region.file[0] == '.' || region.file.find('/') != std::string::npos)
-      throw Failure(path_ + "/" + REGIONS_FILE + " is damaged");
+      throw Failure(path_ + "/" + REGIONS_FILE + " is damaged; begin a new dump without --resume");
   }
 }
 

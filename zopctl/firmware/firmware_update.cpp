@@ -11,7 +11,8 @@ namespace zopctl {
 static ImageSet good_images(const std::string& folder) {
   ImageSet set = read_image_set(folder);
   if (set.is_good()) return set;
-  throw Failure(folder + ": " + set.problems() + "; the modem was not touched");
+  throw Failure(folder + ": " + set.problems(), 1,
+                "the modem was not touched; zopctl firmware info shows each file");
 }
 
 // What an update would send, in order.
@@ -63,7 +64,7 @@ static void check_update(const Arguments& arguments) {
 
 static Findings update(const ModuleLibrary& module, const Arguments& arguments) {
   Update::Options options = {arguments.has("--modem-only"), arguments.has("--erase"),
-                             arguments.json};
+                             arguments.json, arguments.yes};
   ImageSet set = good_images(arguments.text("DIR"));
   if (arguments.has("--dry-run")) return show_plan(set, options);
   require_device(Journal(mapped_device()).entry().has_value());
@@ -74,7 +75,8 @@ static Findings update(const ModuleLibrary& module, const Arguments& arguments) 
 static Findings finish(const ModuleLibrary& module, const Arguments& arguments) {
   Journal journal(mapped_device());
   if (!journal.entry())
-    throw Failure("no update of the modem at " + mapped_device() + " is waiting to be finished");
+    throw Failure("no update of the modem at " + mapped_device() + " is waiting to be finished", 1,
+                  "zopctl firmware update begins one");
   const JournalEntry& begun = *journal.entry();
   if (begun.only_switched)
     throw Failure(in_words(begun), NOT_CHANGED,

@@ -11,6 +11,7 @@
 
 #include "zopctl/firmware/image_set.h"
 #include "zopctl/firmware/programmer.h"
+#include "zopctl/host/consent.h"
 #include "zopctl/host/session.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
@@ -69,8 +70,10 @@ bool Update::open_modem() {
 }
 
 void Update::warn_of_downgrade() {
-  if (is_downgrade(version_before_, set_.version))
-    progress_.note("caution: " + set_.version + " is older, this is a downgrade");
+  if (!is_downgrade(version_before_, set_.version)) return;
+  std::string danger = set_.version + " is older, this is a downgrade";
+  if (options_.confirmed || !is_person_there()) return progress_.note("caution: " + danger);
+  ask_consent(danger);
 }
 
 // A modem whose last update failed is already in that mode and can't answer this.

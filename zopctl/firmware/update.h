@@ -23,6 +23,7 @@ class Update {
     bool modem_only = false;
     bool erase = false;
     bool json = false;
+    bool confirmed = false;  // by --yes: nobody is asked
   };
   Update(const ModuleLibrary& module, const ImageSet& set, const Options& options);
   ~Update();

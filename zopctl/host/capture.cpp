@@ -29,7 +29,8 @@ Capture::Capture(const std::string& path, bool redacted)
     : file_(open_capture(path)), redacted_(redacted) {
   signal(SIGPIPE, SIG_IGN);  // a capture without a reader ends, and nothing else
   if (file_ == nullptr)
-    throw Failure("can't write the capture to " + path + ": " + strerror(errno));
+    throw Failure("can't write the capture to " + path + ": " + strerror(errno), 1,
+                  "name another file with --capture");
   try {
     sim::write_capture_header(file_);
   } catch (const std::runtime_error& error) {

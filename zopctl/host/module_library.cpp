@@ -23,7 +23,9 @@ ModuleLibrary::ModuleLibrary(const std::string& path)
     : handle_(dlopen((path.empty() ? usual_path() : path).c_str(), RTLD_NOW | RTLD_LOCAL)) {}
 
 void* ModuleLibrary::symbol(const char* name) const {
-  if (handle_ == nullptr) throw Failure(std::string("can't load the module: ") + dlerror());
+  if (handle_ == nullptr)
+    throw Failure(std::string("can't load the module: ") + dlerror(), 1,
+                  "--library names another file");
   void* found = dlsym(handle_, name);
   if (found == nullptr) {
     throw Failure(std::string("the module lacks ") + name + "; is it of this version?");

@@ -94,16 +94,24 @@ std::string host_problem(int result) {
   return result == VURN_OK ? "" : vurn_result(result);
 }
 
-static void require(bool good, const char* what, const std::string& result) {
+static void require(bool good, const char* what, const std::string& result, const char* advice) {
   std::string refusal = take_refusal();
-  if (!refusal.empty()) throw Failure(refusal);
-  if (!good) throw Failure(fmt::format("{}: {}", what, result));
+  if (!refusal.empty()) throw Failure(refusal, 1, AFTER_REFUSAL);
+  if (!good) throw Failure(fmt::format("{}: {}", what, result), 1, advice);
 }
-void require(unsigned result, const char* what) {
-  require(result == ZOP_SUCCESS, what, zop_result(result));
+
+// A request without an answer may have been carried out: no advice to repeat it.
+static const char* advice_after(unsigned result) {
+  if (result == ZOP_ERR_INVALID_ARGUMENT) return "the module does not take these values";
+  return result == ZOP_ERR_MODEM_FAILURE ? AFTER_REFUSAL : ASK_DOCTOR;
+}
+
+void require(unsigned result, const char* what, const char* advice) {
+  require(result == ZOP_SUCCESS, what, zop_result(result),
+          advice == nullptr ? advice_after(result) : advice);
 }
 void require_host(int result, const char* what) {
-  require(result == VURN_OK, what, vurn_result(result));
+  require(result == VURN_OK, what, vurn_result(result), ASK_DOCTOR);
 }
 
 }  // namespace zopctl

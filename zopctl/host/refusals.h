@@ -26,8 +26,14 @@ inline constexpr char SAVE_MEMORY[] =
 std::string problem(unsigned zop_result);
 std::string host_problem(int vurn_result);
 
-// Throw Failure with the refusal, or with what and the result.
-void require(unsigned zop_result, const char* what);
+// What to do next.
+inline constexpr char ASK_DOCTOR[] = "zopctl doctor finds out what is wrong";
+inline constexpr char AFTER_REFUSAL[] =
+    "zopctl status shows whether the modem's state allows it; its firmware may not know the "
+    "request";
+
+// Throw Failure with the refusal, or with what and the result, and the advice if one is given.
+void require(unsigned zop_result, const char* what, const char* advice = nullptr);
 void require_host(int vurn_result, const char* what);
 
 }  // namespace zopctl

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "records/report_items.h"
+#include "zopctl/host/refusals.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
@@ -17,7 +18,7 @@ std::string log_string(const ModuleLibrary& m) {
     int result = m.vurn_get_log_string(text.data(), size);
     if (result == VURN_OK) return text.substr(0, text.find('\0'));
     bool too_small = result == VURN_ERR_TRUNCATED && size < 1'000'000;
-    if (!too_small) throw Failure("the report: " + vurn_result(result));
+    if (!too_small) throw Failure("the report: " + vurn_result(result), 1, ASK_DOCTOR);
   }
 }
 

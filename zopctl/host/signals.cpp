@@ -81,7 +81,6 @@ static double speed = 1;  // of a simulated modem's clock
 bool has_caught_signal() { return first_signal != 0; }
 int caught_signal() { return first_signal; }
 static bool may_hurry() { return (has_caught_signal() || end_is_asked != 0) && held_on == 0; }
-void hold_on() { held_on = 1; }
 void remove_on_hard_exit(const char* folder) { scratch_folder = folder; }
 
 // In the first slot that holds before.
@@ -100,16 +99,24 @@ void set_speed(double factor) {
   speed_up_sleeps(factor);
 }
 
+static void catch_signal(int signal) {
+  struct sigaction action = {};
+  action.sa_handler = on_signal;
+  struct sigaction before = {};
+  sigaction(signal, nullptr, &before);
+  if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);  // as under nohup
+}
+
 void watch_signals() {
   hurry_when(may_hurry);
   wake_up = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  struct sigaction action = {};
-  action.sa_handler = on_signal;
-  for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    struct sigaction before = {};
-    sigaction(signal, nullptr, &before);
-    if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);  // as under nohup
-  }
+  for (int signal : {SIGINT, SIGTERM, SIGHUP}) catch_signal(signal);
+}
+
+// Ctrl-\, which people try when Ctrl-C does not help, would leave a modem half written.
+void hold_on() {
+  held_on = 1;
+  catch_signal(SIGQUIT);
 }
 
 std::chrono::system_clock::time_point modem_now() {

@@ -51,7 +51,8 @@ void forget_last_words();
 void before_hard_exit(void (*call)());
 
 // From now on a first signal neither throws nor ends a wait, and a lost terminal is ignored: the
-// work in progress must not be interrupted. A second SIGINT or SIGTERM still ends the program.
+// work in progress must not be interrupted. A second SIGINT or SIGTERM still ends the program, and
+// SIGQUIT is one of them.
 void hold_on();
 
 // A file that a second signal removes, one of a few; the caller's text, until it is to be kept.

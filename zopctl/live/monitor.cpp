@@ -20,6 +20,7 @@
 #include <thread>
 
 #include "records/changes.h"
+#include "records/counted.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/live/live_screen.h"
 #include "zopctl/live/sampler.h"
@@ -65,8 +66,8 @@ class RecordingFile {
 
  private:
   [[noreturn]] void fail() const {
-    throw Failure(
-        fmt::format("the recording {}: {}; {} samples are in it", file_, strerror(errno), count_));
+    throw Failure(fmt::format("the recording {}: {}; it has {}", file_, strerror(errno),
+                              records::counted(count_, "sample")));
   }
 
   std::string file_;

@@ -3,6 +3,7 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
+#include "records/counted.h"
 #include "zopctl/host/bars.h"
 #include "zopctl/host/host_calls.h"
 #include "zopctl/host/log_capture.h"
@@ -58,8 +59,8 @@ static Check card(const ModuleLibrary& m) {
   std::string why = problem(m.zop_simcard_status(&status, &lock, &retries));
   if (answers_as_boot_rom()) return {Check::BAD, CRASHED, SAVE_MEMORY};
   if (!why.empty()) return {Check::BAD, why, "try again; if it stays so, restart the modem"};
-  std::string found =
-      fmt::format("{}; {}; {} tries left", sim_status(status), lock_status(lock), retries);
+  std::string found = fmt::format("{}; {}; {} left", sim_status(status), lock_status(lock),
+                                  records::counted(retries, "try", "tries"));
   std::string advice = sim_advice(status, lock);
   if (advice.empty()) return {Check::GOOD, found, ""};
   return {status == ZOP_SIM_NOT_READY ? Check::DOUBTFUL : Check::BAD, found, advice};

@@ -71,11 +71,18 @@ static Findings downloaded(const ModuleLibrary& m, const Arguments&) {
   return one_section("event", "File downloaded", {shown("line", "Log line", line, line)});
 }
 
+// The log tells which step failed.
+[[noreturn]] static void fail_call_test(const char* step, const std::string& why,
+                                        const LogCapture& log) {
+  fmt::print(stderr, "{}", log.text());
+  throw Failure(fmt::format("the call test did not {}: {}", step, why), 1, ASK_DOCTOR);
+}
+
 static Findings start_call_test(const ModuleLibrary& m, const Arguments& arguments) {
   int test = static_cast<int>(arguments.number("TEST"));
   LogCapture log(m, VURN_LOG_ERROR);
   std::string why = host_problem(m.vurn_originate_call_test(test));
-  if (!why.empty()) throw Failure("the call test did not start: " + why + "\n" + log.text());
+  if (!why.empty()) fail_call_test("start", why, log);
   std::string text = fmt::format("test {} is running; zopctl call-test stop ends it", test);
   return one_section("call_test", "Call test", {shown("test", "Started", test, text)});
 }
@@ -85,7 +92,7 @@ static Findings stop_call_test(const ModuleLibrary& m, const Arguments&) {
   LogCapture log(m, VURN_LOG_ERROR);
   *m.sTestNum = 1;
   std::string why = host_problem(m.vurn_stop_call_test());
-  if (!why.empty()) throw Failure("the call test did not stop: " + why + "\n" + log.text());
+  if (!why.empty()) fail_call_test("stop", why, log);
   return one_section("call_test", "Call test",
                      {shown("stopped", "Stopped", true, "call ended, factory test mode off")});
 }

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "records/counted.h"
 #include "zopctl/host/refusals.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"
@@ -39,7 +40,8 @@ Json name_of_nv_item(uint32_t number) {
 
 static void require_nv(uint32_t nv_status) {
   if (nv_status == 0) return;
-  throw Failure(fmt::format("NV status {} ({})", nv_status, nv_status_text(nv_status)));
+  throw Failure(fmt::format("NV status {} ({})", nv_status, nv_status_text(nv_status)), 1,
+                "zopctl nv list shows the items that are known");
 }
 
 static std::vector<uint8_t> data_of(const Arguments& arguments) {
@@ -106,7 +108,9 @@ static Findings write_nv(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t item = *nv_item_of(arguments.text("ITEM"));
   std::vector<uint8_t> data = data_of(arguments);
   require_nv(write_nv_item(m, item, data));
-  return confirmation("nv", "NV item", fmt::format("item {} written, {} bytes", item, data.size()));
+  return confirmation(
+      "nv", "NV item",
+      fmt::format("item {} written, {}", item, records::counted(data.size(), "byte")));
 }
 
 static constexpr char DANGER[] = "a wrong NV item can make the modem unusable";

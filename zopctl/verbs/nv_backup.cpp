@@ -132,7 +132,9 @@ Findings backup_nv(const ModuleLibrary& m, const Arguments& arguments) {
       not_saved += fmt::format("{}{} ({})", not_saved.empty() ? "" : ", ", number, status);
     }
   }
-  if (items.empty()) throw Failure("the modem has none of these items, no file was written");
+  if (items.empty())
+    throw Failure("the modem has none of these items, no file was written", 1,
+                  "zopctl nv list shows the items that are known");
   const std::string& file = arguments.text("FILE");
   replace_file(file, contents(identity_of(m), items).dump(2) + "\n", 0600);
   return one_section("nv_backup", "NV backup",
@@ -151,7 +153,8 @@ struct Backup {
 }  // namespace
 
 [[noreturn]] static void refuse(const std::string& file, const std::string& why) {
-  throw Failure(file + ": " + why, 1, "nothing was changed");
+  throw Failure(file + ": " + why, 1,
+                "nothing was changed; name a file that nv backup has written");
 }
 
 static NvItem item_of(const Json& saved) {

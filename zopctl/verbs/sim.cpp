@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "records/counted.h"
 #include "zopctl/host/refusals.h"
 #include "zopctl/host/hidden_input.h"
 #include "zopctl/host/signals.h"
@@ -51,7 +52,8 @@ class Codes {
     const std::string& name = arguments.text("--pin-file");
     if (name == "-") return;
     file_.open(name);
-    if (!file_) throw Failure("can't read " + name + ": " + strerror(errno));
+    if (!file_)
+      throw Failure("can't read " + name + ": " + strerror(errno), 1, "name a file of codes");
   }
 
   Code take(const std::string& option, const char* what) {
@@ -96,7 +98,9 @@ static std::vector<Item> card_state(const ModuleLibrary& m) {
 static Findings outcome(const ModuleLibrary& m, uint32_t refused) {
   std::vector<Item> items = card_state(m);
   Item result = yes_or_no("accepted", "Accepted", refused == 0);
-  if (refused != 0) result.shown = "no, the card refused it; " + items.back().shown + " tries left";
+  uint32_t left = items.back().value.get<uint32_t>();
+  if (refused != 0)
+    result.shown = "no, the card refused it; " + records::counted(left, "try", "tries") + " left";
   result.failed = refused != 0;
   items.insert(items.begin(), result);
   return one_section("sim", "SIM", items);
@@ -106,6 +110,9 @@ static Findings status(const ModuleLibrary& m, const Arguments&) {
   return one_section("sim", "SIM", card_state(m));
 }
 
+static constexpr char AFTER_SILENCE[] =
+    "the card may have got the code: see the tries left in zopctl sim status before the next one";
+
 using OneCode = unsigned (*)(const uint8_t*, uint32_t, uint32_t*);
 using TwoCodes = unsigned (*)(const uint8_t*, uint32_t, const uint8_t*, uint32_t, uint32_t*);
 
@@ -113,14 +120,15 @@ static Findings with_pin(const ModuleLibrary& m, const Arguments& arguments, One
                          const char* what) {
   Code pin = Codes(arguments).take("--pin", "PIN");
   uint32_t refused = 0;
-  require(operate(pin.bytes, pin.length, &refused), what);
+  require(operate(pin.bytes, pin.length, &refused), what, AFTER_SILENCE);
   return outcome(m, refused);
 }
 
 static Findings with_new_pin(const ModuleLibrary& m, const Code& old_code, const Code& pin,
                              TwoCodes operate, const char* what) {
   uint32_t refused = 0;
-  require(operate(old_code.bytes, old_code.length, pin.bytes, pin.length, &refused), what);
+  require(operate(old_code.bytes, old_code.length, pin.bytes, pin.length, &refused), what,
+          AFTER_SILENCE);
   return outcome(m, refused);
 }
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <filesystem>
 
+#include "records/counted.h"
 #include "zopctl/host/child_program.h"
 #include "zopctl/host/host_calls.h"
 #include "zopctl/host/signals.h"
@@ -127,7 +128,8 @@ static Findings support(const ModuleLibrary& m, const Arguments& arguments) {
   all.add("support.json", printable_json(contents(all, m, dump), 2) + "\n");
   all.archive.write(file);
   const char* holds = "doctor, status and report; a capture and the log of doctor; versions";
-  std::string dumps = dump.is_null() ? "" : fmt::format("; hashes of {} dump files", dump.size());
+  std::string dumps =
+      dump.is_null() ? "" : "; hashes of " + records::counted(dump.size(), "dump file");
   return one_section(
       "support", "Support",
       {shown("file", "File", file, file), shown("holds", "Holds", holds + dumps, holds + dumps),

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "records/counted.h"
 #include "zopctl/host/refusals.h"
 #include "zopctl/text/bytes_text.h"
 #include "zopctl/text/failure.h"
@@ -51,7 +52,8 @@ static Findings send_sms(const ModuleLibrary& m, const Arguments& arguments) {
   const char* more = "more than the 160 of one message: the modem decides what becomes of it";
   return one_section(
       "sms", "Message",
-      {shown("done", "Done", true, fmt::format("{} characters sent to {}", text.size(), number)),
+      {shown("done", "Done", true,
+             fmt::format("{} sent to {}", records::counted(text.size(), "character"), number)),
        shown("septets", "Septets", septets, std::to_string(septets)),
        shown("one_message", "One message", fits, fits ? "yes" : more)});
 }
