@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "records/counted.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
 #include "zopctl/text/sha256.h"
@@ -100,7 +100,7 @@ void Dump::begin_reading() {
   stall_.progress(modem_now());
   if (!known_) {
     progress_.note(fmt::format("the modem offers {}, saving {}: {}, to {}",
-                               records::counted(offered_.size(), "region"), regions_.size(),
+                               counted(offered_.size(), "region"), regions_.size(),
                                size_text(total_), folder_->path()));
     progress_.stage("save", "saving the modem's memory");
   }
@@ -352,9 +352,8 @@ std::string Dump::why_missing() const {
 // With --region others may be missing yet.
 void Dump::end_whole(Json details) {
   details["complete"] = std::ranges::all_of(folder_->regions(), &SavedRegion::whole);
-  progress_.stage("done",
-                  fmt::format("done: {}, {}, in {}", records::counted(regions_.size(), "region"),
-                              size_text(total_), folder_->path()));
+  progress_.stage("done", fmt::format("done: {}, {}, in {}", counted(regions_.size(), "region"),
+                                      size_text(total_), folder_->path()));
   Progress::Json end = {{"result", "done"}};
   end.update(details);
   progress_.event("end", end);

@@ -3,11 +3,11 @@
 
 #include <fmt/format.h>
 
-#include "records/counted.h"
 #include "zopctl/firmware/image_header.h"
 #include "zopctl/firmware/image_set.h"
 #include "zopctl/firmware/seal.h"
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/failure.h"
 
 namespace zopctl {
@@ -88,9 +88,8 @@ static Findings seal(const ModuleLibrary&, const Arguments& arguments) {
   for (const ImageFile& file : set.files) names.push_back(file.name);
   if (set.has_version_info) names.emplace_back("version_info");
   write_sums(set.folder, names);
-  return confirmation(
-      "seal", "Image set",
-      fmt::format("{} lists {}", SEAL_FILE, records::counted(names.size(), "file")));
+  return confirmation("seal", "Image set",
+                      fmt::format("{} lists {}", SEAL_FILE, counted(names.size(), "file")));
 }
 
 const Verb FIRMWARE_INFO = {.noun = "firmware",

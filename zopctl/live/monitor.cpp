@@ -20,10 +20,10 @@
 #include <thread>
 
 #include "records/changes.h"
-#include "records/counted.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/live/live_screen.h"
 #include "zopctl/live/sampler.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
 
@@ -67,7 +67,7 @@ class RecordingFile {
  private:
   [[noreturn]] void fail() const {
     throw Failure(fmt::format("the recording {}: {}; it has {}", file_, strerror(errno),
-                              records::counted(count_, "sample")));
+                              counted(count_, "sample")));
   }
 
   std::string file_;

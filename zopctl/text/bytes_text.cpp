@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "records/counted.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/failure.h"
 
 namespace zopctl {
@@ -59,7 +59,7 @@ std::vector<uint8_t> bytes_of_hex(const std::string& what, const std::string& te
 }
 
 std::string size_text(uint64_t bytes) {
-  if (bytes < 1000) return records::counted(bytes, "byte");
+  if (bytes < 1000) return counted(bytes, "byte");
   double kilobytes = static_cast<double>(bytes) / 1000;
   if (kilobytes < 1000) return fmt::format("{:.1f} kB", kilobytes);
   return fmt::format("{:.1f} MB", kilobytes / 1000);

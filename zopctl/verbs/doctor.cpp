@@ -3,7 +3,6 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include "records/counted.h"
 #include "zopctl/host/bars.h"
 #include "zopctl/host/host_calls.h"
 #include "zopctl/host/log_capture.h"
@@ -11,6 +10,7 @@
 #include "zopctl/host/refusals.h"
 #include "zopctl/host/session.h"
 #include "zopctl/host/signals.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
 
@@ -60,7 +60,7 @@ static Check card(const ModuleLibrary& m) {
   if (answers_as_boot_rom()) return {Check::BAD, CRASHED, SAVE_MEMORY};
   if (!why.empty()) return {Check::BAD, why, "try again; if it stays so, restart the modem"};
   std::string found = fmt::format("{}; {}; {} left", sim_status(status), lock_status(lock),
-                                  records::counted(retries, "try", "tries"));
+                                  counted(retries, "try", "tries"));
   std::string advice = sim_advice(status, lock);
   if (advice.empty()) return {Check::GOOD, found, ""};
   return {status == ZOP_SIM_NOT_READY ? Check::DOUBTFUL : Check::BAD, found, advice};

@@ -4,10 +4,10 @@
 
 #include <fmt/format.h>
 
-#include "records/counted.h"
 #include "zopctl/host/refusals.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/verbs/verbs.h"
 
@@ -108,9 +108,8 @@ static Findings write_nv(const ModuleLibrary& m, const Arguments& arguments) {
   uint32_t item = *nv_item_of(arguments.text("ITEM"));
   std::vector<uint8_t> data = data_of(arguments);
   require_nv(write_nv_item(m, item, data));
-  return confirmation(
-      "nv", "NV item",
-      fmt::format("item {} written, {}", item, records::counted(data.size(), "byte")));
+  return confirmation("nv", "NV item",
+                      fmt::format("item {} written, {}", item, counted(data.size(), "byte")));
 }
 
 static constexpr char DANGER[] = "a wrong NV item can make the modem unusable";

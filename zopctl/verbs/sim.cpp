@@ -7,10 +7,10 @@
 #include <fstream>
 #include <iostream>
 
-#include "records/counted.h"
 #include "zopctl/host/refusals.h"
 #include "zopctl/host/hidden_input.h"
 #include "zopctl/host/signals.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/words.h"
 #include "zopctl/verbs/verbs.h"
@@ -100,7 +100,7 @@ static Findings outcome(const ModuleLibrary& m, uint32_t refused) {
   Item result = yes_or_no("accepted", "Accepted", refused == 0);
   uint32_t left = items.back().value.get<uint32_t>();
   if (refused != 0)
-    result.shown = "no, the card refused it; " + records::counted(left, "try", "tries") + " left";
+    result.shown = "no, the card refused it; " + counted(left, "try", "tries") + " left";
   result.failed = refused != 0;
   items.insert(items.begin(), result);
   return one_section("sim", "SIM", items);

@@ -7,11 +7,11 @@
 #include <chrono>
 #include <filesystem>
 
-#include "records/counted.h"
 #include "zopctl/host/child_program.h"
 #include "zopctl/host/host_calls.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/archive.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
 #include "zopctl/text/redacted_text.h"
@@ -128,8 +128,7 @@ static Findings support(const ModuleLibrary& m, const Arguments& arguments) {
   all.add("support.json", printable_json(contents(all, m, dump), 2) + "\n");
   all.archive.write(file);
   const char* holds = "doctor, status and report; a capture and the log of doctor; versions";
-  std::string dumps =
-      dump.is_null() ? "" : "; hashes of " + records::counted(dump.size(), "dump file");
+  std::string dumps = dump.is_null() ? "" : "; hashes of " + counted(dump.size(), "dump file");
   return one_section(
       "support", "Support",
       {shown("file", "File", file, file), shown("holds", "Holds", holds + dumps, holds + dumps),

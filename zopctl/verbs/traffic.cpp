@@ -5,9 +5,9 @@
 #include <cstring>
 #include <ctime>
 
-#include "records/counted.h"
 #include "zopctl/host/refusals.h"
 #include "zopctl/text/bytes_text.h"
+#include "zopctl/text/counted.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/message_text.h"
 #include "zopctl/text/words.h"
@@ -53,7 +53,7 @@ static Findings send_sms(const ModuleLibrary& m, const Arguments& arguments) {
   return one_section(
       "sms", "Message",
       {shown("done", "Done", true,
-             fmt::format("{} sent to {}", records::counted(text.size(), "character"), number)),
+             fmt::format("{} sent to {}", counted(text.size(), "character"), number)),
        shown("septets", "Septets", septets, std::to_string(septets)),
        shown("one_message", "One message", fits, fits ? "yes" : more)});
 }
