@@ -223,6 +223,7 @@ std::optional<Options> read_options(int argc, char** argv) {
   }
   options.doing = verb.noun == nullptr ? verb.name : std::string(verb.noun) + " " + verb.name;
   options.simulate = !sim.empty();
+  options.shows_progress = verb.samples || verb.events;
   if (sim != "-") options.scenario = sim;
   return options;
 }

@@ -49,6 +49,8 @@ static Settings& settings() {
   static Settings& made = *new Settings;
   return made;
 }
+static std::mutex wait_mutex;
+static WaitState waiting = {};  // guarded by wait_mutex
 static bool (*hurried)() = nullptr;
 static std::mutex log_mutex;
 static std::atomic<int> device_fd = -1;
@@ -83,6 +85,24 @@ bool is_simulated() { return !settings().simulated_root.empty(); }
 const std::string& simulated_root() { return settings().simulated_root; }
 
 void refresh_root(std::function<void()> refresh) { settings().root_refresh = std::move(refresh); }
+
+WaitState wait_state() {
+  std::lock_guard lock(wait_mutex);
+  return waiting;
+}
+
+// The time counts from the first of several alike, as of attempts.
+static void wait_for(WaitState::What what) {
+  std::lock_guard lock(wait_mutex);
+  if (waiting.what != what) waiting.since = std::chrono::steady_clock::now();
+  waiting.what = what;
+}
+
+static void hear() {
+  std::lock_guard lock(wait_mutex);
+  if (waiting.what == WaitState::ANSWER) waiting.what = WaitState::NOTHING;
+  waiting.has_heard = true;
+}
 
 static std::string mapped(const char* path) {
   for (const char* folder : {"/proc", "/etc/resolv.conf", "/var/local/wan"}) {
@@ -143,12 +163,14 @@ static void tell_sinks(int fd, Direction direction, const void* data, ssize_t n)
 static ssize_t write_watched(int fd, const void* data, size_t size) {
   if (line_is_cut(fd, Direction::TO_MODEM, {static_cast<const uint8_t*>(data), size})) return -1;
   ssize_t n = syscall(SYS_write, fd, data, size);
+  if (fd == device_fd && n > 0) wait_for(WaitState::ANSWER);
   tell_sinks(fd, Direction::TO_MODEM, data, n);
   return n;
 }
 
 static ssize_t read_watched(int fd, void* data, size_t size) {
   ssize_t n = syscall(SYS_read, fd, data, size);
+  if (fd == device_fd && n > 0) hear();
   tell_sinks(fd, Direction::FROM_MODEM, data, n);
   size_t held = n > 0 ? static_cast<size_t>(n) : 0;
   bool cut = line_is_cut(fd, Direction::FROM_MODEM, {static_cast<const uint8_t*>(data), held});
@@ -164,6 +186,7 @@ static timespec as_timespec(double seconds) {
 static void sleep_watched(unsigned seconds) {
   constexpr double SLICE = 0.1;
   double left = seconds / sleep_speed;
+  wait_for(WaitState::SLEEP);
   while (left > 0 && !(hurried != nullptr && hurried())) {
     if (settings().sleep_watch) settings().sleep_watch(static_cast<unsigned>(left) + 1);
     double slice = std::min(left, SLICE);
@@ -172,6 +195,7 @@ static void sleep_watched(unsigned seconds) {
     }
     left -= slice;
   }
+  wait_for(WaitState::NOTHING);
 }
 
 template <typename Function>

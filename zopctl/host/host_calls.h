@@ -5,6 +5,7 @@
 // shown.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -39,6 +40,15 @@ void watch_line(LineWatch watch);
 using LineSink = std::function<void(Direction, std::span<const uint8_t>)>;
 void capture_line(LineSink sink);
 void follow_line(LineSink sink);  // a second one
+
+// What the module waits for now. A sleep is one between two attempts: until the port opens, or with
+// an answer heard until the SIM is ready.
+struct WaitState {
+  enum What { NOTHING, ANSWER, SLEEP } what;
+  std::chrono::steady_clock::time_point since;
+  bool has_heard;  // the modem has sent something
+};
+WaitState wait_state();
 
 // From now on the module reads the files of its device (/proc, /etc/resolv.conf, /var/local/wan) in
 // this folder, and gets these addresses for ppp0.

@@ -116,7 +116,9 @@ Session::Session(const Setting& setting, Need need) {
   check_signals();
   QuietOutput quiet;
   watch_refusals();
+  if (opens || need == DEVICE) waits_ = std::make_unique<WaitTeller>();
   if (opens) open_ = open_modem(*module_, need);
+  if (setting.shows_progress) waits_.reset();
   take_refusal();  // the modem has opened without what it refused
 }
 

@@ -11,6 +11,7 @@
 #include "zopctl/host/module_library.h"
 #include "zopctl/host/port_lock.h"
 #include "zopctl/host/simulator_process.h"
+#include "zopctl/host/wait_teller.h"
 
 namespace zopctl {
 
@@ -28,6 +29,7 @@ class Session {
     std::string doing;             // what other programs are told that want the port
     std::string library;           // empty: found beside the program or by the loader
     std::optional<unsigned> log_mask;
+    bool shows_progress = false;  // once the modem is open; waiting is told only before
   };
   // What is opened: all by vurn_open, which needs a ready SIM; only the serial link; all, or only
   // the link if there is no SIM; nothing, but the port is reserved; nothing, but the port is
@@ -48,6 +50,7 @@ class Session {
   std::unique_ptr<FakeRoot> root_;
   std::unique_ptr<SimulatorProcess> simulator_;
   std::unique_ptr<ModuleLibrary> module_;
+  std::unique_ptr<WaitTeller> waits_;
   Need open_ = LIBRARY;  // MODULE or LINK: is to be closed
 };
 
