@@ -16,8 +16,56 @@ local ERRORS = {
   [66] = "locked", [71] = "security",
 }
 local NV_ITEMS = {
-  [10] = "preferred mode", [850] = "preferred service domain", [5895] = "MGRF supported",
+  [10] = "preferred mode", [850] = "preferred service domain", [5895] = "MGRF supported, 0 or 1",
   [16685] = "copy of the SIM PIN", [16687] = "acquisition band order",
+}
+-- States by the name of their request or screen field, in the words of zopctl.
+local ATTACHES = {
+  [0] = "not available", [1] = "attach accepted", [2] = "attach rejected",
+  [5] = "routing area update accepted", [6] = "routing area update rejected",
+  [11] = "attach accepted", [12] = "attach rejected", [13] = "location update accepted",
+  [14] = "location update rejected",
+}
+local WORDS = {
+  system_mode = {
+    [-1] = "none", [0] = "no service", "AMPS", "CDMA", "GSM", "HDR", "WCDMA", "GPS", "GSM/WCDMA",
+    "WLAN",
+  },
+  data_service_mode = { [0] = "GPRS", "EDGE", "WCDMA", "HSDPA" },
+  service = {
+    [-1] = "none", [0] = "no service", "limited", "full", "limited regional", "power save",
+  },
+  registration = { [0] = "not registered", "registered", "failed", "no network" },
+  call = {
+    [-1] = "none", [0] = "idle", [1] = "originating", [3] = "incoming",
+    [4] = "originating, incoming", [5] = "conversation", [6] = "release", [7] = "recall pending",
+  },
+  band = {
+    [-1] = "none", [40] = "GSM 450", [41] = "GSM 480", [42] = "GSM 750", [43] = "GSM 850",
+    [44] = "EGSM 900", [45] = "PGSM 900", [46] = "RGSM 900", [47] = "DCS 1800",
+    [48] = "PCS 1900", [80] = "WCDMA 2100", [81] = "WCDMA 1900", [82] = "WCDMA 1700 (III)",
+    [83] = "WCDMA 1700 (IV)", [84] = "WCDMA 850", [85] = "WCDMA 800", [86] = "WCDMA 2600",
+    [87] = "WCDMA 900", [88] = "WCDMA 1700 (IX)",
+  },
+  mm_attach = ATTACHES, mm_lu = ATTACHES, gmm_attach = ATTACHES, gmm_rau = ATTACHES,
+  gmm = {
+    [0] = "null", "deregistered", "registering", "registered", "deregistering",
+    "routing area updating", "service request",
+  },
+  pdp = { [0] = "inactive", "active pending", "active", "modify pending", "inactive pending" },
+  network_mode = {
+    [0] = "combined attach", "separate attach", "separate attach, 2G", "not available",
+  },
+  pmm = { [0] = "detached", "idle", "connected" },
+  egprs = { [-1] = "none", [0] = "not available", "available" },
+  sim_status = {
+    [0] = "no card", "invalid card", "ready", "not initialised", "not ready", "reinitialising",
+    "card available", "illegal card",
+  },
+  sim_lock = {
+    [0] = "unknown", "okay", "PIN required", "verified", "blocked", "PIN disabled", "not valid",
+    "not initialised",
+  },
 }
 local NV_STATUS = { [0] = "good", [5] = "never written", [6] = "no such item" }
 local EVENTS = {
@@ -172,6 +220,13 @@ local function show_nv(tvb, tree, is_request)
   return words
 end
 
+-- " (full)"; empty when there is no word. A byte may hold a negative number.
+local function in_words(name, value)
+  local words = WORDS[name]
+  local word = words and (words[value] or words[value - 256])
+  return word and " (" .. word .. ")" or ""
+end
+
 local function show_screen(tvb, tree)
   for _, row in ipairs(SCREEN) do
     local at, kind, field = row[1], row[2], f["screen_" .. row[3]]
@@ -179,8 +234,10 @@ local function show_screen(tvb, tree)
     if at + width <= tvb:len() then
       local range = tvb(at, width)
       if kind == "text" then tree:add(field, range, text_at(tvb, at, width))
-      elseif kind == "u8" then tree:add(field, range, range:uint())
-      else tree:add(field, range, range:le_int()) end
+      else
+        local value = kind == "u8" and range:uint() or range:le_int()
+        tree:add(field, range, value):append_text(in_words(row[3], value))
+      end
     end
   end
 end
@@ -215,15 +272,22 @@ local function show_vendor_answer(name, tvb, tree)
     local text = text_at(tvb, 5, TEXTS[name])
     tree:add(f.text, tvb(5), text)
     return ": " .. text
+  elseif name == "sim_status" and tvb:len() > 8 then
+    local state, lock = tvb(6, 1):uint(), tvb(7, 1):uint()
+    tree:add(f.value, tvb(6, 1), state):append_text(in_words("sim_status", state))
+    tree:add(f.value, tvb(7, 1), lock):append_text(in_words("sim_lock", lock))
+    return string.format(": %d%s, %d%s", state, in_words("sim_status", state), lock,
+                         in_words("sim_lock", lock))
   elseif tvb:len() == 6 or tvb:len() == 7 or (tvb:len() == 9 and name == "cell_id") then
     local range = tvb(5)
     local value = range:len() == 1 and range:uint() or range:le_int()
-    tree:add(f.value, range, value)
-    return ": " .. value
+    tree:add(f.value, range, value):append_text(in_words(name, value))
+    return ": " .. value .. in_words(name, value)
   elseif tvb:len() == 9 then  -- a state and its cause
-    tree:add_le(f.value, tvb(5, 2))
+    local words = in_words(name, tvb(5, 2):le_int())
+    tree:add_le(f.value, tvb(5, 2)):append_text(words)
     tree:add_le(f.value, tvb(7, 2))
-    return string.format(": %d, %d", tvb(5, 2):le_int(), tvb(7, 2):le_int())
+    return string.format(": %d%s, %d", tvb(5, 2):le_int(), words, tvb(7, 2):le_int())
   elseif tvb:len() > 5 then
     tree:add(f.data, tvb(5))
   end

@@ -9,8 +9,6 @@
 
 namespace zopctl {
 
-using Json = nlohmann::ordered_json;
-
 static Findings findings_of(const Bars& found) {
   Item bars = shown("bars", "Bars", found.bars, bars_picture(found.bars));
   if (found.bars < 0) bars = unknown("bars", "Bars", "none: " + found.reason);
@@ -19,10 +17,8 @@ static Findings findings_of(const Bars& found) {
 }
 
 static WatchSample sample_of(const Bars& found) {
-  Json values = {{"bars", nullptr}};
-  if (found.is_known() && found.bars >= 0) values["bars"] = found.bars;
-  if (!found.reason.empty()) values["reason"] = found.reason;
-  return {values, fmt::format("{}  {}", bars_picture(found.bars), found.reason), is_lost(found)};
+  return {json_of(findings_of(found)),
+          fmt::format("{}  {}", bars_picture(found.bars), found.reason), is_lost(found)};
 }
 
 static Findings show(const ModuleLibrary& m, const Arguments& arguments) {

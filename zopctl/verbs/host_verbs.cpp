@@ -1,5 +1,6 @@
 // zopctl mcc, event, call-test: the module calls that only a host makes. This program stands in for
 // the host's event platform.
+#include <errno.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -31,19 +32,26 @@ namespace zopctl {
 // Where the module keeps the country of the last check.
 static constexpr char LAST_MCC[] = "/var/local/wan/mcc";
 
+// Why it can't be said whether the country has changed; empty when it can.
+static std::string why_unknown() {
+  int last = open(LAST_MCC, O_RDONLY | O_CLOEXEC);  // this program's open: as the module's
+  if (last < 0) return errno == ENOENT ? "this is the first check" : "the last check can't be read";
+  char mcc[ZOP_MCC_SIZE];
+  bool is_whole = read(last, mcc, sizeof mcc) == ssize_t{sizeof mcc};
+  close(last);
+  return is_whole ? "" : "what was kept of the last check is damaged";
+}
+
 static Findings show_mcc(const ModuleLibrary& m, const Arguments&) {
   int mcc = 0;
-  int last =
-      open(LAST_MCC, O_RDONLY | O_CLOEXEC);  // this program's open: where the module finds it
-  bool was_checked = last >= 0;
-  if (was_checked) close(last);
+  std::string unknown_for = why_unknown();
   LogCapture log(m, VURN_LOG_INFO);
   require_host(m.vurn_get_mcc(&mcc), "country");
   std::string text = fmt::format("{:03}", mcc);
   bool has_changed = log.has("zop:mccchanged:");
   Item changed =
       shown("changed", "Changed", has_changed, has_changed ? "yes, since the last check" : "no");
-  if (!was_checked) changed = unknown("changed", "Changed", "this is the first check");
+  if (!unknown_for.empty()) changed = unknown("changed", "Changed", unknown_for);
   return one_section("country", "Country", {shown("mcc", "MCC", text, text), changed});
 }
 
