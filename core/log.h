@@ -6,13 +6,12 @@
 // it includes this header.
 #pragma once
 
-#include <syslog.h>
+#include <stdint.h>
 
 #include "include/vurn.h"
 
-inline bool log_enabled(uint32_t bit) {
-  return (__atomic_load_n(&gZOPModuleLogMask, __ATOMIC_RELAXED) & bit) != 0;
-}
+// Whether the lines of this bit are written.
+bool log_enabled(uint32_t bit);
 
 // A line feed in a text of the modem would forge a log line.
 inline char log_character(char c) {
@@ -20,22 +19,17 @@ inline char log_character(char c) {
   return byte < 0x20 || byte == 0x7F ? '?' : c;
 }
 
-// Writes one line to syslog, truncated to 1279 bytes, with '?' for each control character.
-__attribute__((format(printf, 2, 3))) void log_line(int priority, const char* format, ...);
+// Write one line to syslog if its bit is set: nothing is formatted otherwise. Truncated to 1279
+// bytes, with '?' for each control character. A "D" line ends with its origin.
+__attribute__((format(printf, 2, 3))) void log_line(uint32_t bit, const char* format, ...);
+__attribute__((format(printf, 5, 6))) void log_detail(uint32_t bit, const char* function,
+                                                      const char* source, int line,
+                                                      const char* format, ...);
 
-#define LOG_LINE(bit, priority, ...)                       \
-  do {                                                     \
-    if (log_enabled(bit)) log_line(priority, __VA_ARGS__); \
-  } while (0)
-
-#define LOG_E(...) LOG_LINE(VURN_LOG_ERROR, LOG_ERR, __VA_ARGS__)
-#define LOG_W(...) LOG_LINE(VURN_LOG_WARNING, LOG_WARNING, __VA_ARGS__)
-#define LOG_I(...) LOG_LINE(VURN_LOG_INFO, LOG_NOTICE, __VA_ARGS__)
-
-// "D" lines end with their origin: function, source name, line.
-#define LOG_D(bit, text, ...)                                                                   \
-  LOG_LINE(bit, LOG_DEBUG, text " (%s:%s:%d)" __VA_OPT__(, ) __VA_ARGS__, __func__, LOG_SOURCE, \
-           __LINE__)
+#define LOG_E(...) log_line(VURN_LOG_ERROR, __VA_ARGS__)
+#define LOG_W(...) log_line(VURN_LOG_WARNING, __VA_ARGS__)
+#define LOG_I(...) log_line(VURN_LOG_INFO, __VA_ARGS__)
+#define LOG_D(bit, ...) log_detail(bit, __func__, LOG_SOURCE, __LINE__, __VA_ARGS__)
 
 #define LOG_ENTER() LOG_D(VURN_LOG_TRACE, "D def:Enter")
 #define LOG_RETURN() LOG_D(VURN_LOG_TRACE, "D def:Return")

@@ -15,7 +15,6 @@ enum : uint16_t { FCS_INIT = 0xFFFF, FCS_GOOD = 0xF0B8 };
 static_assert(2 * (MAX_FRAME_PAYLOAD + 2) + 2 <= FRAME_BUFFER_SIZE);
 
 constinit uint8_t m_pTxBuf[FRAME_BUFFER_SIZE] = {};
-constinit uint8_t m_pRxDataBufs[FRAME_BUFFER_SIZE] = {};
 constinit int32_t m_nRxLen = 0;
 
 enum : ptrdiff_t { STEP = 4 };
@@ -23,7 +22,7 @@ enum : ptrdiff_t { STEP = 4 };
 // What a byte does to the check sequence when n more bytes follow it in a step: FCS_TABLE[byte][n].
 // With n = 0 this is the table of RFC 1662, appendix C.2.
 using FcsTable = std::array<std::array<uint16_t, STEP>, 256>;
-static constexpr FcsTable FCS_TABLE = [] {
+static constexpr FcsTable make_fcs_table() {
   FcsTable table{};
   for (unsigned byte = 0; byte < table.size(); ++byte) {
     unsigned fcs = byte;
@@ -33,7 +32,8 @@ static constexpr FcsTable FCS_TABLE = [] {
     }
   }
   return table;
-}();
+}
+static constexpr FcsTable FCS_TABLE = make_fcs_table();
 
 static uint16_t fcs_step(uint16_t fcs, uint8_t byte) {
   return static_cast<uint16_t>(FCS_TABLE[(fcs ^ byte) & 0xFF][0] ^ (fcs >> 8));

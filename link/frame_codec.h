@@ -14,9 +14,10 @@ enum {
   MAX_FRAME_PAYLOAD = 2497,  // longest payload whose frame fits with every byte stuffed
 };
 
-extern uint8_t m_pTxBuf[FRAME_BUFFER_SIZE];       // last frame built
-extern uint8_t m_pRxDataBufs[FRAME_BUFFER_SIZE];  // last answer, unstuffed
-extern int32_t m_nRxLen;                          // its length without the check bytes
+// One buffer by two names: a frame has been sent when its answer is unstuffed.
+extern uint8_t m_pTxBuf[FRAME_BUFFER_SIZE];                               // last frame built
+inline constexpr uint8_t (&m_pRxDataBufs)[FRAME_BUFFER_SIZE] = m_pTxBuf;  // last answer, unstuffed
+extern int32_t m_nRxLen;  // its length without the check bytes
 
 // Frames data and writes it to the port, with a leading flag if leading_flag is not 0. Returns the
 // frame's length; PORT_ERROR if the port fails or length exceeds MAX_FRAME_PAYLOAD; 0 if the frame

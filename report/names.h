@@ -8,7 +8,7 @@
 #include "include/zop_diag_info.h"
 
 struct EnumName {
-  int32_t value;
+  int16_t value;
   const char* name;
 };
 
