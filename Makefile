@@ -1,7 +1,7 @@
 # Every target installs what it needs and may be repeated. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count figures clean
+.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count idle figures clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -74,6 +74,10 @@ bench: setup ## benchmarks, compared with their floors
 count: setup ## instructions of the hot roads on ARM, against bench/counts.txt; REASON="..." records
 	@sh scripts/setup.sh arm
 	@REASON="$(REASON)" sh scripts/count.sh
+
+idle: build ## wake-ups of the module in a real minute without field testing, and in one with it
+	@cmake --build $(RELEASE) --target idle_minute > /dev/null
+	@$(RELEASE)/idle_minute > /dev/null
 
 figures: bench ## the same as a page with plots, docs/figures.md
 	@sh scripts/setup.sh figures

@@ -2,58 +2,12 @@
 // the same requests written and read raw on the same terminal. Also whole runs of zopctl.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
-#include <stdarg.h>
 #include <sys/select.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <cstring>
-
-#include "bench/answering_terminal.h"
+#include "bench/answering_modem.h"
 #include "bench/run_program.h"
 #include "include/vurn.h"
-#include "simulator/modem.h"
-
-static std::string module_device;  // opened by the module as its device
-
-// The module's open: the linker finds this one first.
-extern "C" int open(const char* path, int flags, ...) {
-  va_list arguments;
-  va_start(arguments, flags);
-  mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-  va_end(arguments);
-  if (strcmp(path, "/dev/tts/USB1") == 0) path = module_device.c_str();
-  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
-}
-
-namespace {
-// A simulated modem that answers at once and records its requests.
-class AnsweringModem {
- public:
-  AnsweringModem() : terminal_([this](std::span<const uint8_t> frame) { return answer(frame); }) {
-    module_device = terminal_.path;
-  }
-  // The frames since the last call.
-  std::vector<std::vector<uint8_t>> take_requests() { return std::exchange(requests_, {}); }
-
- private:
-  std::span<const uint8_t> answer(std::span<const uint8_t> frame) {
-    requests_.emplace_back(frame.begin(), frame.end());
-    now_ += std::chrono::seconds(1);
-    modem_.receive({frame.data(), frame.size()}, now_);
-    answer_.clear();
-    while (auto output = modem_.take_output(now_ + std::chrono::milliseconds(900))) {
-      answer_.insert(answer_.end(), output->bytes.begin(), output->bytes.end());
-    }
-    return answer_;
-  }
-  sim::Modem modem_{sim::Scenario{}};
-  sim::Time now_{0};
-  std::vector<uint8_t> answer_;
-  std::vector<std::vector<uint8_t>> requests_;
-  AnsweringTerminal terminal_;  // the last: its thread uses the others
-};
-}  // namespace
 
 static bool exchange(int fd, const std::vector<uint8_t>& request) {
   uint8_t buffer[4096];
@@ -66,9 +20,10 @@ static bool exchange(int fd, const std::vector<uint8_t>& request) {
          read(fd, buffer, sizeof buffer) > 0;
 }
 
-static void run_raw(benchmark::State& state, const std::vector<std::vector<uint8_t>>& requests) {
+static void run_raw(benchmark::State& state, const AnsweringModem& modem,
+                    const std::vector<std::vector<uint8_t>>& requests) {
   for (auto _ : state) {
-    int fd = open(module_device.c_str(), O_RDWR | O_NOCTTY);
+    int fd = open(modem.device().c_str(), O_RDWR | O_NOCTTY);
     for (const auto& request : requests) {
       if (!exchange(fd, request)) state.SkipWithError("no answer");
     }
@@ -89,7 +44,7 @@ static void open_floor(benchmark::State& state) {
   AnsweringModem modem;
   vurn_open();
   vurn_close(0);
-  run_raw(state, modem.take_requests());
+  run_raw(state, modem, modem.take_requests());
 }
 
 static void bars(benchmark::State& state) {
@@ -110,7 +65,7 @@ static void bars_floor(benchmark::State& state) {
   vurn_get_bars(&bars);
   auto requests = modem.take_requests();
   vurn_close(0);
-  run_raw(state, requests);
+  run_raw(state, modem, requests);
 }
 
 // ---- programs ----

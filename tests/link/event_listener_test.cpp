@@ -79,6 +79,13 @@ TEST_F(Listener, polls_and_then_asks_for_a_screen) {
   EXPECT_EQ(world.threads_made, 3);
 }
 
+TEST_F(Listener, wakes_up_twice_a_second) {
+  start();
+  world.advance(1h + 1ms);
+  EXPECT_EQ(world.conductor.wake_ups, 2 * 3600);
+  zop_debug_stop();
+}
+
 TEST_F(Listener, fetches_and_reports_the_first_flag) {
   Bytes number_record(83);
   memcpy(number_record.data() + 2, "5550199", 7);

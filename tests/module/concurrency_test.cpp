@@ -54,6 +54,17 @@ class HostThreads : public ModuleTest {
   }
 };
 
+using Idle = ModuleTest;
+
+TEST_F(Idle, without_field_testing_no_thread_wakes_up) {
+  ASSERT_EQ(vurn_open(), VURN_OK);
+  world.advance(1min);  // the snapshot of an open
+  int before = world.conductor.wake_ups;
+  EXPECT_GT(before, 0);
+  world.advance(1h);
+  EXPECT_EQ(world.conductor.wake_ups, before);
+}
+
 // Closes and reopens the module now and then while other threads use it.
 static void keep_open(const std::atomic<size_t>& at_work) {
   for (int round = 0; at_work > 0; ++round) {

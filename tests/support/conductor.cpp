@@ -68,6 +68,7 @@ bool Conductor::park(const void* channel, std::optional<Time> until) {
   play_next();
   while (sem_wait(&me->turn) != 0) {
   }
+  if (me != &players_.front()) ++wake_ups;
   return me->woken;
 }
 

@@ -30,6 +30,7 @@ class Conductor {
   Conductor& operator=(const Conductor&) = delete;
 
   bool has_others() const { return players_.size() > 1; }
+  int wake_ups = 0;  // of all threads but the first
 
   // Registers a thread before it is created; it runs when its turn comes.
   Player* add();
