@@ -40,7 +40,7 @@ static void add(Recording& recording, std::span<const uint8_t> bytes) {
   if (what == 0) moment.values[series] = static_cast<float>(series == BARS ? level % 6 : -level);
   if (what == 1) moment.states[track] = recording.words[track].number(text);
   if (what == 2) recording.events.push_back({moment.time, text});
-  if (what == 3) recording.latest[which % 2 == 0 ? "error" : text][text] = text;
+  if (what == 3) recording.latest[which % 2 == 0 ? "errors" : text][text] = text;
   if (what == 4) {
     moment.cells.push_back({static_cast<uint32_t>(recording.cells.size()), set, -1.0F * level});
     recording.cells.push_back({set == Cell::GSM_NEIGHBOUR, which, level});

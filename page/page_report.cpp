@@ -173,7 +173,7 @@ static void write_item(HtmlWriter& html, const std::string& section, const std::
   html.open("tr").open("th", {{"scope", "row"}}).text(name.name);
   const char* meaning = text_for(MEANINGS, key);
   if (*meaning != '\0') html.element("span", {{"class", "meaning"}}, meaning);
-  bool wrong = section == "error" && text_of(value) != "no error";
+  bool wrong = section == "errors" && text_of(value) != "no error";
   html.close().open("td", {{"class", wrong ? "wrong" : ""}});
   html.text(value_of(section, name.unit, value)).close().close();
 }

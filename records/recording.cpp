@@ -201,7 +201,7 @@ void Recording::add_log_report(const Json& time, const Json& report) {
   moment.time = *when;
   take_report(moment, report);
   moment.values[BARS] = bars_of(item_of(report, "state", "bars"));
-  std::string exception = state_word(item_of(report, "error", "exception"));
+  std::string exception = state_word(item_of(report, "errors", "exception"));
   if (!exception.empty()) add_events(*when, Json::array({"exception: " + exception}));
   moments.push_back(std::move(moment));
 }

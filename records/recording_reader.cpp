@@ -126,8 +126,15 @@ static bool is_sample(const Json& object) {
   return object.contains("link") || object.contains("report") || ChangeReader::is_change(object);
 }
 
+// What zopctl prints for programs instead of a report.
+static bool is_failure(const Json& object) {
+  return member_of(member_of(object, "error"), "text").is_string();
+}
+
 void RecordingReader::take(Json object) {
-  if (is_old_row(object)) {
+  if (is_failure(object)) {
+    fail("a failure of zopctl: " + shortened(text_of(object["error"]), 160));
+  } else if (is_old_row(object)) {
     take_log_report(object, without_labels({{"items", object["items"]}}));
   } else if (object.is_object() && is_row(object)) {
     take_log_report(object, member_of(object, "report"));

@@ -14,7 +14,7 @@
 
 namespace records {
 
-const char* const SECTIONS[SECTION_COUNT] = {"modem", "sim", "network", "state", "status", "error",
+const char* const SECTIONS[SECTION_COUNT] = {"modem", "sim", "network", "state", "status", "errors",
                                              "wcdma", "gsm", "wan",     "plmn",  "other"};
 
 constexpr int64_t MOST = std::numeric_limits<int64_t>::max();

@@ -36,13 +36,17 @@ static std::vector<Item> plan(const ImageSet& set, const Update::Options& option
 
 // Programs get events, as from an update.
 static Findings show_plan(const ImageSet& set, const Update::Options& options) {
-  std::vector<Item> items = plan(set, options);
   if (!options.json)
-    return one_section("dry_run", "An update would send, the modem was not touched", items);
+    return one_section("dry_run", "An update would send, the modem was not touched",
+                       plan(set, options));
   Progress progress(stdout, Progress::EVENTS);
-  Progress::Json fields;
-  for (const Item& item : items) fields[item.key] = item.value;
-  progress.event("dry_run", fields);
+  Progress::Json files = Progress::Json::object();
+  for (const ImageFile& file : set.files) {
+    if (!options.modem_only || !file.is_boot_loader) files[file.name] = file.size;
+  }
+  progress.event("dry_run", {{"files", files},
+                             {"erase", !options.modem_only},
+                             {"bytes", set.bytes_to_send(options.modem_only)}});
   progress.event("end", {{"result", "done"}});
   return {};
 }

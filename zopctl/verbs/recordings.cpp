@@ -55,13 +55,19 @@ static Findings html(const ModuleLibrary&, const Arguments& arguments) {
     throw UsageError("standard input can be read only once");
   }
   std::string output = output_of(arguments, inputs);
+  if (arguments.json && output == "-") {
+    throw UsageError("standard output is for the JSON; use -o page.html");
+  }
   std::vector<records::Recording> recordings;
   for (const std::string& input : inputs) {
     auto read = records::read_recordings(input, CALLBACKS);
     std::move(read.begin(), read.end(), std::back_inserter(recordings));
   }
   page::write_page(output, page::page_of(recordings), check_signals);
-  return {};
+  if (!arguments.json) return {};
+  return one_section(
+      "page", "Page",
+      {shown("file", "File", output, output), shown("parts", "Parts", recordings.size(), "")});
 }
 
 const Verb PARSE_LOG = {.name = "parse-log",
