@@ -45,5 +45,7 @@ install(FILES ${CMAKE_BINARY_DIR}/zopctl.fish
   DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tools)
 install(FILES ${CMAKE_BINARY_DIR}/zop_diag.lua
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/wireshark/plugins COMPONENT tools)
+install(DIRECTORY docs/schema DESTINATION ${CMAKE_INSTALL_DATADIR}/zop-module
+  COMPONENT tools FILES_MATCHING PATTERN *.json)
 install(DIRECTORY scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/zop-module
   COMPONENT tools FILES_MATCHING PATTERN *.toml)

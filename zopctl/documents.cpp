@@ -148,7 +148,9 @@ void print_man_page() {
       ".SH FILES\n"
       "/var/lib/zopctl/update_*.json, of other users in ~/.local/state/zopctl: the journal of an "
       "update, kept until the new version has been read.\n.br\n"
-      "/var/lock/LCK..*: the locks of the ports in use.\n.SH ENVIRONMENT\n"
+      "/var/lock/LCK..*: the locks of the ports in use.\n.br\n"
+      "/usr/share/zop-module/schema: a JSON Schema for what each verb prints with --json.\n.SH "
+      "ENVIRONMENT\n"
       "ZOPCTL_STATE_DIR and ZOPCTL_LOCK_DIR name other folders for the journals and the locks.\n");
 }
 

@@ -25,7 +25,7 @@ PROJECT
 for file in bin/zopctl bin/zop-modem-sim share/man/man1/zopctl.1 share/man/man1/zop-modem-sim.1 \
     share/bash-completion/completions/zopctl share/zsh/vendor-completions/_zopctl \
     share/fish/vendor_completions.d/zopctl.fish \
-    share/zop-module/scenarios/roaming.toml include/zop_module/zop.h; do
+    share/zop-module/scenarios/roaming.toml share/zop-module/schema/status.json include/zop_module/zop.h; do
   [ -s "$prefix/$file" ] || fail "no $file"
 done
 "$prefix/bin/zopctl" --sim=roaming status | grep -q Elsewhere ||
