@@ -55,8 +55,8 @@ int main(int count, char** arguments) {
   vurn_close(1);
   fprintf(stderr, "idle: %ld wake-ups in %u s without field testing, %ld with it\n", off, seconds,
           on);
-  // Each second the listener wakes up for two ticks and two answers, which may come in pieces; every
-  // 1.5 s there is a screen for the deferred-action thread.
+  // Each second the listener wakes up for two ticks and two answers, which may come in pieces;
+  // every 1.5 s there is a screen for the deferred-action thread.
   long most = 6 * static_cast<long>(seconds);
   return off == 0 && on <= most ? 0 : 1;
 }

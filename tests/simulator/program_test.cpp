@@ -78,7 +78,7 @@ TEST_F(SimulatorProgram, a_command_runs_once_at_its_request_before_the_answer) {
 
 TEST(SimulatorProgramUsage, commands_that_are_refused) {
   const char* const rows[][2] = {
-      {"rain:true", "unknown request \"rain\""},
+      {"rain:true", "unknown request \"rain\"; zop-modem-sim --list-requests shows them"},
       {"rssi", "\"rssi\" is not REQUEST[,skip=N]:COMMAND"},
       {"rssi:", "\"rssi:\" is not REQUEST[,skip=N]:COMMAND"},
       {"dmss_go,skip=-1:true", "\"skip=-1\" is not skip=N"},
