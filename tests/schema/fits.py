@@ -26,7 +26,7 @@ worked = set()
 
 
 def shell(script, scenario="healthy-wcdma"):
-    start = 'Z() { zopctl --sim="$S" --sim-speed 100 --json "$@"; }\n'
+    start = 'Z() { zopctl --sim="$S" --sim-speed "${speed-100}" --json "$@"; }\n'
     done = subprocess.run(
         ["sh", "-c", start + script], cwd=folder.name, stdin=subprocess.DEVNULL,
         capture_output=True, text=True,
@@ -70,7 +70,7 @@ for line in (source / "tests/schema/runs.txt").read_text().splitlines():
 shell("\n".join(prepare))
 for schema in schemas.values():
     Draft202012Validator.check_schema(schema)
-with concurrent.futures.ThreadPoolExecutor(4) as pool:
+with concurrent.futures.ThreadPoolExecutor(12) as pool:
     found = [fault for faults in pool.map(lambda run: faults(*run), runs) for fault in faults]
 found += [f"{name}: no run did its work" for name in schemas.keys() - worked - {"common.json"}]
 found += [f"{verb}: has no schema" for verb in verbs()
