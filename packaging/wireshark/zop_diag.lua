@@ -41,11 +41,18 @@ local WORDS = {
     [4] = "originating, incoming", [5] = "conversation", [6] = "release", [7] = "recall pending",
   },
   band = {
-    [-1] = "none", [40] = "GSM 450", [41] = "GSM 480", [42] = "GSM 750", [43] = "GSM 850",
+    [-1] = "none", [0] = "BC0", [1] = "BC1", [3] = "BC3", [4] = "BC4", [5] = "BC5", [6] = "BC6",
+    [7] = "BC7", [8] = "BC8", [9] = "BC9", [10] = "BC10", [11] = "BC11", [12] = "BC12",
+    [14] = "BC14", [15] = "BC15", [16] = "BC16",
+    [40] = "GSM 450", [41] = "GSM 480", [42] = "GSM 750", [43] = "GSM 850",
     [44] = "EGSM 900", [45] = "PGSM 900", [46] = "RGSM 900", [47] = "DCS 1800",
     [48] = "PCS 1900", [80] = "WCDMA 2100", [81] = "WCDMA 1900", [82] = "WCDMA 1700 (III)",
     [83] = "WCDMA 1700 (IV)", [84] = "WCDMA 850", [85] = "WCDMA 800", [86] = "WCDMA 2600",
     [87] = "WCDMA 900", [88] = "WCDMA 1700 (IX)",
+    [110] = "WLAN US 2400", [111] = "WLAN Japan 2400", [112] = "WLAN Europe 2400",
+    [113] = "WLAN France 2400", [114] = "WLAN Spain 2400", [115] = "WLAN US 5000",
+    [116] = "WLAN Japan 5000", [117] = "WLAN Europe 5000", [118] = "WLAN France 5000",
+    [119] = "WLAN Spain 5000",
   },
   mm_attach = ATTACHES, mm_lu = ATTACHES, gmm_attach = ATTACHES, gmm_rau = ATTACHES,
   gmm = {
@@ -57,6 +64,7 @@ local WORDS = {
     [0] = "combined attach", "separate attach", "separate attach, 2G", "not available",
   },
   pmm = { [0] = "detached", "idle", "connected" },
+  hsdpa = { [0] = "inactive", "active", "suspended" },
   egprs = { [-1] = "none", [0] = "not available", "available" },
   sim_status = {
     [0] = "no card", "invalid card", "ready", "not initialised", "not ready", "reinitialising",
