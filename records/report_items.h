@@ -34,10 +34,10 @@ constexpr std::string_view NO_VALUE;
 
 struct ReportItem {
   std::string_view label;  // the module's
-  SectionId section;
   std::string_view key;
   // Appends the value as JSON; more keys and values behind it where a label has several.
   void (*append)(std::string& out, std::string_view value);
+  SectionId section;
   Source source = Source::MODULE;
 };
 
