@@ -31,7 +31,8 @@ constexpr Seconds EXCEPTION_TIME(30);
 
 // The first report switches field-test screens on; a screen then arrives within two seconds.
 static std::string fresh_log_string(const ModuleLibrary& m) {
-  if (isatty(STDERR_FILENO) != 0) fprintf(stderr, "waiting for the modem's field-test data ...\n");
+  if (isatty(STDERR_FILENO) != 0)
+    fprintf(stderr, "zopctl: waiting for the modem's field-test data ...\n");
   std::string report;
   auto has_come = [&] { return has_screen(report = log_string(m)); };
   if (wait_until(has_come, FRESH_DATA, FRESH_DATA_OF_A_MODULE)) return report;
