@@ -33,9 +33,7 @@ using Json = nlohmann::ordered_json;
 
 static constexpr unsigned MAX_INTERVAL_S = 3600;
 
-static std::string line_of(const Json& json) {
-  return printable_json(json) + '\n';
-}
+static std::string line_of(const Json& json) { return printable_json(json) + '\n'; }
 
 // ---- the recording ----
 
