@@ -92,4 +92,5 @@ def main():
         sys.exit("\n".join(problems) + '\ncount: if that is meant, make count REASON="why"')
 
 
-main()
+if __name__ == "__main__":
+    main()
