@@ -1,7 +1,7 @@
 # Every target installs what it needs and may be repeated. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count idle figures clean
+.PHONY: all help setup build test schemas demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count idle figures clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -23,6 +23,9 @@ build: setup ## build the release into build/release
 test: build ## build, and run every test
 	@sh scripts/run_tests.sh $(RELEASE)
 	@sh scripts/test_share.sh
+
+schemas: build ## what zopctl prints for programs, against docs/schema, in every scenario
+	@/usr/bin/python3 tests/schema/fits.py $(RELEASE) . all
 
 demo: build ## read, update and dump simulated modems
 	@sh scripts/demo.sh $(RELEASE)

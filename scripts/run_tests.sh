@@ -8,4 +8,4 @@ if [ -z "$TMPDIR" ] && [ -w $memory ] && [ "${room:-0}" -gt 1000000 ] &&
   ! grep -q " $memory .*noexec" /proc/mounts; then
   export TMPDIR=$memory
 fi
-exec ctest --test-dir "$1" -j $(($(nproc) * ${2:-4})) --output-on-failure
+exec ctest --test-dir "$1" -j $(($(nproc) * ${2:-3})) --output-on-failure
