@@ -1,21 +1,18 @@
 // Text goes from the log to the output without a JSON library: a log may be of any size.
 #include "records/log_parser.h"
 
-#include <errno.h>
-#include <fcntl.h>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <charconv>
 #include <cstring>
 
 #include "records/counted.h"
 #include "records/json_text.h"
+#include "records/log_pieces.h"
 
 namespace records {
 
-constexpr size_t CHUNK = 1 << 20;
 constexpr size_t MAX_LINE_LENGTH = 1 << 16;  // a longer one is not of a log
 
 LogParser::LogParser(std::FILE* out, const Callbacks& callbacks)
@@ -27,47 +24,42 @@ LogParser::LogParser(std::FILE* out, const Callbacks& callbacks)
 
 // ---- reading ----
 
-void LogParser::take_lines(std::string_view text) {
-  while (!text.empty()) {
-    const void* newline = memchr(text.data(), '\n', text.size());
-    if (newline == nullptr) {
-      if (rest_.size() < MAX_LINE_LENGTH) rest_ += text;
-      return;
-    }
-    auto length = static_cast<size_t>(static_cast<const char*>(newline) - text.data());
-    ++lines_;
-    if (rest_.empty()) {
-      reports_.line(text.substr(0, length));
-    } else {
-      rest_ += text.substr(0, length);
-      reports_.line(rest_);
-      rest_.clear();
-    }
-    text.remove_prefix(length + 1);
-  }
+void LogParser::take_rest(std::string_view text) {
+  rest_ += text.substr(0, MAX_LINE_LENGTH - rest_.size());
 }
 
-void LogParser::read(int fd) {
-  std::vector<char> chunk(CHUNK);
-  for (;;) {
-    ssize_t size = ::read(fd, chunk.data(), chunk.size());
+void LogParser::end_line() {
+  reports_.line(rest_);
+  rest_.clear();
+}
+
+void LogParser::take(const LogPiece& piece) {
+  take_rest(piece.head);
+  if (piece.newlines > 0) {
+    uint64_t start = reports_.lines();
+    end_line();
+    for (const auto& [number, text] : piece.lines) {
+      reports_.pass(start + number - reports_.lines());
+      reports_.line(text.substr(0, MAX_LINE_LENGTH));
+    }
+    reports_.pass(start + piece.newlines - reports_.lines());
+    take_rest(piece.tail);
+  }
+  if (piece.ends_file && !rest_.empty()) end_line();  // a last line without its newline
+}
+
+void LogParser::read(const std::vector<std::string>& files, unsigned threads) {
+  LogPieces pieces(files, threads);
+  while (const LogPiece* piece = pieces.next()) {
     callbacks_.check();
-    if (size < 0 && errno == EINTR) continue;
-    if (size < 0) throw Failure(files_.back().name + ": " + strerror(errno));
-    if (size == 0) break;
-    take_lines({chunk.data(), static_cast<size_t>(size)});
+    const std::string& name = files[piece->file];
+    if (piece->file == files_.size()) {
+      files_.push_back({name == "-" ? "standard input" : name, reports_.lines()});
+    }
+    if (piece->error != 0) throw Failure(files_.back().name + ": " + strerror(piece->error));
+    take(*piece);
     write_out();
   }
-  if (!rest_.empty()) take_lines("\n");  // a last line without its newline
-}
-
-void LogParser::read(const std::string& name) {
-  bool standard_input = name == "-";
-  files_.push_back({standard_input ? "standard input" : name, lines_});
-  int fd = standard_input ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) throw Failure(name + ": " + strerror(errno));
-  read(fd);
-  if (!standard_input) close(fd);
 }
 
 // ---- whole reports ----
@@ -138,7 +130,7 @@ void LogParser::end() {
   reports_.end();
   write_out();
   callbacks_.warn(fmt::format("{}, {} broken; {}, {} doubled, {} without a stamp",
-                              counted(whole_, "report"), broken_, counted(lines_, "line"),
+                              counted(whole_, "report"), broken_, counted(reports_.lines(), "line"),
                               reports_.doubled(), strays_));
 }
 

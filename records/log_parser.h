@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "records/log_piece.h"
 #include "records/log_reports.h"
 #include "records/reading.h"
 #include "records/report_form.h"
@@ -22,15 +23,17 @@ class LogParser {
   // Whole reports go to out, which the caller keeps; broken ones go to callbacks.warn.
   LogParser(std::FILE* out, const Callbacks& callbacks);
 
-  // The log's next file; "-" is standard input. Throws Failure.
-  void read(const std::string& name);
+  // The log's files in their order, by this many threads; "-" is standard input. What comes out
+  // does not depend on the threads. Throws Failure.
+  void read(const std::vector<std::string>& files, unsigned threads);
 
   // Reports the totals.
   void end();
 
  private:
-  void read(int fd);
-  void take_lines(std::string_view text);
+  void take(const LogPiece& piece);
+  void take_rest(std::string_view text);
+  void end_line();
   void print(const LogReport& report);
   void warn_of_broken(const LogReport& report);
   void warn_of_stray(uint64_t line);
@@ -48,7 +51,6 @@ class LogParser {
     uint64_t lines_before;
   };
   std::vector<File> files_;
-  uint64_t lines_ = 0;
   uint64_t whole_ = 0, broken_ = 0, strays_ = 0;
 };
 

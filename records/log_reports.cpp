@@ -7,7 +7,6 @@
 
 namespace records {
 
-constexpr std::string_view MARK = "I zop:diag: t=";
 constexpr std::string_view COUNT = ",n=";
 constexpr uint64_t WINDOW = 50'000;     // log lines for which a report waits for its own
 constexpr uint64_t SWEEP = 10'000;      // log lines between two checks for old reports
@@ -57,13 +56,19 @@ std::string_view host_of_header(std::string_view header) {
 LogReports::LogReports(Take whole, Take broken, std::function<void(uint64_t)> stray)
     : whole_(std::move(whole)), broken_(std::move(broken)), stray_(std::move(stray)) {}
 
+void LogReports::pass(uint64_t lines) {
+  for (uint64_t end = line_ + lines; line_ < end;) {
+    line_ = std::min(end, (line_ / SWEEP + 1) * SWEEP);
+    if (line_ % SWEEP == 0) forget_old();
+  }
+}
+
 void LogReports::line(std::string_view text) {
-  ++line_;
-  if (line_ % SWEEP == 0) forget_old();
-  size_t mark = text.find(MARK);
+  pass(1);
+  size_t mark = text.find(REPORT_MARK);
   if (mark == std::string_view::npos) return;
   if (text.ends_with('\r')) text.remove_suffix(1);
-  std::string_view body = text.substr(mark + MARK.size());
+  std::string_view body = text.substr(mark + REPORT_MARK.size());
   size_t length = 0;
   while (length < body.size() && is_hex(body[length])) ++length;
   bool cut = !body.ends_with(':');

@@ -15,6 +15,8 @@
 
 namespace records {
 
+constexpr std::string_view REPORT_MARK = "I zop:diag: t=";  // is in each line of a report
+
 struct LogReport {
   std::string_view host;           // empty when the header has none
   std::string_view stamp;          // hexadecimal, seconds since 1970
@@ -36,10 +38,14 @@ class LogReports {
   // A line of the log, without its newline.
   void line(std::string_view text);
 
+  // Lines without the mark.
+  void pass(uint64_t lines);
+
   // The end of the log: reports that are not complete are broken.
   void end();
 
-  uint64_t doubled() const { return doubled_; }  // repeated lines
+  uint64_t lines() const { return line_; }       // all lines so far
+  uint64_t doubled() const { return doubled_; }  // repeated lines of reports
 
  private:
   struct Pending {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <thread>
 
 #include "page/page.h"
 #include "page/page_file.h"
@@ -22,14 +23,15 @@ static void warn(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", p
 
 static const records::Callbacks CALLBACKS = {check_signals, warn};
 
+constexpr unsigned MAX_JOBS = 64;
+
 static Findings parse_log(const ModuleLibrary&, const Arguments& arguments) {
-  records::LogParser parser(stdout, CALLBACKS);
   auto files = arguments.lists.find("FILE");
-  if (files == arguments.lists.end()) {
-    parser.read("-");
-  } else {
-    for (const std::string& file : files->second) parser.read(file);
-  }
+  bool has_files = files != arguments.lists.end();
+  unsigned processors = std::clamp(std::thread::hardware_concurrency(), 1U, MAX_JOBS);
+  records::LogParser parser(stdout, CALLBACKS);
+  parser.read(has_files ? files->second : std::vector<std::string>{"-"},
+              arguments.has("--jobs") ? arguments.number("--jobs") : processors);
   parser.end();
   return {};
 }
@@ -76,7 +78,10 @@ const Verb PARSE_LOG = {.name = "parse-log",
                         .arguments = {{.name = "FILE",
                                        .help = "logs, oldest first; default standard input",
                                        .optional = true,
-                                       .list = true}},
+                                       .list = true},
+                                      {.name = "--jobs",
+                                       .help = "threads that read; default one for each processor",
+                                       .range = Range{1, MAX_JOBS}}},
                         .run = parse_log};
 const Verb HTML = {.name = "html",
                    .help = "make an HTML page of reports (--json), recordings and parsed logs",
