@@ -15,7 +15,7 @@ constexpr std::string_view HEADING = "      *********";
 void ReportText::add(std::string_view label, std::string_view value) {
   const ReportItem* item = finder_.find(label);
   pairs_.push_back({item, label, value});
-  if (item != nullptr && item->key == "field_test_age_s") no_screen_ = value == "None yet";
+  if (item != nullptr && item->source == Source::SCREEN_AGE) no_screen_ = value == "None yet";
 }
 
 void ReportText::append_item(std::string& out, const Pair& pair) const {
@@ -26,7 +26,7 @@ void ReportText::append_item(std::string& out, const Pair& pair) const {
     return append_text(out, pair.value);
   }
   const ReportItem& item = *pair.item;
-  out += key_text(item);
+  out += item.key.json();
   bool is_known = item.source != Source::SCREEN || !no_screen_;
   item.append(out, is_known ? pair.value : NO_VALUE);
 }

@@ -46,7 +46,7 @@ static std::string_view take_part(std::string_view& text, char mark) {
 static void append_number(std::string& out, int64_t number) {
   std::array<char, 24> digits;
   auto end = std::to_chars(digits.begin(), digits.end(), number).ptr;
-  out.append(digits.data(), end);
+  out.append(digits.data(), static_cast<size_t>(end - digits.data()));
 }
 
 static void append_within(std::string& out, std::string_view text, int64_t least, int64_t most) {
@@ -430,7 +430,7 @@ static const ReportItem ITEMS[] = {
     {"Rh",                    "rings",              append_rings,                  WAN},
     {"Awake",                 "awake_s",            append_age,                    WAN},
     {"pppd Age",              "pppd_age_s",         append_age,                    WAN},
-    {"FTD Age",               "field_test_age_s",   append_age,                    WAN},
+    {"FTD Age",               "field_test_age_s",   append_age,                    WAN,     Source::SCREEN_AGE},
     {"HPLMN",                 "home",               append_plmns,                  PLMN},
     {"RPLMN",                 "registered",         append_plmns,                  PLMN},
     {"FPLMN",                 "forbidden",          append_plmns,                  PLMN},
@@ -447,15 +447,6 @@ const ReportItem* find_item(std::string_view label) {
   }();
   auto found = TABLE.find(label);
   return found == TABLE.end() ? nullptr : found->second;
-}
-
-const std::string& key_text(const ReportItem& item) {
-  static const std::vector<std::string> TEXTS = [] {
-    std::vector<std::string> texts;
-    for (const ReportItem& row : ITEMS) texts.push_back(",\"" + std::string(row.key) + "\":");
-    return texts;
-  }();
-  return TEXTS[static_cast<size_t>(&item - ITEMS)];
 }
 
 ItemFinder::ItemFinder() : next_(std::size(ITEMS) + 1), last_(std::size(ITEMS)) {}

@@ -2,6 +2,7 @@
 // knows both.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -27,14 +28,34 @@ constexpr size_t SECTION_COUNT = static_cast<size_t>(SectionId::OTHER) + 1;
 extern const char* const SECTIONS[SECTION_COUNT];
 
 // When an item is known at all. A screen's items hold zeros before the modem's first screen.
-enum class Source : uint8_t { MODULE, SCREEN };
+enum class Source : uint8_t { MODULE, SCREEN, SCREEN_AGE };
 
 // Text without storage: there is no value.
 constexpr std::string_view NO_VALUE;
 
+// Kept as JSON, between a comma and a colon.
+class ItemKey {
+ public:
+  consteval ItemKey(const char* name) {
+    append(",\"");
+    append(name);
+    append("\":");
+  }
+  constexpr std::string_view json() const { return {text_.data(), size_}; }
+  constexpr std::string_view name() const { return json().substr(2, size_ - 4); }
+
+ private:
+  constexpr void append(const char* text) {
+    while (*text != '\0') text_[size_++] = *text++;
+  }
+
+  std::array<char, 31> text_{};
+  uint8_t size_ = 0;
+};
+
 struct ReportItem {
   std::string_view label;  // the module's
-  std::string_view key;
+  ItemKey key;
   // Appends the value as JSON; more keys and values behind it where a label has several.
   void (*append)(std::string& out, std::string_view value);
   SectionId section;
@@ -54,9 +75,6 @@ class ItemFinder {
   std::vector<const ReportItem*> next_;  // behind each item, and behind one that has no row
   size_t last_;
 };
-
-// Its key as JSON, between a comma and a colon.
-const std::string& key_text(const ReportItem& item);
 
 // The value of an item that is not in the table.
 void append_text(std::string& out, std::string_view value);

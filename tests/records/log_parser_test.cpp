@@ -79,7 +79,7 @@ static void expect_the_same(const Files& files) {
 // of a line does not count.
 TEST(log_parser, pieces_end_anywhere) {
   TemporaryFolder folder;
-  for (size_t at = 0; at <= LINES.size() + 1; ++at) {
+  for (size_t at = 0; at <= LINES.size() + 1; at += at < 120 ? 1 : 7) {
     std::string too_long = line_of("long", "10,Bars=5,n=1:");
     std::string log = std::string(PIECE_SIZE - too_long.size() - at, 'x') + too_long + LINES;
     expect_the_same({folder.write("log", log)});

@@ -25,8 +25,9 @@ TEST(report_form, every_item_of_the_module_has_a_key_of_its_own) {
     if (item->type == ZOP_ITEM_HEADER || !labels.insert(item->label).second) continue;
     const ReportItem* found = find_item(item->label);
     ASSERT_NE(found, nullptr) << item->label;
-    std::string key = SECTIONS[static_cast<size_t>(found->section)] + std::string(found->key);
-    bool is_time = found->key == "network_time";  // the module has two labels for it
+    std::string key =
+        SECTIONS[static_cast<size_t>(found->section)] + std::string(found->key.name());
+    bool is_time = found->key.name() == "network_time";  // the module has two labels for it
     EXPECT_TRUE(keys.insert(key).second || is_time) << item->label;
     // What the module knows only from a screen is in the screen.
     auto at = static_cast<const char*>(item->value) - reinterpret_cast<const char*>(&gDiagInfo);
