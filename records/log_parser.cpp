@@ -65,8 +65,9 @@ void LogParser::read(const std::vector<std::string>& files, unsigned threads) {
 // ---- whole reports ----
 
 void LogParser::write_out() {
-  fwrite(text_.data(), 1, text_.size(), out_);
-  if (fflush(out_) != 0) throw Failure("the output could not be written; is the disk full?");
+  bool is_written = fwrite(text_.data(), 1, text_.size(), out_) == text_.size();
+  if (!is_written || fflush(out_) != 0)
+    throw Failure("the output could not be written; is the disk full?");
   text_.clear();
 }
 
