@@ -1,5 +1,6 @@
 // zopctl parse-log compared with `wc -l` and `grep` over the same log: whole runs, with the memory
-// each took. The log has the interleaved reports of many devices.
+// each took. The log has the interleaved reports of many devices; the sparse one has 59 other lines
+// behind each line of a report, as a device's whole log.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -33,6 +34,9 @@ constexpr char ITEMS[] =
     ",FTD Age=0s,HPLMN=UMTS;001;01,RPLMN=001;01,FPLMN="
     ",OPLMN=UMTS;001;01 UMTS;901;70 GSM;310;410";
 
+constexpr char OTHER_LINE[] =
+    "Jul 24 13:02:59 device-1 dhcpd[402]: lease of 192.168.11.20 renewed for 3600 s on eth0\n";
+
 static std::string log_line(int device, int report) {
   char start[128];
   snprintf(start, sizeof start, "Jul 24 13:02:59 device-%d hostd[814]: I zop:diag: t=%x", device,
@@ -44,14 +48,16 @@ namespace {
 // A log file of this many megabytes, deleted when the program ends.
 class LogFile {
  public:
-  explicit LogFile(size_t megabytes) {
+  LogFile(size_t megabytes, int other_lines) {
+    std::string others;
+    for (int line = 0; line < other_lines; ++line) others += OTHER_LINE;
     std::string name = std::filesystem::temp_directory_path() / "zop-bench-XXXXXX";
     close(mkstemp(name.data()));
     path = name;
     std::ofstream file(path);
     size_t size = 0;
     for (int line = 0; size < megabytes * MEGABYTE; ++line) {
-      std::string text = log_line(line % DEVICES, line / DEVICES);
+      std::string text = log_line(line % DEVICES, line / DEVICES) + others;
       file << text;
       size += text.size();
     }
@@ -63,13 +69,15 @@ class LogFile {
 };
 }  // namespace
 
-static const std::string& log_of(int64_t megabytes) {
-  static std::map<int64_t, LogFile> files;
-  return files.try_emplace(megabytes, static_cast<size_t>(megabytes)).first->second.path;
+static const std::string& log_of(int64_t megabytes, int other_lines) {
+  static std::map<std::pair<int64_t, int>, LogFile> files;
+  auto name = std::pair(megabytes, other_lines);
+  return files.try_emplace(name, static_cast<size_t>(megabytes), other_lines).first->second.path;
 }
 
-static void measure(benchmark::State& state, std::vector<std::string> words) {
-  words.push_back(log_of(state.range(0)));
+static void measure(benchmark::State& state, std::vector<std::string> words, int64_t megabytes,
+                    int other_lines = 0) {
+  words.push_back(log_of(megabytes, other_lines));
   long memory = 0;
   for (auto _ : state) {
     long taken = run_program(words);
@@ -77,13 +85,26 @@ static void measure(benchmark::State& state, std::vector<std::string> words) {
     memory = std::max(memory, taken);
   }
   state.counters["memory_kb"] = static_cast<double>(memory);
-  state.SetBytesProcessed(state.iterations() * state.range(0) * static_cast<int64_t>(MEGABYTE));
+  state.SetBytesProcessed(state.iterations() * megabytes * static_cast<int64_t>(MEGABYTE));
 }
 
-static void parse_log(benchmark::State& state) { measure(state, {ZOPCTL, "parse-log"}); }
-static void count_lines(benchmark::State& state) { measure(state, {"wc", "-l"}); }
-static void grep(benchmark::State& state) { measure(state, {"grep", "-c", "zop:diag:"}); }
+static void parse_log(benchmark::State& state) {
+  measure(state, {ZOPCTL, "parse-log", "--jobs", "1"}, state.range(0));
+}
+static void parse_log_sparse(benchmark::State& state) {
+  measure(state, {ZOPCTL, "parse-log", "--jobs", std::to_string(state.range(0))}, 200, 59);
+}
+static void count_lines(benchmark::State& state) { measure(state, {"wc", "-l"}, state.range(0)); }
+static void grep(benchmark::State& state) {
+  measure(state, {"grep", "-c", "zop:diag:"}, state.range(0));
+}
 
 BENCHMARK(parse_log)->Arg(20)->Arg(100)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(parse_log_sparse)
+    ->Arg(1)
+    ->Arg(2)
+    ->ArgName("jobs")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(count_lines)->Arg(20)->Arg(100)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(grep)->Arg(20)->Arg(100)->Unit(benchmark::kMillisecond)->UseRealTime();
