@@ -1,53 +1,63 @@
 // The speed of zopctl parse-log is that of this search.
 #include "records/log_piece.h"
 
-#include <string.h>
-
 #include <algorithm>
 
 #include "records/log_reports.h"
 
 namespace records {
 
-// Blocks whose count fits in a byte are compared 16 bytes at a step; std::count takes 20 times as
-// long.
-static uint64_t count_newlines(std::string_view text) {
-  constexpr size_t BLOCK = 128;
-  uint64_t count = 0;
-  for (; text.size() >= BLOCK; text.remove_prefix(BLOCK)) {
+constexpr size_t BLOCK = 128;  // its newlines fit in a byte
+
+// Passes blocks in which no mark begins, and counts their newlines. What is left may begin with
+// one, or is short. Comparing 16 bytes at a step takes a fifth of the time of std::count and
+// memmem.
+static uint64_t pass_blocks(std::string_view& text) {
+  constexpr size_t Z = 2, P = 4;  // few lines have these letters at this distance
+  uint64_t newlines = 0;
+  for (; text.size() >= BLOCK + P; text.remove_prefix(BLOCK)) {
     const char* block = text.data();
-    uint8_t in_block = 0;
-    for (size_t i = 0; i < BLOCK; ++i)
+    uint8_t in_block = 0, marks = 0;
+    for (size_t i = 0; i < BLOCK; ++i) {
       in_block = static_cast<uint8_t>(in_block + (block[i] == '\n'));
-    count += in_block;
+      bool is_z = block[i + Z] == REPORT_MARK[Z], is_p = block[i + P] == REPORT_MARK[P];
+      marks = static_cast<uint8_t>(marks | (is_z & is_p));
+    }
+    if (marks != 0) break;
+    newlines += in_block;
   }
-  return count + static_cast<uint64_t>(std::ranges::count(text, '\n'));
+  return newlines;
 }
 
-static size_t find_mark(std::string_view text) {
-  const void* found = memmem(text.data(), text.size(), REPORT_MARK.data(), REPORT_MARK.size());
-  return found == nullptr ? text.npos
-                          : static_cast<size_t>(static_cast<const char*>(found) - text.data());
+static uint64_t count_newlines(std::string_view text) {
+  return static_cast<uint64_t>(std::ranges::count(text, '\n'));
 }
 
 void LogPiece::search() {
-  std::string_view text(bytes.data(), size);
+  std::string_view all(bytes.data(), size);
   lines.clear();
-  head = text.substr(0, text.find('\n'));
+  head = all.substr(0, all.find('\n'));
   tail = {};
   newlines = 0;
-  if (head.size() == text.size()) return;
-  size_t last = text.rfind('\n');
-  tail = text.substr(last + 1);
+  if (head.size() == all.size()) return;
+  size_t last = all.rfind('\n');
+  tail = all.substr(last + 1);
   newlines = 1;
-  text = text.substr(head.size() + 1, last - head.size());  // whole lines with their newlines
-  for (size_t mark; (mark = find_mark(text)) != text.npos;) {
-    size_t start = text.rfind('\n', mark) + 1, end = text.find('\n', mark);
-    newlines += count_newlines(text.substr(0, start));
-    lines.push_back({newlines++, text.substr(start, end - start)});
-    text.remove_prefix(end + 1);
+  std::string_view text = all.substr(head.size() + 1, last - head.size());  // lines and newlines
+  while (!text.empty()) {
+    newlines += pass_blocks(text);
+    size_t mark = text.substr(0, BLOCK + REPORT_MARK.size() - 1).find(REPORT_MARK);
+    if (mark == text.npos) {
+      newlines += count_newlines(text.substr(0, BLOCK));
+      text.remove_prefix(std::min(text.size(), BLOCK));
+      continue;
+    }
+    newlines += count_newlines(text.substr(0, mark));
+    size_t place = static_cast<size_t>(text.data() - all.data()) + mark;
+    size_t start = all.rfind('\n', place) + 1, end = all.find('\n', place);
+    lines.push_back({newlines++, all.substr(start, end - start)});
+    text = all.substr(end + 1, last - end);
   }
-  newlines += count_newlines(text);
 }
 
 }  // namespace records
