@@ -170,7 +170,7 @@ enum { CALLS_OF_A_THREAD = 1'000, OPENS = 500 };
 #elif defined(ZOP_SANITIZED)
 enum { CALLS_OF_A_THREAD = 10'000, OPENS = 500 };
 #else
-enum { CALLS_OF_A_THREAD = 10'000, OPENS = 2'000 };
+enum { CALLS_OF_A_THREAD = 4'000, OPENS = 1'000 };
 #endif
 
 // Allocated by each listener start and never freed: two buffers, with the allocator's overhead.

@@ -1,34 +1,47 @@
 // Finds who holds a device in /proc: the kernel has no other way.
 #include "zopctl/host/device_sharing.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
-#include <filesystem>
+#include <memory>
 
 #include "zopctl/text/printable.h"
 
 namespace zopctl {
 
-namespace fs = std::filesystem;
+namespace {
+struct Closer {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+using Folder = std::unique_ptr<DIR, Closer>;
+}  // namespace
 
-static bool is_number(const std::string& name) {
-  return !name.empty() && name.find_first_not_of("0123456789") == std::string::npos;
+// Only numbers: processes, descriptors.
+static const char* next_number(const Folder& folder) {
+  while (folder) {
+    const dirent* entry = readdir(folder.get());
+    if (entry == nullptr) break;
+    if (isdigit(static_cast<unsigned char>(entry->d_name[0]))) return entry->d_name;
+  }
+  return nullptr;
 }
 
-// The device behind an open file of a process; 0 for another kind of file.
-static dev_t device_behind(const fs::path& file) {
+// The character device behind a file; 0 for another kind of file.
+static dev_t device_behind(int folder, const char* file) {
   struct stat found;
-  bool device = stat(file.c_str(), &found) == 0 && S_ISCHR(found.st_mode);
+  bool device = fstatat(folder, file, &found, 0) == 0 && S_ISCHR(found.st_mode);
   return device ? found.st_rdev : 0;
 }
 
 // Reads the real /proc: open would lead to that of a simulated device.
-static std::string content_of(const fs::path& path) {
+static std::string content_of(const std::string& path) {
   char text[256] = "";
   int fd = openat(AT_FDCWD, path.c_str(), O_RDONLY | O_CLOEXEC);
   ssize_t size = fd < 0 ? 0 : read(fd, text, sizeof text);
@@ -37,24 +50,22 @@ static std::string content_of(const fs::path& path) {
 }
 
 // Whether a file of a process, a multiplexer, is the far end of this pseudo-terminal.
-static bool is_far_end(const fs::path& process, const fs::path& fd, unsigned terminal) {
+static bool is_far_end(const std::string& process, const char* fd, unsigned terminal) {
   std::string index = "tty-index:\t" + std::to_string(terminal) + "\n";
-  return content_of(process / "fdinfo" / fd).find(index) != std::string::npos;
+  return content_of(process + "/fdinfo/" + fd).find(index) != std::string::npos;
 }
 
-// One call for each open file of the machine: it has many.
-static bool holds(const fs::path& process, dev_t device) {
+// A machine has many open files: each is one call, from the folder that it is in.
+static bool holds(const std::string& process, dev_t device) {
   constexpr unsigned PTY_SLAVES = 136;  // the first of their major numbers
   const dev_t multiplexer = makedev(5, 2);
   bool pseudo_terminal = major(device) >= PTY_SLAVES && major(device) < PTY_SLAVES + 8;
   bool found = false;
-  std::error_code error;
-  fs::directory_iterator files(process / "fd", error);
-  for (; !error && files != fs::directory_iterator(); files.increment(error)) {
-    dev_t file = device_behind(files->path());
+  Folder files(opendir((process + "/fd").c_str()));
+  while (const char* fd = next_number(files)) {
+    dev_t file = device_behind(dirfd(files.get()), fd);
     if (file == device) found = true;
-    if (pseudo_terminal && file == multiplexer &&
-        is_far_end(process, files->path().filename(), minor(device)))
+    if (pseudo_terminal && file == multiplexer && is_far_end(process, fd, minor(device)))
       return false;
   }
   return found;
@@ -71,17 +82,13 @@ std::string process_text(int process) {
 }
 
 std::optional<std::string> holder_of(const std::string& device) {
-  dev_t wanted = device_behind(device);
+  dev_t wanted = device_behind(AT_FDCWD, device.c_str());
   if (wanted == 0) return std::nullopt;
-  const std::string own = std::to_string(getpid());
-  std::error_code error;
-  fs::directory_iterator processes("/proc", error);
-  for (; !error && processes != fs::directory_iterator(); processes.increment(error)) {
-    std::string pid = processes->path().filename();
-    bool other = is_number(pid) && pid != own;
-    if (other && holds(processes->path(), wanted)) {
-      return process_text(std::stoi(pid));
-    }
+  Folder processes(opendir("/proc"));
+  while (const char* number = next_number(processes)) {
+    int process = std::stoi(number);
+    if (process != getpid() && holds(std::string("/proc/") + number, wanted))
+      return process_text(process);
   }
   return std::nullopt;
 }
