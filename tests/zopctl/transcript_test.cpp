@@ -15,6 +15,7 @@ class Shell : public test::Session {
     for (const char* name : {"ZOPCTL_LOCK_DIR", "ZOPCTL_STATE_DIR"})
       setenv(name, folder_.path.c_str(), 1);
     setenv("DISSECTOR", PROGRAMS "/zop_diag.lua", 1);
+    setenv("ROAD", TRANSCRIPTS "/zopctl/update_road.sh", 1);
   }
   std::string answer(const std::string& command) override {
     Outcome done = shell("cd " + folder_.path.string() + " < /dev/null; { " + command + "\n}");
