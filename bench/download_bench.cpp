@@ -23,21 +23,19 @@
 namespace fs = std::filesystem;
 using Bytes = std::vector<uint8_t>;
 
-// 16 MiB, or less when it only has to be shown to work.
-static size_t image_size() {
-  return std::getenv("BENCH_SMOKE") != nullptr ? size_t{256} << 10 : size_t{16} << 20;
+// So many MiB, or much less when it only has to be shown to work.
+static size_t image_size(const benchmark::State& state) {
+  return static_cast<size_t>(state.range(0)) << (std::getenv("BENCH_SMOKE") != nullptr ? 14 : 20);
 }
-
-static Bytes image() { return sample_bytes(image_size()); }
 
 static Bytes flagged(const Bytes& payload) { return framed(payload, true); }
 
 namespace {
 class Folder {
  public:
-  Folder() {
+  explicit Folder(size_t image_size) {
     fs::current_path(path_);
-    write("amss.mbn", image());
+    write("amss.mbn", sample_bytes(image_size));
     for (const char* name : {"QSC6270.ram", "partition.mbn", "dbl.mbn", "fsbl.mbn", "osbl.mbn"}) {
       write(name, Bytes(100, 'x'));
     }
@@ -126,7 +124,7 @@ static bool exchanged(int fd, const Bytes& frame) {
 }
 
 static void download(benchmark::State& state) {
-  Folder folder;
+  Folder folder(image_size(state));
   Silence silence;
   AnsweringTerminal terminal(programmer());
   for (auto _ : state) {
@@ -144,7 +142,7 @@ static void download_floor(benchmark::State& state) {
   constexpr useconds_t AFTER_REPLY_US = 500, AROUND_IMAGE_US = 2000;
   constexpr size_t CHUNK = 2048;
   std::vector<Bytes> frames;
-  Bytes bytes = image();
+  Bytes bytes = sample_bytes(image_size(state));
   for (size_t at = 0; at < bytes.size(); at += CHUNK) {
     Bytes packet(5 + std::min(CHUNK, bytes.size() - at));
     packet[0] = STREAM_WRITE;
@@ -183,18 +181,18 @@ static Bytes memory_read(uint32_t offset) {
   return packet;
 }
 
-static Bytes region_list() {
+static Bytes region_list(size_t size) {
   Bytes packet = {0x11, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 'R', 'A', 'M', 0, 'r', 'a', 'm', 0};
   put_be16(packet.data() + 1, static_cast<uint32_t>(packet.size() - 3));
   put_be32(packet.data() + 4, BASE);
-  put_be32(packet.data() + 8, static_cast<uint32_t>(image_size()));
+  put_be32(packet.data() + 8, static_cast<uint32_t>(size));
   return packet;
 }
 
 // The boot ROM of a crashed modem. Its replies are prepared beforehand.
-static AnsweringTerminal::Answer crashed_modem() {
+static AnsweringTerminal::Answer crashed_modem(size_t size) {
   std::vector<Bytes> replies;
-  Bytes bytes = image();
+  Bytes bytes = sample_bytes(size);
   for (size_t at = 0; at < bytes.size(); at += MOST_READ) {
     Bytes packet = memory_read(static_cast<uint32_t>(at));
     packet[0] = 0x13;
@@ -202,7 +200,7 @@ static AnsweringTerminal::Answer crashed_modem() {
                   bytes.begin() + static_cast<ptrdiff_t>(at + MOST_READ));
     replies.push_back(flagged(packet));
   }
-  return [replies = std::move(replies), list = flagged(region_list())](
+  return [replies = std::move(replies), list = flagged(region_list(size))](
              std::span<const uint8_t> frame) -> std::span<const uint8_t> {
     Bytes packet = unstuffed_start(frame, 5);
     if (packet[0] != 0x12) return list;
@@ -211,9 +209,9 @@ static AnsweringTerminal::Answer crashed_modem() {
 }
 
 static void dump(benchmark::State& state) {
-  Folder folder;
+  Folder folder(image_size(state));
   Silence silence;
-  AnsweringTerminal terminal(crashed_modem());
+  AnsweringTerminal terminal(crashed_modem(image_size(state)));
   for (auto _ : state) {
     diag_open(terminal.path.c_str());
     mem_dump_process();
@@ -225,10 +223,10 @@ static void dump(benchmark::State& state) {
 // Also writes the same number of bytes to a file.
 static void dump_floor(benchmark::State& state) {
   std::vector<Bytes> frames = {flagged({0x10})};
-  for (uint32_t at = 0; at < image_size(); at += MOST_READ)
+  for (uint32_t at = 0; at < image_size(state); at += MOST_READ)
     frames.push_back(flagged(memory_read(at)));
-  AnsweringTerminal terminal(crashed_modem());
-  Folder folder;
+  AnsweringTerminal terminal(crashed_modem(image_size(state)));
+  Folder folder(image_size(state));
   Bytes block(MOST_READ);
   for (auto _ : state) {
     diag_open(terminal.path.c_str());
@@ -242,7 +240,11 @@ static void dump_floor(benchmark::State& state) {
   }
 }
 
-BENCHMARK(download)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
-BENCHMARK(download_floor)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
-BENCHMARK(dump)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
-BENCHMARK(dump_floor)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+static void sizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(1)->Arg(4)->Arg(16)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+}
+
+BENCHMARK(download)->Apply(sizes);
+BENCHMARK(download_floor)->Apply(sizes);
+BENCHMARK(dump)->Apply(sizes);
+BENCHMARK(dump_floor)->Apply(sizes);

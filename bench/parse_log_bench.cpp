@@ -99,7 +99,7 @@ static void grep(benchmark::State& state) {
   measure(state, {"grep", "-c", "zop:diag:"}, state.range(0));
 }
 
-BENCHMARK(parse_log)->Arg(20)->Arg(100)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(parse_log)->Arg(4)->Arg(20)->Arg(100)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(parse_log_sparse)
     ->Arg(1)
     ->Arg(2)

@@ -3,8 +3,10 @@
 
 Usage: figures.py RESULTS.json... Plots are SVG, by gnuplot."""
 import datetime
+import math
 import os
 import platform
+import statistics
 import subprocess
 import sys
 
@@ -14,6 +16,14 @@ from count import read as read_counts
 FOLDER = "docs/figures"
 SIZES = [3, 16, 48, 133, 240, 350]
 MEGABYTES = [20, 100]
+# What was measured at several sizes: its name in the plot, the sizes, and the bytes of one.
+SCALES = {
+    "encode": ("frame encoded", SIZES, 1),
+    "decode": ("frame decoded", SIZES, 1),
+    "dump": ("dump", [1, 4, 16], 1 << 20),
+    "download": ("download", [1, 4, 16], 1 << 20),
+    "parse_log": ("parse-log", [4, 20, 100], 1e6),
+}
 
 # name: what was measured, and its floor
 WORDS = {
@@ -22,8 +32,8 @@ WORDS = {
     "get_rssi": ("one `zop_get_rssi`", "raw write and read of the same bytes"),
     "vurn_open_close": ("`vurn_open` and `vurn_close`", "their exchanges, raw"),
     "bars": ("one `vurn_get_bars`", "its exchanges, raw"),
-    "download": ("download of 16 MiB", "its frames and pauses, raw"),
-    "dump": ("dump of 16 MiB", "its frames, raw, a plain CRC loop over each answer, and a copy to a file"),
+    "download": ("download of {} MiB", "its frames and pauses, raw"),
+    "dump": ("dump of {} MiB", "its frames, raw, a plain CRC loop over each answer, and a copy to a file"),
     "log_string": ("log string, full lists", "a snprintf for each item"),
     "syslog_report": ("report to syslog, full lists", "a snprintf for each item"),
     "zopctl_help": ("`zopctl --help`", "`true`, a program that does nothing"),
@@ -44,8 +54,8 @@ FLOOR_WORDS = {"count_lines": "`wc -l`", "grep": "`grep -c`"}
 
 # Limits: the largest ratio, or the longest time in ns.
 RATIO_AT_MOST = {"encode/133": 0.6, "decode/133": 0.6, "encode/240": 0.6, "decode/240": 0.6,
-                 "encode/350": 0.6, "decode/350": 0.6, "get_rssi": 1.05, "download": 1.05,
-                 "dump": 1.05}
+                 "encode/350": 0.6, "decode/350": 0.6, "get_rssi": 1.05, "download/16": 1.05,
+                 "dump/16": 1.05}
 TIME_AT_MOST = {"log_string": 60e3, "parse_log/100": 1e9}
 
 
@@ -120,6 +130,23 @@ def plots(times):
     subprocess.run(["gnuplot"], input=script, text=True, check=True)
 
 
+def exponent(points):
+    """Of the size, in the time: 1 is in proportion. Over the upper half of the sizes, where what
+    does not depend on the size counts least."""
+    points = [(math.log(size), math.log(time)) for size, time in points[len(points) // 2 - 1:]]
+    x, y = (statistics.mean(values) for values in zip(*points))
+    return (sum((a - x) * (b - y) for a, b in points) / sum((a - x) ** 2 for a, _ in points))
+
+
+def scale_plot(times):
+    series = {}
+    for name, (label, sizes, unit) in SCALES.items():
+        points = [(size * unit, times[f"{name}/{size}"] / 1e9) for size in sizes]
+        series[f"{label}: size^{{{exponent(points):.2f}}}"] = points
+    plot("scale", "Time against size", "bytes", "seconds", series,
+         "set logscale xy\nset yrange [*:*]\nset format '10^{%L}'\nset xrange [1:1e9]\nset key top left")
+
+
 def processor():
     with open("/proc/cpuinfo", encoding="utf-8") as file:
         for line in file:
@@ -137,6 +164,7 @@ def page(times, allocations, memory):
                       for road, (counts, _) in read_counts("bench/counts.txt").items())
     peaks = ", ".join(f"{name.partition('/')[2]} MB: {kb / 1000:.1f} MB"
                       for name, kb in memory.items() if name.startswith("parse_log/"))
+    sparse = {jobs: f"{200e6 / times[f'parse_log_sparse/jobs:{jobs}']:.1f}" for jobs in (1, 2)}
     return f"""# Figures
 
 Made by `make figures` on {datetime.date.today()}: {processor()}, {os.cpu_count()} cores,
@@ -177,6 +205,15 @@ second and for each answer; `make idle` counts a minute of each.
 does not grow with the log ({peaks}):
 
 ![time by log size](figures/parse_log.svg)
+
+A device's whole log, in which one line in sixty is a report, is read with
+{sparse[1]} GB a second by one thread and {sparse[2]} GB by two (`--jobs`).
+
+## Time against size
+
+Nothing takes more than in proportion to its size. The exponents are those of the larger sizes:
+
+![time by size](figures/scale.svg)
 """
 
 
@@ -184,6 +221,7 @@ def main():
     times, allocations, memory = read(sys.argv[1:])
     os.makedirs(FOLDER, exist_ok=True)
     plots(times)
+    scale_plot(times)
     with open("docs/figures.md", "w", encoding="utf-8") as file:
         file.write(page(times, allocations, memory))
     print("figures: docs/figures.md")
