@@ -2,24 +2,52 @@
 #include "simulator/line/terminal.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <stdlib.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/un.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <functional>
 #include <stdexcept>
 
 namespace sim {
+
+namespace fs = std::filesystem;
 
 [[noreturn]] static void fail(const std::string& what) {
   throw std::runtime_error(what + ": " + strerror(errno));
 }
 
-Terminal::Terminal(std::string link) : link_(std::move(link)) { plug_in(); }
+// A socket with the link's name in the kernel's own name space: one process has it, until it ends
+// in whatever way. Negative when another has it.
+static int claim(const std::string& link) {
+  if (link.empty()) return -1;
+  fs::path path = fs::absolute(link);
+  std::error_code error;
+  fs::path folder = fs::canonical(path.parent_path(), error);
+  std::string name =
+      fmt::format("zop-modem-sim {:x}", std::hash<std::string>()(folder / path.filename()));
+  sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = ""};
+  name.copy(address.sun_path + 1, sizeof address.sun_path - 1);
+  int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (fd >= 0 && bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) return fd;
+  close(fd);
+  return -1;
+}
 
-Terminal::~Terminal() { unplug(); }
+Terminal::Terminal(std::string link) : link_(std::move(link)), claim_(claim(link_)) { plug_in(); }
+
+Terminal::~Terminal() {
+  unplug();
+  if (claim_ >= 0) close(claim_);
+}
 
 void Terminal::plug_in() {
   if (is_plugged_in()) return;
@@ -45,12 +73,21 @@ void Terminal::plug_in() {
   }
 }
 
-// A simulator that was killed leaves its link behind, to a terminal that is gone. The next terminal
-// often gets the same name, and would make the link look alive.
+static bool is_pseudo_terminal(const struct stat& file) {
+  constexpr unsigned FIRST_MAJOR = 136, MAJORS = 8;
+  unsigned number = major(file.st_rdev);
+  return S_ISCHR(file.st_mode) && number >= FIRST_MAJOR && number < FIRST_MAJOR + MAJORS;
+}
+
+// A simulator that was killed leaves its link behind. Its terminal is gone, or another has its
+// name.
 void Terminal::remove_dead_link() {
   struct stat at_link, behind_it;
   bool is_link = lstat(link_.c_str(), &at_link) == 0 && S_ISLNK(at_link.st_mode);
-  if (is_link && stat(link_.c_str(), &behind_it) != 0 && errno == ENOENT) unlink(link_.c_str());
+  if (!is_link) return;
+  bool is_there = stat(link_.c_str(), &behind_it) == 0;
+  bool is_dead = is_there ? claim_ >= 0 && is_pseudo_terminal(behind_it) : errno == ENOENT;
+  if (is_dead) unlink(link_.c_str());
 }
 
 void Terminal::unplug() {

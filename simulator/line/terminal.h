@@ -28,6 +28,7 @@ class Terminal {
  private:
   void remove_dead_link();
   std::string link_;
+  int claim_;  // of the link: its holder may replace one that a killed simulator has left
   std::string path_;
   int master_ = -1;
   int slave_ = -1;  // held open, or the master would read an error whenever the host closes

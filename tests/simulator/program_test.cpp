@@ -54,10 +54,23 @@ TEST_F(SimulatorProgram, a_half_written_modem_stays_in_its_boot_rom_when_it_is_s
   std::string scenario = folder.write("half.toml", "[device]\nhalf_written = true\n");
   for (const std::string& start : {scenario, std::string("healthy-wcdma")}) {
     Program program({SIMULATOR, "--link", link, "--state", folder / "state", start});
-    program.line();
+    EXPECT_EQ(program.line(), link);
     EXPECT_EQ(ask_terminal(link, {0x06}), (Bytes{0x7E})) << start;  // an acknowledgement follows
     program.end(SIGKILL);
   }
+}
+
+TEST_F(SimulatorProgram, a_link_that_was_left_does_not_lead_to_the_next_owner_of_the_terminal) {
+  Program killed({SIMULATOR, "--link", link});
+  killed.line();
+  killed.end(SIGKILL);
+  Program other({SIMULATOR, "--link", folder / "other"});  // gets the name that is free
+  other.line();
+  Program program({SIMULATOR, "--link", link});
+  EXPECT_EQ(program.line(), link);
+  EXPECT_NE(std::filesystem::canonical(link), std::filesystem::canonical(folder / "other"));
+  Program refused({SIMULATOR, "--link", link});
+  EXPECT_EQ(refused.line(), "zop-modem-sim: can't make the link " + link + ": File exists");
 }
 
 TEST_F(SimulatorProgram, a_command_runs_once_at_its_request_before_the_answer) {
