@@ -12,8 +12,6 @@ constexpr Time PIECE_GAP = 10ms;
 constexpr Time GOES_AFTER = 1ms;  // so that the host can read what was sent before
 constexpr size_t STATUS_OFFSET = 3;
 constexpr uint8_t NOISE = 0x55;
-constexpr uint8_t FLAG = 0x7E;
-constexpr uint8_t ESCAPE = 0x7D;
 
 using Outputs = std::vector<Output>;
 

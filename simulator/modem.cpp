@@ -14,7 +14,6 @@ using namespace std::chrono_literals;
 constexpr Time RESTART_DELAY = 200ms;
 constexpr Time BOOT_TIME = 6s;
 constexpr Time MODE_CHANGE_TIME = 2s;  // into the boot ROM, or into a programmer
-constexpr uint8_t FLAG = 0x7E;
 
 // cppcheck-suppress passedByValue ; it is moved from, part by part
 Modem::Modem(Scenario scenario, unsigned seed, Trace trace)

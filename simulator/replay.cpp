@@ -8,7 +8,6 @@
 
 namespace sim {
 
-constexpr uint8_t FLAG = 0x7E;
 constexpr Time AWAY_AFTER_HANG_UP = std::chrono::seconds(2);
 
 Replay::Replay(std::vector<CapturedPacket> packets, Modem::Trace trace) : trace_(std::move(trace)) {

@@ -12,7 +12,7 @@ enum : uint8_t { PARTITION = 0x1A, OPENED = 0x1C };
 enum : uint8_t { ACCEPTED = 0, DIFFERS = 1, REFUSED = 2 };
 constexpr uint8_t FEATURES = 0x09;
 constexpr uint8_t UNTRUSTED = 0x01;
-constexpr size_t MAX_WRITE = 2048;
+constexpr size_t MAX_STREAM_WRITE = 2048;
 constexpr uint8_t TYPES[] = {FIRMWARE_TYPE, 15, 16, 17};  // in the order of their bits
 
 Bytes Programmer::refusal(uint8_t code) { return {ERROR, code, 0, 0, 0}; }
@@ -66,7 +66,7 @@ Bytes Programmer::close() {
 }
 
 Bytes Programmer::write(View packet) {
-  if (open_ < 0 || packet.size() <= 5 || packet.size() - 5 > MAX_WRITE) return refusal(4);
+  if (open_ < 0 || packet.size() <= 5 || packet.size() - 5 > MAX_STREAM_WRITE) return refusal(4);
   Bytes& image = images[open_];
   uint32_t address = packet[1] | static_cast<uint32_t>(packet[2]) << 8 |
                      static_cast<uint32_t>(packet[3]) << 16 |

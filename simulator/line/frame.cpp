@@ -5,8 +5,6 @@
 
 namespace sim {
 
-constexpr uint8_t FLAG = 0x7E;
-constexpr uint8_t ESCAPE = 0x7D;
 constexpr uint8_t ESCAPE_BIT = 0x20;
 constexpr size_t MAX_FRAME = 8192;
 

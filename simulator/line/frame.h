@@ -12,6 +12,9 @@ namespace sim {
 using Bytes = std::vector<uint8_t>;
 using View = std::span<const uint8_t>;
 
+constexpr uint8_t FLAG = 0x7E;    // ends a frame
+constexpr uint8_t ESCAPE = 0x7D;  // stands before a stuffed byte
+
 // payload with its check bytes, stuffed, and a closing flag.
 Bytes frame(View payload);
 

@@ -11,10 +11,6 @@ constexpr int LAST_NV_ITEM = 20000;
 constexpr int NV_NOT_WRITTEN = 5;
 constexpr int NV_NO_SUCH_ITEM = 6;
 
-static std::string characters(View bytes) {
-  return {bytes.begin(), std::find(bytes.begin(), bytes.end(), 0)};
-}
-
 static int nv_item(const Incoming& in) { return in.request[1] | in.request[2] << 8; }
 
 static void nv_answer(const Incoming& in, Answer& a, View data, int status) {

@@ -11,6 +11,10 @@
 
 namespace sim {
 
+std::string characters(View field) {
+  return {field.begin(), std::find(field.begin(), field.end(), 0)};
+}
+
 Answer& Answer::u8(int value) {
   content.push_back(static_cast<uint8_t>(value));
   return *this;

@@ -71,6 +71,9 @@ const Request* find_request_named(const std::string& name);
 // An error answer.
 Bytes refusal(int code, View request);
 
+// The characters of a field before the zeros that fill it.
+std::string characters(View field);
+
 // The answer to a request, and what the modem does afterwards.
 Answer answer_to(const Incoming& in);
 

@@ -156,10 +156,6 @@ void forbidden_plmns(const Incoming& in, Answer& a) {
   a.zeros((BLOCK_ENTRIES - count) * 6);
 }
 
-static std::string characters(View bytes) {
-  return {bytes.begin(), std::find(bytes.begin(), bytes.end(), 0)};
-}
-
 void set_user_plmns(const Incoming& in, Answer& a) {
   size_t count = in.request[3];
   if (count > 15) return a.status(1);

@@ -54,12 +54,6 @@ static const PlmnSetting PLMN_LISTS[] = {
      [](Model& m) -> std::vector<Plmn>& { return m.sim.forbidden; }},
 };
 
-template <typename Settings>
-static auto find_by_key(const Settings& settings, const std::string& key) {
-  auto found = std::ranges::find_if(settings, [&](auto& setting) { return key == setting.key; });
-  return found == std::end(settings) ? nullptr : &*found;
-}
-
 const RecordSetting* find_record_setting(const std::string& key) {
   return find_by_key(RECORDS, key);
 }

@@ -115,12 +115,6 @@ static const TextSetting TEXTS[] = {
     {TEXT(network, mnc), 3, false},
 };
 
-template <typename Settings>
-static auto find_by_key(const Settings& settings, const std::string& key) {
-  auto found = std::ranges::find_if(settings, [&](auto& setting) { return key == setting.key; });
-  return found == std::end(settings) ? nullptr : &*found;
-}
-
 const NumberSetting* find_number_setting(const std::string& key) {
   return find_by_key(NUMBERS, key);
 }

@@ -1,6 +1,8 @@
 // The settings of a scenario: one table of keys, ranges and places in the model.
 #pragma once
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,13 @@ struct TextSetting {
   size_t longest;
   bool digits_only;
 };
+
+// Null when none has this key.
+template <typename Settings>
+auto find_by_key(const Settings& settings, const std::string& key) {
+  auto found = std::ranges::find_if(settings, [&](auto& setting) { return key == setting.key; });
+  return found == std::end(settings) ? nullptr : &*found;
+}
 
 const NumberSetting* find_number_setting(const std::string& key);
 const TextSetting* find_text_setting(const std::string& key);

@@ -6,17 +6,17 @@
 namespace zopctl {
 
 enum { ADDRESS = 1, DATA = 7 };  // in the answer to a read
-constexpr uint8_t MEMORY = 0x13;
+constexpr uint8_t BLOCK_ANSWER = 0x13;
 
-static uint32_t be32(sim::View p, size_t at) {
+static uint32_t word_at(sim::View p, size_t at) {
   uint32_t word = 0;
   for (size_t i = 0; i < 4; ++i) word = word << 8 | p[at + i];
   return word;
 }
 
 bool BlockCheck::take_answer(sim::View answer) {
-  if (answer.size() <= DATA || answer[0] != MEMORY) return true;
-  uint32_t start = be32(answer, ADDRESS) - address_;
+  if (answer.size() <= DATA || answer[0] != BLOCK_ANSWER) return true;
+  uint32_t start = word_at(answer, ADDRESS) - address_;
   if (start != compared_ || is_done()) return true;  // an answer that the module ignores too
   sim::View saved = sim::View(saved_).subspan(start);
   size_t size = std::min(saved.size(), answer.size() - DATA);

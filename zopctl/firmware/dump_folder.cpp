@@ -23,20 +23,19 @@
 namespace zopctl {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(SavedRegion, name, file, base, length, whole)
 
 static constexpr char REGIONS_FILE[] = "dump.json";
 static constexpr uint32_t BLOCK = 1024;  // bytes of a read
 
-[[noreturn]] static void fail(const std::string& path) {
+[[noreturn]] static void fail_at(const std::string& path) {
   throw Failure(path + ": " + strerror(errno));
 }
 
 DumpFolder::DumpFolder(std::string path, mode_t mode) : path_(std::move(path)), mode_(mode) {
   fd_ = open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (fd_ < 0) fail(path_);
+  if (fd_ < 0) fail_at(path_);
 }
 DumpFolder::DumpFolder(DumpFolder&& other) noexcept
     : path_(std::move(other.path_)),
@@ -54,7 +53,7 @@ void DumpFolder::prepare(const std::string& dir) {
   std::error_code error;
   fs::create_directories(dir, error);
   if (error) throw Failure(dir + ": " + error.message());
-  if (access(dir.c_str(), W_OK | X_OK) != 0) fail(dir);
+  if (access(dir.c_str(), W_OK | X_OK) != 0) fail_at(dir);
 }
 
 DumpFolder DumpFolder::make(const std::string& dir, mode_t mode) {
@@ -62,7 +61,7 @@ DumpFolder DumpFolder::make(const std::string& dir, mode_t mode) {
   std::string name = fs::path(dir) / fmt::format("dump_{:%Y%m%d_%H%M%S}", fmt::localtime(now));
   std::string path = name;
   for (int number = 2; mkdir(path.c_str(), 0700) != 0; ++number) {
-    if (errno != EEXIST) fail(path);
+    if (errno != EEXIST) fail_at(path);
     path = fmt::format("{}.{}", name, number);
   }
   DumpFolder folder(path, mode);
@@ -93,8 +92,8 @@ void DumpFolder::read_regions() {
     throw Failure(path_ + " is not the folder of a dump: it has no " + REGIONS_FILE +
                   "; begin a new one without --resume");
   try {
-    Json::parse(file).at("regions").get_to(regions_);
-  } catch (const Json::exception&) {
+    nlohmann::json::parse(file).at("regions").get_to(regions_);
+  } catch (const nlohmann::json::exception&) {
     throw Failure(path_ + "/" + REGIONS_FILE + " is damaged; begin a new dump without --resume");
   }
   for (const SavedRegion& region : regions_) {
@@ -104,7 +103,7 @@ void DumpFolder::read_regions() {
 }
 
 // A name that any file system takes and no shell minds.
-static std::string file_name(const std::string& name) {
+static std::string plain_name(const std::string& name) {
   constexpr size_t LONGEST = 100;
   std::string file = name.substr(0, LONGEST);
   for (char& c : file) {
@@ -122,7 +121,7 @@ size_t DumpFolder::region(const std::string& name, uint32_t base, uint32_t lengt
     bool same = known.name == name && known.base == base && known.length == length;
     if (same && number-- == 0) return i;
   }
-  std::string file = file_name(name), unique = file;
+  std::string file = plain_name(name), unique = file;
   auto taken = [&](const SavedRegion& region) {
     return region.file == unique || region.file + ".part" == unique ||
            region.file == unique + ".part";
@@ -208,8 +207,8 @@ static bool rename_to_new(int folder, const std::string& from, const std::string
 void DumpFolder::name_part(size_t index) {
   SavedRegion& region = regions_[index];
   std::string part = file_of(index);
-  if (!sync_file(fd_, part)) fail(path_ + "/" + part);
-  if (!rename_to_new(fd_, part, region.file)) fail(path_ + "/" + region.file);
+  if (!sync_file(fd_, part)) fail_at(path_ + "/" + part);
+  if (!rename_to_new(fd_, part, region.file)) fail_at(path_ + "/" + region.file);
   fsync(fd_);
   region.whole = true;
 }
@@ -219,14 +218,14 @@ void DumpFolder::close_part(size_t index) {
 }
 
 void DumpFolder::discard_part(size_t index) {
-  if (unlinkat(fd_, file_of(index).c_str(), 0) != 0) fail(path_ + "/" + file_of(index));
+  if (unlinkat(fd_, file_of(index).c_str(), 0) != 0) fail_at(path_ + "/" + file_of(index));
 }
 
 void DumpFolder::write_text(const char* name, const std::string& text) const {
   std::string next = fmt::format(".{}.new", name);
   unlinkat(fd_, next.c_str(), 0);
   int fd = openat(fd_, next.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-  if (fd < 0) fail(path_ + "/" + name);
+  if (fd < 0) fail_at(path_ + "/" + name);
   fchmod(fd, mode_);
   errno = ENOSPC;  // of a write that is cut short
   bool good = write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
@@ -236,11 +235,11 @@ void DumpFolder::write_text(const char* name, const std::string& text) const {
   if (good) return;
   unlinkat(fd_, next.c_str(), 0);
   errno = error;
-  fail(path_ + "/" + name);
+  fail_at(path_ + "/" + name);
 }
 
 void DumpFolder::write_regions() const {
-  write_text(REGIONS_FILE, Json{{"regions", regions_}}.dump(2) + "\n");
+  write_text(REGIONS_FILE, nlohmann::json{{"regions", regions_}}.dump(2) + "\n");
 }
 
 void DumpFolder::write_sums(const std::vector<std::string>& lines) const {

@@ -19,7 +19,6 @@
 namespace zopctl {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(JournalEntry, begun, images, new_version, has_version_info,
                                    version_before, only_switched, is_written, nv_step)
@@ -50,8 +49,8 @@ Journal::Journal(const std::string& device) : path_(state_folder() / file_name(d
   std::ifstream file(path_);
   if (!file) return;
   try {
-    entry_ = Json::parse(file).get<JournalEntry>();
-  } catch (const Json::exception&) {
+    entry_ = nlohmann::json::parse(file).get<JournalEntry>();
+  } catch (const nlohmann::json::exception&) {
     throw Failure("the journal of an earlier update, " + path_ + ", is damaged", 1,
                   "treat that update as broken off; remove the file to go on");
   }
@@ -80,7 +79,8 @@ JournalEntry Journal::continued(JournalEntry fresh) const {
 
 void Journal::write(const JournalEntry& entry) {
   if (entry_ == entry) return;
-  std::string text = Json(entry).dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  std::string text =
+      nlohmann::json(entry).dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
   try {
     replace_file(path_, text, 0600);
   } catch (const Failure& failure) {

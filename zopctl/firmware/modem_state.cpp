@@ -6,7 +6,7 @@
 namespace zopctl {
 
 namespace {
-struct Row {
+struct StateRow {
   ModemState state;
   UpdateExit exit_code;
   const char* fact;
@@ -18,7 +18,7 @@ constexpr char AGAIN[] =
     "mode; if it does not, power-cycle the modem first";
 constexpr char BACK[] =
     "power-cycle the modem to run its old firmware again, or run the update again";
-static const Row ROWS[] = {
+static const StateRow STATES[] = {
     {ModemState::UNTOUCHED, NOT_CHANGED, "nothing was changed", ""},
     {ModemState::UNKNOWN, NOT_CHANGED,
      "this run has written nothing; it is not known whether the modem has a usable firmware",
@@ -47,7 +47,7 @@ static const Row ROWS[] = {
 };
 
 LastWord last_word(ModemState state, const std::string& images) {
-  const Row& row = ROWS[static_cast<size_t>(state)];
+  const StateRow& row = STATES[static_cast<size_t>(state)];
   return {row.exit_code, row.fact, fmt::format(fmt::runtime(row.advice), images)};
 }
 

@@ -18,13 +18,13 @@
 namespace zopctl {
 
 constexpr std::string_view HOST = "QCOM fast download protocol host", MODEM = "QCOM fast download";
-constexpr uint8_t HELLO = 0x01, HELLO_ANSWER = 0x02, RESET = 0x0B, FLAG = 0x7E;
+constexpr uint8_t HELLO = 0x01, HELLO_ANSWER = 0x02, RESTART = 0x0B;
 constexpr std::chrono::seconds ANSWER_TIME{2};
 
 // The flag in front ends what a killed program may have begun.
 static bool send(int fd, const sim::Bytes& packet) {
   sim::Bytes wire = sim::frame(packet);
-  wire.insert(wire.begin(), FLAG);
+  wire.insert(wire.begin(), sim::FLAG);
   return write(fd, wire.data(), wire.size()) == static_cast<ssize_t>(wire.size());
 }
 
@@ -85,7 +85,7 @@ bool end_running_programmer() {
   if (port.fd < 0) return false;
   make_raw(port.fd);
   bool runs = send(port.fd, hello()) && answers_hello(port.fd);
-  if (runs) send(port.fd, {RESET});
+  if (runs) send(port.fd, {RESTART});
   tcdrain(port.fd);
   return runs;
 }

@@ -13,8 +13,6 @@
 
 namespace zopctl {
 
-constexpr uint8_t FLAG = 0x7E;
-
 static FILE* open_capture(const std::string& path) {
   if (path != "-") {
     int fd = sim::make_private_file(path);
@@ -65,7 +63,7 @@ void Capture::take(Direction direction, std::span<const uint8_t> piece) {
   gone_ = false;
   for (uint8_t byte : piece) {
     pending_[direction].push_back(byte);
-    bool whole = byte == FLAG && pending_[direction].size() > 1;
+    bool whole = byte == sim::FLAG && pending_[direction].size() > 1;
     if (whole) flush(direction);
   }
 }

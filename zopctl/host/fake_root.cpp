@@ -38,7 +38,7 @@ static std::string stat_of_pppd() {
   return stat + " 0\n";
 }
 
-static void write(const fs::path& path, const std::string& text) {
+static void make_file(const fs::path& path, const std::string& text) {
   fs::create_directories(path.parent_path());
   std::ofstream(path) << text;
 }
@@ -46,7 +46,7 @@ static void write(const fs::path& path, const std::string& text) {
 static void replace(const fs::path& path, const std::string& text) {
   fs::path next = path;
   next += ".next";
-  write(next, text);
+  make_file(next, text);
   fs::rename(next, path);
 }
 
@@ -57,8 +57,8 @@ FakeRoot::FakeRoot() : start_(modem_now()) {
   folder_ = name;
   remove_on_hard_exit(folder_.c_str());
   update();
-  write(folder_ / "proc/814/stat", stat_of_pppd());
-  write(folder_ / "etc/resolv.conf", "nameserver 10.112.112.1\nnameserver 10.112.112.2\n");
+  make_file(folder_ / "proc/814/stat", stat_of_pppd());
+  make_file(folder_ / "etc/resolv.conf", "nameserver 10.112.112.1\nnameserver 10.112.112.2\n");
   fs::create_directories(folder_ / "var/local/wan");
   map_root(folder_, "10.64.64.64", "10.112.112.112");
   refresh_root([this] { update(); });

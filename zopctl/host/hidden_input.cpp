@@ -18,7 +18,7 @@ namespace zopctl {
 static constexpr int ENDING[] = {SIGTSTP, SIGQUIT, SIGABRT, SIGSEGV, SIGBUS, SIGFPE,
                                  SIGILL,  SIGUSR1, SIGUSR2, SIGALRM, SIGPIPE};
 
-static termios shown, hidden;
+static termios visible, hidden;
 static std::string question_text;
 static struct sigaction actions_before[std::size(ENDING)], continue_before;
 
@@ -26,10 +26,10 @@ static void ask() {
   if (write(STDERR_FILENO, question_text.data(), question_text.size()) < 0) return;
 }
 
-static void show_input() { tcsetattr(STDIN_FILENO, TCSANOW, &shown); }
+static void show_input() { tcsetattr(STDIN_FILENO, TCSANOW, &visible); }
 static void hide_input() { tcsetattr(STDIN_FILENO, TCSANOW, &hidden); }
 
-static void watch(int signal);
+static void watch_ending(int signal);
 
 // The default action, now. Only a stop returns, when the program goes on.
 static void end_by(int signal) {
@@ -46,13 +46,13 @@ static void on_ending(int signal) {
   int error = errno;
   show_input();
   end_by(signal);
-  watch(signal);
+  watch_ending(signal);
   hide_input();
   ask();
   errno = error;
 }
 
-static void watch(int signal) {
+static void watch_ending(int signal) {
   struct sigaction action = {};
   action.sa_handler = on_ending;
   sigaction(signal, &action, nullptr);
@@ -69,12 +69,12 @@ namespace {
 class HiddenInput {
  public:
   HiddenInput() {
-    tcgetattr(STDIN_FILENO, &shown);
-    hidden = shown;
+    tcgetattr(STDIN_FILENO, &visible);
+    hidden = visible;
     hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
     for (size_t i = 0; i < std::size(ENDING); ++i) {
       sigaction(ENDING[i], nullptr, &actions_before[i]);
-      if (actions_before[i].sa_handler == SIG_DFL) watch(ENDING[i]);
+      if (actions_before[i].sa_handler == SIG_DFL) watch_ending(ENDING[i]);
     }
     struct sigaction action = {};
     action.sa_handler = on_continue;

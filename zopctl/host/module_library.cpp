@@ -12,11 +12,11 @@ namespace zopctl {
 
 namespace fs = std::filesystem;
 
-static constexpr char LIBRARY[] = "libzop_module.so.0";
+static constexpr char SONAME[] = "libzop_module.so.0";
 
 static std::string usual_path() {
-  fs::path beside = fs::read_symlink("/proc/self/exe").parent_path() / LIBRARY;
-  return fs::exists(beside) ? beside.string() : LIBRARY;
+  fs::path beside = fs::read_symlink("/proc/self/exe").parent_path() / SONAME;
+  return fs::exists(beside) ? beside.string() : SONAME;
 }
 
 ModuleLibrary::ModuleLibrary(const std::string& path)

@@ -20,10 +20,9 @@
 
 namespace zopctl {
 
-using Clock = std::chrono::steady_clock;
 constexpr auto ANSWER_TIME = std::chrono::milliseconds(250);
 
-constexpr uint8_t VENDOR = 0xCF;
+constexpr uint8_t VENDOR_REQUEST = 0xCF;
 constexpr size_t TEXT = 5;  // where the text of a vendor answer begins
 
 namespace {
@@ -50,6 +49,7 @@ class Line {
   sim::Bytes ask(const sim::Bytes& request);
 
  private:
+  using Clock = std::chrono::steady_clock;
   void make_raw() {
     termios raw = before_;
     cfmakeraw(&raw);
@@ -85,7 +85,7 @@ sim::Bytes Line::ask(const sim::Bytes& request) {
     for (ssize_t i = 0; i < size; ++i) {
       if (deframer.take(piece[i]) != sim::Deframer::GOOD) continue;
       const sim::Bytes& answer = deframer.payload();
-      size_t echoed = request[0] == VENDOR ? 2 : 1;
+      size_t echoed = request[0] == VENDOR_REQUEST ? 2 : 1;
       if (answer.size() > echoed &&
           std::equal(request.begin(), request.begin() + static_cast<ptrdiff_t>(echoed),
                      answer.begin()))
@@ -96,7 +96,7 @@ sim::Bytes Line::ask(const sim::Bytes& request) {
 }
 
 static std::string vendor_text(Line& line, uint8_t subcommand) {
-  sim::Bytes answer = line.ask({VENDOR, subcommand, 0});
+  sim::Bytes answer = line.ask({VENDOR_REQUEST, subcommand, 0});
   bool good = answer.size() > TEXT && answer[3] == 0 && answer[4] == 0;
   return good ? printable(std::span(answer).subspan(TEXT)) : "";
 }

@@ -13,6 +13,7 @@
 namespace zopctl {
 
 using sim::Bytes;
+using sim::FLAG;
 using sim::View;
 using namespace std::string_view_literals;
 
@@ -28,7 +29,6 @@ enum : uint8_t {
 constexpr int ANY = -1;
 constexpr size_t REST = SIZE_MAX;
 constexpr uint8_t BLANK = '0';
-constexpr uint8_t FLAG = 0x7E;
 
 namespace {
 struct Rule {

@@ -19,7 +19,7 @@
 namespace zopctl {
 
 constexpr size_t MAX_LEVELS = 1024;
-constexpr size_t MAX_EVENTS = 200;
+constexpr size_t MAX_EVENT_LINES = 200;
 
 static std::optional<int> known_rssi(const Sample& sample) {
   auto rssi = sample.number("state", "rssi_dbm");
@@ -37,7 +37,7 @@ void LiveView::add(const Sample& newest) {
   for (const std::string& event : newest.events) {
     events.push_back(fmt::format("{:%H:%M:%S}  {}", time, printable_ascii(event)));
   }
-  while (events.size() > MAX_EVENTS) events.pop_front();
+  while (events.size() > MAX_EVENT_LINES) events.pop_front();
 }
 
 static void use_colours() {

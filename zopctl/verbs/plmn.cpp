@@ -80,7 +80,7 @@ static Json operators(const ModuleLibrary& m) {
   return entries;
 }
 
-static Json registered(const ModuleLibrary& m) {
+static Json registered_plmn(const ModuleLibrary& m) {
   uint8_t plmn[1 + ZOP_PLMN_SIZE] = {1};
   require(m.zop_get_uim_data_rplmn(plmn + 1), "registered PLMN");
   Json entries = Json::array();
@@ -99,7 +99,7 @@ static const List LISTS[] = {{"home", "Home", home},
                              {"user", "User", user},
                              {"operator", "Operator", operators},
                              {"forbidden", "Forbidden", forbidden},
-                             {"registered", "Registered", registered}};
+                             {"registered", "Registered", registered_plmn}};
 
 static Findings list(const ModuleLibrary& m, const Arguments& arguments) {
   std::vector<Item> items;

@@ -18,7 +18,7 @@ static Item level(const char* key, const char* label, const char* unit, unsigned
   return why.empty() ? measured(key, label, value, unit) : failed(key, label, why);
 }
 
-static Item bars(const ModuleLibrary& m) {
+static Item bars_item(const ModuleLibrary& m) {
   int32_t value = 0;
   unsigned result = 0;
   {
@@ -35,7 +35,7 @@ static Findings read_signal(const ModuleLibrary& m) {
                      {level("rssi_dbm", "RSSI", "dBm", m.zop_get_rssi),
                       level("rscp_dbm", "RSCP", "dBm", m.zop_get_rscp),
                       level("tx_power_dbm", "Tx power", "dBm", m.zop_get_txpower),
-                      level("pathloss_db", "Path loss", "dB", m.zop_get_pathloss), bars(m)});
+                      level("pathloss_db", "Path loss", "dB", m.zop_get_pathloss), bars_item(m)});
 }
 
 static int signed16(const uint8_t* p) { return static_cast<int16_t>(le16(p)); }

@@ -159,7 +159,7 @@ static std::string offset_text(int seconds) {
 }
 
 // The module takes the network's local time as being in this machine's zone; localtime_r undoes it.
-static Section network_time(const ModuleLibrary& m) {
+static Section time_section(const ModuleLibrary& m) {
   check_signals();
   time_t when = 0;
   int offset = 0;
@@ -183,13 +183,13 @@ static Section network_time(const ModuleLibrary& m) {
   return section;
 }
 
-static Findings show(const ModuleLibrary& module, const Arguments&) {
-  return {identity(module), sim(module), network(module), radio(module), network_time(module)};
+static Findings show_status(const ModuleLibrary& module, const Arguments&) {
+  return {identity(module), sim(module), network(module), radio(module), time_section(module)};
 }
 
 const Verb STATUS = {.name = "status",
                      .help = "identity, SIM, network, mode, signal and time",
                      .need = Session::AT_LEAST_LINK,
-                     .run = show};
+                     .run = show_status};
 
 }  // namespace zopctl
