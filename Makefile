@@ -17,7 +17,8 @@ setup: ## install the Debian packages that are missing
 	@sh scripts/setup.sh
 
 build: setup ## build the release into build/release
-	@cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release $(QUIET) > /dev/null
+	@cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release \
+	  -DCMAKE_UNITY_BUILD=$${UNITY:-OFF} $(QUIET) > /dev/null
 	@cmake --build $(RELEASE) -j $(JOBS)
 
 test: build ## build, and run every test

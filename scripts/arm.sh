@@ -4,7 +4,7 @@
 set -e
 build=build/arm
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-  -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabi.cmake --no-warn-unused-cli --log-level=WARNING > /dev/null
+  -DCMAKE_UNITY_BUILD=ON -DCMAKE_TOOLCHAIN_FILE=cmake/arm-linux-gnueabi.cmake --no-warn-unused-cli --log-level=WARNING > /dev/null
 cmake --build "$build" -j "$(nproc)"
 ctest --test-dir "$build" -j "$(nproc)" --output-on-failure
 
