@@ -1,6 +1,6 @@
 -- Wireshark dissector of the modem's DIAG port and of the download protocols of its boot ROM and
 -- its programmer, for captures of zopctl --capture (link type USER0). It shows requests and answers
--- by name; the build inserts the names of requests.
+-- by name; the build inserts the names of requests and the words of states.
 
 local requests = {}  -- protocol -> "CC SS" or "CC --" -> name
 local function request(protocol, command, subcommand, name)
@@ -19,62 +19,9 @@ local NV_ITEMS = {
   [10] = "preferred mode", [850] = "preferred service domain", [5895] = "MGRF supported, 0 or 1",
   [16685] = "copy of the SIM PIN", [16687] = "acquisition band order",
 }
--- States by the name of their request or screen field, in the words of zopctl.
-local ATTACHES = {
-  [0] = "not available", [1] = "attach accepted", [2] = "attach rejected",
-  [5] = "routing area update accepted", [6] = "routing area update rejected",
-  [11] = "attach accepted", [12] = "attach rejected", [13] = "location update accepted",
-  [14] = "location update rejected",
-}
-local WORDS = {
-  system_mode = {
-    [-1] = "none", [0] = "no service", "AMPS", "CDMA", "GSM", "HDR", "WCDMA", "GPS", "GSM/WCDMA",
-    "WLAN",
-  },
-  data_service_mode = { [0] = "GPRS", "EDGE", "WCDMA", "HSDPA" },
-  service = {
-    [-1] = "none", [0] = "no service", "limited", "full", "limited regional", "power save",
-  },
-  registration = { [0] = "not registered", "registered", "failed", "no network" },
-  call = {
-    [-1] = "none", [0] = "idle", [1] = "originating", [3] = "incoming",
-    [4] = "originating, incoming", [5] = "conversation", [6] = "release", [7] = "recall pending",
-  },
-  band = {
-    [-1] = "none", [0] = "BC0", [1] = "BC1", [3] = "BC3", [4] = "BC4", [5] = "BC5", [6] = "BC6",
-    [7] = "BC7", [8] = "BC8", [9] = "BC9", [10] = "BC10", [11] = "BC11", [12] = "BC12",
-    [14] = "BC14", [15] = "BC15", [16] = "BC16",
-    [40] = "GSM 450", [41] = "GSM 480", [42] = "GSM 750", [43] = "GSM 850",
-    [44] = "EGSM 900", [45] = "PGSM 900", [46] = "RGSM 900", [47] = "DCS 1800",
-    [48] = "PCS 1900", [80] = "WCDMA 2100", [81] = "WCDMA 1900", [82] = "WCDMA 1700 (III)",
-    [83] = "WCDMA 1700 (IV)", [84] = "WCDMA 850", [85] = "WCDMA 800", [86] = "WCDMA 2600",
-    [87] = "WCDMA 900", [88] = "WCDMA 1700 (IX)",
-    [110] = "WLAN US 2400", [111] = "WLAN Japan 2400", [112] = "WLAN Europe 2400",
-    [113] = "WLAN France 2400", [114] = "WLAN Spain 2400", [115] = "WLAN US 5000",
-    [116] = "WLAN Japan 5000", [117] = "WLAN Europe 5000", [118] = "WLAN France 5000",
-    [119] = "WLAN Spain 5000",
-  },
-  mm_attach = ATTACHES, mm_lu = ATTACHES, gmm_attach = ATTACHES, gmm_rau = ATTACHES,
-  gmm = {
-    [0] = "null", "deregistered", "registering", "registered", "deregistering",
-    "routing area updating", "service request",
-  },
-  pdp = { [0] = "inactive", "active pending", "active", "modify pending", "inactive pending" },
-  network_mode = {
-    [0] = "combined attach", "separate attach", "separate attach, 2G", "not available",
-  },
-  pmm = { [0] = "detached", "idle", "connected" },
-  hsdpa = { [0] = "inactive", "active", "suspended" },
-  egprs = { [-1] = "none", [0] = "not available", "available" },
-  sim_status = {
-    [0] = "no card", "invalid card", "ready", "not initialised", "not ready", "reinitialising",
-    "card available", "illegal card",
-  },
-  sim_lock = {
-    [0] = "unknown", "okay", "PIN required", "verified", "blocked", "PIN disabled", "not valid",
-    "not initialised",
-  },
-}
+-- States and causes by the name of their request or screen field, in the words of zopctl.
+local WORDS = {}
+-- @WORDS@
 local NV_STATUS = { [0] = "good", [5] = "never written", [6] = "no such item" }
 local EVENTS = {
   { 1, "call originated" }, { 2, "PDP context activated" }, { 4, "PDP context deactivated" },
@@ -124,9 +71,11 @@ local SCREEN = {
   { 84, "text", "mnc", "MNC", 3 }, { 87, "text", "lac", "LAC", 4 },
   { 91, "i32", "rac", "RAC" }, { 95, "i32", "rssi", "RSSI" },
   { 99, "i32", "tx_power", "Transmit power" }, { 103, "i32", "band", "Band" },
-  { 108, "u8", "mm_attach", "MM attach state" }, { 110, "u8", "mm_lu", "MM location update" },
-  { 112, "u8", "gmm_attach", "GMM attach state" }, { 114, "u8", "gmm_rau", "GMM RAU state" },
-  { 117, "u8", "pdp", "PDP state" },
+  { 108, "u8", "mm_attach", "MM attach state" }, { 109, "u8", "mm_attach_error", "Its cause" },
+  { 110, "u8", "mm_lu", "MM location update" }, { 111, "u8", "mm_lu_error", "Its cause" },
+  { 112, "u8", "gmm_attach", "GMM attach state" }, { 113, "u8", "gmm_attach_error", "Its cause" },
+  { 114, "u8", "gmm_rau", "GMM RAU state" }, { 115, "u8", "gmm_rau_error", "Its cause" },
+  { 117, "u8", "pdp", "PDP state" }, { 118, "u8", "pdp_error", "Its cause" },
 }
 for _, row in ipairs(SCREEN) do
   local make = row[2] == "text" and ProtoField.string or ProtoField.int32
@@ -292,10 +241,11 @@ local function show_vendor_answer(name, tvb, tree)
     tree:add(f.value, range, value):append_text(in_words(name, value))
     return ": " .. value .. in_words(name, value)
   elseif tvb:len() == 9 then  -- a state and its cause
-    local words = in_words(name, tvb(5, 2):le_int())
-    tree:add_le(f.value, tvb(5, 2)):append_text(words)
-    tree:add_le(f.value, tvb(7, 2))
-    return string.format(": %d%s, %d", tvb(5, 2):le_int(), words, tvb(7, 2):le_int())
+    local state, cause = tvb(5, 2):le_int(), tvb(7, 2):le_int()
+    local state_words, cause_words = in_words(name, state), in_words(name .. "_error", cause)
+    tree:add_le(f.value, tvb(5, 2)):append_text(state_words)
+    tree:add_le(f.value, tvb(7, 2)):append_text(cause_words)
+    return string.format(": %d%s, %d%s", state, state_words, cause, cause_words)
   elseif tvb:len() > 5 then
     tree:add(f.data, tvb(5))
   end
