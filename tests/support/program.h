@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -62,6 +63,7 @@ class Program {
     }
     close(ends[1]);
     output_ = fdopen(ends[0], "r");
+    setvbuf(output_, nullptr, _IONBF, 0);  // poll sees all that is not read
   }
   ~Program() {
     if (pid_ > 0) end(SIGTERM);
@@ -72,7 +74,14 @@ class Program {
 
   // The next line of standard output or error; empty at the end.
   std::string line() {
+    constexpr int SILENCE_MS = 20'000;  // well below a test's time-out
     char text[512] = "";
+    pollfd output = {fileno(output_), POLLIN, 0};
+    if (poll(&output, 1, SILENCE_MS) == 0) {
+      ADD_FAILURE() << "a program says nothing more";
+      kill(pid_, SIGKILL);
+      return "";
+    }
     if (fgets(text, sizeof text, output_) == nullptr) return "";
     text[strcspn(text, "\n")] = '\0';
     return text;
