@@ -6,18 +6,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <filesystem>
 #include <string_view>
 
-#include "records/reading.h"
+#include "records/file_error.h"
 
 namespace page {
 
 namespace fs = std::filesystem;
 
 [[noreturn]] static void fail(const std::string& path) {
-  throw records::Failure(path + " could not be written: " + strerror(errno));
+  throw records::file_failure(path + " could not be written", errno);
 }
 
 static void write_all(int fd, std::string_view text, const std::string& path, void (*check)()) {

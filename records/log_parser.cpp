@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "records/counted.h"
+#include "records/file_error.h"
 #include "records/json_text.h"
 #include "records/log_pieces.h"
 
@@ -56,7 +57,7 @@ void LogParser::read(const std::vector<std::string>& files, unsigned threads) {
     if (piece->file == files_.size()) {
       files_.push_back({name == "-" ? "standard input" : name, reports_.lines()});
     }
-    if (piece->error != 0) throw Failure(files_.back().name + ": " + strerror(piece->error));
+    if (piece->error != 0) throw file_failure(files_.back().name, piece->error);
     take(*piece);
     write_out();
   }
@@ -67,7 +68,7 @@ void LogParser::read(const std::vector<std::string>& files, unsigned threads) {
 void LogParser::write_out() {
   bool is_written = fwrite(text_.data(), 1, text_.size(), out_) == text_.size();
   if (!is_written || fflush(out_) != 0)
-    throw Failure("the output could not be written; is the disk full?");
+    throw Failure("the output could not be written", "is the disk full?");
   text_.clear();
 }
 

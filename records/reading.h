@@ -3,12 +3,15 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace records {
 
-// A file can't be read or is not what it should be; what() is a whole sentence.
+// A file can't be read or is not what it should be; what() is the whole message but for the advice.
 struct Failure : std::runtime_error {
-  using std::runtime_error::runtime_error;
+  explicit Failure(const std::string& what, std::string what_to_do = "")
+      : std::runtime_error(what), advice(std::move(what_to_do)) {}
+  std::string advice;
 };
 
 struct Callbacks {

@@ -7,19 +7,21 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
 
 #include "records/changes.h"
 #include "records/counted.h"
+#include "records/file_error.h"
 #include "records/report_form.h"
 #include "records/utf8_text.h"
 
 namespace records {
 
 constexpr int MAX_NESTING = 32;
+constexpr char MADE_BY[] =
+    "it takes what monitor --record, report --json and parse-log write; remove other lines";
 
 namespace {
 class RecordingReader {
@@ -42,7 +44,7 @@ class RecordingReader {
   void read_whole();
   Json parsed(const std::string& text) const;
   void count_left_out();
-  [[noreturn]] void fail(const std::string& why) const;
+  [[noreturn]] void fail(const std::string& why, const char* advice = MADE_BY) const;
 
   struct Closer {
     void operator()(FILE* file) const { fclose(file); }
@@ -62,8 +64,8 @@ class RecordingReader {
 };
 }  // namespace
 
-void RecordingReader::fail(const std::string& why) const {
-  throw Failure(fmt::format("{}:{}: {}", name_, number_, why));
+void RecordingReader::fail(const std::string& why, const char* advice) const {
+  throw Failure(fmt::format("{}:{}: {}", name_, number_, why), advice);
 }
 
 bool RecordingReader::next_line() {
@@ -71,7 +73,7 @@ bool RecordingReader::next_line() {
   errno = 0;
   ssize_t length = getline(&line_, &room_, file_.get());
   if (length < 0) {
-    if (ferror(file_.get()) != 0) throw Failure(name_ + ": " + strerror(errno));
+    if (ferror(file_.get()) != 0) throw file_failure(name_, errno);
     return false;
   }
   text_ = {line_, static_cast<size_t>(length)};
@@ -106,7 +108,8 @@ static bool has_a_section(const Json& object) {
 void RecordingReader::take_sample(Json line) {
   const Json& format = member_of(line, "format");
   if (format.is_number() && format > RECORDING_FORMAT) {
-    fail(fmt::format("recorded by a newer zopctl, in format {}", format.dump()));
+    fail(fmt::format("recorded by a newer zopctl, in format {}", format.dump()),
+         "read it with that version");
   }
   const Json* sample = changes_.sample_of(std::move(line));
   if (sample == nullptr) {
@@ -133,7 +136,8 @@ static bool is_failure(const Json& object) {
 
 void RecordingReader::take(Json object) {
   if (is_failure(object)) {
-    fail("a failure of zopctl: " + shortened(text_of(object["error"]), 160));
+    fail("a failure of zopctl: " + shortened(text_of(object["error"]), 160),
+         "it is no report: make it again");
   } else if (is_old_row(object)) {
     take_log_report(object, without_labels({{"items", object["items"]}}));
   } else if (object.is_object() && is_row(object)) {
@@ -226,7 +230,7 @@ std::vector<Recording> RecordingReader::read() {
     for (; more; more = next_line()) take_line();
   }
   count_left_out();
-  if (recordings_.empty()) throw Failure(name_ + ": there is nothing in it to show");
+  if (recordings_.empty()) throw Failure(name_ + ": there is nothing in it to show", MADE_BY);
   for (Recording& made : recordings_) made.finish();
   return std::move(recordings_);
 }
@@ -240,7 +244,7 @@ std::vector<Recording> read_recordings(const std::string& path, const Callbacks&
   bool is_standard = path == "-";
   std::string name = is_standard ? "standard input" : path;
   FILE* file = is_standard ? fdopen(dup(STDIN_FILENO), "r") : fopen(path.c_str(), "re");
-  if (file == nullptr) throw Failure(name + ": " + strerror(errno));
+  if (file == nullptr) throw file_failure(name, errno);
   return read_recordings(file, name, callbacks);
 }
 

@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "simulator/line/private_file.h"
@@ -87,7 +89,7 @@ static fs::path find_scenario(const std::string& name) {
     fs::path path = folder / (name + ".toml");
     if (fs::exists(path)) return path;
   }
-  throw sim::ScenarioError("no shipped scenario \"" + name + "\"; --list-scenarios shows them");
+  throw sim::ScenarioError("no shipped scenario \"" + name + "\"");
 }
 
 static void list_scenarios() {
@@ -170,7 +172,9 @@ static sim::Modem::Trace trace_of(const Options& options) {
     return [](const std::string& line) { fmt::print(stderr, "{}\n", line); };
   if (options.trace.empty()) return {};
   int fd = sim::make_private_file(options.trace);
-  if (fd < 0) throw std::runtime_error("can't write the trace to " + options.trace);
+  if (fd < 0)
+    throw std::runtime_error("can't write the trace to " + options.trace + ": " + strerror(errno) +
+                             "; name another file");
   std::shared_ptr<FILE> file(fdopen(fd, "w"), fclose);
   return [file](const std::string& line) {
     fmt::print(file.get(), "{}\n", line);
@@ -275,6 +279,10 @@ static void print_documents(const Options& options, const CLI::App& app) {
   print_man_page(app);
 }
 
+static const std::string SCENARIO_ADVICE =
+    "; --list-scenarios shows those shipped, --list-settings what may stand in one";
+static const std::string CAPTURE_ADVICE = "; name a file that zopctl --capture has made";
+
 static int fail(const std::string& what, int exit_code) {
   fmt::print(stderr, "zop-modem-sim: {}\n", what);
   return exit_code;
@@ -362,9 +370,9 @@ int main(int argc, char** argv) {
     }
     return 0;
   } catch (const sim::ScenarioError& error) {
-    return fail(error.what(), 2);
+    return fail(error.what() + SCENARIO_ADVICE, 2);
   } catch (const sim::CaptureError& error) {
-    return fail(error.what(), 2);
+    return fail(error.what() + CAPTURE_ADVICE, 2);
   } catch (const std::invalid_argument& error) {
     return fail(error.what(), 2);
   } catch (const std::exception& error) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <span>
 #include <system_error>
@@ -39,12 +40,15 @@ static void require_consent(const Verb& verb, const Arguments& arguments) {
   ask_consent(verb.danger);
 }
 
-static int run(const Options& options) {
-  check_arguments(*options.verb, options.arguments);
-  require_consent(*options.verb, options.arguments);
-  Session session(options, options.verb->need);
+static int run(Options& options) {
+  const Verb& verb = *options.verb;
+  check_arguments(verb, options.arguments);
+  require_consent(verb, options.arguments);
+  if (verb.run_alone != nullptr) return show(options, verb.run_alone(options.arguments));
+  if (verb.ask != nullptr) verb.ask(options.arguments);
+  Session session(options, verb.need);
   check_signals();
-  return show(options, options.verb->run(session.module(), options.arguments));
+  return show(options, verb.run(session.module(), options.arguments));
 }
 
 // Programs get one object; of a verb that prints events it is the last of them.
@@ -95,7 +99,7 @@ static void fill_standard_streams() {
   close(fd);
 }
 
-static int run_verb(const Options& options) {
+static int run_verb(Options& options) {
   auto end = [&](const Failure& failure) { return end_with(options.json, options.verb, failure); };
   try {
     return run(options);
@@ -105,6 +109,10 @@ static int run_verb(const Options& options) {
     return end(Failure(error.what(), 2));
   } catch (const Failure& error) {
     return end(error);
+  } catch (const records::Failure& error) {
+    return end(Failure(error));
+  } catch (const std::filesystem::filesystem_error& error) {
+    return end(file_failure(error.path1().string(), error.code().value()));
   } catch (const std::exception& error) {
     return end(Failure(error.what()));
   }

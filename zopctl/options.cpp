@@ -4,12 +4,14 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <iostream>
 #include <list>
 
 #include "include/vurn.h"
 #include "zopctl/documents.h"
 #include "zopctl/host/host_calls.h"
 #include "zopctl/text/failure.h"
+#include "zopctl/text/folding.h"
 
 namespace zopctl {
 
@@ -181,6 +183,14 @@ static UsageError usage_error(CLI::App& app, const std::string& sim, const CLI::
   return UsageError(fmt::format("{}; {} --help tells more", error.what(), command));
 }
 
+// Also into a file or a pager it is narrow enough to be read.
+static std::nullopt_t print_help(const CLI::App& app) {
+  constexpr size_t USUAL_COLUMNS = 80;
+  size_t columns = terminal_columns();
+  std::cout << folded_list(app.help(), columns == 0 ? USUAL_COLUMNS : columns);
+  return std::nullopt;
+}
+
 std::optional<Options> read_options(int argc, char** argv) {
   Options options;
   std::string sim, log, wait, completion;
@@ -197,7 +207,8 @@ std::optional<Options> read_options(int argc, char** argv) {
       ->group("Setup");
   app.add_flag("--man", man, "print the manual page")->group("Setup");
   add_verbs(app, options.arguments.yes, parsed);
-  app.footer(help_footer());  // last: verbs would inherit it
+  app.footer(help_footer());     // last: verbs would inherit it
+  app.require_subcommand(0, 1);  // a file behind the verb may be called as another verb
   try {
     app.parse(argc, argv);
     if (!log.empty()) options.log_mask = mask_of(log);
@@ -211,7 +222,8 @@ std::optional<Options> read_options(int argc, char** argv) {
     if (printed) return std::nullopt;
     if (app.get_subcommands().empty()) throw CLI::RequiredError("A verb");
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error), std::nullopt;  // help or version
+    if (dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr) return print_help(app);
+    if (error.get_exit_code() == 0) return app.exit(error), std::nullopt;  // the version
     throw usage_error(app, sim, error);
   }
   take_verb(parsed, options);
@@ -220,6 +232,9 @@ std::optional<Options> read_options(int argc, char** argv) {
   const Verb& verb = *options.verb;
   if (options.redact && options.capture.empty() && !verb.redacts) {
     throw UsageError("--redact has nothing to blank; use it with --capture FILE");
+  }
+  if (verb.run_alone != nullptr && !options.capture.empty()) {
+    throw UsageError("--capture has nothing to record: this verb asks no modem");
   }
   options.doing = verb.noun == nullptr ? verb.name : std::string(verb.noun) + " " + verb.name;
   options.simulate = !sim.empty();

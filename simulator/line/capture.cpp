@@ -106,7 +106,7 @@ class Reader {
 
  private:
   [[noreturn]] void fail(const std::string& reason) const {
-    throw CaptureError(name_ + ": " + reason);
+    throw CaptureError(name_ + ": byte " + std::to_string(at_) + ": " + reason);
   }
   uint32_t number(View bytes, size_t at, size_t width) const {
     if (at + width > bytes.size()) fail("a block is shorter than its fields");
@@ -133,6 +133,7 @@ class Reader {
   }
 
   View file_;
+  size_t next_ = 0, at_ = 0;  // where the rest in file_ begins, and the present block
   std::string name_;
   bool big_endian_ = false;
   bool in_section_ = false;
@@ -143,6 +144,7 @@ class Reader {
 }  // namespace
 
 bool Reader::next_block() {
+  at_ = next_;
   if (file_.size() < 12) return false;
   type_ = number(file_, 0, 4);
   if (type_ == SECTION) {
@@ -159,6 +161,7 @@ bool Reader::next_block() {
   if (length > file_.size()) return false;  // cut
   body_ = file_.subspan(8, length - 12);
   file_ = file_.subspan(length);
+  next_ += length;
   return true;
 }
 
@@ -199,7 +202,7 @@ std::vector<CapturedPacket> parse_capture(View file, const std::string& name) {
 
 std::vector<CapturedPacket> load_capture(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw CaptureError(path + ": can't be read");
+  if (!file) throw CaptureError(path + ": " + strerror(errno));
   Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   return parse_capture(bytes, path);
 }

@@ -69,7 +69,8 @@ void Terminal::plug_in() {
     std::string link = std::move(link_);
     link_.clear();  // not ours: leave it alone at the end
     errno = error;
-    fail("can't make the link " + link);
+    throw std::runtime_error("can't make the link " + link + ": " + strerror(error) +
+                             "; name another, or remove it first");
   }
 }
 

@@ -64,19 +64,27 @@ static void power_on(Sim& sim) {
   if (sim.lock == ZOP_PIN_ENABLED) sim.status = ZOP_SIM_NOT_INITIALISED;
 }
 
+// "[json.exception.parse_error.101] parse error at line 1, column 3: ..."
+static std::string reason_of(const Json::exception& error) {
+  std::string_view text = error.what();
+  return std::string(text.substr(text.find("] ") + 2));
+}
+
 void StateFile::load(Model& model) {
   if (path_.empty() || !std::filesystem::exists(path_)) return;
   try {
     std::ifstream file(path_);
     apply_state(Json::parse(file), model);
   } catch (const Json::exception& error) {
-    throw std::runtime_error(path_ + " is not the state of a simulated modem: " + error.what());
+    throw std::runtime_error(path_ + " is not the state of a simulated modem: " + reason_of(error) +
+                             "; remove it, or name another file");
   }
   power_on(model.sim);
 }
 
 [[noreturn]] static void fail(const std::string& path) {
-  throw std::runtime_error("can't save the state to " + path + ": " + strerror(errno));
+  throw std::runtime_error("can't save the state to " + path + ": " + strerror(errno) +
+                           "; name a file on another disk");
 }
 
 static void write_file(const std::string& path, const std::string& text) {

@@ -5,6 +5,8 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -371,7 +373,9 @@ Scenario parse_scenario(const std::string& text, const std::string& name) {
 
 Scenario load_scenario(const std::string& path) {
   std::ifstream file(path);
-  if (!file || std::filesystem::is_directory(path)) throw ScenarioError(path + ": can't be read");
+  int error = file ? EISDIR : errno;
+  if (!file || std::filesystem::is_directory(path))
+    throw ScenarioError(path + ": " + strerror(error));
   std::stringstream text;
   text << file.rdbuf();
   return parse_scenario(text.str(), path);

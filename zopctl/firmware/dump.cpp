@@ -70,7 +70,7 @@ int Dump::take_region(const mem_dump_region& region, uint32_t& done) try {
   if (!known_) regions_.push_back(index), total_ += region.length;
   return open_region(index, done);
 } catch (const std::exception& failure) {
-  error_ = failure.what();
+  take_error(failure);
   return -1;
 }
 
@@ -87,6 +87,13 @@ int Dump::open_region(size_t index, uint32_t& done) {
   done = part.done;
   open_.push_back({index, done, BlockCheck(region.base + done, std::move(part.last))});
   return part.fd;
+}
+
+// Of what happens within the module, which no exception can pass through.
+void Dump::take_error(const std::exception& failure) {
+  if (!error_.empty()) return;
+  error_ = failure.what();
+  if (const auto* ours = dynamic_cast<const Failure*>(&failure)) advice_ = ours->advice;
 }
 
 // ---- reading them ----
@@ -132,7 +139,7 @@ bool Dump::on_line(Direction direction, std::span<const uint8_t> piece) try {
   }
   return !reading_ || goes_on();
 } catch (const std::exception& failure) {  // it can't pass through the module
-  error_ = failure.what();
+  take_error(failure);
   cut_ = true;
   return false;
 }
@@ -215,7 +222,7 @@ void Dump::pass() {
   try {
     close_parts(open_.size());
   } catch (const Failure& failure) {
-    if (error_.empty()) error_ = failure.what();
+    take_error(failure);
   }
   known_ = known_ || (listed_ > 0 && !listing_);
 }
@@ -239,6 +246,7 @@ void Dump::ask_for_regions() {
     if (!options_.wait || listed_ > 0 || has_caught_signal()) break;
     say_while_waiting(problem ? *problem : no_regions());
     error_.clear();
+    advice_.clear();
     wait_seconds(1);
   }
   listing_ = false;
@@ -310,8 +318,8 @@ Json Dump::show_file(size_t index, std::vector<std::string>& sums) {
                          : fmt::format("{} of {}", size_text(size), size_text(region.length));
   if (!options_.json) progress_.note(fmt::format("{:64}  {}  {}", sum, file, text));
   return {{"file", file},
-          {"size", size},
-          {"length", region.length},
+          {"size_bytes", size},
+          {"length_bytes", region.length},
           {"whole", region.whole},
           {"sha256", sum}};
 }
@@ -326,7 +334,7 @@ Json Dump::show_files() {
     folder_->write_regions();
     folder_->write_sums(sums);
   } catch (const Failure& failure) {
-    if (error_.empty()) error_ = failure.what();
+    take_error(failure);
   }
   return files;
 }
@@ -373,7 +381,7 @@ void Dump::run() {
       "zopctl dump --wait waits for one that crashes, zopctl config error-fatal "
       "crashes one that is set up for dumps";
   if (regions_.empty() && !error_.empty())
-    fail("the dump failed: " + error_, "", {{"complete", false}});
+    fail("the dump failed: " + error_, advice_, {{"complete", false}});
   if (regions_.empty()) fail(no_regions(), WAIT, {{"complete", false}});
   if (known > 0 && folder_->regions().size() != known)
     progress_.note("some regions are not those of " + folder_->path() + ": they are saved anew");
@@ -383,7 +391,8 @@ void Dump::run() {
   if (names.empty() && error_.empty()) return end_whole(details);
   details["missing"] = names;
   std::string list = names.empty() ? "" : fmt::format("; missing: {}", fmt::join(names, ", "));
-  fail("the dump is not complete: " + why_missing() + list, resume_text(), details);
+  std::string first = advice_.empty() ? "" : advice_ + "; then ";
+  fail("the dump is not complete: " + why_missing() + list, first + resume_text(), details);
 }
 
 }  // namespace zopctl

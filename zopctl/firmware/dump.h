@@ -58,6 +58,7 @@ class Dump {
   void close_parts(size_t count);
   void take_module_lines();
   void check_wanted() const;
+  void take_error(const std::exception& failure);
   std::string no_regions() const;
   Progress::Json show_files();
   Progress::Json show_file(size_t index, std::vector<std::string>& sums);
@@ -81,7 +82,7 @@ class Dump {
   std::vector<std::string> whole_before_;  // files that an earlier run has saved
   uint64_t total_ = 0;                     // bytes of the wanted regions
   size_t anew_ = 0;                        // regions begun again
-  std::string error_;                      // what ends the dump
+  std::string error_, advice_;             // what ends the dump, and what to do about it
   std::string waits_for_;                  // said last
 
   // Of the current pass.

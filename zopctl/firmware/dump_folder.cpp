@@ -29,9 +29,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(SavedRegion, name, file, base, length, whole)
 static constexpr char REGIONS_FILE[] = "dump.json";
 static constexpr uint32_t BLOCK = 1024;  // bytes of a read
 
-[[noreturn]] static void fail_at(const std::string& path) {
-  throw Failure(path + ": " + strerror(errno));
-}
+[[noreturn]] static void fail_at(const std::string& path) { throw file_failure(path, errno); }
 
 DumpFolder::DumpFolder(std::string path, mode_t mode) : path_(std::move(path)), mode_(mode) {
   fd_ = open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
@@ -52,7 +50,7 @@ static mode_t folder_mode(mode_t files) { return 0700 | (files & 0444) | (files 
 void DumpFolder::prepare(const std::string& dir) {
   std::error_code error;
   fs::create_directories(dir, error);
-  if (error) throw Failure(dir + ": " + error.message());
+  if (error) throw file_failure(dir, error.value());
   if (access(dir.c_str(), W_OK | X_OK) != 0) fail_at(dir);
 }
 

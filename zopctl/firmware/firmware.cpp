@@ -12,6 +12,7 @@
 
 namespace zopctl {
 
+// For people a line each.
 static Item item_of(const ImageFile& file) {
   if (!file.problem.empty()) return {file.name, file.name, nullptr, file.problem, true};
   return shown(file.name.c_str(), file.name.c_str(), file.size,
@@ -55,28 +56,56 @@ static Section headers_of(const ImageSet& set) {
   return section;
 }
 
+static nlohmann::ordered_json known(const std::string& text) {
+  return text.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
+}
+
+// For programs a list.
+static Item list_of(const ImageSet& set) {
+  Item list = shown("files", "Files", nlohmann::ordered_json::array(), "");
+  for (const ImageFile& file : set.files) {
+    bool good = file.problem.empty();
+    list.value.push_back({{"file", file.name},
+                          {"role", file.role},
+                          {"size_bytes", nullptr},
+                          {"header", known(file.header)},
+                          {"problem", known(file.problem)}});
+    if (good) list.value.back()["size_bytes"] = file.size;
+    list.failed = list.failed || !good;
+  }
+  return list;
+}
+
 static Section sent_of(const ImageSet& set) {
   uint64_t all = set.bytes_to_send(false), modem_only = set.bytes_to_send(true);
   return {"sent",
           "Sent to the modem",
-          {shown("all", "By an update", all, size_text(all)),
-           shown("modem_only", "With --modem-only", modem_only, size_text(modem_only))}};
+          {shown("all_bytes", "By an update", all, size_text(all)),
+           shown("modem_only_bytes", "With --modem-only", modem_only, size_text(modem_only))}};
 }
 
-static Findings info(const ModuleLibrary&, const Arguments& arguments) {
-  ImageSet set = read_image_set(arguments.text("DIR"));
-  Findings findings = {about(set)};
-  if (!set.folder_problem.empty()) return findings;
+static void add_tables(const ImageSet& set, Findings& findings) {
   Section files{"files", "Files", {}};
   for (const ImageFile& file : set.files) files.items.push_back(item_of(file));
   findings.push_back(files);
   Section headers = headers_of(set);
   if (!headers.items.empty()) findings.push_back(headers);
+}
+
+static Findings info(const Arguments& arguments) {
+  ImageSet set = read_image_set(arguments.text("DIR"));
+  Findings findings = {about(set)};
+  if (!set.folder_problem.empty()) return findings;
+  if (arguments.json) {
+    findings.front().items.push_back(list_of(set));
+  } else {
+    add_tables(set, findings);
+  }
   if (set.is_good()) findings.push_back(sent_of(set));
   return findings;
 }
 
-static Findings seal(const ModuleLibrary&, const Arguments& arguments) {
+static Findings seal(const Arguments& arguments) {
   ImageSet set = read_image_set(arguments.text("DIR"));
   if (!set.is_good()) {
     std::string text = fmt::format("{}: {}; not sealed", set.folder, set.problems());
@@ -95,16 +124,14 @@ static Findings seal(const ModuleLibrary&, const Arguments& arguments) {
 const Verb FIRMWARE_INFO = {.noun = "firmware",
                             .name = "info",
                             .help = "check an image set, without a modem",
-                            .need = Session::LIBRARY,
                             .arguments = {{.name = "DIR", .help = "folder of the image set"}},
-                            .run = info};
+                            .run_alone = info};
 
 const Verb FIRMWARE_SEAL = {
     .noun = "firmware",
     .name = "seal",
     .help = "record the SHA-256 of a good image set, so that info and update see later changes",
-    .need = Session::LIBRARY,
     .arguments = {{.name = "DIR", .help = "folder of the image set"}},
-    .run = seal};
+    .run_alone = seal};
 
 }  // namespace zopctl

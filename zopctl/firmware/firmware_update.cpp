@@ -40,13 +40,14 @@ static Findings show_plan(const ImageSet& set, const Update::Options& options) {
     return one_section("dry_run", "An update would send, the modem was not touched",
                        plan(set, options));
   Progress progress(stdout, Progress::EVENTS);
-  Progress::Json files = Progress::Json::object();
+  Progress::Json files = Progress::Json::array();
   for (const ImageFile& file : set.files) {
-    if (!options.modem_only || !file.is_boot_loader) files[file.name] = file.size;
+    bool sent = !options.modem_only || !file.is_boot_loader;
+    if (sent) files.push_back({{"file", file.name}, {"size_bytes", file.size}});
   }
   progress.event("dry_run", {{"files", files},
                              {"erase", !options.modem_only},
-                             {"bytes", set.bytes_to_send(options.modem_only)}});
+                             {"total_bytes", set.bytes_to_send(options.modem_only)}});
   progress.event("end", {{"result", "done"}});
   return {};
 }

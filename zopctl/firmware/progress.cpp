@@ -138,10 +138,10 @@ void Progress::amount(const Amount& amount) {
   steps_shown_ = step;
   event("progress", {{"stage", stage_},
                      {"part", amount.part},
-                     {"part_done", amount.part_done},
-                     {"part_total", amount.part_total},
-                     {"done", amount.done},
-                     {"total", amount.total},
+                     {"part_done_bytes", amount.part_done},
+                     {"part_total_bytes", amount.part_total},
+                     {"done_bytes", amount.done},
+                     {"total_bytes", amount.total},
                      {"percent", share(amount.done, amount.total, 100)},
                      {"bytes_per_second", static_cast<uint64_t>(speed_of(amount))}});
   if (style_ == LINES) {

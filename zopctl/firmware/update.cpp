@@ -209,7 +209,7 @@ void Update::enter_download_mode() {
 void Update::steps() {
   progress_.event("images", {{"folder", set_.folder},
                              {"version", set_.version},
-                             {"bytes", set_.bytes_to_send(options_.modem_only)}});
+                             {"total_bytes", set_.bytes_to_send(options_.modem_only)}});
   for (const std::string& note : set_.notes) progress_.note(note);
   journal_.prepare();
   know(ModemState::UNTOUCHED);

@@ -26,14 +26,12 @@ static FILE* open_capture(const std::string& path) {
 Capture::Capture(const std::string& path, bool redacted)
     : file_(open_capture(path)), redacted_(redacted) {
   signal(SIGPIPE, SIG_IGN);  // a capture without a reader ends, and nothing else
-  if (file_ == nullptr)
-    throw Failure("can't write the capture to " + path + ": " + strerror(errno), 1,
-                  "name another file with --capture");
+  if (file_ == nullptr) throw file_failure("can't write the capture to " + path, errno);
   try {
     sim::write_capture_header(file_);
   } catch (const std::runtime_error& error) {
     fclose(file_);
-    throw Failure(error.what());
+    throw Failure(error.what(), 1, "name a file on another disk with --capture");
   }
   capture_line([this](zopctl::Direction direction, std::span<const uint8_t> piece) {
     std::lock_guard lock(mutex_);

@@ -48,7 +48,7 @@ std::optional<std::string> device_problem(const std::string& path) {
     case EBUSY:
       return path + " is in use by another program; end that first";
     default:
-      return "can't open " + path + ": " + strerror(error);
+      return "can't open " + path + ": " + strerror(error) + "; " + records::advice_after(error);
   }
 }
 
@@ -63,7 +63,7 @@ static void open_link(const ModuleLibrary& module) {
   if (answers_as_boot_rom()) throw Failure(CRASHED, 1, SAVE_MEMORY);
   if (result == ZOP_OPEN_UP) return;
   throw Failure("no modem answers on the port: zop_open, result " + std::to_string(result) +
-                "; is this the DIAG port?");
+                "; is this the DIAG port? zopctl devices lists those that answer");
 }
 
 // What is open now.

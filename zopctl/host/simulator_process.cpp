@@ -72,7 +72,7 @@ SimulatorProcess::SimulatorProcess(const Setting& setting) {
   if (started) return;
   int exit_code = end();
   check_signals();
-  const char* what = "the simulated modem did not start; it said why above";
+  const char* what = "the simulated modem did not start; its message on standard error tells why";
   if (exit_code == 2) throw UsageError(what);
   throw Failure(what);
 }

@@ -52,7 +52,11 @@ struct Verb {
   std::vector<Argument> arguments = {};
   // Of what its arguments' choices and ranges can't say. Throws UsageError.
   void (*check)(const Arguments&) = nullptr;
-  Findings (*run)(const ModuleLibrary&, const Arguments&);  // empty when the verb has printed
+  // Completes the arguments, before the modem is opened: asks for codes, reads them from a file.
+  void (*ask)(Arguments&) = nullptr;
+  // One of these. Findings are empty when the verb has printed; alone it needs no module either.
+  Findings (*run)(const ModuleLibrary&, const Arguments&) = nullptr;
+  Findings (*run_alone)(const Arguments&) = nullptr;
 };
 
 using Verbs = std::vector<Verb>;

@@ -64,8 +64,8 @@ class RecordingFile {
 
  private:
   [[noreturn]] void fail() const {
-    throw Failure(fmt::format("the recording {}: {}; it has {}", file_, strerror(errno),
-                              counted(count_, "sample")));
+    throw file_failure(
+        fmt::format("the recording {}, which has {}", file_, counted(count_, "sample")), errno);
   }
 
   std::string file_;

@@ -5,17 +5,25 @@
 #include <stdexcept>
 #include <string>
 
+#include "records/file_error.h"
+
 namespace zopctl {
 
 // A failure to report to the user; what() is the whole message but for the advice.
 struct Failure : std::runtime_error {
   explicit Failure(const std::string& what, int code = 1, std::string what_to_do = "")
       : std::runtime_error(what), exit_code(code), advice(std::move(what_to_do)) {}
+  explicit Failure(const records::Failure& failure) : Failure(failure.what(), 1, failure.advice) {}
   int exit_code;
   std::string advice;                // what to do next, where what() does not say it
   const char* result = "failed";     // or "interrupted"
   nlohmann::ordered_json details{};  // for programs, of a verb that prints events
 };
+
+// "WHAT: No space left on device", with its advice. WHAT names the file.
+inline Failure file_failure(const std::string& what, int error) {
+  return Failure(records::file_failure(what, error));
+}
 
 // Bad usage.
 struct UsageError : std::runtime_error {

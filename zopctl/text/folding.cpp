@@ -58,4 +58,25 @@ std::string folded(std::string_view text, size_t of_first, size_t indent, size_t
   return all;
 }
 
+// Where the last column of the line begins: what stands behind at least two blanks.
+static size_t last_column(std::string_view line) {
+  size_t begin = std::min(line.find_first_not_of(' '), line.size());
+  size_t gap = line.find("  ", begin);
+  return gap == line.npos ? begin : std::min(line.find_first_not_of(' ', gap), line.size());
+}
+
+std::string folded_list(std::string_view text, size_t columns) {
+  constexpr size_t NARROW = 4;  // in a terminal that has no room for two columns
+  std::string all;
+  while (!text.empty()) {
+    std::string line(text.substr(0, text.find('\n')));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    size_t begin = std::min(line.find_first_not_of(' '), line.size()), indent = last_column(line);
+    if (2 * indent > columns) indent = NARROW;
+    if (2 * begin > columns) line.replace(0, begin, NARROW, ' ');
+    all += folded_line(line, 0, indent, columns) + '\n';
+  }
+  return all;
+}
+
 }  // namespace zopctl

@@ -13,4 +13,7 @@ size_t terminal_columns();
 // goes on in the column indent; the others go on a little to the right of where they begin.
 std::string folded(std::string_view text, size_t of_first, size_t indent, size_t columns);
 
+// Of lists of names and what they mean: lines go on below the meaning.
+std::string folded_list(std::string_view text, size_t columns);
+
 }  // namespace zopctl

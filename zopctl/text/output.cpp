@@ -47,6 +47,7 @@ void print_table(const Findings& findings) {
     fmt::print("{}{}{}{}\n", separator, c.title, folded(section.title, 0, 2, columns), c.off);
     separator = "\n";
     for (const Item& item : section.items) {
+      if (says_nothing(item)) continue;
       std::string shown = item.value.is_null() ? "-  (" + item.shown + ")" : item.shown;
       fmt::print("  {}{:{}}{}  {}{}{}\n", c.label, item.label, width, c.off,
                  item.failed ? c.bad : "",
@@ -61,7 +62,7 @@ nlohmann::ordered_json json_of(const Findings& findings) {
   for (const Section& section : findings) {
     for (const Item& item : section.items) {
       root[section.key][item.key] = item.value;
-      if (item.value.is_null()) {
+      if (item.value.is_null() && !says_nothing(item)) {
         problems.push_back({{"item", section.key + "." + item.key},
                             {"reason", item.shown},
                             {"failure", item.failed}});

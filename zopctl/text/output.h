@@ -12,9 +12,12 @@ struct Item {
   std::string key;
   std::string label;
   nlohmann::ordered_json value;  // null if the modem did not provide it
-  std::string shown;             // for people; the reason if value is null
-  bool failed = false;           // whether the reason is a failure
+  // For people; the reason if value is null. With neither there is nothing to say, and no problem.
+  std::string shown;
+  bool failed = false;  // whether the reason is a failure
 };
+
+inline bool says_nothing(const Item& item) { return item.value.is_null() && item.shown.empty(); }
 
 struct Section {
   std::string key;

@@ -16,7 +16,7 @@ constexpr char REMOVED[] = "removed";
 // clang-format off
 static constexpr std::string_view SECRET_KEYS[] = {
     "imei", "imsi", "iccid", "esn", "phone_number", "pin", "user", "password",
-    "cell_id", "lac", "rac", "cells", "neighbors", "gsm_neighbors", "best_cells",
+    "cell_id", "lac", "rac", "cells", "neighbors", "best_cells",
     "ip_address", "dest_ip_address", "name_servers"};
 // clang-format on
 

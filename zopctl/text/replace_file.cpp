@@ -13,7 +13,7 @@
 namespace zopctl {
 
 [[noreturn]] static void fail(const std::string& path) {
-  throw Failure(path + " could not be written: " + strerror(errno));
+  throw file_failure(path + " could not be written", errno);
 }
 
 static bool write_all(int fd, std::string_view text) {

@@ -37,7 +37,7 @@ std::string sha256_of(const std::filesystem::path& path) {
     std::vector<uint8_t> bytes(piece.begin(), piece.begin() + file.gcount());
     sha256_update(&context, bytes.size(), bytes.data());
   }
-  if (!file.eof()) throw Failure(path.string() + " can't be read: " + strerror(errno));
+  if (!file.eof()) throw file_failure(path.string() + " can't be read", errno);
   return digest_of(context);
 }
 

@@ -31,7 +31,7 @@ static const char* const STATE_NAMES[] = {"ok", "look", "bad"};
 
 static Item line(const char* key, const char* label, const Check& check) {
   std::string advice = check.advice.empty() ? "" : "; " + check.advice;
-  Json value = {{"state", STATE_NAMES[check.state]}, {"found", check.found}, {"advice", nullptr}};
+  Json value = {{"result", STATE_NAMES[check.state]}, {"found", check.found}, {"advice", nullptr}};
   if (!check.advice.empty()) value["advice"] = check.advice;
   std::string text = fmt::format("{:4}  {}{}", STATE_NAMES[check.state], check.found, advice);
   return {key, label, value, text, check.state == Check::BAD};

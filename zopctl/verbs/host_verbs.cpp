@@ -42,12 +42,19 @@ static std::string why_unknown() {
   return is_whole ? "" : "what was kept of the last check is damaged";
 }
 
+// 001 is that of test networks. The module takes a number out of any text.
+static bool is_country(int mcc) { return mcc == 1 || (mcc >= 200 && mcc <= 999); }
+
 static Findings show_mcc(const ModuleLibrary& m, const Arguments&) {
   int mcc = 0;
   std::string unknown_for = why_unknown();
   LogCapture log(m, VURN_LOG_INFO);
   require_host(m.vurn_get_mcc(&mcc), "country");
   std::string text = fmt::format("{:03}", mcc);
+  if (!is_country(mcc))
+    return one_section("country", "Country",
+                       {failed("mcc", "MCC", "the modem gave " + text + ", which is none"),
+                        unknown("changed", "Changed", "the country is not known")});
   bool has_changed = log.has("zop:mccchanged:");
   Item changed =
       shown("changed", "Changed", has_changed, has_changed ? "yes, since the last check" : "no");

@@ -1,6 +1,8 @@
 // zopctl plmn: the PLMN lists of the SIM.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <sstream>
 
@@ -25,12 +27,19 @@ static std::string technology(uint8_t first, uint8_t second) {
   return fmt::format("{}_{}", first, second);
 }
 
+// Null for what is no part of a PLMN.
+static Json digits(View field, size_t least) {
+  std::string text = printable(field);
+  bool good = text.size() >= least && std::ranges::all_of(text, isdigit);
+  return good ? Json(text) : Json();
+}
+
 // The block starts with its number of entries. An entry has 6 bytes, or 8 with technology.
 static void add_entries(Json& list, View block, size_t width) {
   size_t count = std::min<size_t>(block[0], (block.size() - 1) / width);
   for (size_t i = 0; i < count; ++i) {
     View entry = block.subspan(1 + i * width, width);
-    Json plmn = {{"mcc", printable(entry.first(3))}, {"mnc", printable(entry.subspan(3, 3))}};
+    Json plmn = {{"mcc", digits(entry.first(3), 3)}, {"mnc", digits(entry.subspan(3, 3), 2)}};
     if (width == ENTRY) plmn["technology"] = technology(entry[6], entry[7]);
     list.push_back(plmn);
   }
@@ -40,7 +49,10 @@ static std::string text_of(const Json& list) {
   std::string text;
   for (const Json& plmn : list) {
     if (!text.empty()) text += ", ";
-    text += fmt::format("{}-{}", plmn["mcc"].get<std::string>(), plmn["mnc"].get<std::string>());
+    auto part = [&](const char* key) {
+      return plmn[key].is_null() ? "?" : plmn[key].get<std::string>();
+    };
+    text += part("mcc") + "-" + part("mnc");
     if (plmn.contains("technology"))
       text += fmt::format(" {}", plmn["technology"].get<std::string>());
   }

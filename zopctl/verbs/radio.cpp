@@ -1,6 +1,8 @@
 // zopctl signal, cells: signal levels, and the cells that the modem receives.
 #include <fmt/format.h>
 
+#include <tuple>
+
 #include "zopctl/host/refusals.h"
 #include "zopctl/host/standard_output.h"
 #include "zopctl/text/bytes_text.h"
@@ -40,26 +42,42 @@ static Findings read_signal(const ModuleLibrary& m) {
 
 static int signed16(const uint8_t* p) { return static_cast<int16_t>(le16(p)); }
 
-static Item wcdma_set(const char* key, const char* label, unsigned (*get)(uint8_t*, uint32_t*)) {
+static std::string append_set(unsigned (*get)(uint8_t*, uint32_t*), const char* set, Item& all) {
   uint8_t cells[ZOP_CELL_RECORD_SIZE * 255];
   uint32_t count = 255;
-  if (std::string why = problem(get(cells, &count)); !why.empty()) return failed(key, label, why);
-  Json list = Json::array();
-  std::string text;
+  if (std::string why = problem(get(cells, &count)); !why.empty()) return why;
   for (uint32_t i = 0; i < count; ++i) {
     const uint8_t* cell = cells + size_t{ZOP_CELL_RECORD_SIZE} * i;
     int code = le16(cell + 2);
     int ecio = signed16(cell + 4);
-    list.push_back({{"scrambling_code", code}, {"ecio_db", ecio}});
-    text += fmt::format("{}{} ({} dB)", text.empty() ? "" : ", ", code, ecio);
+    all.value.push_back({{"set", set}, {"scrambling_code", code}, {"ecio_db", ecio}});
+    all.shown += fmt::format("{}{} ({} dB, {})", all.shown.empty() ? "" : ", ", code, ecio, set);
   }
-  return shown(key, label, list, text.empty() ? "(none)" : text);
+  return "";
+}
+
+// As in a report. A set that the modem does not give has a line of its own: the list lacks it.
+static Section wcdma_cells(const ModuleLibrary& m) {
+  Section section{"wcdma",
+                  "WCDMA, by scrambling code and Ec/Io",
+                  {shown("cells", "WCDMA cells", Json::array(), "")}};
+  for (auto [set, label, get] :
+       {std::tuple("active", "Active set", m.zop_get_active_set_list),
+        std::tuple("monitored", "Monitored set", m.zop_get_monitored_set_list),
+        std::tuple("detected", "Detected set", m.zop_get_detected_set_list)}) {
+    std::string why = append_set(get, set, section.items.front());
+    if (!why.empty()) section.items.push_back(failed(set, label, why));
+  }
+  Item& cells = section.items.front();
+  if (cells.shown.empty()) cells.shown = "none";
+  if (section.items.size() > 3) cells = failed("cells", "WCDMA cells", section.items.back().shown);
+  return section;
 }
 
 static Item gsm_neighbors(const ModuleLibrary& m) {
   uint8_t bytes[ZOP_NEIGHBOR_LIST_SIZE];
   std::string why = problem(m.zop_get_neighbor_cell_list(bytes));
-  if (!why.empty()) return failed("gsm_neighbors", "GSM neighbours", why);
+  if (!why.empty()) return failed("neighbors", "GSM neighbours", why);
   Json list = Json::array();
   std::string text;
   uint32_t count = std::min<uint32_t>(le16(bytes), 32);
@@ -70,15 +88,11 @@ static Item gsm_neighbors(const ModuleLibrary& m) {
     list.push_back({{"arfcn", arfcn}, {"bsic", cell[4]}, {"rssi_dbm", rssi}});
     text += fmt::format("{}{} ({} dBm)", text.empty() ? "" : ", ", arfcn, rssi);
   }
-  return shown("gsm_neighbors", "GSM neighbours", list, text.empty() ? "(none)" : text);
+  return shown("neighbors", "GSM neighbours", list, text.empty() ? "none" : text);
 }
 
 static Findings read_cells(const ModuleLibrary& m) {
-  return one_section(
-      "cells", "Cells, WCDMA by scrambling code and Ec/Io, GSM by ARFCN and RSSI",
-      {wcdma_set("active", "WCDMA active", m.zop_get_active_set_list),
-       wcdma_set("monitored", "WCDMA monitored", m.zop_get_monitored_set_list),
-       wcdma_set("detected", "WCDMA detected", m.zop_get_detected_set_list), gsm_neighbors(m)});
+  return {wcdma_cells(m), {"gsm", "GSM, by ARFCN and RSSI", {gsm_neighbors(m)}}};
 }
 
 static Findings signal(const ModuleLibrary& m, const Arguments& arguments) {

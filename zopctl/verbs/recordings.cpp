@@ -25,7 +25,7 @@ static const records::Callbacks CALLBACKS = {check_signals, warn};
 
 constexpr unsigned MAX_JOBS = 64;
 
-static Findings parse_log(const ModuleLibrary&, const Arguments& arguments) {
+static Findings parse_log(const Arguments& arguments) {
   auto files = arguments.lists.find("FILE");
   bool has_files = files != arguments.lists.end();
   unsigned processors = std::clamp(std::thread::hardware_concurrency(), 1U, MAX_JOBS);
@@ -51,7 +51,7 @@ static std::string output_of(const Arguments& arguments, const std::vector<std::
   return output;
 }
 
-static Findings html(const ModuleLibrary&, const Arguments& arguments) {
+static Findings html(const Arguments& arguments) {
   const std::vector<std::string>& inputs = arguments.lists.at("INPUT");
   if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
     throw UsageError("standard input can be read only once");
@@ -74,7 +74,6 @@ static Findings html(const ModuleLibrary&, const Arguments& arguments) {
 
 const Verb PARSE_LOG = {.name = "parse-log",
                         .help = "extract the reports from device logs, one JSON object each",
-                        .need = Session::LIBRARY,
                         .arguments = {{.name = "FILE",
                                        .help = "logs, oldest first; default standard input",
                                        .optional = true,
@@ -82,16 +81,15 @@ const Verb PARSE_LOG = {.name = "parse-log",
                                       {.name = "--jobs",
                                        .help = "threads that read; default one for each processor",
                                        .range = Range{1, MAX_JOBS}}},
-                        .run = parse_log};
+                        .run_alone = parse_log};
 const Verb HTML = {.name = "html",
                    .help = "make an HTML page of reports (--json), recordings and parsed logs",
-                   .need = Session::LIBRARY,
                    .arguments = {{.name = "INPUT",
                                   .help = "files, each a section of the page; - is standard input",
                                   .list = true},
                                  {.name = "--output",
                                   .help = "the page; default standard output",
                                   .short_name = "-o"}},
-                   .run = html};
+                   .run_alone = html};
 
 }  // namespace zopctl

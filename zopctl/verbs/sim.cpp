@@ -43,47 +43,65 @@ static std::string line_of(std::istream& in) {
 }
 
 namespace {
-// The codes that a verb needs, taken in the order in which they are asked for.
+// The codes that are not on the command line, taken in the order in which they are asked for.
 class Codes {
  public:
-  explicit Codes(const Arguments& arguments) : arguments_(arguments) {
-    if (!arguments.has("--pin-file")) return;
-    from_file_ = true;
+  explicit Codes(const Arguments& arguments) : from_file_(arguments.has("--pin-file")) {
+    if (!from_file_ || arguments.text("--pin-file") == "-") return;
     const std::string& name = arguments.text("--pin-file");
-    if (name == "-") return;
     file_.open(name);
-    if (!file_)
-      throw Failure("can't read " + name + ": " + strerror(errno), 1, "name a file of codes");
+    if (!file_) throw file_failure("can't read " + name, errno);
   }
 
-  Code take(const std::string& option, const char* what) {
-    std::string text = text_of(option, what);
-    check_signals();
-    return code_of(text, what);
-  }
-
- private:
-  std::string text_of(const std::string& option, const char* what) {
-    if (arguments_.has(option)) return arguments_.text(option);
+  std::string take(const char* what) {
     if (from_file_) return line_of(file_.is_open() ? file_ : std::cin);
     return isatty(STDIN_FILENO) != 0 ? ask_hidden(std::string(what) + ": ") : line_of(std::cin);
   }
 
-  const Arguments& arguments_;
-  bool from_file_ = false;
+ private:
+  bool from_file_;
   std::ifstream file_;  // closed: standard input
+};
+
+// An option of a code, and what it is called.
+struct CodeOption {
+  const char* option;
+  const char* what;
 };
 }  // namespace
 
-// Those of the command line; the others are asked for when the modem is there.
+static constexpr CodeOption THE_PIN = {"--pin", "PIN"}, THE_OLD_PIN = {"--pin", "old PIN"},
+                            THE_NEW_PIN = {"--new-pin", "new PIN"},
+                            THE_KEY = {"--key", "unblocking key"};
+
+// Those of the command line.
 static void check_codes(const Arguments& arguments) {
-  for (auto [option, what] : {std::pair("--pin", "PIN"), std::pair("--new-pin", "new PIN"),
-                              std::pair("--key", "unblocking key")}) {
+  for (auto [option, what] : {THE_PIN, THE_NEW_PIN, THE_KEY}) {
     if (!arguments.has(option)) continue;
     code_of(arguments.text(option), what);
     if (arguments.has("--pin-file"))
       throw UsageError(std::string(option) + " and --pin-file give the same code");
   }
+}
+
+// The others. None that is no code opens the modem.
+static void ask_codes(Arguments& arguments, std::initializer_list<CodeOption> wanted) {
+  Codes codes(arguments);
+  for (auto [option, what] : wanted) {
+    if (arguments.has(option)) continue;
+    std::string text = codes.take(what);
+    check_signals();
+    code_of(text, what);
+    arguments.texts[option] = text;
+  }
+}
+
+static void ask_pin(Arguments& arguments) { ask_codes(arguments, {THE_PIN}); }
+static void ask_pins(Arguments& arguments) { ask_codes(arguments, {THE_OLD_PIN, THE_NEW_PIN}); }
+static void ask_key(Arguments& arguments) { ask_codes(arguments, {THE_KEY, THE_NEW_PIN}); }
+
+static Code given(const Arguments& arguments, const CodeOption& code) {
+  return code_of(arguments.text(code.option), code.what);
 }
 
 static std::vector<Item> card_state(const ModuleLibrary& m) {
@@ -118,17 +136,17 @@ using TwoCodes = unsigned (*)(const uint8_t*, uint32_t, const uint8_t*, uint32_t
 
 static Findings with_pin(const ModuleLibrary& m, const Arguments& arguments, OneCode operate,
                          const char* what) {
-  Code pin = Codes(arguments).take("--pin", "PIN");
+  Code pin = given(arguments, THE_PIN);
   uint32_t refused = 0;
   require(operate(pin.bytes, pin.length, &refused), what, AFTER_SILENCE);
   return outcome(m, refused);
 }
 
-static Findings with_new_pin(const ModuleLibrary& m, const Code& old_code, const Code& pin,
-                             TwoCodes operate, const char* what) {
+static Findings with_new_pin(const ModuleLibrary& m, const Arguments& arguments,
+                             const CodeOption& old_code, TwoCodes operate, const char* what) {
+  Code old = given(arguments, old_code), pin = given(arguments, THE_NEW_PIN);
   uint32_t refused = 0;
-  require(operate(old_code.bytes, old_code.length, pin.bytes, pin.length, &refused), what,
-          AFTER_SILENCE);
+  require(operate(old.bytes, old.length, pin.bytes, pin.length, &refused), what, AFTER_SILENCE);
   return outcome(m, refused);
 }
 
@@ -145,16 +163,11 @@ static Findings disable(const ModuleLibrary& m, const Arguments& arguments) {
 }
 
 static Findings change(const ModuleLibrary& m, const Arguments& arguments) {
-  Codes codes(arguments);
-  Code old_pin = codes.take("--pin", "old PIN");
-  return with_new_pin(m, old_pin, codes.take("--new-pin", "new PIN"), m.zop_simcard_change,
-                      "change");
+  return with_new_pin(m, arguments, THE_OLD_PIN, m.zop_simcard_change, "change");
 }
 
 static Findings unblock(const ModuleLibrary& m, const Arguments& arguments) {
-  Codes codes(arguments);
-  Code key = codes.take("--key", "unblocking key");
-  return with_new_pin(m, key, codes.take("--new-pin", "new PIN"), m.zop_simcard_unblock, "unblock");
+  return with_new_pin(m, arguments, THE_KEY, m.zop_simcard_unblock, "unblock");
 }
 
 static const Argument PIN = {
@@ -177,30 +190,35 @@ const Verbs SIM_VERBS = {
      .help = "enter the PIN",
      .arguments = {PIN, PIN_FILE},
      .check = check_codes,
+     .ask = ask_pin,
      .run = verify},
     {.noun = "sim",
      .name = "enable",
      .help = "enable the PIN",
      .arguments = {PIN, PIN_FILE},
      .check = check_codes,
+     .ask = ask_pin,
      .run = enable},
     {.noun = "sim",
      .name = "disable",
      .help = "disable the PIN",
      .arguments = {PIN, PIN_FILE},
      .check = check_codes,
+     .ask = ask_pin,
      .run = disable},
     {.noun = "sim",
      .name = "change",
      .help = "change the PIN",
      .arguments = {OLD_PIN, NEW_PIN, PIN_FILE},
      .check = check_codes,
+     .ask = ask_pins,
      .run = change},
     {.noun = "sim",
      .name = "unblock",
      .help = "replace a blocked PIN, with the unblocking key",
      .arguments = {KEY, NEW_PIN, PIN_FILE},
      .check = check_codes,
+     .ask = ask_key,
      .run = unblock},
 };
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstring>
 
 #include "zopctl/host/refusals.h"
@@ -88,17 +89,17 @@ static Section sim(const ModuleLibrary& m) {
   std::string reason = problem(m.zop_simcard_status(&status, &lock, &retries));
   if (!reason.empty()) {
     section.items = {failed("status", "Status", reason), failed("lock", "PIN", reason),
-                     failed("pin_retries", "PIN tries left", reason)};
+                     failed("pin_retries", "PIN tries left", reason),
+                     shown("advice", "What to do", nullptr, "")};
     return section;
   }
   std::string advice = sim_advice(status, lock);
   section.items = {coded("status", "Status", status, sim_status(status)),
                    coded("lock", "PIN", lock, lock_status(lock)),
                    shown("pin_retries", "PIN tries left", retries, std::to_string(retries))};
-  if (!advice.empty()) {
-    section.items.push_back(shown("advice", "What to do", advice, advice));
-    section.items.back().failed = true;
-  }
+  Item what_to_do = shown("advice", "What to do", nullptr, "");
+  if (!advice.empty()) what_to_do = {"advice", "What to do", advice, advice, true};
+  section.items.push_back(what_to_do);
   return section;
 }
 
@@ -121,12 +122,23 @@ static Item location_area(const ModuleLibrary& m) {
   return shown("lac", "LAC", lac, fmt::format("{0} (0x{0:X})", lac));
 }
 
+// A part of a PLMN: digits, or it is no value.
+template <typename Character>
+static Item digits(const char* key, const char* label, unsigned (*get)(Character*, uint32_t*),
+                   size_t least) {
+  Item item = text(key, label, get);
+  const std::string& value = item.shown;
+  bool good = value.size() >= least && value.size() <= 3 && std::ranges::all_of(value, isdigit);
+  if (item.value.is_null() || good) return item;
+  return failed(key, label, fmt::format("the modem gave \"{}\"", value));
+}
+
 static Section network(const ModuleLibrary& m) {
   return {"network",
           "Network",
-          {text("name", "Name", m.zop_get_network_name), text("mcc", "MCC", m.zop_get_mcc),
-           text("mnc", "MNC", m.zop_get_mnc), location_area(m), number("rac", "RAC", m.zop_get_rac),
-           number("cell_id", "Cell", m.zop_get_cell_id),
+          {text("name", "Name", m.zop_get_network_name), digits("mcc", "MCC", m.zop_get_mcc, 3),
+           digits("mnc", "MNC", m.zop_get_mnc, 2), location_area(m),
+           number("rac", "RAC", m.zop_get_rac), number("cell_id", "Cell", m.zop_get_cell_id),
            coded("registration", "Registration", m.zop_get_registration_status, registration),
            roaming(m), coded("service", "Service", m.zop_get_service_status, service)}};
 }

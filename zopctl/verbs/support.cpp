@@ -84,7 +84,7 @@ static Json hashes_of(const std::string& folder) {
   std::vector<fs::path> paths;
   for (const auto& entry : fs::directory_iterator(folder, error))
     if (entry.is_regular_file()) paths.push_back(entry.path());
-  if (error) throw Failure("can't read " + folder + ": " + error.message());
+  if (error) throw file_failure("can't read " + folder, error.value());
   std::ranges::sort(paths);
   for (const fs::path& path : paths) {
     check_signals();

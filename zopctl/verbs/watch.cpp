@@ -49,19 +49,24 @@ void watch(const Arguments& arguments, const std::function<WatchSample()>& sampl
 
 static std::string line_of(const Findings& findings) {
   std::string line;
-  for (const Item& item : findings.front().items) {
-    std::string value = item.value.is_null() ? "- (" + item.shown + ")" : item.shown;
-    line += fmt::format("{}{} {}", line.empty() ? "" : "; ", item.label, value);
+  for (const Section& section : findings) {
+    for (const Item& item : section.items) {
+      std::string value = item.value.is_null() ? "- (" + item.shown + ")" : item.shown;
+      line += fmt::format("{}{} {}", line.empty() ? "" : "; ", item.label, value);
+    }
   }
   return line;
+}
+
+static bool has_failed(const Section& section) {
+  return std::ranges::all_of(section.items, &Item::failed);
 }
 
 void watch_findings(const ModuleLibrary& m, const Arguments& arguments,
                     Findings (*run)(const ModuleLibrary&)) {
   auto sample = [&]() -> WatchSample {
     Findings found = run(m);
-    return {json_of(found), line_of(found),
-            std::ranges::all_of(found.front().items, &Item::failed)};
+    return {json_of(found), line_of(found), std::ranges::all_of(found, has_failed)};
   };
   auto reopen = [&] {
     m.zop_close();

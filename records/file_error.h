@@ -1,0 +1,16 @@
+// Errors of files: what to do about them. The one table of it, for the libraries and the programs.
+#pragma once
+
+#include <string>
+
+#include "records/reading.h"
+
+namespace records {
+
+// By errno; it never is empty.
+const char* advice_after(int error);
+
+// "WHAT: No space left on device", with its advice. WHAT names the file.
+Failure file_failure(const std::string& what, int error);
+
+}  // namespace records
