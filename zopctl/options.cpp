@@ -113,7 +113,7 @@ static std::string help_of(const Argument& argument) {
 static void add_argument(CLI::App& app, const Argument& argument, Parsed& parsed) {
   Slot& slot = parsed.slots.emplace_back(Slot{argument.name, "", {}, nullptr});
   if (argument.flag) {
-    slot.option = app.add_flag(slot.name, argument.help);
+    slot.option = app.add_flag(slot.name, argument.help)->disable_flag_override();
     return;
   }
   if (argument.list) {
@@ -164,23 +164,45 @@ static void take_verb(const std::list<Parsed>& all, Options& options) {
   }
 }
 
-// What was wrong, and which help tells more.
-static UsageError usage_error(CLI::App& app, const std::string& sim, const CLI::ParseError& error) {
-  bool unknown_word = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
-  std::string word = unknown_word ? app.remaining(true).front() : "";
-  if (sim == "-" && unknown_word && !word.starts_with("-")) {  // --sim without a name
-    return UsageError(fmt::format("no verb \"{0}\"; for a scenario use --sim={0}", word));
-  }
+// How far the words were understood: the program, a noun or a verb.
+static std::pair<const CLI::App*, std::string> understood(const CLI::App& app) {
+  const CLI::App* last = &app;
   std::string command = "zopctl";
-  for (CLI::App* verb = &app; !verb->get_subcommands().empty();) {
-    verb = verb->get_subcommands().front();
-    command += " " + verb->get_name();
+  while (!last->get_subcommands().empty()) {
+    last = last->get_subcommands().front();
+    command += " " + last->get_name();
   }
-  if (unknown_word && app.get_subcommands().empty()) {
-    const char* kind = word.starts_with("-") ? "option" : "verb";
-    return UsageError(fmt::format("no {} \"{}\"; zopctl --help lists them", kind, word));
-  }
-  return UsageError(fmt::format("{}; {} --help tells more", error.what(), command));
+  return {last, command};
+}
+
+// Where a verb should be there is another word, or none. Nothing: the fault is another one.
+static std::string wrong_verb(const CLI::App& app, const std::string& sim,
+                              const CLI::ParseError& error) {
+  auto [last, command] = understood(app);
+  bool takes_verb = !last->get_subcommands([](const CLI::App*) { return true; }).empty();
+  bool is_extra = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+  bool is_missing = takes_verb && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  if (!is_extra && !is_missing) return "";
+  std::vector<std::string> words = app.remaining(true);
+  if (words.empty()) return fmt::format("no verb; {} --help lists them", command);
+  const std::string& word = words.front();
+  bool is_option = word.starts_with("-");
+  if (sim == "-" && is_extra && !is_option)  // --sim without a name
+    return fmt::format("no verb \"{0}\"; for a scenario use --sim={0}", word);
+  if (!takes_verb) return "";
+  const char* kind = is_option ? "option" : "verb";
+  return fmt::format("no {} \"{}\"; {} --help lists them", kind, word, command);
+}
+
+// What was wrong, and which help tells more.
+static UsageError usage_error(const CLI::App& app, const std::string& sim,
+                              const CLI::ParseError& error) {
+  std::string text = wrong_verb(app, sim, error);
+  if (!text.empty()) return UsageError(text);
+  text = error.what();
+  size_t flag = text.find(" was given a disallowed flag override");
+  if (flag != text.npos) text = fmt::format("--{} takes no value", text.substr(0, flag));
+  return UsageError(fmt::format("{}; {} --help tells more", text, understood(app).second));
 }
 
 // Also into a file or a pager it is narrow enough to be read.

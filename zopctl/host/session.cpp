@@ -74,9 +74,10 @@ static Session::Need open_modem(const ModuleLibrary& module, Session::Need need)
   check_signals();
   if (answers_as_boot_rom()) throw Failure(CRASHED, 1, SAVE_MEMORY);
   if (need == Session::AT_LEAST_LINK) return open_link(module), Session::LINK;
-  throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) +
-                ": no answer on the port, or no usable SIM; zopctl sim status shows the SIM, "
-                "--log error what the module says");
+  std::string refusal = take_refusal();
+  std::string why = refusal.empty() ? "no answer on the port, or no usable SIM" : refusal;
+  throw Failure("the modem could not be opened: vurn_open, " + vurn_result(result) + ": " + why, 1,
+                "zopctl sim status shows the SIM, --log error what the module says");
 }
 
 // What must not be disturbed is not begun without a lock.

@@ -111,6 +111,7 @@ void watch_signals() {
   hurry_when(may_hurry);
   wake_up = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   for (int signal : {SIGINT, SIGTERM, SIGHUP}) catch_signal(signal);
+  signal(SIGXFSZ, SIG_IGN);  // a file that is too large is an error of that file
 }
 
 // Ctrl-\, which people try when Ctrl-C does not help, would leave a modem half written.

@@ -70,7 +70,8 @@ static Section wcdma_cells(const ModuleLibrary& m) {
   }
   Item& cells = section.items.front();
   if (cells.shown.empty()) cells.shown = "none";
-  if (section.items.size() > 3) cells = failed("cells", "WCDMA cells", section.items.back().shown);
+  if (section.items.size() > 3)
+    cells = failed("cells", "WCDMA cells", "none of the three sets could be read");
   return section;
 }
 

@@ -117,8 +117,10 @@ static Findings outcome(const ModuleLibrary& m, uint32_t refused) {
   std::vector<Item> items = card_state(m);
   Item result = yes_or_no("accepted", "Accepted", refused == 0);
   uint32_t left = items.back().value.get<uint32_t>();
+  bool has_card = items.front().value["code"] != ZOP_SIM_NO_CARD;
   if (refused != 0)
-    result.shown = "no, the card refused it; " + counted(left, "try", "tries") + " left";
+    result.shown = has_card ? "no, the card refused it; " + counted(left, "try", "tries") + " left"
+                            : "no, there is no card";
   result.failed = refused != 0;
   items.insert(items.begin(), result);
   return one_section("sim", "SIM", items);
