@@ -1,8 +1,11 @@
 // Whether the file is read or written is not known here: the advice fits both.
 #include "records/file_error.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 namespace records {
 
@@ -37,6 +40,12 @@ const char* advice_after(int error) {
   for (const Row& row : ROWS)
     if (row.error == error) return row.advice;
   return "name another file, or one on another disk";
+}
+
+int read_error(const std::string& path) {
+  std::error_code error;
+  if (access(path.c_str(), R_OK) != 0) return errno;
+  return std::filesystem::is_directory(path, error) ? EISDIR : 0;
 }
 
 Failure file_failure(const std::string& what, int error) {

@@ -9,6 +9,8 @@
 #include <iterator>
 #include <optional>
 
+#include "simulator/line/private_file.h"
+
 namespace sim {
 
 namespace {
@@ -201,8 +203,8 @@ std::vector<CapturedPacket> parse_capture(View file, const std::string& name) {
 }
 
 std::vector<CapturedPacket> load_capture(const std::string& path) {
+  if (int error = read_error(path)) throw CaptureError(path + ": " + strerror(error));
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw CaptureError(path + ": " + strerror(errno));
   Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   return parse_capture(bytes, path);
 }

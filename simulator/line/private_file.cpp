@@ -23,4 +23,10 @@ int make_private_file(const std::string& path) {
   return -1;
 }
 
+int read_error(const std::string& path) {
+  if (access(path.c_str(), R_OK) != 0) return errno;
+  struct stat found = {};
+  return stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) ? EISDIR : 0;
+}
+
 }  // namespace sim

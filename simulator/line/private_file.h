@@ -9,4 +9,7 @@ namespace sim {
 // file keeps its mode. Returns the descriptor, or -1 with errno.
 int make_private_file(const std::string& path);
 
+// Why a file can't be read, as an errno; 0 when it can. Streams open folders.
+int read_error(const std::string& path);
+
 }  // namespace sim

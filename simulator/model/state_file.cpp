@@ -72,6 +72,9 @@ static std::string reason_of(const Json::exception& error) {
 
 void StateFile::load(Model& model) {
   if (path_.empty() || !std::filesystem::exists(path_)) return;
+  if (int error = read_error(path_))
+    throw std::runtime_error("can't read the state: " + path_ + ": " + strerror(error) +
+                             "; name another file");
   try {
     std::ifstream file(path_);
     apply_state(Json::parse(file), model);
@@ -84,7 +87,7 @@ void StateFile::load(Model& model) {
 
 [[noreturn]] static void fail(const std::string& path) {
   throw std::runtime_error("can't save the state to " + path + ": " + strerror(errno) +
-                           "; name a file on another disk");
+                           "; name another file");
 }
 
 static void write_file(const std::string& path, const std::string& text) {

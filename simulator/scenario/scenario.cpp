@@ -5,12 +5,11 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
+#include "simulator/line/private_file.h"
 #include "simulator/scenario/list_settings.h"
 
 namespace sim {
@@ -372,10 +371,8 @@ Scenario parse_scenario(const std::string& text, const std::string& name) {
 }
 
 Scenario load_scenario(const std::string& path) {
+  if (int error = read_error(path)) throw ScenarioError(path + ": " + strerror(error));
   std::ifstream file(path);
-  int error = file ? EISDIR : errno;
-  if (!file || std::filesystem::is_directory(path))
-    throw ScenarioError(path + ": " + strerror(error));
   std::stringstream text;
   text << file.rdbuf();
   return parse_scenario(text.str(), path);

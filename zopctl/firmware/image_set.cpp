@@ -114,7 +114,8 @@ static std::string first_line(const fs::path& path) {
 static void check_folder(ImageSet& set) {
   const std::string& folder = set.folder;
   std::error_code ignored;
-  if (!fs::is_directory(folder, ignored)) set.folder_problem = "no such folder";
+  if (!fs::is_directory(folder, ignored))
+    set.folder_problem = fs::exists(folder, ignored) ? "not a folder" : "no such folder";
   if (folder.size() + (folder.ends_with('/') ? 0 : 1) > MAX_FOLDER_LENGTH) {
     set.folder_problem = fmt::format("its path is longer than {} characters", MAX_FOLDER_LENGTH);
   }

@@ -25,6 +25,11 @@ inline Failure file_failure(const std::string& what, int error) {
   return Failure(records::file_failure(what, error));
 }
 
+// Of a file that is about to be read. Streams open folders.
+inline void require_readable(const std::string& path) {
+  if (int error = records::read_error(path)) throw file_failure(path, error);
+}
+
 // Bad usage.
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;

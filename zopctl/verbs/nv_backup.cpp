@@ -166,8 +166,8 @@ static NvItem item_of(const Json& saved) {
 }
 
 static Backup read_backup(const std::string& path) {
+  require_readable(path);
   std::ifstream file(path);
-  if (!file) throw file_failure(path, errno);
   Json root = Json::parse(file, nullptr, false);
   if (!root.is_object() || root.value("format", Json()) != FORMAT)
     refuse(path, "this is no file of nv backup, or of a later version");

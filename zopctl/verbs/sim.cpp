@@ -49,8 +49,9 @@ class Codes {
   explicit Codes(const Arguments& arguments) : from_file_(arguments.has("--pin-file")) {
     if (!from_file_ || arguments.text("--pin-file") == "-") return;
     const std::string& name = arguments.text("--pin-file");
+    require_readable(name);
     file_.open(name);
-    if (!file_) throw file_failure("can't read " + name, errno);
+    if (!file_) throw file_failure(name, errno);
   }
 
   std::string take(const char* what) {
