@@ -68,7 +68,6 @@ void Terminal::plug_in() {
     int error = errno;
     std::string link = std::move(link_);
     link_.clear();  // not ours: leave it alone at the end
-    errno = error;
     throw std::runtime_error("can't make the link " + link + ": " + strerror(error) +
                              "; name another, or remove it first");
   }
