@@ -70,7 +70,8 @@ TEST_F(SimulatorProgram, a_link_that_was_left_does_not_lead_to_the_next_owner_of
   EXPECT_EQ(program.line(), link);
   EXPECT_NE(std::filesystem::canonical(link), std::filesystem::canonical(folder / "other"));
   Program refused({SIMULATOR, "--link", link});
-  EXPECT_EQ(refused.line(), "zop-modem-sim: can't make the link " + link + ": File exists");
+  EXPECT_EQ(refused.line(), "zop-modem-sim: can't make the link " + link +
+                                ": File exists; name another, or remove it first");
 }
 
 TEST_F(SimulatorProgram, a_command_runs_once_at_its_request_before_the_answer) {

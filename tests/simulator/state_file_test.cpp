@@ -66,6 +66,7 @@ TEST_F(SimulatorState, errors_name_the_file) {
   };
   EXPECT_TRUE(message(path, &StateFile::load).starts_with(path + " is n"));
   EXPECT_EQ(message("/nowhere/state", &StateFile::save),
-            "can't save the state to /nowhere/state.new: No such file or directory");
+            "can't save the state to /nowhere/state.new: No such file or directory; name another "
+            "file");
   EXPECT_EQ(message("", &StateFile::save), "no error");
 }
