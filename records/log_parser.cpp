@@ -106,6 +106,11 @@ void append_row(std::string& out, ReportText& items, const LogReport& report) {
   out += R"(","lines":)";
   out += std::to_string(report.wanted);
   out += R"(,"report":)";
+  if (report.versions != nullptr) {
+    items.add("Library", report.versions->library);
+    items.add("Firmware", report.versions->firmware);
+    items.add("Hardware", report.versions->hardware);
+  }
   for (const std::string& line : report.lines) {
     std::string_view pairs = line;
     if (&line == &report.lines.back()) pairs = pairs.substr(0, pairs.rfind(",n="));

@@ -16,6 +16,7 @@ namespace records {
 
 // Appends the object of a report, through an empty collection of items.
 //   {"host":"one","stamp":"4c4ae3f3","time":"...","lines":2,"report":{"state":{"bars":5}}}
+// The versions, which the device logs when it starts, are in it as in a report for a host.
 void append_row(std::string& out, ReportText& items, const LogReport& report);
 
 class LogParser {

@@ -7,7 +7,9 @@
 
 namespace records {
 
-constexpr size_t BLOCK = 128;  // its newlines fit in a byte
+constexpr size_t BLOCK = 128;                 // its newlines fit in a byte
+constexpr std::string_view BEGIN = "I zop:";  // of each mark
+static_assert(REPORT_MARK.starts_with(BEGIN) && START_MARK.starts_with(BEGIN));
 
 // Passes blocks in which no mark begins, and counts their newlines. What is left may begin with
 // one, or is short. Comparing 16 bytes at a step takes a fifth of the time of std::count and
@@ -20,7 +22,7 @@ static uint64_t pass_blocks(std::string_view& text) {
     uint8_t in_block = 0, marks = 0;
     for (size_t i = 0; i < BLOCK; ++i) {
       in_block = static_cast<uint8_t>(in_block + (block[i] == '\n'));
-      bool is_z = block[i + Z] == REPORT_MARK[Z], is_p = block[i + P] == REPORT_MARK[P];
+      bool is_z = block[i + Z] == BEGIN[Z], is_p = block[i + P] == BEGIN[P];
       marks = static_cast<uint8_t>(marks | (is_z & is_p));
     }
     if (marks != 0) break;
@@ -31,6 +33,14 @@ static uint64_t pass_blocks(std::string_view& text) {
 
 static uint64_t count_newlines(std::string_view text) {
   return static_cast<uint64_t>(std::ranges::count(text, '\n'));
+}
+
+static size_t find_mark(std::string_view text) {
+  size_t at = text.find(BEGIN);
+  while (at != text.npos && !text.substr(at).starts_with(REPORT_MARK) &&
+         !text.substr(at).starts_with(START_MARK))
+    at = text.find(BEGIN, at + BEGIN.size());
+  return at;
 }
 
 void LogPiece::search() {
@@ -46,7 +56,7 @@ void LogPiece::search() {
   std::string_view text = all.substr(head.size() + 1, last - head.size());  // lines and newlines
   while (!text.empty()) {
     newlines += pass_blocks(text);
-    size_t mark = text.substr(0, BLOCK + REPORT_MARK.size() - 1).find(REPORT_MARK);
+    size_t mark = find_mark(text.substr(0, BLOCK + START_MARK.size() - 1));
     if (mark == text.npos) {
       newlines += count_newlines(text.substr(0, BLOCK));
       text.remove_prefix(std::min(text.size(), BLOCK));

@@ -66,7 +66,12 @@ void LogReports::pass(uint64_t lines) {
 void LogReports::line(std::string_view text) {
   pass(1);
   size_t mark = text.find(REPORT_MARK);
-  if (mark == std::string_view::npos) return;
+  if (mark != std::string_view::npos) return take_report_line(text, mark);
+  mark = text.find(START_MARK);
+  if (mark != std::string_view::npos) take_start(text, mark);
+}
+
+void LogReports::take_report_line(std::string_view text, size_t mark) {
   if (text.ends_with('\r')) text.remove_suffix(1);
   std::string_view body = text.substr(mark + REPORT_MARK.size());
   size_t length = 0;
@@ -75,6 +80,37 @@ void LogReports::line(std::string_view text) {
   std::string_view pairs = body.substr(length, body.size() - length - (cut ? 0 : 1));
   if (length == 0 || !pairs.starts_with(',')) return stray_(line_);
   take(host_of_header(text.substr(0, mark)), body.substr(0, length), pairs.substr(1), cut);
+}
+
+// Takes what is before the mark off the text, and the mark; false without it.
+static bool take_until(std::string_view& text, std::string_view mark, std::string& before) {
+  size_t at = text.find(mark);
+  if (at == std::string_view::npos) return false;
+  before = text.substr(0, at);
+  text.remove_prefix(at + mark.size());
+  return true;
+}
+
+void LogReports::take_start(std::string_view text, size_t mark) {
+  std::string_view host = host_of_header(text.substr(0, mark));
+  text.remove_prefix(mark + START_MARK.size());
+  Versions told;
+  bool whole = take_until(text, ", fw = ", told.library) &&
+               take_until(text, ", hw = ", told.firmware) &&
+               take_until(text, ", awake = ", told.hardware);
+  const Versions* known = versions_of(host);
+  if (!whole || (known != nullptr && *known == told)) return;
+  know(host, told);
+  started_.emplace_back(host);
+}
+
+void LogReports::know(std::string_view host, const Versions& versions) {
+  versions_.insert_or_assign(std::string(host), &*all_versions_.insert(versions).first);
+}
+
+const Versions* LogReports::versions_of(std::string_view host) const {
+  auto found = versions_.find(host);
+  return found == versions_.end() ? nullptr : found->second;
 }
 
 bool LogReports::was_done(const Device& device, std::string_view stamp) const {
@@ -151,6 +187,7 @@ void LogReports::take(std::string_view host, std::string_view stamp, std::string
 void LogReports::finish(const std::string& host, Device& device, Pending& pending) {
   pending.report.host = host;
   pending.report.stamp = pending.stamp;
+  pending.report.versions = versions_of(host);
   whole_(pending.report);
   Done done = {std::move(pending.stamp), std::move(pending.hashes)};
   if (device.done.size() < MAX_COMPLETE) {
@@ -179,6 +216,17 @@ void LogReports::forget_old() {
     bool silent = pending.empty() && line_ - at->second.last_line > MEMORY;
     at = silent ? devices_.erase(at) : std::next(at);
   }
+}
+
+std::vector<WaitingLine> LogReports::waiting() const {
+  std::vector<WaitingLine> lines;
+  for (const auto& [host, device] : devices_) {
+    for (const Pending& pending : device.pending) {
+      for (const std::string& line : pending.report.lines)
+        lines.push_back({host, pending.stamp, line});
+    }
+  }
+  return lines;
 }
 
 void LogReports::end() {

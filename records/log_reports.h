@@ -3,28 +3,43 @@
 // A line is "HEADER I zop:diag: t=STAMP,NAME=VALUE,...:"; the last line of a report ends with
 // ",n=LINES". Lines of different devices and reports may be interleaved and repeated: the host in
 // the header and the stamp tell which report a line belongs to. Only reports that began recently
-// are held in memory, however long the log.
+// are held in memory, however long the log, and the versions of each device, which it logs once
+// when it starts: "HEADER I zop:misc1:lib = LIBRARY, fw = FIRMWARE, hw = HARDWARE, awake = ...:".
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace records {
 
-constexpr std::string_view REPORT_MARK = "I zop:diag: t=";  // is in each line of a report
+// Lines with one of these are looked at: each line of a report, and a device's start.
+constexpr std::string_view REPORT_MARK = "I zop:diag: t=", START_MARK = "I zop:misc1:lib = ";
+
+struct Versions {
+  std::string library, firmware, hardware;
+  auto operator<=>(const Versions&) const = default;
+};
 
 struct LogReport {
-  std::string_view host;           // empty when the header has none
-  std::string_view stamp;          // hexadecimal, seconds since 1970
-  std::vector<std::string> lines;  // "NAME=VALUE,..." each; the last line is at the end
-  uint64_t first_line = 0;         // its number in the log, from 1
-  size_t wanted = 0;               // lines it should have; 0 until the last one has come
-  size_t cut = 0;                  // lines that are cut short
-  bool mixed = false;              // has two last lines: of two devices with one name
+  std::string_view host;               // empty when the header has none
+  std::string_view stamp;              // hexadecimal, seconds since 1970
+  std::vector<std::string> lines;      // "NAME=VALUE,..." each; the last line is at the end
+  uint64_t first_line = 0;             // its number in the log, from 1
+  size_t wanted = 0;                   // lines it should have; 0 until the last one has come
+  size_t cut = 0;                      // lines that are cut short
+  bool mixed = false;                  // has two last lines: of two devices with one name
+  const Versions* versions = nullptr;  // of the device; null until it has told
+};
+
+// A line of a report that is not complete.
+struct WaitingLine {
+  std::string host, stamp, pairs;
 };
 
 class LogReports {
@@ -38,7 +53,7 @@ class LogReports {
   // A line of the log, without its newline.
   void line(std::string_view text);
 
-  // Lines without the mark.
+  // Lines without a mark.
   void pass(uint64_t lines);
 
   // The end of the log: reports that are not complete are broken.
@@ -46,6 +61,15 @@ class LogReports {
 
   uint64_t lines() const { return line_; }       // all lines so far
   uint64_t doubled() const { return doubled_; }  // repeated lines of reports
+
+  // ---- to go on later ----
+
+  std::vector<WaitingLine> waiting() const;
+  void go_on(const WaitingLine& line) { take(line.host, line.stamp, line.pairs, false); }
+  void know(std::string_view host, const Versions& versions);
+  // Hosts whose versions have become known since the last call, or changed.
+  std::vector<std::string> take_started() { return std::exchange(started_, {}); }
+  const Versions* versions_of(std::string_view host) const;
 
  private:
   struct Pending {
@@ -68,8 +92,11 @@ class LogReports {
     using is_transparent = void;
     size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
-  using Devices = std::unordered_map<std::string, Device, Hash, std::equal_to<>>;
+  template <typename T>
+  using Hosts = std::unordered_map<std::string, T, Hash, std::equal_to<>>;
 
+  void take_report_line(std::string_view text, size_t mark);
+  void take_start(std::string_view text, size_t mark);
   void take(std::string_view host, std::string_view stamp, std::string_view pairs, bool cut);
   bool was_done(const Device& device, std::string_view stamp) const;
   bool was_done(const Device& device, std::string_view stamp, uint64_t hash) const;
@@ -80,7 +107,10 @@ class LogReports {
 
   Take whole_, broken_;
   std::function<void(uint64_t)> stray_;
-  Devices devices_;
+  Hosts<Device> devices_;
+  std::set<Versions> all_versions_;  // a fleet has few
+  Hosts<const Versions*> versions_;
+  std::vector<std::string> started_;
   uint64_t line_ = 0;
   uint64_t doubled_ = 0;
 };
