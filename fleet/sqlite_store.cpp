@@ -1,0 +1,70 @@
+// One prepared statement for all rows.
+#include "fleet/sqlite_store.h"
+
+namespace fleet {
+
+static std::string insert_statement() {
+  std::string names, places;
+  for (const Column& column : COLUMNS) {
+    names.append(names.empty() ? "" : ",").append(column.name);
+    places += places.empty() ? "?" : ",?";
+  }
+  return "INSERT OR IGNORE INTO report(" + names + ") VALUES(" + places + ")";
+}
+
+void SqliteStore::add(const Row& row) {
+  if (!insert_) insert_.emplace(database_.prepare(insert_statement()));
+  for (size_t i = 0; i < COLUMN_COUNT; ++i) {
+    int at = static_cast<int>(i) + 1;
+    if (!row[i].known) {
+      insert_->bind_null(at);
+    } else if (COLUMNS[i].type == Type::TEXT) {
+      insert_->bind(at, row[i].text);
+    } else {
+      insert_->bind(at, row[i].number);
+    }
+  }
+  insert_->run();
+  database_.changed_rows() == 1 ? ++added_ : ++doubled_;
+}
+
+static Cell cell_of(const Statement& statement, int column) {
+  Cell cell;
+  switch (statement.type(column)) {
+    case SQLITE_NULL:
+      break;
+    case SQLITE_INTEGER:
+      cell.type = Cell::NUMBER;
+      cell.number = statement.number(column);
+      break;
+    case SQLITE_FLOAT:
+      cell.type = Cell::REAL;
+      cell.real = statement.real(column);
+      break;
+    default:
+      cell.type = Cell::TEXT;
+      cell.text = statement.text(column);
+  }
+  return cell;
+}
+
+// The table is the connection's own, so a database that is only read can be asked.
+Answer SqliteStore::ask(const std::string& sql, const Ask& values) {
+  database_.execute(
+      "DROP TABLE IF EXISTS temp.ask;"
+      "CREATE TEMP TABLE ask(host TEXT, since INTEGER, until INTEGER, silent_s INTEGER,"
+      " rows INTEGER)");
+  Statement fill = database_.prepare("INSERT INTO temp.ask VALUES(?,?,?,?,?)");
+  fill.bind(1, values.host).bind(2, values.since).bind(3, values.until);
+  fill.bind(4, values.silent_s).bind(5, values.rows).run();
+  Statement statement = database_.prepare(sql);
+  Answer answer;
+  for (int i = 0; i < statement.columns(); ++i) answer.names.emplace_back(statement.name(i));
+  while (statement.next()) {
+    std::vector<Cell>& cells = answer.rows.emplace_back();
+    for (int i = 0; i < statement.columns(); ++i) cells.push_back(cell_of(statement, i));
+  }
+  return answer;
+}
+
+}  // namespace fleet

@@ -1,0 +1,24 @@
+// Rows in an SQLite database.
+#pragma once
+
+#include <optional>
+
+#include "fleet/database.h"
+#include "fleet/store.h"
+
+namespace fleet {
+
+class SqliteStore : public Store {
+ public:
+  explicit SqliteStore(Database& database) : database_(database) {}
+
+  void add(const Row& row) override;
+  void flush() override {}
+  Answer ask(const std::string& sql, const Ask& values) override;
+
+ private:
+  Database& database_;
+  std::optional<Statement> insert_;
+};
+
+}  // namespace fleet
