@@ -6,6 +6,8 @@
 
 #include <charconv>
 
+#include "records/utf8_text.h"
+
 namespace fleet {
 
 namespace json = simdjson::ondemand;
@@ -176,7 +178,6 @@ void RowMaker::Reader::read(std::string& text) {
   forbidden_ = false;
   rest_.clear();
   rest_section_ = {};
-  row_[column("host")] = {true, 0, document_["host"].get_string()};
   json::object report = document_["report"];
   for (json::field section : report) {
     std::string_view name = raw_text(section.key());
@@ -242,6 +243,8 @@ const Row& RowMaker::row_of(const records::LogReport& report) {
   records::append_row(json_, items_, report);
   row_.fill({});
   reader_->read(json_);
+  host_ = records::safe_text(report.host);
+  row_[column("host")] = {true, 0, host_};
   row_[column("time")] = {true, time_of(report.stamp), {}};
   row_[column("key")] = {true, key_of(report), {}};
   add_made_columns();

@@ -38,7 +38,7 @@ class RowMaker {
   void add_made_columns();
 
   records::ReportText items_;
-  std::string json_, stuck_;
+  std::string json_, host_, stuck_;
   Row row_;
   std::unique_ptr<Reader> reader_;
 };

@@ -9,7 +9,7 @@
 
 namespace page {
 
-static void write_head(HtmlWriter& html, const std::string& title) {
+void write_head(HtmlWriter& html, const std::string& title) {
   html.reset("<!DOCTYPE html>\n");
   html.open("html", {{"lang", "en"}}).open("head");
   html.empty("meta", {{"charset", "utf-8"}});

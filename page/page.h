@@ -14,6 +14,9 @@ using namespace records;  // whose recordings are shown
 
 std::string page_of(const std::vector<Recording>& recordings);
 
+// The beginning of any page, up to its body.
+void write_head(HtmlWriter& html, const std::string& title);
+
 // ---- parts of it, for one recording ----
 
 // The last state as tiles, and a list of what stands out over time.

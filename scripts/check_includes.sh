@@ -32,10 +32,11 @@ check simulator/scenario include simulator/line simulator/download simulator/mod
 check simulator include
 check records include
 check page records
+check fleet records page
 check zopctl/text include records
 check zopctl/host include simulator records zopctl/text
 check zopctl/live records zopctl/text zopctl/host
 check zopctl/firmware simulator zopctl/text zopctl/host
-check zopctl/verbs include records page zopctl/text zopctl/host
+check zopctl/verbs include records page fleet zopctl/text zopctl/host
 check zopctl include simulator
 exit "$failures"

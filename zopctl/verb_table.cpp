@@ -21,6 +21,9 @@ const std::vector<Noun>& nouns() {
       {"event", "events of the host platform"},
       {"sms", "text messages"},
       {"time", "the modem's clock"},
+#ifdef ZOP_FLEET
+      {"fleet", "the reports of many devices"},
+#endif
   };
   return list;
 }
@@ -49,6 +52,9 @@ static Verbs all_verbs() {
         &CALL_VERBS, &CALL_TEST_VERBS, &EVENT_VERBS, &SMS_VERBS, &TIME_VERBS}) {
     all.insert(all.end(), rows->begin(), rows->end());
   }
+#ifdef ZOP_FLEET
+  all.insert(all.end(), FLEET_VERBS.begin(), FLEET_VERBS.end());
+#endif
   return all;
 }
 
