@@ -122,14 +122,17 @@ static std::string json_of(const Row& row, size_t columns) {
   return text + "}\n";
 }
 
-void ClickhouseStore::add(const Row& row) {
+RowLine line_of(const Row& row) {
   constexpr size_t NAME_COLUMNS = column("key") + 1;
-  int64_t key = row[column("key")].number;
-  if (!keys_.insert(key).second) {
+  return {row[column("key")].number, json_of(row, NAME_COLUMNS), json_of(row, COLUMN_COUNT)};
+}
+
+void ClickhouseStore::add(RowLine line) {
+  if (!keys_.insert(line.key).second) {
     ++doubled_;
     return;
   }
-  batch_.push_back({key, json_of(row, NAME_COLUMNS), json_of(row, COLUMN_COUNT)});
+  batch_.push_back(std::move(line));
   if (batch_.size() >= BATCH_ROWS) flush();
 }
 
@@ -137,7 +140,7 @@ void ClickhouseStore::add(const Row& row) {
 
 void ClickhouseStore::drop_known() {
   std::string names;
-  for (const Line& line : batch_) names += line.name;
+  for (const RowLine& line : batch_) names += line.name;
   std::string found = query_with_table(
       "SELECT key FROM report WHERE (host, time, key) IN (SELECT host, time, key FROM names)"
       " FORMAT TSV",
@@ -149,13 +152,13 @@ void ClickhouseStore::drop_known() {
     at = std::from_chars(at, end, key).ptr;
     known.insert(key);
   }
-  doubled_ += std::erase_if(batch_, [&](const Line& line) { return known.contains(line.key); });
+  doubled_ += std::erase_if(batch_, [&](const RowLine& line) { return known.contains(line.key); });
 }
 
 // All shards have their rows before the answer comes.
 void ClickhouseStore::insert() {
   std::string rows;
-  for (const Line& line : batch_) rows += line.text;
+  for (const RowLine& line : batch_) rows += line.text;
   settled_ = false;
   http_.post({{"database", address_.database},
               {"query", "INSERT INTO report FORMAT JSONEachRow"},
@@ -182,6 +185,12 @@ void ClickhouseStore::write_batch() {
   batch_.clear();
 }
 
+void ClickhouseStore::give_up(const std::string& text) {
+  batch_.clear();
+  keys_.clear();
+  fail(text);
+}
+
 void ClickhouseStore::flush() {
   unsigned wait_s = 1;
   int64_t waited_s = 0;
@@ -189,9 +198,9 @@ void ClickhouseStore::flush() {
     try {
       write_batch();
     } catch (const Refused& error) {
-      fail(error.what());
+      give_up(error.what());
     } catch (const Unreachable& error) {
-      if (waited_s >= patience_.seconds) fail(error.what());
+      if (waited_s >= patience_.seconds) give_up(error.what());
       patience_.wait(wait_s);
       waited_s += wait_s;
       wait_s = std::min(2 * wait_s, LONGEST_WAIT_S);

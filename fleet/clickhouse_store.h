@@ -24,6 +24,14 @@ bool is_clickhouse(const std::string& text);
 // The type of a column in its table.
 std::string clickhouse_type(const Column& column);
 
+// A row as it is sent.
+struct RowLine {
+  int64_t key;
+  std::string name;  // {"host":...,"time":...,"key":...} with its newline
+  std::string text;  // the row
+};
+RowLine line_of(const Row& row);
+
 class ClickhouseStore : public Store {
  public:
   // How long a server that fails is tried again, and how to wait meanwhile.
@@ -36,16 +44,12 @@ class ClickhouseStore : public Store {
   ClickhouseStore(const std::string& address, const std::string& writer, void (*check)(),
                   const Patience& patience);
 
-  void add(const Row& row) override;
+  void add(const Row& row) override { add(line_of(row)); }
+  void add(RowLine line);
   void flush() override;
   Answer ask(const std::string& sql, const Ask& values) override;
 
  private:
-  struct Line {
-    int64_t key;
-    std::string name;  // {"host":...,"time":...,"key":...} with its newline
-    std::string text;  // the row
-  };
   void check_table();
   std::string query(const std::string& sql);
   // A table that is sent with a query.
@@ -59,11 +63,12 @@ class ClickhouseStore : public Store {
   void insert();
   void wait_for_end_of_insert();
   [[noreturn]] void fail(const std::string& text) const;
+  [[noreturn]] void give_up(const std::string& text);
 
   ClickhouseAddress address_;
   Http http_;
   Patience patience_;
-  std::vector<Line> batch_;
+  std::vector<RowLine> batch_;
   std::unordered_set<int64_t> keys_;  // of the batch
   std::string insert_id_;
   bool settled_ = false;  // no insert of ours may still run

@@ -90,6 +90,9 @@ CREATE TABLE waiting(host TEXT NOT NULL, stamp TEXT NOT NULL, pairs TEXT NOT NUL
 -- What each device has told when it started.
 CREATE TABLE version(host TEXT PRIMARY KEY, library TEXT NOT NULL, firmware TEXT NOT NULL,
   hardware TEXT NOT NULL) WITHOUT ROWID;
+-- Rows that are to be sent to servers.
+CREATE TABLE outbox(id INTEGER PRIMARY KEY, key INTEGER NOT NULL, name TEXT NOT NULL,
+  text TEXT NOT NULL);
 -- What could not become a row, and why.
 CREATE TABLE refused(why TEXT NOT NULL, text TEXT NOT NULL, PRIMARY KEY(why, text)) WITHOUT ROWID;
 )";

@@ -37,6 +37,7 @@ class Loader {
   // A line of a log that comes as it is written, and what has come is kept.
   void take_line(std::string_view line);
   void keep();
+  bool is_reading() const { return transaction_.has_value(); }  // not all is kept
 
   const Counts& counts() const { return counts_; }
 

@@ -128,9 +128,16 @@ def collector(folder, port, database, state):
 
 def send(port, lines):
     with socket.create_connection(("127.0.0.1", port)) as connection:
-        connection.sendall(b"".join(lines))
+        connection.sendall(b"".join(b"<189>" + line for line in lines))
         connection.shutdown(socket.SHUT_WR)
         connection.recv(1)  # until the collector has read all
+
+
+def children_of(server):
+    with open(f"/proc/{server.process.pid}/task/{server.process.pid}/children", encoding="utf-8") as file:
+        direct = [int(word) for word in file.read().split()]
+    return direct or [int(word) for word in subprocess.run(
+        ["ps", "-o", "pid=", "--ppid", str(server.process.pid)], stdout=subprocess.PIPE, check=False).stdout.split()]
 
 
 def ask(database, question, *options):
@@ -138,6 +145,11 @@ def ask(database, question, *options):
              "--rows", "10000000", *options]
     done = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
     return json.loads(done.stdout)["rows"] if done.returncode == 0 else None
+
+
+def rows_of(database):
+    totals = ask(database, "totals")
+    return totals[0]["reports"] if totals else 0
 
 
 def check(database, truth):
@@ -205,25 +217,31 @@ def run(folder, servers):
     with open(log, "rb") as file:
         lines = file.readlines()
     part = len(lines) // 4
+
+    def drained(sent):
+        """Whether each report in the lines that have been sent has its row."""
+        reports = len({line for line in lines[:sent] if b",n=" in line})
+        wait_for("row for each report", lambda: rows_of(database) >= reports, 300)
+
     send(rsyslog.port, lines[:part])
     shards[1].stop(signal.SIGKILL)
     say("a shard is killed while the first lines are on their way")
     send(rsyslog.port, lines[part:2 * part])
     shards[1].start()
     say("it is up again")
-    send(rsyslog.port, lines[2 * part:3 * part])
-    subprocess.run(["pkill", "-KILL", "-P", str(rsyslog.process.pid)], check=False)
+    wait_for("rows", lambda: rows_of(database) > 0)
+    for child in children_of(rsyslog):
+        os.kill(child, signal.SIGKILL)
     say("the collector is killed")
+    send(rsyslog.port, lines[2 * part:3 * part])
+    drained(3 * part)
+    say("three quarters of the lines are sent, and their rows are there")
     rsyslog.stop()
     say("rsyslog is stopped")
     rsyslog.start()
     send(rsyslog.port, lines[3 * part:])
-    say("all lines are sent")
-
-    def complete():
-        total = ask(database, "totals")
-        return total is not None and total[0]["reports"] >= truth["reports"]
-    wait_for("row for each report", complete, 600)
+    drained(len(lines))
+    say("it is up again, and all lines are sent")
     check(database, truth)
     again = load(database, log, "--state", os.path.join(folder, "other.db"))
     if again["added_rows"] != 0:
@@ -236,6 +254,7 @@ def run(folder, servers):
 
 def main():
     servers = []
+    signal.signal(signal.SIGTERM, lambda *_: fail("ended"))
     folder = tempfile.mkdtemp(prefix="zop-fleet-")
     try:
         run(folder, servers)
@@ -244,7 +263,8 @@ def main():
     finally:
         for server in reversed(servers):
             server.stop(signal.SIGKILL)
-        shutil.rmtree(folder, ignore_errors=True)
+        if not os.environ.get("KEEP"):
+            shutil.rmtree(folder, ignore_errors=True)
 
 
 main()

@@ -17,6 +17,7 @@
 #include "fleet/fleet_page.h"
 #include "fleet/follower.h"
 #include "fleet/loader.h"
+#include "fleet/outbox.h"
 #include "fleet/questions.h"
 #include "fleet/sqlite_store.h"
 #include "page/page_file.h"
@@ -51,8 +52,10 @@ static std::string state_file(const Arguments& arguments, const std::string& add
   return folder / "zopctl" / ("fleet-" + name + ".db");
 }
 
-static std::unique_ptr<fleet::Store> server(const std::string& address, const std::string& writer) {
-  fleet::ClickhouseStore::Patience patience = {PATIENCE_S, wait_seconds};
+static std::unique_ptr<fleet::ClickhouseStore> server(const std::string& address,
+                                                      const std::string& writer,
+                                                      int64_t patience_s) {
+  fleet::ClickhouseStore::Patience patience = {patience_s, wait_seconds};
   return std::make_unique<fleet::ClickhouseStore>(address, writer, check_signals, patience);
 }
 
@@ -66,24 +69,33 @@ static std::string writer_of(const std::string& state) {
 namespace {
 // Where rows go, and the database that keeps what has been read.
 struct Writing {
-  explicit Writing(const Arguments& arguments) {
+  Writing(const Arguments& arguments, bool is_live) {
     const std::string& name = arguments.text("DB");
     bool is_server = fleet::is_clickhouse(name);
     std::string file = is_server ? state_file(arguments, name) : name;
-    if (is_server) store = server(name, writer_of(file));
+    if (is_server) servers = server(name, writer_of(file), is_live ? 0 : PATIENCE_S);
     ledger.emplace(file, fleet::Database::WRITE);
-    if (!is_server) store = std::make_unique<fleet::SqliteStore>(*ledger);
-    loader.emplace(*store, *ledger, CALLBACKS, time(nullptr) + CLOCKS_APART_S);
+    if (!is_server) sqlite.emplace(*ledger);
+    if (is_server && is_live) outbox.emplace(*ledger, *servers);
+    loader.emplace(store(), *ledger, CALLBACKS, time(nullptr) + CLOCKS_APART_S);
   }
+  fleet::Store& store() {
+    if (outbox) return *outbox;
+    if (sqlite) return *sqlite;
+    return *servers;
+  }
+
+  std::unique_ptr<fleet::ClickhouseStore> servers;
   std::optional<fleet::Database> ledger;
-  std::unique_ptr<fleet::Store> store;
+  std::optional<fleet::SqliteStore> sqlite;
+  std::optional<fleet::Outbox> outbox;
   std::optional<fleet::Loader> loader;
 };
 
 struct Reading {
   explicit Reading(const std::string& name) {
     if (fleet::is_clickhouse(name)) {
-      store = server(name, "");
+      store = server(name, "", 0);
     } else {
       database.emplace(name, fleet::Database::READ);
       store = std::make_unique<fleet::SqliteStore>(*database);
@@ -106,15 +118,15 @@ static Item counted(const char* key, const char* label, uint64_t number) {
   return shown(key, label, number, std::to_string(number));
 }
 
-static Findings summary(const Writing& writing) {
+static Findings summary(Writing& writing) {
   const fleet::Counts& counts = writing.loader->counts();
   return one_section(
       "load", "Load",
       {counted("files", "Logs read", counts.files),
        counted("unchanged_files", "Logs without anything new", counts.unchanged),
        counted("lines", "Lines", counts.lines), counted("reports", "Reports", counts.reports),
-       counted("added_rows", "Rows added", writing.store->added()),
-       counted("known_rows", "Rows that were there", writing.store->doubled()),
+       counted("added_rows", "Rows added", writing.store().added()),
+       counted("known_rows", "Rows that were there", writing.store().doubled()),
        counted("doubled_lines", "Lines that came again", counts.doubled_lines),
        counted("refused", "Reports kept aside", counts.refused),
        counted("broken", "Reports without all their lines", counts.broken),
@@ -123,7 +135,7 @@ static Findings summary(const Writing& writing) {
 }
 
 static Findings load(const ModuleLibrary&, const Arguments& arguments) {
-  Writing writing(arguments);
+  Writing writing(arguments, false);
   for (const std::string& name : arguments.lists.at("LOG")) {
     writing.loader->load(name,
                          [&](int64_t done, int64_t size) { show_progress(name, done, size); });
@@ -136,9 +148,11 @@ static Findings load(const ModuleLibrary&, const Arguments& arguments) {
 
 constexpr size_t CHUNK = 1 << 16;
 
-static bool more_is_ready() {
+static bool is_ready(int wait_ms) {
   pollfd input = {STDIN_FILENO, POLLIN, 0};
-  return poll(&input, 1, 0) > 0;
+  int ready = poll(&input, 1, wait_ms);
+  check_signals();
+  return ready > 0;
 }
 
 static ssize_t read_input(std::vector<char>& chunk) {
@@ -155,21 +169,38 @@ static void answer_line(std::string_view line) {
   if (fflush(stdout) != 0) throw Failure("nobody reads the confirmations");
 }
 
+// Servers that can't be reached are tried again later: the rows are on the disk.
+static void send(Writing& writing) {
+  try {
+    if (writing.outbox) writing.outbox->send_if_due();
+  } catch (const records::Failure& failure) {
+    warn(failure.what());
+  }
+}
+
 // Without confirmations, lines are kept whenever no more are ready.
 static Findings follow(const ModuleLibrary&, const Arguments& arguments) {
-  Writing writing(arguments);
+  constexpr int PAUSE_MS = 500;
+  Writing writing(arguments, true);
   bool confirms = arguments.has("--confirm");
   std::optional<fleet::Follower> follower;
   if (confirms) follower.emplace(*writing.loader, answer_line);
   std::vector<char> chunk(CHUNK);
   records::LineSplitter splitter;
-  while (ssize_t size = read_input(chunk)) {
-    splitter.add({chunk.data(), static_cast<size_t>(size)}, [&](std::string_view line) {
+  for (bool open = true; open;) {
+    if (!is_ready(PAUSE_MS)) {
+      send(writing);
+      continue;
+    }
+    auto size = static_cast<size_t>(read_input(chunk));
+    open = size > 0;
+    splitter.add({chunk.data(), size}, [&](std::string_view line) {
       confirms ? follower->take(line) : writing.loader->take_line(line);
     });
-    if (!confirms && !more_is_ready()) writing.loader->keep();
+    if (!confirms && (!open || !is_ready(0))) writing.loader->keep();
+    if (!writing.loader->is_reading()) send(writing);
   }
-  if (!confirms) writing.loader->keep();
+  if (writing.outbox) writing.outbox->send();
   return confirms ? Findings() : summary(writing);
 }
 
