@@ -1,7 +1,7 @@
 # Every target installs what it needs and may be repeated. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test schemas demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count idle figures clean
+.PHONY: all help setup build test schemas demo fleet-demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count idle figures clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -30,6 +30,9 @@ schemas: build ## what zopctl prints for programs, against docs/schema, in every
 
 demo: build ## read, update and dump simulated modems
 	@sh scripts/demo.sh $(RELEASE)
+
+fleet-demo: build ## a simulated fleet on real servers; DEVICES (10000) and DAYS (7)
+	@python3 scripts/fleet_demo.py $(RELEASE) $${DEVICES:-10000} $${DAYS:-7}
 
 arm: ## cross build for 32-bit ARM, and its tests under qemu
 	@sh scripts/setup.sh arm
