@@ -49,3 +49,7 @@ install(DIRECTORY docs/schema DESTINATION ${CMAKE_INSTALL_DATADIR}/zop-module
   COMPONENT tools FILES_MATCHING PATTERN *.json)
 install(DIRECTORY scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/zop-module
   COMPONENT tools FILES_MATCHING PATTERN *.toml)
+if(ZOP_FLEET)
+  install(DIRECTORY fleet/questions fleet/clickhouse fleet/rsyslog
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zop-module/fleet COMPONENT tools)
+endif()

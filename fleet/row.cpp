@@ -6,6 +6,7 @@
 
 #include <charconv>
 
+#include "include/zop.h"
 #include "records/utf8_text.h"
 
 namespace fleet {
@@ -196,11 +197,16 @@ static Value why(const Value& cause) {
   return none ? Value() : cause;
 }
 
+// A cause may be left from before; it counts with a result that is a rejection.
 static Value first_reject(const Row& row) {
-  for (size_t cause : {column("gmm_attach_cause"), column("gmm_routing_cause"),
-                       column("mm_attach_cause"), column("mm_location_cause")}) {
+  static constexpr std::pair<size_t, size_t> RESULTS[] = {
+      {column("gmm_attach"), column("gmm_attach_cause")},
+      {column("gmm_routing_update"), column("gmm_routing_cause")},
+      {column("mm_attach"), column("mm_attach_cause")},
+      {column("mm_location_update"), column("mm_location_cause")}};
+  for (auto [result, cause] : RESULTS) {
     Value value = why(row[cause]);
-    if (value.known) return value;
+    if (value.known && row[result].text.ends_with("rejected")) return value;
   }
   return {};
 }

@@ -32,7 +32,7 @@ check simulator/scenario include simulator/line simulator/download simulator/mod
 check simulator include
 check records include
 check page records
-check fleet records page
+check fleet include records page
 check zopctl/text include records
 check zopctl/host include simulator records zopctl/text
 check zopctl/live records zopctl/text zopctl/host

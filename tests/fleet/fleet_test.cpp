@@ -89,6 +89,10 @@ TEST_F(Fleet, each_trouble_is_found_by_its_question) {
     return all;
   };
   EXPECT_EQ(column("totals", 1), std::vector{truth["reports"].dump()});
+  for (const Column& item : COLUMNS) {
+    std::string known = "SELECT count(" + std::string(item.name) + ") > 0 FROM report";
+    EXPECT_EQ(column(known), std::vector<std::string>{"1"}) << item.name;
+  }
   EXPECT_EQ(column("stuck"), hosts({"illegal network reject", "data connection without a call",
                                     "all networks forbidden"}));
   EXPECT_EQ(column("stuck", 1),

@@ -42,7 +42,8 @@ static const records::Callbacks CALLBACKS = {check_signals, warn};
 // What has been read of logs, when the rows themselves are on servers.
 static std::string state_file(const Arguments& arguments, const std::string& address) {
   if (arguments.has("--state")) return arguments.text("--state");
-  const char* state = getenv("XDG_STATE_HOME");
+  const char* state = getenv("ZOPCTL_STATE_DIR");
+  if (state == nullptr) state = getenv("XDG_STATE_HOME");
   const char* home = getenv("HOME");
   if (state == nullptr && home == nullptr) throw UsageError("no home directory; use --state FILE");
   fs::path folder = state != nullptr ? fs::path(state) : fs::path(home) / ".local/state";
@@ -246,7 +247,7 @@ static fleet::Ask values_of(fleet::Store& store, const Arguments& arguments) {
   ask.since = ask.until - span_of(arguments, "--last", fleet::USUAL_SPAN_S);
   ask.silent_s = span_of(arguments, "--silent", fleet::USUAL_SILENCE_S);
   ask.rows = fleet::USUAL_ROWS;
-  if (arguments.has("--rows")) ask.rows = arguments.number("--rows", 1, 100'000'000);
+  if (arguments.has("--rows")) ask.rows = arguments.number("--rows");
   return ask;
 }
 
@@ -264,7 +265,8 @@ static void print_answer(const Arguments& arguments, const fleet::Question& ques
     nlohmann::ordered_json object = {{"question", question.name},
                                      {"since", fleet::time_text(ask.since)},
                                      {"until", fleet::time_text(ask.until)},
-                                     {"rows", fleet::as_json(answer)}};
+                                     {"rows", fleet::as_json(answer)},
+                                     {"problems", nlohmann::ordered_json::array()}};
     fmt::print("{}\n", printable_json(object, 2));
   } else if (arguments.has("--csv")) {
     fmt::print("{}", printable(fleet::as_csv(answer), "\r\n"));
@@ -295,15 +297,18 @@ static Findings ask(const ModuleLibrary&, const Arguments& arguments) {
 // ---- page ----
 
 static Findings page(const ModuleLibrary&, const Arguments& arguments) {
+  std::string file = arguments.has("--output") ? arguments.text("--output") : "-";
+  if (file == "-" && arguments.json) {
+    throw UsageError("standard output is for the JSON; use -o fleet.html");
+  }
   if (!arguments.has("--output") && isatty(STDOUT_FILENO) != 0) {
     throw UsageError("no output file; use -o fleet.html");
   }
   Reading reading(arguments.text("DB"));
   fleet::Ask values = values_of(*reading.store, arguments);
-  std::string text = fleet::page_of(*reading.store, values);
-  page::write_page(arguments.has("--output") ? arguments.text("--output") : "-", text,
-                   check_signals);
-  return {};
+  page::write_page(file, fleet::page_of(*reading.store, values), check_signals);
+  if (!arguments.json) return {};
+  return one_section("page", "Page", {shown("file", "File", file, file)});
 }
 
 // ---- the verbs ----
@@ -341,16 +346,15 @@ const Verbs FLEET_VERBS = {
      .name = "ask",
      .help = "answer a question about the devices",
      .need = Session::LIBRARY,
-     .arguments = {DB,
-                   {.name = "QUESTION",
-                    .help = "one of those that are listed without it",
-                    .optional = true},
-                   {.name = "--host", .help = "the device, for its history"},
-                   LAST,
-                   UNTIL,
-                   SILENT,
-                   {.name = "--rows", .help = "at most; default 1000"},
-                   {.name = "--csv", .help = "print CSV", .flag = true}},
+     .arguments =
+         {DB,
+          {.name = "QUESTION", .help = "one of those that are listed without it", .optional = true},
+          {.name = "--host", .help = "the device, for its history"},
+          LAST,
+          UNTIL,
+          SILENT,
+          {.name = "--rows", .help = "at most; default 1000", .range = Range{1, 100'000'000}},
+          {.name = "--csv", .help = "print CSV", .flag = true}},
      .run = ask},
     {.noun = "fleet",
      .name = "page",
