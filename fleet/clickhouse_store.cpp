@@ -80,7 +80,7 @@ std::string clickhouse_type(const Column& column) {
   std::string type = column.type == Type::NUMBER ? "Int64"
                      : column.type == Type::FLAG ? "UInt8"
                                                  : "String";
-  return column.always ? type : "Nullable(" + type + ")";
+  return column.nullable ? "Nullable(" + type + ")" : type;
 }
 
 void ClickhouseStore::check_table() {

@@ -13,8 +13,10 @@ constexpr int BUSY_MS = 30'000;  // as long as another program may write
 
 [[noreturn]] static void fail(sqlite3* database, const std::string& what) {
   int code = sqlite3_errcode(database);
-  if (code == SQLITE_FULL) throw records::Failure(what + ": no space is left on its disk");
-  if (code == SQLITE_BUSY) throw records::Failure(what + ": another program is writing to it");
+  if (code == SQLITE_FULL)
+    throw records::Failure(what + ": no space is left on its disk; make some, then try again");
+  if (code == SQLITE_BUSY)
+    throw records::Failure(what + ": another program is writing to it; wait until it has ended");
   throw records::Failure(what + ": " + sqlite3_errmsg(database));
 }
 
@@ -75,7 +77,7 @@ static std::string report_table() {
   std::string sql = "CREATE TABLE report(\n";
   for (const Column& column : COLUMNS) {
     const char* type = column.type == Type::TEXT ? "TEXT" : "INTEGER";
-    sql += fmt::format("  {} {}{},\n", column.name, type, column.always ? " NOT NULL" : "");
+    sql += fmt::format("  {} {}{},\n", column.name, type, column.nullable ? "" : " NOT NULL");
   }
   return sql + "  PRIMARY KEY(time, host, key)) WITHOUT ROWID;\n";
 }
@@ -122,7 +124,7 @@ int64_t Database::pragma(const char* name) {
 
 void Database::check_version() {
   if (pragma("application_id") != APPLICATION) {
-    throw records::Failure(name_ + " is no database of zopctl fleet");
+    throw records::Failure(name_ + " is no database of zopctl fleet; name another file");
   }
   int64_t version = pragma("user_version");
   if (version != SCHEMA_VERSION) {
