@@ -20,8 +20,8 @@ const std::vector<Question>& questions();
 const Question* find_question(const std::string& name);
 
 // Where to look, unless the user says otherwise: a week, up to the newest report.
-constexpr int64_t USUAL_SPAN_S = 7 * 86'400;
-constexpr int64_t USUAL_SILENCE_S = 26 * 3600;
+constexpr int64_t USUAL_SPAN_S = int64_t{7} * 86'400;
+constexpr int64_t USUAL_SILENCE_S = int64_t{26} * 3600;
 constexpr int64_t USUAL_ROWS = 1000;
 int64_t newest_time(Store& store);
 

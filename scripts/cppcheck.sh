@@ -10,6 +10,6 @@ check() {
 # In the module style counts too, except for the advice to use algorithms instead of loops.
 git ls-files 'core/*.cpp' 'link/*.cpp' 'commands/*.cpp' 'report/*.cpp' 'module/*.cpp' \
   'download/*.cpp' | check --enable=warning,performance,portability,style --suppress=useStlAlgorithm
-git ls-files 'simulator/*.cpp' 'records/*.cpp' 'page/*.cpp' 'zopctl/*.cpp' |
+git ls-files 'simulator/*.cpp' 'records/*.cpp' 'page/*.cpp' 'fleet/*.cpp' 'zopctl/*.cpp' |
   check --enable=warning,performance,portability
 echo "cppcheck: clean"
