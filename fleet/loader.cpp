@@ -23,7 +23,7 @@ Loader::Loader(Store& store, Database& ledger, const records::Callbacks& callbac
       newest_(newest),
       reports_([this](const LogReport& report) { take(report); },
                [this](const LogReport& report) { refuse_broken(report); },
-               [this](uint64_t) { refuse_stray(); }) {
+               [this](uint64_t, std::string_view) { refuse_stray(); }) {
   ledger_.restore(reports_);
 }
 
@@ -33,7 +33,7 @@ const char* Loader::fault_of(const LogReport& report) const {
   constexpr size_t STAMP_DIGITS = 8;
   if (report.host.empty()) return "no host in the line's header";
   if (report.stamp.size() > STAMP_DIGITS) return "a time that is none";
-  if (std::stoll(std::string(report.stamp), nullptr, 16) > newest_) return "a time in the future";
+  if (std::stoll(report.stamp, nullptr, 16) > newest_) return "a time in the future";
   return nullptr;
 }
 
@@ -48,7 +48,7 @@ void Loader::take(const LogReport& report) {
 
 void Loader::refuse_broken(const LogReport& report) {
   ++counts_.broken;
-  std::string text = std::string(report.host) + " t=" + std::string(report.stamp);
+  std::string text = report.host + " t=" + report.stamp;
   for (const std::string& line : report.lines) text += "\n" + line;
   ledger_.refuse(report.mixed ? "a report of two devices" : "a report without all its lines", text);
 }

@@ -23,7 +23,7 @@ void fuzz(std::span<const uint8_t> input) {
   };
   records::LogReports reports([&](const auto& report) { count(report, true); },
                               [&](const auto& report) { count(report, false); },
-                              [&](uint64_t) { ++reported; });
+                              [&](uint64_t, std::string_view) { ++reported; });
   size_t lines = 0;
   for (size_t at = 0; at < text.size(); ++lines) {
     size_t end = std::min(text.find('\n', at), text.size());

@@ -14,63 +14,61 @@
 
 namespace records {
 
-constexpr size_t MAX_LINE_LENGTH = 1 << 16;  // a longer one is not of a log
-
 LogParser::LogParser(std::FILE* out, const Callbacks& callbacks)
     : out_(out),
       callbacks_(callbacks),
-      reports_([this](const LogReport& report) { print(report); },
+      reports_([this](LogReport&& report) { batch_->reports.push_back(std::move(report)); },
                [this](const LogReport& report) { warn_of_broken(report); },
-               [this](uint64_t line) { warn_of_stray(line); }) {}
+               [this](uint64_t line, std::string_view) { warn_of_stray(line); }) {}
 
-// ---- reading ----
-
-void LogParser::take_rest(std::string_view text) {
-  rest_ += text.substr(0, MAX_LINE_LENGTH - rest_.size());
-}
-
-void LogParser::end_line() {
-  reports_.line(rest_);
-  rest_.clear();
-}
-
-void LogParser::take(const LogPiece& piece) {
-  take_rest(piece.head);
-  if (piece.newlines > 0) {
-    uint64_t start = reports_.lines();
-    end_line();
-    for (const auto& [number, text] : piece.lines) {
-      reports_.pass(start + number - reports_.lines());
-      reports_.line(text.substr(0, MAX_LINE_LENGTH));
-    }
-    reports_.pass(start + piece.newlines - reports_.lines());
-    take_rest(piece.tail);
-  }
-  if (piece.ends_file && !rest_.empty()) end_line();  // a last line without its newline
-}
+// ---- pieces ----
 
 void LogParser::read(const std::vector<std::string>& files, unsigned threads) {
-  LogPieces pieces(files, threads);
-  while (const LogPiece* piece = pieces.next()) {
-    callbacks_.check();
-    const std::string& name = files[piece->file];
-    if (piece->file == files_.size()) {
-      files_.push_back({name == "-" ? "standard input" : name, reports_.lines()});
-    }
-    if (piece->error != 0) throw file_failure(files_.back().name, piece->error);
-    take(*piece);
-    write_out();
+  names_ = files;
+  batches_.resize(LogPieces::places(threads));
+  batch_ = batches_.data();
+  std::vector<LogFile> log;
+  for (const std::string& name : files) log.push_back({name});
+  LogPieces(std::move(log), threads, *this).run();
+}
+
+void LogParser::join(const LogPiece& piece, size_t place) {
+  callbacks_.check();
+  if (piece.file == files_.size()) {
+    const std::string& name = names_[piece.file];
+    files_.push_back({name == "-" ? "standard input" : name, reports_.lines()});
   }
+  batch_ = &batches_[place];
+  reports_.take(piece);
+  if (piece.ends_file) reports_.end_line();
+}
+
+void LogParser::form(size_t place) {
+  Batch& batch = batches_[place];
+  for (const LogReport& report : batch.reports) {
+    append_row(batch.rows, batch.items, report);
+    batch.rows += '\n';
+  }
+}
+
+void LogParser::take(const LogPiece& piece, size_t place) {
+  write(batches_[place]);
+  if (piece.error != 0) throw file_failure(files_[piece.file].name, piece.error);
+}
+
+// Warnings in between the rows are where they are whatever the threads.
+void LogParser::write(Batch& batch) {
+  for (const std::string& text : batch.warnings) callbacks_.warn(text);
+  bool is_written = fwrite(batch.rows.data(), 1, batch.rows.size(), out_) == batch.rows.size();
+  if (!is_written || fflush(out_) != 0)
+    throw Failure("the output could not be written", "is the disk full?");
+  rows_ += batch.reports.size();
+  batch.reports.clear();
+  batch.rows.clear();
+  batch.warnings.clear();
 }
 
 // ---- whole reports ----
-
-void LogParser::write_out() {
-  bool is_written = fwrite(text_.data(), 1, text_.size(), out_) == text_.size();
-  if (!is_written || fflush(out_) != 0)
-    throw Failure("the output could not be written", "is the disk full?");
-  text_.clear();
-}
 
 static void append_two_digits(std::string& out, int number) {
   out += static_cast<char>('0' + number / 10);
@@ -123,12 +121,6 @@ void append_row(std::string& out, ReportText& items, const LogReport& report) {
   out += '}';
 }
 
-void LogParser::print(const LogReport& report) {
-  ++whole_;
-  append_row(text_, items_, report);
-  text_ += '\n';
-}
-
 // ---- broken ones ----
 
 std::string LogParser::place(uint64_t line) const {
@@ -141,26 +133,27 @@ std::string LogParser::place(uint64_t line) const {
 
 void LogParser::warn_of_broken(const LogReport& report) {
   ++broken_;
-  std::string host = report.host.empty() ? "a device" : std::string(report.host);
+  std::string host = report.host.empty() ? "a device" : report.host;
   std::string lines = report.wanted == 0
                           ? counted(report.lines.size(), "line") + ", and not the last one"
                           : fmt::format("{} of {} lines", report.lines.size(), report.wanted);
   std::string cut = report.cut == 0 ? "" : fmt::format(", {} cut", report.cut);
   const char* mixed = report.mixed ? ", of two devices" : "";
-  callbacks_.warn(fmt::format("{}: report {} of {} is broken: {}{}{}", place(report.first_line),
-                              report.stamp, host, lines, cut, mixed));
+  batch_->warnings.push_back(fmt::format("{}: report {} of {} is broken: {}{}{}",
+                                         place(report.first_line), report.stamp, host, lines, cut,
+                                         mixed));
 }
 
 void LogParser::warn_of_stray(uint64_t line) {
   ++strays_;
-  callbacks_.warn(fmt::format("{}: a line of a report without its stamp", place(line)));
+  batch_->warnings.push_back(fmt::format("{}: a line of a report without its stamp", place(line)));
 }
 
 void LogParser::end() {
   reports_.end();
-  write_out();
+  write(*batch_);
   callbacks_.warn(fmt::format("{}, {} broken; {}, {} doubled, {} without a stamp",
-                              counted(whole_, "report"), broken_, counted(reports_.lines(), "line"),
+                              counted(rows_, "report"), broken_, counted(reports_.lines(), "line"),
                               reports_.doubled(), strays_));
 }
 

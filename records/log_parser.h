@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "records/log_piece.h"
+#include "records/log_pieces.h"
 #include "records/log_reports.h"
 #include "records/reading.h"
 #include "records/report_form.h"
@@ -19,7 +19,7 @@ namespace records {
 // The versions, which the device logs when it starts, are in it as in a report for a host.
 void append_row(std::string& out, ReportText& items, const LogReport& report);
 
-class LogParser {
+class LogParser : private LogWork {
  public:
   // Whole reports go to out, which the caller keeps; broken ones go to callbacks.warn.
   LogParser(std::FILE* out, const Callbacks& callbacks);
@@ -32,27 +32,34 @@ class LogParser {
   void end();
 
  private:
-  void take(const LogPiece& piece);
-  void take_rest(std::string_view text);
-  void end_line();
-  void print(const LogReport& report);
+  // The rows of a piece.
+  struct Batch {
+    std::vector<LogReport> reports;
+    ReportText items;  // of the report that becomes a row
+    std::string rows;
+    std::vector<std::string> warnings;
+  };
+
+  void join(const LogPiece& piece, size_t place) override;
+  void form(size_t place) override;
+  void take(const LogPiece& piece, size_t place) override;
+  void write(Batch& batch);
   void warn_of_broken(const LogReport& report);
   void warn_of_stray(uint64_t line);
   std::string place(uint64_t line) const;
-  void write_out();
 
   std::FILE* out_;
   Callbacks callbacks_;
   LogReports reports_;
-  ReportText items_;  // of the report that is printed
-  std::string text_;  // for out_
-  std::string rest_;  // the beginning of a line
+  std::vector<Batch> batches_ = std::vector<Batch>(1);  // by their places
+  Batch* batch_ = batches_.data();                      // what is joined goes there
   struct File {
     std::string name;
     uint64_t lines_before;
   };
-  std::vector<File> files_;
-  uint64_t whole_ = 0, broken_ = 0, strays_ = 0;
+  std::vector<std::string> names_;
+  std::vector<File> files_;  // that were begun
+  uint64_t rows_ = 0, broken_ = 0, strays_ = 0;
 };
 
 }  // namespace records

@@ -3,8 +3,6 @@
 
 #include <algorithm>
 
-#include "records/log_reports.h"
-
 namespace records {
 
 constexpr size_t BLOCK = 128;                 // its newlines fit in a byte

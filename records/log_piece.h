@@ -9,6 +9,9 @@
 
 namespace records {
 
+// Lines with one of these are looked at: each line of a report, and a device's start.
+constexpr std::string_view REPORT_MARK = "I zop:diag: t=", START_MARK = "I zop:misc1:lib = ";
+
 struct LogPiece {
   struct Line {
     uint64_t number;  // how many newlines of the piece are before it

@@ -12,22 +12,22 @@
 
 namespace records {
 
-constexpr size_t PIECES_PER_THREAD = 4;
-
 // Reading a file of another kind may wait for its writer, even opening it.
-static bool is_regular(const std::string& file) {
+static bool is_regular(const LogFile& file) {
   struct stat status;
-  int result = file == "-" ? fstat(STDIN_FILENO, &status) : stat(file.c_str(), &status);
+  int fd = file.name == "-" ? STDIN_FILENO : file.fd;
+  int result = fd >= 0 ? fstat(fd, &status) : stat(file.name.c_str(), &status);
   return result == 0 && S_ISREG(status.st_mode);
 }
 
-LogPieces::LogPieces(std::vector<std::string> files, unsigned threads)
+LogPieces::LogPieces(std::vector<LogFile> files, unsigned threads, LogWork& work)
     : files_(std::move(files)),
+      work_(work),
       is_prompt_(!files_.empty() && is_regular(files_.front())),
-      is_over_(files_.empty()),
-      slots_(PIECES_PER_THREAD * threads) {
+      is_read_(files_.empty()),
+      slots_(places(threads)) {
   try {
-    while (workers_.size() + 1 < threads) workers_.emplace_back([this] { work(); });
+    while (workers_.size() + 1 < threads) workers_.emplace_back([this] { help(); });
   } catch (const std::system_error&) {
     // The system allows no more: those that there are do the work.
   }
@@ -40,44 +40,85 @@ LogPieces::~LogPieces() {
   }
   changed_.notify_all();
   workers_.clear();  // joins
-  end_file();
+  if (file_ < files_.size()) end_file();
 }
 
 // ---- whose turn it is ----
 
-bool LogPieces::may_begin(bool is_caller) const {
-  bool is_own_turn = is_caller && begun_ == given_;  // what came before is with the caller
-  return !is_reading_ && !is_over_ && begun_ - given_ < slots_.size() &&
+bool LogPieces::may_read(bool is_caller) const {
+  bool is_own_turn = is_caller && begun_ == taken_;  // the caller is done with what came before
+  return !is_reading_ && !is_read_ && !is_over_ && begun_ - taken_ < slots_.size() &&
          (is_prompt_ || is_own_turn);
 }
 
-void LogPieces::work() {
-  std::unique_lock lock(mutex_);
-  for (;;) {
-    changed_.wait(lock, [this] { return is_over_ || may_begin(false); });
-    if (is_over_) return;
-    make_piece(lock);
+void LogPieces::help() {
+  Lock lock(mutex_);
+  while (!is_over_) {
+    if (may_form()) {
+      form_next(lock);
+    } else if (may_read(false)) {
+      read_next(lock);
+    } else {
+      changed_.wait(lock);
+    }
   }
 }
 
-const LogPiece* LogPieces::next() {
-  std::unique_lock lock(mutex_);
-  if (std::exchange(is_given_, false)) {
-    slot_of(given_++).is_ready = false;
-    changed_.notify_all();
+// What only the caller can do comes first.
+void LogPieces::run() {
+  Lock lock(mutex_);
+  while (!is_read_ || taken_ < begun_) {
+    if (take_next(lock) || join_next(lock)) continue;
+    if (may_form()) {
+      form_next(lock);
+    } else if (may_read(true)) {
+      read_next(lock);
+    } else {
+      changed_.wait(lock);
+    }
   }
-  Slot& slot = slot_of(given_);
-  while (!slot.is_ready) {
-    if (is_over_ && given_ == begun_) return nullptr;
-    may_begin(true) ? make_piece(lock) : changed_.wait(lock);
-  }
-  is_given_ = true;
-  return &slot.piece;
 }
 
 // ---- pieces ----
 
-void LogPieces::make_piece(std::unique_lock<std::mutex>& lock) {
+bool LogPieces::take_next(Lock& lock) {
+  Slot& slot = slot_of(taken_);
+  if (!slot.is_formed) return false;
+  if (slot.fault) std::rethrow_exception(slot.fault);
+  lock.unlock();
+  work_.take(slot.piece, taken_ % slots_.size());
+  lock.lock();
+  slot.is_searched = slot.is_formed = false;
+  ++taken_;
+  changed_.notify_all();
+  return true;
+}
+
+bool LogPieces::join_next(Lock& lock) {
+  Slot& slot = slot_of(joined_);
+  if (joined_ == begun_ || !slot.is_searched) return false;
+  lock.unlock();
+  work_.join(slot.piece, joined_ % slots_.size());
+  lock.lock();
+  ++joined_;
+  changed_.notify_all();
+  return true;
+}
+
+void LogPieces::form_next(Lock& lock) {
+  size_t place = formed_++ % slots_.size();
+  lock.unlock();
+  try {
+    work_.form(place);
+  } catch (...) {
+    slots_[place].fault = std::current_exception();
+  }
+  lock.lock();
+  slots_[place].is_formed = true;
+  changed_.notify_all();
+}
+
+void LogPieces::read_next(Lock& lock) {
   Slot& slot = slot_of(begun_++);
   is_reading_ = true;
   lock.unlock();
@@ -85,22 +126,23 @@ void LogPieces::make_piece(std::unique_lock<std::mutex>& lock) {
   bool is_prompt = !is_last && (fd_ >= 0 ? is_prompt_ : is_regular(files_[file_]));
   lock.lock();
   is_reading_ = false;
-  is_over_ |= is_last;
+  is_read_ = is_last;
   is_prompt_ = is_prompt;
   changed_.notify_all();
   lock.unlock();
   slot.piece.search();
   lock.lock();
-  slot.is_ready = true;
+  slot.is_searched = true;
   changed_.notify_all();
 }
 
 // False when nothing is left to read.
 bool LogPieces::read(LogPiece& piece) {
-  const std::string& name = files_[file_];
+  const auto& [name, given] = files_[file_];
   piece.file = file_;
   piece.bytes.resize(PIECE_SIZE);
-  if (fd_ < 0) fd_ = name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd_ < 0) fd_ = name == "-" ? STDIN_FILENO : given;
+  if (fd_ < 0) fd_ = open(name.c_str(), O_RDONLY | O_CLOEXEC);
   ssize_t size = fd_ < 0 ? -1 : ::read(fd_, piece.bytes.data(), PIECE_SIZE);
   piece.error = size < 0 && errno != EINTR ? errno : 0;
   piece.size = size < 0 ? 0 : static_cast<size_t>(size);
@@ -110,7 +152,7 @@ bool LogPieces::read(LogPiece& piece) {
 }
 
 void LogPieces::end_file() {
-  if (fd_ > STDIN_FILENO) close(fd_);
+  if (fd_ > STDIN_FILENO && fd_ != files_[file_].fd) close(fd_);
   fd_ = -1;
   ++file_;
 }

@@ -14,6 +14,7 @@ constexpr uint64_t MEMORY = 1'000'000;  // log lines for which a silent device i
 constexpr size_t MAX_PENDING = 4;       // incomplete reports of a device
 constexpr size_t MAX_COMPLETE = 8;      // complete reports of a device that are remembered
 constexpr size_t MAX_LINES = 64;        // of a report
+constexpr size_t MAX_LENGTH = 1 << 16;  // of a line; a longer one is not of a log
 
 static bool is_hex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); }
 
@@ -53,8 +54,34 @@ std::string_view host_of_header(std::string_view header) {
 
 // ---- lines ----
 
-LogReports::LogReports(Take whole, Take broken, std::function<void(uint64_t)> stray)
+LogReports::LogReports(Take whole, Take broken, TakeStray stray)
     : whole_(std::move(whole)), broken_(std::move(broken)), stray_(std::move(stray)) {}
+
+void LogReports::add_unended(std::string_view text) {
+  unended_ += text.substr(0, MAX_LENGTH - unended_.size());
+}
+
+void LogReports::end_line() {
+  if (!unended_.empty()) line(unended_);
+  unended_.clear();
+}
+
+void LogReports::drop_line() { unended_.clear(); }
+
+void LogReports::take(const LogPiece& piece) {
+  add_unended(piece.head);
+  if (piece.newlines > 0) {
+    uint64_t start = line_;
+    line(unended_);
+    unended_.clear();
+    for (const auto& [number, text] : piece.lines) {
+      pass(start + number - line_);
+      line(text.substr(0, MAX_LENGTH));
+    }
+    pass(start + piece.newlines - line_);
+    add_unended(piece.tail);
+  }
+}
 
 void LogReports::pass(uint64_t lines) {
   for (uint64_t end = line_ + lines; line_ < end;) {
@@ -78,7 +105,7 @@ void LogReports::take_report_line(std::string_view text, size_t mark) {
   while (length < body.size() && is_hex(body[length])) ++length;
   bool cut = !body.ends_with(':');
   std::string_view pairs = body.substr(length, body.size() - length - (cut ? 0 : 1));
-  if (length == 0 || !pairs.starts_with(',')) return stray_(line_);
+  if (length == 0 || !pairs.starts_with(',')) return stray_(line_, text);
   take(host_of_header(text.substr(0, mark)), body.substr(0, length), pairs.substr(1), cut);
 }
 
@@ -125,14 +152,16 @@ bool LogReports::was_done(const Device& device, std::string_view stamp, uint64_t
 
 LogReports::Pending& LogReports::pending_of(const std::string& host, Device& device,
                                             std::string_view stamp) {
-  auto found = std::ranges::find(device.pending, stamp, &Pending::stamp);
+  auto found = std::ranges::find_if(
+      device.pending, [&](const Pending& pending) { return pending.report.stamp == stamp; });
   if (found != device.pending.end()) return *found;
   if (device.pending.size() == MAX_PENDING) {
-    give_up(host, device.pending.front());
+    broken_(std::move(device.pending.front().report));
     device.pending.erase(device.pending.begin());
   }
   Pending& fresh = device.pending.emplace_back();
-  fresh.stamp = stamp;
+  fresh.report.host = host;
+  fresh.report.stamp = stamp;
   fresh.report.first_line = line_;
   return fresh;
 }
@@ -178,18 +207,15 @@ void LogReports::take(std::string_view host, std::string_view stamp, std::string
   }
   if (wanted != 0 && last_has_come) pending.report.mixed = true;
   if (wanted != 0) pending.report.wanted = wanted;
-  if (!pending.report.mixed && lines.size() == pending.report.wanted)
-    finish(at->first, device, pending);
+  if (!pending.report.mixed && lines.size() == pending.report.wanted) finish(device, pending);
 }
 
 // ---- ends ----
 
-void LogReports::finish(const std::string& host, Device& device, Pending& pending) {
-  pending.report.host = host;
-  pending.report.stamp = pending.stamp;
-  pending.report.versions = versions_of(host);
-  whole_(pending.report);
-  Done done = {std::move(pending.stamp), std::move(pending.hashes)};
+void LogReports::finish(Device& device, Pending& pending) {
+  pending.report.versions = versions_of(pending.report.host);
+  Done done = {pending.report.stamp, std::move(pending.hashes)};
+  whole_(std::move(pending.report));
   if (device.done.size() < MAX_COMPLETE) {
     device.done.push_back(std::move(done));
   } else {
@@ -198,19 +224,12 @@ void LogReports::finish(const std::string& host, Device& device, Pending& pendin
   device.pending.erase(device.pending.begin() + (&pending - device.pending.data()));
 }
 
-void LogReports::give_up(const std::string& host, const Pending& pending) {
-  LogReport report = pending.report;
-  report.host = host;
-  report.stamp = pending.stamp;
-  broken_(report);
-}
-
 void LogReports::forget_old() {
   for (auto at = devices_.begin(); at != devices_.end();) {
     auto& pending = at->second.pending;
-    std::erase_if(pending, [&](const Pending& report) {
-      bool old = line_ - report.last_line > WINDOW;
-      if (old) give_up(at->first, report);
+    std::erase_if(pending, [&](Pending& waiting) {
+      bool old = line_ - waiting.last_line > WINDOW;
+      if (old) broken_(std::move(waiting.report));
       return old;
     });
     bool silent = pending.empty() && line_ - at->second.last_line > MEMORY;
@@ -223,7 +242,7 @@ std::vector<WaitingLine> LogReports::waiting() const {
   for (const auto& [host, device] : devices_) {
     for (const Pending& pending : device.pending) {
       for (const std::string& line : pending.report.lines)
-        lines.push_back({host, pending.stamp, line});
+        lines.push_back({host, pending.report.stamp, line});
     }
   }
   return lines;
@@ -231,7 +250,7 @@ std::vector<WaitingLine> LogReports::waiting() const {
 
 void LogReports::end() {
   for (auto& [host, device] : devices_) {
-    for (const Pending& pending : device.pending) give_up(host, pending);
+    for (Pending& pending : device.pending) broken_(std::move(pending.report));
   }
   devices_.clear();
 }

@@ -16,10 +16,9 @@
 #include <utility>
 #include <vector>
 
-namespace records {
+#include "records/log_piece.h"
 
-// Lines with one of these are looked at: each line of a report, and a device's start.
-constexpr std::string_view REPORT_MARK = "I zop:diag: t=", START_MARK = "I zop:misc1:lib = ";
+namespace records {
 
 struct Versions {
   std::string library, firmware, hardware;
@@ -27,8 +26,8 @@ struct Versions {
 };
 
 struct LogReport {
-  std::string_view host;               // empty when the header has none
-  std::string_view stamp;              // hexadecimal, seconds since 1970
+  std::string host;                    // empty when the header has none
+  std::string stamp;                   // hexadecimal, seconds since 1970
   std::vector<std::string> lines;      // "NAME=VALUE,..." each; the last line is at the end
   uint64_t first_line = 0;             // its number in the log, from 1
   size_t wanted = 0;                   // lines it should have; 0 until the last one has come
@@ -44,17 +43,20 @@ struct WaitingLine {
 
 class LogReports {
  public:
-  using Take = std::function<void(const LogReport&)>;
+  using Take = std::function<void(LogReport&&)>;
+  using TakeStray = std::function<void(uint64_t line, std::string_view text)>;
 
   // whole gets each report once, as soon as it is complete; broken gets reports whose missing lines
-  // are given up; stray gets the number of a report line that has no stamp.
-  LogReports(Take whole, Take broken, std::function<void(uint64_t line)> stray);
+  // are given up; stray gets a report line that has no stamp.
+  LogReports(Take whole, Take broken, TakeStray stray);
+
+  // What comes next of the log. The line in which it ends waits for its end.
+  void take(const LogPiece& piece);
+  void end_line();   // the file ends without its last newline
+  void drop_line();  // the rest of the line is not written yet, and all of it will come again
 
   // A line of the log, without its newline.
   void line(std::string_view text);
-
-  // Lines without a mark.
-  void pass(uint64_t lines);
 
   // The end of the log: reports that are not complete are broken.
   void end();
@@ -73,7 +75,6 @@ class LogReports {
 
  private:
   struct Pending {
-    std::string stamp;
     LogReport report;
     std::vector<uint64_t> hashes;  // of its lines
     uint64_t last_line = 0;
@@ -95,18 +96,20 @@ class LogReports {
   template <typename T>
   using Hosts = std::unordered_map<std::string, T, Hash, std::equal_to<>>;
 
+  void pass(uint64_t lines);
+  void add_unended(std::string_view text);
   void take_report_line(std::string_view text, size_t mark);
   void take_start(std::string_view text, size_t mark);
   void take(std::string_view host, std::string_view stamp, std::string_view pairs, bool cut);
   bool was_done(const Device& device, std::string_view stamp) const;
   bool was_done(const Device& device, std::string_view stamp, uint64_t hash) const;
   Pending& pending_of(const std::string& host, Device& device, std::string_view stamp);
-  void finish(const std::string& host, Device& device, Pending& pending);
-  void give_up(const std::string& host, const Pending& pending);
+  void finish(Device& device, Pending& pending);
   void forget_old();
 
   Take whole_, broken_;
-  std::function<void(uint64_t)> stray_;
+  TakeStray stray_;
+  std::string unended_;  // the beginning of a line
   Hosts<Device> devices_;
   std::set<Versions> all_versions_;  // a fleet has few
   Hosts<const Versions*> versions_;

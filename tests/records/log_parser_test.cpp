@@ -49,7 +49,8 @@ static std::string line_by_line(const Files& files) {
   };
   LogReports reports(
       [&](const LogReport& report) { append_row(rows, items, report), rows += '\n'; },
-      [&](const LogReport& report) { place(report.first_line); }, place);
+      [&](const LogReport& report) { place(report.first_line); },
+      [&](uint64_t line, std::string_view) { place(line); });
   for (const std::string& file : files) {
     starts[reports.lines()] = file;
     std::ifstream stream(file, std::ios::binary);

@@ -114,7 +114,7 @@ static Json rows_of(const std::string& log) {
     rows.push_back(Json::parse(row));
   };
   records::LogReports reports(
-      add, [](const auto&) {}, [](uint64_t) {});
+      add, [](const auto&) {}, [](uint64_t, std::string_view) {});
   std::istringstream lines(log);
   for (std::string line; std::getline(lines, line);) reports.line(line);
   return rows;
