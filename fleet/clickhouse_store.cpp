@@ -112,19 +112,25 @@ static void append_value(std::string& out, const Column& column, const Value& va
   }
 }
 
-static std::string json_of(const Row& row, size_t columns) {
-  std::string text;
+static void write_json(std::string& text, const Row& row, size_t columns) {
+  text.clear();
   for (size_t i = 0; i < columns; ++i) {
     text += i == 0 ? "{\"" : ",\"";
     text.append(COLUMNS[i].name).append("\":");
     append_value(text, COLUMNS[i], row[i]);
   }
-  return text + "}\n";
+  text += "}\n";
 }
 
-RowLine line_of(const Row& row) {
+void ClickhouseStore::form(KeptRow& kept, const Row& row) const {
   constexpr size_t NAME_COLUMNS = column("key") + 1;
-  return {row[column("key")].number, json_of(row, NAME_COLUMNS), json_of(row, COLUMN_COUNT)};
+  kept.row[column("key")] = row[column("key")];
+  write_json(kept.name, row, NAME_COLUMNS);
+  write_json(kept.texts, row, COLUMN_COUNT);
+}
+
+void ClickhouseStore::add(KeptRow& kept) {
+  add({key_of(kept), std::move(kept.name), std::move(kept.texts)});
 }
 
 void ClickhouseStore::add(RowLine line) {

@@ -30,7 +30,6 @@ struct RowLine {
   std::string name;  // {"host":...,"time":...,"key":...} with its newline
   std::string text;  // the row
 };
-RowLine line_of(const Row& row);
 
 class ClickhouseStore : public Store {
  public:
@@ -44,7 +43,8 @@ class ClickhouseStore : public Store {
   ClickhouseStore(const std::string& address, const std::string& writer, void (*check)(),
                   const Patience& patience);
 
-  void add(const Row& row) override { add(line_of(row)); }
+  void form(KeptRow& kept, const Row& row) const override;
+  void add(KeptRow& kept) override;
   void add(RowLine line);
   void flush() override;
   Answer ask(const std::string& sql, const Ask& values) override;

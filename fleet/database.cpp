@@ -105,6 +105,7 @@ CREATE TABLE refused(why TEXT NOT NULL, text TEXT NOT NULL, PRIMARY KEY(why, tex
 Database::Database(const std::string& name, Mode mode) : name_(name) {
   sqlite3* made = nullptr;
   int flags = mode == READ ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+  flags |= SQLITE_OPEN_NOMUTEX;  // a connection is one thread's
   int result = sqlite3_open_v2(name.c_str(), &made, flags, nullptr);
   handle_.reset(made);
   if (result != SQLITE_OK) fail(made, name);

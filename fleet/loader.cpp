@@ -13,17 +13,19 @@ namespace fleet {
 using records::Failure;
 using records::LogReport;
 
-constexpr size_t CHUNK = 1 << 20;
-
-Loader::Loader(Store& store, Database& ledger, const records::Callbacks& callbacks, int64_t newest)
+Loader::Loader(Store& store, Database& ledger, const records::Callbacks& callbacks, int64_t newest,
+               unsigned threads)
     : store_(store),
       database_(ledger),
       ledger_(ledger),
       callbacks_(callbacks),
       newest_(newest),
-      reports_([this](const LogReport& report) { take(report); },
+      threads_(threads),
+      batches_(records::LogPieces::places(threads)),
+      batch_(&batches_.front()),
+      reports_([this](LogReport&& report) { batch_->reports.push_back(std::move(report)); },
                [this](const LogReport& report) { refuse_broken(report); },
-               [this](uint64_t, std::string_view) { refuse_stray(); }) {
+               [this](uint64_t, std::string_view line) { refuse_stray(line); }) {
   ledger_.restore(reports_);
 }
 
@@ -37,13 +39,32 @@ const char* Loader::fault_of(const LogReport& report) const {
   return nullptr;
 }
 
-void Loader::take(const LogReport& report) {
-  ++counts_.reports;
-  const Row& row = maker_.row_of(report);
-  const char* fault = fault_of(report);
-  if (fault == nullptr) return store_.add(row);
-  ++counts_.refused;
-  ledger_.refuse(fault, maker_.json());
+// By any thread: the batch is its own meanwhile, and of the loader only constants are read.
+void Loader::form(Batch& batch) const {
+  if (batch.rows.size() < batch.reports.size()) batch.rows.resize(batch.reports.size());
+  auto kept = batch.rows.begin();
+  for (const LogReport& report : batch.reports) {
+    const Row& row = batch.maker.row_of(report);
+    const char* fault = batch.faults.emplace_back(fault_of(report));
+    fault == nullptr ? store_.form(*kept, row) : batch.refused.push_back(batch.maker.json());
+    ++kept;
+  }
+}
+
+void Loader::add(Batch& batch) {
+  auto refused = batch.refused.begin();
+  for (size_t i = 0; i < batch.reports.size(); ++i) {
+    if (batch.faults[i] == nullptr) {
+      store_.add(batch.rows[i]);
+    } else {
+      ++counts_.refused;
+      ledger_.refuse(batch.faults[i], *refused++);
+    }
+  }
+  counts_.reports += batch.reports.size();
+  batch.reports.clear();
+  batch.faults.clear();
+  batch.refused.clear();
 }
 
 void Loader::refuse_broken(const LogReport& report) {
@@ -53,9 +74,9 @@ void Loader::refuse_broken(const LogReport& report) {
   ledger_.refuse(report.mixed ? "a report of two devices" : "a report without all its lines", text);
 }
 
-void Loader::refuse_stray() {
+void Loader::refuse_stray(std::string_view line) {
   ++counts_.strays;
-  ledger_.refuse("a line without its report's time", line_);
+  ledger_.refuse("a line without its report's time", line);
 }
 
 // ---- lines ----
@@ -66,9 +87,9 @@ void Loader::begin() {
 
 void Loader::take_line(std::string_view line) {
   begin();
-  ++counts_.lines;
-  line_ = line;
   reports_.line(line);
+  form(*batch_);
+  add(*batch_);
 }
 
 void Loader::keep() {
@@ -77,40 +98,44 @@ void Loader::keep() {
   ledger_.keep(reports_);
   transaction_->commit();
   transaction_.reset();
+  counts_.lines = reports_.lines();
   counts_.waiting = reports_.waiting().size();
   counts_.doubled_lines = reports_.doubled();
 }
 
 // ---- logs ----
 
-// What follows the last newline is left for the next time: it may not be written yet.
-void Loader::read(int fd, int64_t from, int64_t size, const Progress& progress) {
-  std::vector<char> chunk(CHUNK);
-  records::LineSplitter splitter;
-  int64_t done = from;
-  for (;;) {
-    ssize_t got = ::read(fd, chunk.data(), chunk.size());
-    callbacks_.check();
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) throw Failure(strerror(errno));
-    if (got == 0) break;
-    splitter.add({chunk.data(), static_cast<size_t>(got)},
-                 [this](std::string_view line) { take_line(line); });
-    done += got;
-    progress(done, size);
-  }
-  read_ = done - static_cast<int64_t>(splitter.rest().size());
+void Loader::join(const records::LogPiece& piece, size_t place) {
+  callbacks_.check();
+  batch_ = &batches_[place];
+  reports_.take(piece);
 }
 
+void Loader::form(size_t place) { form(batches_[place]); }
+
+void Loader::take(const records::LogPiece& piece, size_t place) {
+  if (piece.error != 0) throw Failure(strerror(piece.error));
+  add(batches_[place]);
+  auto bytes = static_cast<int64_t>(piece.size);
+  reading_.done += bytes;
+  reading_.unended =
+      piece.newlines > 0 ? static_cast<int64_t>(piece.tail.size()) : reading_.unended + bytes;
+  (*reading_.progress)(reading_.done, reading_.size);
+}
+
+// What follows the last newline is left for the next time: it may not be written yet.
 void Loader::load(int fd, const std::string& name, const Progress& progress) {
   struct stat status = {};
   bool is_file = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
   int64_t from = is_file ? ledger_.known_size(fd, status.st_size) : 0;
   if (is_file && lseek(fd, from, SEEK_SET) < 0) throw Failure(strerror(errno));
   begin();
-  read(fd, from, is_file ? status.st_size : 0, progress);
-  read_ == from ? ++counts_.unchanged : ++counts_.files;
-  if (is_file) ledger_.keep_source(fd, name, read_);
+  reading_ = {is_file ? status.st_size : 0, from, 0, &progress};
+  records::LogPieces({{name, fd}}, threads_, *this).run();
+  reports_.drop_line();
+  int64_t end = reading_.done - reading_.unended;
+  end == from ? ++counts_.unchanged : ++counts_.files;
+  if (is_file) ledger_.keep_source(fd, name, end);
   keep();
 }
 

@@ -2,15 +2,17 @@
 // can't become a row is kept aside with the reason.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "fleet/ledger.h"
 #include "fleet/row.h"
 #include "fleet/store.h"
-#include "records/line_splitter.h"
+#include "records/log_pieces.h"
 #include "records/log_reports.h"
 #include "records/reading.h"
 
@@ -24,12 +26,14 @@ struct Counts {
   uint64_t waiting = 0;                          // lines of reports that are not complete
 };
 
-class Loader {
+class Loader : private records::LogWork {
  public:
   using Progress = std::function<void(int64_t done, int64_t size)>;  // bytes of a log
 
-  // The newest time that is plausible, seconds since 1970.
-  Loader(Store& store, Database& ledger, const records::Callbacks& callbacks, int64_t newest);
+  // The newest time that is plausible, seconds since 1970. Rows are made by this many threads, and
+  // added by the caller's.
+  Loader(Store& store, Database& ledger, const records::Callbacks& callbacks, int64_t newest,
+         unsigned threads);
 
   // The new part of a log; "-" is standard input. Throws records::Failure.
   void load(const std::string& name, const Progress& progress);
@@ -42,11 +46,29 @@ class Loader {
   const Counts& counts() const { return counts_; }
 
  private:
+  // What becomes of a piece of a log.
+  struct Batch {
+    std::vector<records::LogReport> reports;
+    RowMaker maker;
+    std::deque<KeptRow> rows;  // as many as there are reports, or more
+    std::vector<const char*> faults;
+    std::vector<std::string> refused;  // those with a fault
+  };
+  struct Reading {
+    int64_t size = 0;  // of the log
+    int64_t done = 0;
+    int64_t unended = 0;  // behind the last newline
+    const Progress* progress = nullptr;
+  };
+
+  void join(const records::LogPiece& piece, size_t place) override;
+  void form(size_t place) override;
+  void take(const records::LogPiece& piece, size_t place) override;
+  void form(Batch& batch) const;
+  void add(Batch& batch);
   void load(int fd, const std::string& name, const Progress& progress);
-  void read(int fd, int64_t from, int64_t size, const Progress& progress);
-  void take(const records::LogReport& report);
   void refuse_broken(const records::LogReport& report);
-  void refuse_stray();
+  void refuse_stray(std::string_view line);
   const char* fault_of(const records::LogReport& report) const;
   void begin();
 
@@ -55,11 +77,12 @@ class Loader {
   Ledger ledger_;
   records::Callbacks callbacks_;
   int64_t newest_;
+  unsigned threads_;
+  std::deque<Batch> batches_;  // by their places
+  Batch* batch_;               // what is joined goes there
   records::LogReports reports_;
-  RowMaker maker_;
   Counts counts_;
-  std::string_view line_;  // the one that is looked at
-  int64_t read_ = 0;       // bytes of the log, to the end of its last line
+  Reading reading_;
   std::optional<Transaction> transaction_;
 };
 

@@ -12,12 +12,11 @@ Outbox::Outbox(Database& database, ClickhouseStore& servers)
   if (count.next()) waiting_ = count.number(0);
 }
 
-void Outbox::add(const Row& row) {
+void Outbox::add(KeptRow& kept) {
   if (!insert_) {
     insert_.emplace(database_.prepare("INSERT INTO outbox(key, name, text) VALUES(?, ?, ?)"));
   }
-  RowLine line = line_of(row);
-  insert_->bind(1, line.key).bind(2, line.name).bind(3, line.text).run();
+  insert_->bind(1, key_of(kept)).bind(2, kept.name).bind(3, kept.texts).run();
   ++waiting_;
   ++added_;
 }

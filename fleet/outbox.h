@@ -14,7 +14,8 @@ class Outbox : public Store {
  public:
   Outbox(Database& database, ClickhouseStore& servers);
 
-  void add(const Row& row) override;
+  void form(KeptRow& kept, const Row& row) const override { servers_.form(kept, row); }
+  void add(KeptRow& kept) override;
   void flush() override {}
   Answer ask(const std::string& sql, const Ask& values) override;
 

@@ -241,6 +241,19 @@ void RowMaker::add_made_columns() {
 
 // ---- the row ----
 
+void KeptRow::keep(const Row& made) {
+  texts.clear();
+  size_t size = 0;
+  for (const Value& value : made) size += value.text.size();
+  texts.reserve(size);
+  row = made;
+  for (Value& value : row) {
+    size_t at = texts.size();
+    texts += value.text;
+    value.text = std::string_view(texts).substr(at);
+  }
+}
+
 RowMaker::RowMaker() : reader_(std::make_unique<Reader>(row_)) {}
 RowMaker::~RowMaker() = default;
 

@@ -20,6 +20,21 @@ struct Value {
 
 using Row = std::array<Value, COLUMN_COUNT>;
 
+// A row that lives on, with its texts, and stays where it is.
+struct KeptRow {
+  KeptRow() = default;
+  ~KeptRow() = default;
+  KeptRow(const KeptRow&) = delete;
+  KeptRow& operator=(const KeptRow&) = delete;
+  void keep(const Row& made);
+
+  Row row;
+  std::string texts;
+  std::string name;  // for a store that sends lines: the columns that name the row
+};
+
+inline int64_t key_of(const KeptRow& kept) { return kept.row[column("key")].number; }
+
 class RowMaker {
  public:
   RowMaker();

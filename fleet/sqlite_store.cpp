@@ -12,7 +12,8 @@ static std::string insert_statement() {
   return "INSERT OR IGNORE INTO report(" + names + ") VALUES(" + places + ")";
 }
 
-void SqliteStore::add(const Row& row) {
+void SqliteStore::add(KeptRow& kept) {
+  const Row& row = kept.row;
   if (!insert_) insert_.emplace(database_.prepare(insert_statement()));
   for (size_t i = 0; i < COLUMN_COUNT; ++i) {
     int at = static_cast<int>(i) + 1;

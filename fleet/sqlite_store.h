@@ -12,7 +12,7 @@ class SqliteStore : public Store {
  public:
   explicit SqliteStore(Database& database) : database_(database) {}
 
-  void add(const Row& row) override;
+  void add(KeptRow& kept) override;
   void flush() override {}
   Answer ask(const std::string& sql, const Ask& values) override;
 

@@ -37,8 +37,10 @@ class Store {
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
 
+  // Makes the row that is added then, by any thread.
+  virtual void form(KeptRow& kept, const Row& row) const { kept.keep(row); }
   // A row that is there already is not added again.
-  virtual void add(const Row& row) = 0;
+  virtual void add(KeptRow& kept) = 0;
   // Rows that have been added are kept from now on, or with the ledger's transaction.
   virtual void flush() = 0;
   virtual Answer ask(const std::string& sql, const Ask& values) = 0;

@@ -39,7 +39,7 @@ class Fleet : public testing::Test {
       const std::vector<std::string>& names, void (*check)() = [] {}) {
     Database database(file("db"), Database::WRITE);
     SqliteStore store(database);
-    Loader loader(store, database, {check, [](const std::string&) {}}, END);
+    Loader loader(store, database, {check, [](const std::string&) {}}, END, 2);
     for (const std::string& name : names) loader.load(file(name), [](int64_t, int64_t) {});
     added_ = store.added();
     return loader.counts();
@@ -203,7 +203,7 @@ TEST_F(Fleet, what_is_confirmed_is_kept) {
   auto follow = [&](std::initializer_list<const char*> lines) {
     Database database(file("db"), Database::WRITE);
     SqliteStore store(database);
-    Loader loader(store, database, {[] {}, [](const std::string&) {}}, END);
+    Loader loader(store, database, {[] {}, [](const std::string&) {}}, END, 1);
     Follower follower(loader, [&](std::string_view line) { answers.append(line) += ' '; });
     for (const char* line : lines) follower.take(line);
   };

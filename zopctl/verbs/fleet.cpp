@@ -5,12 +5,14 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 #include "fleet/answer_text.h"
 #include "fleet/clickhouse_store.h"
@@ -21,6 +23,7 @@
 #include "fleet/questions.h"
 #include "fleet/sqlite_store.h"
 #include "page/page_file.h"
+#include "records/line_splitter.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
 #include "zopctl/text/printable.h"
@@ -32,6 +35,7 @@ namespace fs = std::filesystem;
 
 constexpr int64_t CLOCKS_APART_S = 86'400;  // a device's clock may be ahead so much
 constexpr int64_t PATIENCE_S = 300;         // with a server that fails
+constexpr unsigned MOST_THREADS = 8;        // one adds all rows, and can't keep up with more
 
 static void warn(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", printable(text)); }
 
@@ -78,7 +82,9 @@ struct Writing {
     ledger.emplace(file, fleet::Database::WRITE);
     if (!is_server) sqlite.emplace(*ledger);
     if (is_server && is_live) outbox.emplace(*ledger, *servers);
-    loader.emplace(store(), *ledger, CALLBACKS, time(nullptr) + CLOCKS_APART_S);
+    unsigned threads =
+        is_live ? 1 : std::clamp(std::thread::hardware_concurrency(), 1U, MOST_THREADS);
+    loader.emplace(store(), *ledger, CALLBACKS, time(nullptr) + CLOCKS_APART_S, threads);
   }
   fleet::Store& store() {
     if (outbox) return *outbox;
