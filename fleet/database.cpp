@@ -72,11 +72,13 @@ std::string_view Statement::text(int column) const {
 
 // ---- the schema ----
 
-// In the order of time, in which logs come: new rows are together on few pages.
+// In the order of time, in which logs come: new rows are together on few pages. The rest, most of a
+// row and seldom asked for, is in a table of its own.
 static std::string report_table() {
   std::string sql = "CREATE TABLE report(\n";
   for (const Column& column : COLUMNS) {
-    const char* type = column.type == Type::TEXT ? "TEXT" : "INTEGER";
+    bool is_text = column.type == Type::TEXT && column.name != "rest";
+    const char* type = is_text ? "TEXT" : "INTEGER";
     sql += fmt::format("  {} {}{},\n", column.name, type, column.nullable ? "" : " NOT NULL");
   }
   return sql + "  PRIMARY KEY(time, host, key)) WITHOUT ROWID;\n";
@@ -84,6 +86,7 @@ static std::string report_table() {
 
 std::string sqlite_schema() {
   return report_table() + R"(CREATE INDEX report_host ON report(host, time);
+CREATE TABLE rest(id INTEGER PRIMARY KEY, items TEXT NOT NULL);
 -- Logs that have been read: how far, and a hash of the last bytes there.
 CREATE TABLE source(name TEXT NOT NULL, size INTEGER NOT NULL, tail INTEGER NOT NULL,
   PRIMARY KEY(size, tail)) WITHOUT ROWID;

@@ -1,4 +1,4 @@
-// One prepared statement for all rows.
+// Prepared statements for all rows.
 #include "fleet/sqlite_store.h"
 
 namespace fleet {
@@ -12,10 +12,18 @@ static std::string insert_statement() {
   return "INSERT OR IGNORE INTO report(" + names + ") VALUES(" + places + ")";
 }
 
+void SqliteStore::prepare() {
+  insert_.emplace(database_.prepare(insert_statement()));
+  insert_rest_.emplace(database_.prepare("INSERT INTO rest VALUES(?, ?)"));
+  Statement last = database_.prepare("SELECT coalesce(max(id), 0) FROM rest");
+  if (last.next()) last_rest_ = last.number(0);
+}
+
 void SqliteStore::add(KeptRow& kept) {
+  constexpr size_t REST = column("rest");
   const Row& row = kept.row;
-  if (!insert_) insert_.emplace(database_.prepare(insert_statement()));
-  for (size_t i = 0; i < COLUMN_COUNT; ++i) {
+  if (!insert_) prepare();
+  for (size_t i = 0; i < REST; ++i) {
     int at = static_cast<int>(i) + 1;
     if (!row[i].known) {
       insert_->bind_null(at);
@@ -25,8 +33,13 @@ void SqliteStore::add(KeptRow& kept) {
       insert_->bind(at, row[i].number);
     }
   }
-  insert_->run();
-  database_.changed_rows() == 1 ? ++added_ : ++doubled_;
+  insert_->bind(REST + 1, last_rest_ + 1).run();
+  if (database_.changed_rows() == 0) {
+    ++doubled_;
+    return;
+  }
+  insert_rest_->bind(1, ++last_rest_).bind(2, row[REST].text).run();
+  ++added_;
 }
 
 static Cell cell_of(const Statement& statement, int column) {

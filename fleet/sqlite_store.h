@@ -17,8 +17,11 @@ class SqliteStore : public Store {
   Answer ask(const std::string& sql, const Ask& values) override;
 
  private:
+  void prepare();
+
   Database& database_;
-  std::optional<Statement> insert_;
+  std::optional<Statement> insert_, insert_rest_;
+  int64_t last_rest_ = 0;  // its id
 };
 
 }  // namespace fleet
