@@ -115,7 +115,7 @@ Database::Database(const std::string& name, Mode mode) : name_(name) {
   sqlite3_busy_timeout(made, BUSY_MS);
   execute("PRAGMA cache_size = -262144; PRAGMA temp_store = MEMORY");
   if (mode == WRITE) {
-    execute("PRAGMA page_size = 8192; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
+    execute("PRAGMA page_size = 16384; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
     make_tables();
   }
   check_version();
