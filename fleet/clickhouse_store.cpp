@@ -112,21 +112,23 @@ static void append_value(std::string& out, const Column& column, const Value& va
   }
 }
 
-static void write_json(std::string& text, const Row& row, size_t columns) {
-  text.clear();
+static std::string json_of(const Row& row, size_t columns) {
+  std::string text;
   for (size_t i = 0; i < columns; ++i) {
     text += i == 0 ? "{\"" : ",\"";
     text.append(COLUMNS[i].name).append("\":");
     append_value(text, COLUMNS[i], row[i]);
   }
-  text += "}\n";
+  return text + "}\n";
 }
+
+std::string line_of(const Row& row) { return json_of(row, COLUMN_COUNT); }
 
 void ClickhouseStore::form(KeptRow& kept, const Row& row) const {
   constexpr size_t NAME_COLUMNS = column("key") + 1;
   kept.row[column("key")] = row[column("key")];
-  write_json(kept.name, row, NAME_COLUMNS);
-  write_json(kept.texts, row, COLUMN_COUNT);
+  kept.name = json_of(row, NAME_COLUMNS);
+  kept.texts = line_of(row);
 }
 
 void ClickhouseStore::add(KeptRow& kept) {

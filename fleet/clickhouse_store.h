@@ -31,6 +31,9 @@ struct RowLine {
   std::string text;  // the row
 };
 
+// The row as a line of JSON.
+std::string line_of(const Row& row);
+
 class ClickhouseStore : public Store {
  public:
   // How long a server that fails is tried again, and how to wait meanwhile.

@@ -21,6 +21,7 @@ void SqliteStore::prepare() {
 
 void SqliteStore::add(KeptRow& kept) {
   constexpr size_t REST = column("rest");
+  static_assert(REST + 1 == COLUMN_COUNT);
   const Row& row = kept.row;
   if (!insert_) prepare();
   for (size_t i = 0; i < REST; ++i) {
