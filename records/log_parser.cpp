@@ -4,6 +4,7 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -27,8 +28,8 @@ void LogParser::read(const std::vector<std::string>& files, unsigned threads) {
   names_ = files;
   batches_.resize(LogPieces::places(threads));
   batch_ = batches_.data();
-  std::vector<LogFile> log;
-  for (const std::string& name : files) log.push_back({name});
+  std::vector<LogFile> log(files.size());
+  std::ranges::transform(files, log.begin(), [](const std::string& name) { return LogFile{name}; });
   LogPieces(std::move(log), threads, *this).run();
 }
 
