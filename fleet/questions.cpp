@@ -48,7 +48,11 @@ int64_t newest_time(Store& store) {
 }
 
 Answer answer_of(Store& store, const Question& question, const Ask& values) {
-  return store.ask(question.sql + fmt::format("LIMIT {}", values.rows), values);
+  Answer answer = store.ask(question.sql + fmt::format("LIMIT {}", values.rows + 1), values);
+  auto most = static_cast<size_t>(values.rows);
+  answer.is_cut = answer.rows.size() > most;
+  if (answer.is_cut) answer.rows.resize(most);
+  return answer;
 }
 
 }  // namespace fleet

@@ -23,7 +23,7 @@ const Question* find_question(const std::string& name);
 constexpr int64_t USUAL_SPAN_S = int64_t{7} * 86'400;
 constexpr int64_t USUAL_SILENCE_S = int64_t{26} * 3600;
 constexpr int64_t USUAL_ROWS = 1000;
-int64_t newest_time(Store& store);
+int64_t newest_time(Store& store);  // 0 without any
 
 // At most as many rows as the values allow.
 Answer answer_of(Store& store, const Question& question, const Ask& values);

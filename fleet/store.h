@@ -28,6 +28,7 @@ struct Cell {
 struct Answer {
   std::vector<std::string> names;
   std::vector<std::vector<Cell>> rows;
+  bool is_cut = false;  // there are more rows
 };
 
 class Store {

@@ -5,4 +5,4 @@ FROM report
 WHERE time >= (SELECT since FROM ask) AND time <= (SELECT until FROM ask)
   AND exception IS NOT NULL
 GROUP BY exception, firmware
-ORDER BY reports DESC, exception, firmware
+ORDER BY reports DESC, exception, coalesce(firmware, '')

@@ -6,4 +6,5 @@ SELECT mcc, mnc, lac, cell_id, firmware, host, count(*) AS reports,
 FROM report
 WHERE time >= (SELECT since FROM ask) AND time <= (SELECT until FROM ask)
 GROUP BY mcc, mnc, lac, cell_id, firmware, host
-ORDER BY troubled DESC, mcc, mnc, lac, cell_id, firmware, host
+ORDER BY troubled DESC, host, coalesce(mcc, ''), coalesce(mnc, ''), coalesce(lac, -1),
+         coalesce(cell_id, -1), coalesce(firmware, '')

@@ -9,4 +9,5 @@ SELECT firmware, hardware, count(DISTINCT host) AS devices, count(*) AS reports,
 FROM report
 WHERE time >= (SELECT since FROM ask) AND time <= (SELECT until FROM ask)
 GROUP BY firmware, hardware
-ORDER BY refused_percent + exception_percent + stuck_percent + rejected_percent DESC, firmware
+ORDER BY refused_percent + exception_percent + stuck_percent + rejected_percent DESC,
+         coalesce(firmware, ''), coalesce(hardware, '')

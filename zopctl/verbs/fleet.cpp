@@ -245,12 +245,19 @@ static int64_t moment_of(const std::string& name, const std::string& text) {
   throw UsageError(name + " is a time, UTC: 2026-11-22 or 2026-11-22T17:56");
 }
 
+// Up to now, whatever the clock of a device says.
+static int64_t usual_end(fleet::Store& store) {
+  int64_t now = time(nullptr);
+  int64_t newest = fleet::newest_time(store);
+  return newest == 0 ? now : std::min(newest, now);
+}
+
 static fleet::Ask values_of(fleet::Store& store, const Arguments& arguments) {
   fleet::Ask ask;
   if (arguments.has("--host")) ask.host = arguments.text("--host");
-  ask.until = arguments.has("--until") ? moment_of("--until", arguments.text("--until"))
-                                       : fleet::newest_time(store);
-  ask.since = ask.until - span_of(arguments, "--last", fleet::USUAL_SPAN_S);
+  ask.until =
+      arguments.has("--until") ? moment_of("--until", arguments.text("--until")) : usual_end(store);
+  ask.since = std::max<int64_t>(0, ask.until - span_of(arguments, "--last", fleet::USUAL_SPAN_S));
   ask.silent_s = span_of(arguments, "--silent", fleet::USUAL_SILENCE_S);
   ask.rows = fleet::USUAL_ROWS;
   if (arguments.has("--rows")) ask.rows = arguments.number("--rows");
@@ -265,23 +272,33 @@ static Findings list_questions() {
   return one_section("questions", "Questions", items);
 }
 
+static nlohmann::ordered_json problems_of(const std::string& reason) {
+  auto problems = nlohmann::ordered_json::array();
+  if (!reason.empty()) {
+    problems.push_back({{"item", "rows"}, {"reason", reason}, {"failure", false}});
+  }
+  return problems;
+}
+
 static void print_answer(const Arguments& arguments, const fleet::Question& question,
                          const fleet::Ask& ask, const fleet::Answer& answer) {
+  std::string since = fleet::time_text(ask.since), until = fleet::time_text(ask.until);
+  std::string cut;
+  if (answer.is_cut) cut = fmt::format("only the first {} rows; use --rows for more", ask.rows);
   if (arguments.json) {
     nlohmann::ordered_json object = {{"question", question.name},
-                                     {"since", fleet::time_text(ask.since)},
-                                     {"until", fleet::time_text(ask.until)},
+                                     {"since", since},
+                                     {"until", until},
                                      {"rows", fleet::as_json(answer)},
-                                     {"problems", nlohmann::ordered_json::array()}};
+                                     {"problems", problems_of(cut)}};
     fmt::print("{}\n", printable_json(object, 2));
   } else if (arguments.has("--csv")) {
     fmt::print("{}", printable(fleet::as_csv(answer), "\r\n"));
   } else {
     fmt::print("{}", printable(fleet::as_table(answer), "\n"));
   }
-  if (static_cast<int64_t>(answer.rows.size()) >= ask.rows) {
-    warn(fmt::format("only the first {} rows; use --rows for more", ask.rows));
-  }
+  if (answer.rows.empty()) warn("none from " + since + " to " + until);
+  if (!cut.empty()) warn(cut);
 }
 
 static Findings ask(const ModuleLibrary&, const Arguments& arguments) {
