@@ -12,9 +12,25 @@ std::string time_text(int64_t seconds) {
   return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(seconds)));
 }
 
-static bool is_time(const Answer& answer, size_t column) {
-  return answer.names[column].ends_with("time");
+std::string short_time_text(int64_t seconds) {
+  return fmt::format("{:%Y-%m-%d %H:%M}", fmt::gmtime(static_cast<std::time_t>(seconds)));
 }
+
+const Cell& named(const Answer& answer, size_t row, std::string_view column) {
+  auto found = std::ranges::find(answer.names, column);
+  return answer.rows.at(row).at(static_cast<size_t>(found - answer.names.begin()));
+}
+
+std::string word(const Cell& cell) {
+  if (cell.type == Cell::NUMBER) return std::to_string(cell.number);
+  return cell.type == Cell::TEXT ? cell.text : "unknown";
+}
+
+double number(const Cell& cell) {
+  return cell.type == Cell::REAL ? cell.real : static_cast<double>(cell.number);
+}
+
+bool is_time(const Answer& answer, size_t column) { return answer.names[column].ends_with("time"); }
 
 std::string cell_text(const Answer& answer, size_t row, size_t column) {
   const Cell& cell = answer.rows[row][column];

@@ -3,103 +3,188 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "fleet/answer_text.h"
 #include "fleet/questions.h"
+#include "fleet/reject_strips.h"
+#include "fleet/standouts.h"
 #include "fleet/trouble_map.h"
 #include "page/page.h"
+#include "records/counted.h"
 
 namespace fleet {
 
+using records::counted;
+
 constexpr int64_t MANY = 1'000'000;  // rows to count
-constexpr size_t MAX_ROWS = 200;     // of a table on the page
+constexpr size_t MAX_ROWS = 500;     // of a table on the page
 
 namespace {
 struct Part {
-  const char* question;
-  const char* title;
-  Answer answer;
+  const char *question, *title;
 };
 }  // namespace
 
-static void tile(page::HtmlWriter& html, const char* title, const std::string& value,
-                 const std::string& id, const std::string& more) {
-  html.open("div", {{"class", "tile"}}).element("span", {{"class", "what"}}, title);
-  html.open("span", {{"class", "value"}});
-  html.element("a", {{"href", "#" + id}}, value).close();
-  html.element("span", {{"class", "more"}}, more).close();
+static constexpr Part TABLES[] = {{"stuck", "Stuck"},
+                                  {"rejected", "Rejected"},
+                                  {"silent", "Silent"},
+                                  {"changed", "Changed since the day before"},
+                                  {"versions", "Firmware versions"},
+                                  {"reject-areas", "Where devices are rejected"},
+                                  {"weak-cells", "Cells with the worst level"},
+                                  {"weak-areas", "Areas with the worst level"},
+                                  {"exceptions", "Exceptions"}};
+
+// ---- tables ----
+
+// "level_dbm" is "level, dBm".
+static std::string heading(std::string name) {
+  static constexpr std::pair<std::string_view, std::string_view> ENDS[] = {
+      {"_time", ""}, {"_percent", ", %"}, {"_dbm", ", dBm"}, {"_db", ", dB"}, {"_hours", ", h"}};
+  for (auto [end, instead] : ENDS) {
+    if (!name.ends_with(end)) continue;
+    name.replace(name.size() - end.size(), end.size(), instead);
+    break;
+  }
+  std::ranges::replace(name, '_', ' ');
+  return name;
+}
+
+static void write_cell(page::HtmlWriter& html, const Answer& answer, size_t row, size_t column) {
+  const Cell& cell = answer.rows[row][column];
+  bool is_number = cell.type != Cell::TEXT && !is_time(answer, column);
+  std::string text = cell.type == Cell::NUMBER && is_time(answer, column)
+                         ? short_time_text(cell.number)
+                         : cell_text(answer, row, column);
+  html.element(
+      "td",
+      {{"class", is_number ? "number" : "text"}, {"data-name", heading(answer.names[column])}},
+      text);
 }
 
 static void write_table(page::HtmlWriter& html, const Answer& answer) {
-  html.open("table").open("thead").open("tr");
-  for (const std::string& name : answer.names) html.element("th", {}, name);
+  html.open("div", {{"class", "rows"}}).open("table").open("thead").open("tr");
+  for (const std::string& name : answer.names) html.element("th", {}, heading(name));
   html.close().close().open("tbody");
-  size_t rows = std::min(answer.rows.size(), MAX_ROWS);
-  for (size_t row = 0; row < rows; ++row) {
+  for (size_t row = 0; row < std::min(answer.rows.size(), MAX_ROWS); ++row) {
     html.open("tr");
-    for (size_t column = 0; column < answer.names.size(); ++column) {
-      bool number = answer.rows[row][column].type != Cell::TEXT;
-      html.element("td", {{"class", number ? "number" : "text"}}, cell_text(answer, row, column));
-    }
+    for (size_t i = 0; i < answer.names.size(); ++i) write_cell(html, answer, row, i);
     html.close();
   }
-  html.close().close();
+  html.close().close().close();
 }
 
-static void write_part(page::HtmlWriter& html, const Part& part) {
+static void open_part(page::HtmlWriter& html, const Part& part) {
   html.open("section", {{"class", "block"}, {"id", part.question}}).element("h3", {}, part.title);
   html.element("p", {{"class", "extent"}}, find_question(part.question)->meaning);
-  if (part.answer.rows.empty()) {
+}
+
+static void write_part(page::HtmlWriter& html, const Part& part, const Answer& answer) {
+  open_part(html, part);
+  if (answer.rows.empty()) {
     html.element("p", {}, "None.");
   } else {
-    write_table(html, part.answer);
+    write_table(html, answer);
   }
-  if (part.answer.rows.size() > MAX_ROWS) {
+  if (answer.rows.size() > MAX_ROWS) {
     html.element("p", {{"class", "extent"}},
-                 fmt::format("{} more: zopctl fleet ask DB {}", part.answer.rows.size() - MAX_ROWS,
+                 fmt::format("{} more: zopctl fleet ask DB {}", answer.rows.size() - MAX_ROWS,
                              part.question));
   }
   html.close();
 }
 
-static std::vector<Part> parts_of(Store& store, const Ask& values) {
-  std::vector<Part> parts = {{"stuck", "Stuck", {}},
-                             {"rejected", "Rejected", {}},
-                             {"silent", "Silent", {}},
-                             {"changed", "Changed since the day before", {}},
-                             {"versions", "Firmware versions", {}},
-                             {"weak-cells", "Cells with the worst level", {}},
-                             {"weak-areas", "Areas with the worst level", {}},
-                             {"rejects", "Reject causes over time", {}},
-                             {"exceptions", "Exceptions", {}}};
-  for (Part& part : parts) part.answer = answer_of(store, *find_question(part.question), values);
-  return parts;
+// ---- the top ----
+
+static void write_standouts(page::HtmlWriter& html, const Answers& answers) {
+  html.open("ul", {{"class", "notes sentences"}});
+  for (const Standout& standout : standouts(answers)) {
+    html.open("li", {{"class", standout.is_trouble ? "bad" : "plain"}});
+    html.element("a", {{"href", "#" + standout.question}}, standout.text);
+    if (!standout.details.empty()) html.text(": " + standout.details);
+    html.close();
+  }
+  html.close();
+}
+
+static void tile(page::HtmlWriter& html, const char* title, const std::string& value,
+                 const std::string& question, const std::string& more) {
+  html.open("div", {{"class", "tile"}}).element("span", {{"class", "what"}}, title);
+  html.open("span", {{"class", "value"}});
+  html.element("a", {{"href", "#" + question}}, value).close();
+  html.element("span", {{"class", "more"}}, more).close();
+}
+
+static void write_tiles(page::HtmlWriter& html, const Answers& answers) {
+  std::string of_all =
+      "of " +
+      counted(static_cast<uint64_t>(number(named(answers.at("totals"), 0, "devices"))), "device");
+  html.open("div", {{"class", "tiles"}});
+  for (auto [question, title] : {Part{"stuck", "Stuck"},
+                                 {"rejected", "Rejected"},
+                                 {"silent", "Silent"},
+                                 {"changed", "Changed in a day"}}) {
+    tile(html, title, std::to_string(devices_in(answers.at(question))), question, of_all);
+  }
+  const Answer& exceptions = answers.at("exceptions");
+  int64_t reports = 0;
+  for (size_t row = 0; row < exceptions.rows.size(); ++row) {
+    reports += named(exceptions, row, "reports").number;
+  }
+  tile(html, "Exceptions", std::to_string(reports), "exceptions",
+       fmt::format("of {} reports", word(named(answers.at("totals"), 0, "reports"))));
+  if (const Answer& cells = answers.at("weak-cells"); !cells.rows.empty()) {
+    tile(html, "Weakest cell", fmt::format("{:g} dBm", number(named(cells, 0, "level_dbm"))),
+         "weak-cells",
+         fmt::format("cell {}, area {}", word(named(cells, 0, "cell_id")),
+                     word(named(cells, 0, "lac"))));
+  }
+  html.close();
+}
+
+// ---- the page ----
+
+static Answers answers_of(Store& store, const Ask& values) {
+  Answers answers;
+  for (const char* question : {"totals", "trouble", "rejects"}) {
+    answers[question] = answer_of(store, *find_question(question), values);
+  }
+  for (const Part& part : TABLES) {
+    answers[part.question] = answer_of(store, *find_question(part.question), values);
+  }
+  return answers;
+}
+
+static void write_main(page::HtmlWriter& html, const Answers& answers, const Ask& values) {
+  const Answer& totals = answers.at("totals");
+  html.element("h2", {},
+               counted(static_cast<uint64_t>(number(named(totals, 0, "devices"))), "device"));
+  html.element("p", {{"class", "extent"}, {"id", "totals"}},
+               fmt::format("{} reports, {} to {}", word(named(totals, 0, "reports")),
+                           short_time_text(values.since), short_time_text(values.until)));
+  write_standouts(html, answers);
+  write_tiles(html, answers);
+  html.open("section", {{"class", "block"}, {"id", "map"}});
+  html.element("h3", {}, "Trouble by cell and version");
+  TroubleMap(answers.at("trouble")).write(html);
+  html.close();
+  open_part(html, {"rejects", "Reject causes over time"});
+  write_reject_strips(html, answers.at("rejects"), values);
+  html.close();
+  for (const Part& part : TABLES) write_part(html, part, answers.at(part.question));
 }
 
 std::string page_of(Store& store, Ask values) {
   values.rows = MANY;
-  Answer totals = answer_of(store, *find_question("totals"), values);
-  TroubleMap map(answer_of(store, *find_question("trouble"), values));
-  std::vector<Part> parts = parts_of(store, values);
+  Answers answers = answers_of(store, values);
   page::HtmlWriter html;
   page::write_head(html, "Fleet report");
   html.open("body").open("header").element("h1", {}, "Fleet report").close();
   html.open("main");
-  html.element("h2", {}, cell_text(totals, 0, 0) + " devices");
-  html.element("p", {{"class", "extent"}},
-               fmt::format("{} reports, {} to {}", cell_text(totals, 0, 1), time_text(values.since),
-                           time_text(values.until)));
-  html.open("div", {{"class", "tiles"}});
-  for (const Part& part : parts) {
-    tile(html, part.title, std::to_string(part.answer.rows.size()), part.question, "");
-  }
+  write_main(html, answers, values);
   html.close();
-  html.open("section", {{"class", "block"}, {"id", "map"}});
-  html.element("h3", {}, "Trouble by cell and version");
-  map.write(html);
-  html.close();
-  for (const Part& part : parts) write_part(html, part);
-  html.close();
-  html.element("footer", {}, "Made by zopctl. Times are UTC.");
+  html.element("footer", {}, "Made by zopctl " ZOP_VERSION ". Times are UTC.");
   html.close().close();
   return html.written();
 }

@@ -1,23 +1,28 @@
-// A transaction's lines are confirmed together, when all of them are kept.
+// Many lines are kept together, for the disk's sake.
 #include "fleet/follower.h"
 
 namespace fleet {
 
-Follower::Follower(Loader& loader, Answer answer) : loader_(loader), answer_(std::move(answer)) {
+constexpr int KEPT_TOGETHER = 2000;
+
+Follower::Follower(Loader& loader, Journal& journal, Answer answer)
+    : loader_(loader), journal_(journal), answer_(std::move(answer)) {
+  journal_.replay([this](std::string_view line) { loader_.take_line(line); });
+  keep();
   answer_("OK");
 }
 
 void Follower::take(std::string_view line) {
-  if (line == "BEGIN TRANSACTION") {
-    in_transaction_ = true;
-    return answer_("OK");
-  }
-  bool ends = line == "COMMIT TRANSACTION";
-  if (!ends) loader_.take_line(line);
-  if (in_transaction_ && !ends) return answer_("DEFER_COMMIT");
-  loader_.keep();
-  in_transaction_ = false;
+  journal_.add(line);
+  loader_.take_line(line);
+  if (++unkept_ >= KEPT_TOGETHER) keep();
   answer_("OK");
+}
+
+void Follower::keep() {
+  loader_.keep();
+  journal_.clear();
+  unkept_ = 0;
 }
 
 }  // namespace fleet

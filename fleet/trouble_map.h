@@ -26,14 +26,20 @@ class TroubleMap {
     std::vector<Device> devices;  // the most troubled first
     int64_t reports = 0, troubled = 0;
   };
-  using Fields = std::map<std::string, Field>;  // by version
+  struct CellRow {
+    std::string name;
+    std::map<std::string, Field> fields;  // by version
+    int64_t reports = 0, troubled = 0;
+  };
 
-  void write_row(page::HtmlWriter& html, const std::string& cell, size_t row) const;
-  void write_devices(page::HtmlWriter& html) const;
+  void choose_versions(const std::map<std::string, int64_t>& troubled);
+  void write_row(page::HtmlWriter& html, size_t row) const;
+  void write_field(page::HtmlWriter& html, size_t row, size_t column, const Field& field) const;
+  void write_devices(page::HtmlWriter& html, size_t row, size_t column, const Field& field) const;
 
-  std::map<std::string, Fields> cells_;
-  std::map<std::string, int64_t> versions_;  // all there are
-  std::vector<std::string> worst_;           // cells, the worst first
+  std::vector<CellRow> rows_;          // with trouble, the worst first
+  std::vector<std::string> versions_;  // those of the columns
+  size_t more_cells_ = 0, more_versions_ = 0;
 };
 
 }  // namespace fleet

@@ -235,15 +235,20 @@ TEST_F(Fleet, what_is_confirmed_is_kept) {
     Database database(file("db"), Database::WRITE);
     SqliteStore store(database);
     Loader loader(store, database, {[] {}, [](const std::string&) {}}, END, 1);
-    Follower follower(loader, [&](std::string_view line) { answers.append(line) += ' '; });
+    Journal journal(file("lines"));
+    Follower follower(loader, journal, [&](std::string_view line) { answers.append(line) += ' '; });
     for (const char* line : lines) follower.take(line);
   };
-  follow({"BEGIN TRANSACTION", "2026-11-22T17:00:00Z one I zop:diag: t=6b032d64,Bars=4:",
-          "COMMIT TRANSACTION", "BEGIN TRANSACTION",
-          "2026-11-22T17:00:00Z two I zop:diag: t=6b032d64,Bars=4,n=1:"});  // and it ends
+  // It is killed, and a line is sent again that was not answered.
+  follow({"2026-11-22T17:00:00Z one I zop:diag: t=6b032d64,Bars=4:",
+          "2026-11-22T17:00:00Z two I zop:diag: t=6b032d64,Bars=4,n=1:"});
+  EXPECT_EQ(column("SELECT host FROM report"), std::vector<std::string>{});
+  write("lines", "2026-11-22T17:00:00Z one I zop:diag: t=6b032d64,Roam");
   follow({"2026-11-22T17:00:00Z one I zop:diag: t=6b032d64,Roaming=0,n=2:"});
-  EXPECT_EQ(answers, "OK OK DEFER_COMMIT OK OK DEFER_COMMIT OK OK ");
-  EXPECT_EQ(column("SELECT host FROM report"), std::vector<std::string>{"one"});
+  follow({});
+  EXPECT_EQ(answers, "OK OK OK OK OK OK ");
+  EXPECT_EQ(column("SELECT host FROM report"), (std::vector<std::string>{"one", "two"}));
+  EXPECT_EQ(std::filesystem::file_size(file("lines")), 0U);
 }
 
 static std::string text_of(const char* file) {

@@ -77,7 +77,7 @@ struct Writing {
   Writing(const Arguments& arguments, bool is_live) {
     const std::string& name = arguments.text("DB");
     bool is_server = fleet::is_clickhouse(name);
-    std::string file = is_server ? state_file(arguments, name) : name;
+    file = is_server ? state_file(arguments, name) : name;
     if (is_server) servers = server(name, writer_of(file), is_live ? 0 : PATIENCE_S);
     ledger.emplace(file, fleet::Database::WRITE);
     if (!is_server) sqlite.emplace(*ledger);
@@ -92,6 +92,7 @@ struct Writing {
     return *servers;
   }
 
+  std::string file;  // of the ledger
   std::unique_ptr<fleet::ClickhouseStore> servers;
   std::optional<fleet::Database> ledger;
   std::optional<fleet::SqliteStore> sqlite;
@@ -190,12 +191,17 @@ static Findings follow(const ModuleLibrary&, const Arguments& arguments) {
   constexpr int PAUSE_MS = 500;
   Writing writing(arguments, true);
   bool confirms = arguments.has("--confirm");
+  std::optional<fleet::Journal> journal;
   std::optional<fleet::Follower> follower;
-  if (confirms) follower.emplace(*writing.loader, answer_line);
+  if (confirms) {
+    journal.emplace(writing.file + "-lines");
+    follower.emplace(*writing.loader, *journal, answer_line);
+  }
   std::vector<char> chunk(CHUNK);
   records::LineSplitter splitter;
   for (bool open = true; open;) {
     if (!is_ready(PAUSE_MS)) {
+      if (follower) follower->keep();
       send(writing);
       continue;
     }
@@ -207,6 +213,7 @@ static Findings follow(const ModuleLibrary&, const Arguments& arguments) {
     if (!confirms && (!open || !is_ready(0))) writing.loader->keep();
     if (!writing.loader->is_reading()) send(writing);
   }
+  if (follower) follower->keep();
   if (writing.outbox) writing.outbox->send();
   return confirms ? Findings() : summary(writing);
 }
