@@ -101,9 +101,9 @@ static void write_standouts(page::HtmlWriter& html, const Answers& answers) {
   html.open("ul", {{"class", "notes sentences"}});
   for (const Standout& standout : standouts(answers)) {
     html.open("li", {{"class", standout.is_trouble ? "bad" : "plain"}});
-    html.element("a", {{"href", "#" + standout.question}}, standout.text);
-    if (!standout.details.empty()) html.text(": " + standout.details);
-    html.close();
+    html.element("a", {{"href", "#" + standout.question}},
+                 standout.text + (standout.details.empty() ? "" : ":"));
+    html.text(standout.details).close();
   }
   html.close();
 }
@@ -120,7 +120,7 @@ static void write_tiles(page::HtmlWriter& html, const Answers& answers) {
   std::string of_all =
       "of " +
       counted(static_cast<uint64_t>(number(named(answers.at("totals"), 0, "devices"))), "device");
-  html.open("div", {{"class", "tiles"}});
+  html.open("div", {{"class", "tiles small"}});
   for (auto [question, title] : {Part{"stuck", "Stuck"},
                                  {"rejected", "Rejected"},
                                  {"silent", "Silent"},
