@@ -1,7 +1,7 @@
 # Every target installs what it needs and may be repeated. `make help` lists them.
 .POSIX:
 .SUFFIXES:
-.PHONY: all help setup build test schemas demo fleet-demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count idle figures clean
+.PHONY: all help setup build test schemas demo fleet-demo arm size deb abi-baseline format check-format tidy asan tsan faults coverage fuzz bench count idle figures fleet-figures clean
 
 SHELL = /bin/sh
 JOBS = $$(nproc)
@@ -31,8 +31,8 @@ schemas: build ## what zopctl prints for programs, against docs/schema, in every
 demo: build ## read, update and dump simulated modems
 	@sh scripts/demo.sh $(RELEASE)
 
-fleet-demo: build ## a simulated fleet on real servers; DEVICES (10000) and DAYS (7)
-	@python3 scripts/fleet_demo.py $(RELEASE) $${DEVICES:-10000} $${DAYS:-7}
+fleet-demo: build ## a simulated fleet on real servers; DEVICES (10000), DAYS (7), EVERY (3600 s)
+	@python3 scripts/fleet_demo.py $(RELEASE) $${DEVICES:-10000} $${DAYS:-7} $${EVERY:-3600}
 
 arm: ## cross build for 32-bit ARM, and its tests under qemu
 	@sh scripts/setup.sh arm
@@ -89,6 +89,10 @@ idle: build ## wake-ups of the module in a real minute without field testing, an
 figures: bench ## the same as a page with plots, docs/figures.md
 	@sh scripts/setup.sh figures
 	@python3 scripts/figures.py $(RELEASE)/bench_programs.json $(RELEASE)/bench_module.json
+
+fleet-figures: build ## both engines of a fleet with ROWS (1000000 10000000), written into docs/fleet.md
+	@sh scripts/setup.sh figures
+	@python3 scripts/fleet_figures.py $(RELEASE) $${ROWS:-1000000 10000000}
 
 clean: ## remove everything that was built
 	rm -rf build

@@ -227,4 +227,5 @@ def main():
     print("figures: docs/figures.md")
 
 
-main()
+if __name__ == "__main__":
+    main()

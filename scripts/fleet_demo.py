@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """A fleet on real servers: two shards of ClickHouse, rsyslog and the simulated fleet's log. In
 between, a shard and the collector are killed and rsyslog is stopped. In the end there is a row for
-each report, and each trouble is found by its question, as in an SQLite file.
-Usage: fleet_demo.py BUILD_DIR [DEVICES [DAYS]]"""
+each report, each trouble is found by its question, and all answers are those of an SQLite file.
+Usage: fleet_demo.py BUILD_DIR [DEVICES [DAYS [SECONDS_BETWEEN_REPORTS]]]"""
 import json
 import os
 import shutil
@@ -11,13 +11,14 @@ import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import urllib.error
 
 from fleet_servers import collector, fail, free_port, two_shards, wait_for
 
 BUILD = os.path.abspath(sys.argv[1])
-DEVICES, DAYS = (int(word) for word in (sys.argv[2:] + ["1000", "2"][len(sys.argv) - 2:])[:2])
+DEVICES, DAYS, EVERY = (int(word) for word in sys.argv[2:] + ["1000", "2", "3600"][len(sys.argv) - 2:])
 ZOPCTL = os.path.join(BUILD, "zopctl")
 STUCK = ["illegal network reject", "data connection without a call", "all networks forbidden"]
 START = time.time()
@@ -76,6 +77,19 @@ def check(database, truth):
     say(f"{database}: {found['reports']} rows for as many reports, and each trouble found")
 
 
+def same_answers(one, other):
+    for question in json.loads(subprocess.run([ZOPCTL, "fleet", "ask", one, "--json"], check=True,
+                                              stdout=subprocess.PIPE).stdout)["questions"]:
+        if ask(one, question, "--host", "device-000001") != ask(other, question, "--host", "device-000001"):
+            fail(f"{question} is answered otherwise by {other}")
+    say("all answers are the same")
+
+
+def kill_children(server):
+    for child in children_of(server):
+        os.kill(child, signal.SIGKILL)
+
+
 def load(database, log, *options):
     words = [ZOPCTL, "fleet", "load", database, log, "--json", *options]
     start = time.time()
@@ -91,7 +105,7 @@ def run(folder, servers):
     until = int(time.time()) // 3600 * 3600
     with open(log, "wb") as out:
         subprocess.run([os.path.join(BUILD, "zop-fleet-sim"), "--devices", str(DEVICES), "--days", str(DAYS),
-                        "--until", str(until), "--truth", truth_file], stdout=out, check=True)
+                        "--every", str(EVERY), "--until", str(until), "--truth", truth_file], stdout=out, check=True)
     with open(truth_file, encoding="utf-8") as file:
         truth = json.load(file)
     say(f"{DEVICES} devices have logged {truth['reports']} reports in {truth['lines']} lines")
@@ -116,7 +130,7 @@ def run(folder, servers):
     def drained(sent):
         """Whether each report in the lines that have been sent has its row."""
         reports = len({line for line in lines[:sent] if b",n=" in line})
-        wait_for("row for each report", lambda: rows_of(database) >= reports, 300)
+        wait_for("row for each report", lambda: rows_of(database) >= reports, 300 + reports // 200)
 
     send(rsyslog.port, lines[:part])
     shards[1].stop(signal.SIGKILL)
@@ -125,14 +139,16 @@ def run(folder, servers):
     shards[1].start()
     say("it is up again")
     wait_for("rows", lambda: rows_of(database) > 0)
-    for child in children_of(rsyslog):
-        os.kill(child, signal.SIGKILL)
-    say("the collector is killed")
-    send(rsyslog.port, lines[2 * part:3 * part])
-    drained(3 * part)
-    say("three quarters of the lines are sent, and their rows are there")
+    sender = threading.Thread(target=send, args=(rsyslog.port, lines[2 * part:3 * part]))
+    sender.start()
+    for _ in range(3):
+        time.sleep(1)
+        kill_children(rsyslog)
+    sender.join()
+    say("the collector is killed three times while lines come")
+    kill_children(rsyslog)
     rsyslog.stop()
-    say("rsyslog is stopped")
+    say("and once more while rsyslog is stopped")
     rsyslog.start()
     send(rsyslog.port, lines[3 * part:])
     drained(len(lines))
@@ -142,6 +158,7 @@ def run(folder, servers):
     if again["added_rows"] != 0:
         fail("rows are added twice")
     check(database, truth)
+    same_answers(sqlite, database)
     page = os.path.join(folder, "fleet.html")
     subprocess.run([ZOPCTL, "fleet", "page", database, "-o", page], check=True)
     say(f"the page has {os.path.getsize(page) // 1000} kB")
