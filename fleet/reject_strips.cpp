@@ -45,6 +45,7 @@ static std::vector<Strip> strips_of(const Answer& rejects, const Span& span) {
     strip.reports += named(rejects, row, "reports").number;
   }
   std::vector<Strip> strips;
+  strips.reserve(found.size());
   for (auto& [name, strip] : found) strips.push_back(std::move(strip));
   std::ranges::stable_sort(strips, std::greater(), &Strip::reports);
   return strips;
