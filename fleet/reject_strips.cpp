@@ -83,6 +83,10 @@ static void write_strip(page::HtmlWriter& html, const Strip& strip, const Span& 
 }
 
 void write_reject_strips(page::HtmlWriter& html, const Answer& rejects, const Ask& values) {
+  if (rejects.rows.empty()) {
+    html.element("p", {}, "None.");
+    return;
+  }
   Span span(values);
   std::vector<Strip> strips = strips_of(rejects, span);
   size_t shown = std::min(strips.size(), MAX_STRIPS);
