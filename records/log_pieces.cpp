@@ -86,7 +86,7 @@ bool LogPieces::take_next(Lock& lock) {
   if (!slot.is_formed) return false;
   if (slot.fault) std::rethrow_exception(slot.fault);
   lock.unlock();
-  work_.take(slot.piece, taken_ % slots_.size());
+  work_.take(slot.piece, place_of(taken_));
   lock.lock();
   slot.is_searched = slot.is_formed = false;
   ++taken_;
@@ -98,7 +98,7 @@ bool LogPieces::join_next(Lock& lock) {
   Slot& slot = slot_of(joined_);
   if (joined_ == begun_ || !slot.is_searched) return false;
   lock.unlock();
-  work_.join(slot.piece, joined_ % slots_.size());
+  work_.join(slot.piece, place_of(joined_));
   lock.lock();
   ++joined_;
   changed_.notify_all();
@@ -106,7 +106,7 @@ bool LogPieces::join_next(Lock& lock) {
 }
 
 void LogPieces::form_next(Lock& lock) {
-  size_t place = formed_++ % slots_.size();
+  size_t place = place_of(formed_++);
   lock.unlock();
   try {
     work_.form(place);

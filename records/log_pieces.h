@@ -62,7 +62,8 @@ class LogPieces {
   };
 
   void help();
-  Slot& slot_of(uint64_t number) { return slots_[number % slots_.size()]; }
+  size_t place_of(uint64_t number) const { return static_cast<size_t>(number % slots_.size()); }
+  Slot& slot_of(uint64_t number) { return slots_[place_of(number)]; }
   bool may_read(bool is_caller) const;
   bool may_form() const { return formed_ < joined_ && !is_over_; }
   bool take_next(Lock& lock);

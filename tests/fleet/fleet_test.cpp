@@ -18,7 +18,6 @@ using namespace fleet;
 constexpr int64_t END = 1'795'370'400;
 constexpr FleetPlan PLAN = {.devices = 24, .until = END, .troubled = 1};
 
-namespace {
 // A database and logs in a folder of their own.
 class Fleet : public testing::Test {
  protected:
@@ -75,7 +74,6 @@ class Fleet : public testing::Test {
   std::string folder_;
   uint64_t added_ = 0;
 };
-}  // namespace
 
 TEST_F(Fleet, each_trouble_is_found_by_its_question) {
   auto truth = write_fleet();
