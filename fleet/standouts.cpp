@@ -44,6 +44,7 @@ static std::vector<Shared> counts_by(const Answer& answer, std::string_view colu
     if (cell.type != Cell::NOTHING) ++counts[word(cell)];
   }
   std::vector<Shared> sorted;
+  sorted.reserve(counts.size());
   for (const auto& [value, devices] : counts) sorted.push_back({value, devices});
   std::ranges::stable_sort(sorted, std::greater(), &Shared::devices);
   return sorted;
