@@ -240,11 +240,11 @@ static void dump_floor(benchmark::State& state) {
   }
 }
 
-static void sizes(benchmark::internal::Benchmark* benchmark) {
+static void image_sizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->Arg(1)->Arg(4)->Arg(16)->UseRealTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 }
 
-BENCHMARK(download)->Apply(sizes);
-BENCHMARK(download_floor)->Apply(sizes);
-BENCHMARK(dump)->Apply(sizes);
-BENCHMARK(dump_floor)->Apply(sizes);
+BENCHMARK(download)->Apply(image_sizes);
+BENCHMARK(download_floor)->Apply(image_sizes);
+BENCHMARK(dump)->Apply(image_sizes);
+BENCHMARK(dump_floor)->Apply(image_sizes);
