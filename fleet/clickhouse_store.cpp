@@ -27,7 +27,7 @@ ClickhouseAddress clickhouse_address(const std::string& text) {
   std::string server = rest.substr(0, slash);
   std::string database = rest.substr(std::min(slash + 1, rest.size()));
   if (server.empty() || database.find('/') != std::string::npos) {
-    throw records::Failure(text + " is no address; it is clickhouse://host:8123/database");
+    throw records::Failure(text + " is no address", "it is clickhouse://host:8123/database");
   }
   if (database.empty()) database = "default";
   return {"http://" + server + "/", database};
@@ -88,7 +88,7 @@ void ClickhouseStore::check_table() {
       "SELECT name, type FROM system.columns"
       " WHERE database = currentDatabase() AND table = 'report' FORMAT TSV");
   if (found.empty()) {
-    throw records::Failure(address_.url + " has no table report; make it with schema.sql");
+    throw records::Failure(address_.url + " has no table report", "make it with schema.sql");
   }
   std::string wanted;
   for (const Column& column : COLUMNS) {

@@ -1,10 +1,11 @@
 // The file's header tells whose database it is and of which version.
 #include "fleet/database.h"
 
+#include <errno.h>
 #include <fmt/format.h>
 
 #include "fleet/columns.h"
-#include "records/reading.h"
+#include "records/file_error.h"
 
 namespace fleet {
 
@@ -13,10 +14,16 @@ constexpr int BUSY_MS = 30'000;  // as long as another program may write
 
 [[noreturn]] static void fail(sqlite3* database, const std::string& what) {
   int code = sqlite3_errcode(database);
-  if (code == SQLITE_FULL)
-    throw records::Failure(what + ": no space is left on its disk; make some, then try again");
+  if (code == SQLITE_FULL) throw records::file_failure(what, ENOSPC);
   if (code == SQLITE_BUSY)
-    throw records::Failure(what + ": another program is writing to it; wait until it has ended");
+    throw records::Failure(what + ": another program is writing to it", "wait until it has ended");
+  if (code == SQLITE_NOTADB)
+    throw records::Failure(what + " is no database of zopctl fleet", "name another file");
+  if (code == SQLITE_CANTOPEN && sqlite3_system_errno(database) != 0)
+    throw records::file_failure(what, sqlite3_system_errno(database));
+  if (code == SQLITE_IOERR)
+    throw records::Failure(what + ": " + sqlite3_errmsg(database),
+                           "see whether its disk is full or failing; ulimit -f may be too low");
   throw records::Failure(what + ": " + sqlite3_errmsg(database));
 }
 
@@ -115,7 +122,7 @@ Database::Database(const std::string& name, Mode mode) : name_(name) {
   sqlite3_busy_timeout(made, BUSY_MS);
   execute("PRAGMA cache_size = -262144; PRAGMA temp_store = MEMORY");
   if (mode == WRITE) {
-    execute("PRAGMA page_size = 16384; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
+    execute("PRAGMA page_size = 16384; PRAGMA synchronous = FULL");
     make_tables();
   }
   check_version();
@@ -128,7 +135,7 @@ int64_t Database::pragma(const char* name) {
 
 void Database::check_version() {
   if (pragma("application_id") != APPLICATION) {
-    throw records::Failure(name_ + " is no database of zopctl fleet; name another file");
+    throw records::Failure(name_ + " is no database of zopctl fleet", "name another file");
   }
   int64_t version = pragma("user_version");
   if (version != SCHEMA_VERSION) {
@@ -144,6 +151,13 @@ void Database::make_tables() {
   execute(fmt::format("PRAGMA application_id = {}; PRAGMA user_version = {}", APPLICATION,
                       SCHEMA_VERSION));
   transaction.commit();
+}
+
+// Until a new database has rows nobody reads it, and without a write-ahead log they are written
+// once. A reader that prevents the change now does not the next time.
+void Database::share() {
+  int result = sqlite3_exec(handle_.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK && result != SQLITE_BUSY) fail(handle_.get(), name_);
 }
 
 void Database::execute(const std::string& sql) {

@@ -50,6 +50,8 @@ class Database {
 
   Statement prepare(std::string_view sql) { return Statement(handle_.get(), sql); }
   void execute(const std::string& sql);
+  // From now on others read while this one writes.
+  void share();
   int changed_rows() { return sqlite3_changes(handle_.get()); }
   sqlite3* handle() { return handle_.get(); }
 

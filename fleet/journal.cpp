@@ -6,11 +6,10 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <vector>
 
+#include "records/file_error.h"
 #include "records/line_splitter.h"
-#include "records/reading.h"
 
 namespace fleet {
 
@@ -24,7 +23,7 @@ Journal::Journal(std::string name)
 
 Journal::~Journal() { close(fd_); }
 
-void Journal::fail() const { throw records::Failure(name_ + ": " + strerror(errno)); }
+void Journal::fail() const { throw records::file_failure(name_, errno); }
 
 // A line without its end was not answered, and comes again.
 void Journal::replay(const std::function<void(std::string_view line)>& take) {

@@ -6,11 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
+#include "records/file_error.h"
 
 namespace fleet {
 
-using records::Failure;
+using records::file_failure;
 using records::LogReport;
 
 Loader::Loader(Store& store, Database& ledger, const records::Callbacks& callbacks, int64_t newest,
@@ -98,6 +98,7 @@ void Loader::keep() {
   ledger_.keep(reports_);
   transaction_->commit();
   transaction_.reset();
+  database_.share();
   counts_.lines = reports_.lines();
   counts_.waiting = reports_.waiting().size();
   counts_.doubled_lines = reports_.doubled();
@@ -114,7 +115,7 @@ void Loader::join(const records::LogPiece& piece, size_t place) {
 void Loader::form(size_t place) { form(batches_[place]); }
 
 void Loader::take(const records::LogPiece& piece, size_t place) {
-  if (piece.error != 0) throw Failure(strerror(piece.error));
+  if (piece.error != 0) throw file_failure(reading_.name, piece.error);
   add(batches_[place]);
   auto bytes = static_cast<int64_t>(piece.size);
   reading_.done += bytes;
@@ -128,9 +129,9 @@ void Loader::load(int fd, const std::string& name, const Progress& progress) {
   struct stat status = {};
   bool is_file = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
   int64_t from = is_file ? ledger_.known_size(fd, status.st_size) : 0;
-  if (is_file && lseek(fd, from, SEEK_SET) < 0) throw Failure(strerror(errno));
+  if (is_file && lseek(fd, from, SEEK_SET) < 0) throw file_failure(name, errno);
   begin();
-  reading_ = {is_file ? status.st_size : 0, from, 0, &progress};
+  reading_ = {name, is_file ? status.st_size : 0, from, 0, &progress};
   records::LogPieces({{name, fd}}, threads_, *this).run();
   reports_.drop_line();
   int64_t end = reading_.done - reading_.unended;
@@ -140,11 +141,13 @@ void Loader::load(int fd, const std::string& name, const Progress& progress) {
 }
 
 void Loader::load(const std::string& name, const Progress& progress) {
-  bool standard_input = name == "-";
-  int fd = standard_input ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) throw Failure(name + ": " + strerror(errno));
-  load(fd, standard_input ? "standard input" : name, progress);
-  if (!standard_input) close(fd);
+  if (name == "-") return load(STDIN_FILENO, "standard input", progress);
+  struct File {
+    int fd;
+    ~File() { close(fd); }
+  } file = {open(name.c_str(), O_RDONLY | O_CLOEXEC)};
+  if (file.fd < 0) throw file_failure(name, errno);
+  load(file.fd, name, progress);
 }
 
 }  // namespace fleet

@@ -55,6 +55,7 @@ class Loader : private records::LogWork {
     std::vector<std::string> refused;  // those with a fault
   };
   struct Reading {
+    std::string name;
     int64_t size = 0;  // of the log
     int64_t done = 0;
     int64_t unended = 0;  // behind the last newline

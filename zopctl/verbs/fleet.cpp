@@ -142,7 +142,7 @@ static Findings summary(Writing& writing) {
        counted("waiting_lines", "Lines that wait for others", counts.waiting)});
 }
 
-static Findings load(const ModuleLibrary&, const Arguments& arguments) {
+static Findings load(const Arguments& arguments) {
   Writing writing(arguments, false);
   for (const std::string& name : arguments.lists.at("LOG")) {
     writing.loader->load(name,
@@ -187,7 +187,7 @@ static void send(Writing& writing) {
 }
 
 // Without confirmations, lines are kept whenever no more are ready.
-static Findings follow(const ModuleLibrary&, const Arguments& arguments) {
+static Findings follow(const Arguments& arguments) {
   constexpr int PAUSE_MS = 500;
   Writing writing(arguments, true);
   bool confirms = arguments.has("--confirm");
@@ -308,7 +308,7 @@ static void print_answer(const Arguments& arguments, const fleet::Question& ques
   if (!cut.empty()) warn(cut);
 }
 
-static Findings ask(const ModuleLibrary&, const Arguments& arguments) {
+static Findings ask(const Arguments& arguments) {
   if (!arguments.has("QUESTION")) return list_questions();
   const fleet::Question* question = fleet::find_question(arguments.text("QUESTION"));
   if (question == nullptr) {
@@ -326,7 +326,7 @@ static Findings ask(const ModuleLibrary&, const Arguments& arguments) {
 
 // ---- page ----
 
-static Findings page(const ModuleLibrary&, const Arguments& arguments) {
+static Findings page(const Arguments& arguments) {
   std::string file = arguments.has("--output") ? arguments.text("--output") : "-";
   if (file == "-" && arguments.json) {
     throw UsageError("standard output is for the JSON; use -o fleet.html");
@@ -357,25 +357,22 @@ const Verbs FLEET_VERBS = {
     {.noun = "fleet",
      .name = "load",
      .help = "read logs into a database; what is there already is left out",
-     .need = Session::LIBRARY,
      .arguments = {DB,
                    {.name = "LOG", .help = "logs, oldest first; - is standard input", .list = true},
                    STATE},
-     .run = load},
+     .run_alone = load},
     {.noun = "fleet",
      .name = "follow",
      .help = "keep the lines of a log that come on standard input",
-     .need = Session::LIBRARY,
      .arguments = {DB,
                    {.name = "--confirm",
                     .help = "confirm lines as rsyslog's omprog wants it",
                     .flag = true},
                    STATE},
-     .run = follow},
+     .run_alone = follow},
     {.noun = "fleet",
      .name = "ask",
      .help = "answer a question about the devices",
-     .need = Session::LIBRARY,
      .arguments =
          {DB,
           {.name = "QUESTION", .help = "one of those that are listed without it", .optional = true},
@@ -385,11 +382,10 @@ const Verbs FLEET_VERBS = {
           SILENT,
           {.name = "--rows", .help = "at most; default 1000", .range = Range{1, 100'000'000}},
           {.name = "--csv", .help = "print CSV", .flag = true}},
-     .run = ask},
+     .run_alone = ask},
     {.noun = "fleet",
      .name = "page",
      .help = "make an HTML page of what stands out",
-     .need = Session::LIBRARY,
      .arguments = {DB,
                    {.name = "--output",
                     .help = "the page; default standard output",
@@ -397,7 +393,7 @@ const Verbs FLEET_VERBS = {
                    LAST,
                    UNTIL,
                    SILENT},
-     .run = page},
+     .run_alone = page},
 };
 
 }  // namespace zopctl
