@@ -18,7 +18,7 @@ setup: ## install the Debian packages that are missing
 
 build: setup ## build the release into build/release
 	@cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release \
-	  -DCMAKE_UNITY_BUILD=$${UNITY:-OFF} $(QUIET) > /dev/null
+	  -DCMAKE_UNITY_BUILD=$${UNITY:-ON} $(QUIET) > /dev/null
 	@cmake --build $(RELEASE) -j $(JOBS)
 
 test: build ## build, and run every test
