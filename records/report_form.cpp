@@ -18,7 +18,7 @@ void ReportText::add(std::string_view label, std::string_view value) {
   if (item != nullptr && item->source == Source::SCREEN_AGE) no_screen_ = value == "None yet";
 }
 
-void ReportText::append_item(std::string& out, const Pair& pair) const {
+void ReportText::append_item(std::string& out, const Pair& pair, Made& last) const {
   if (pair.item == nullptr) {
     out += ',';
     append_json(out, pair.label);
@@ -26,15 +26,25 @@ void ReportText::append_item(std::string& out, const Pair& pair) const {
     return append_text(out, pair.value);
   }
   const ReportItem& item = *pair.item;
-  out += item.key.json();
   bool is_known = item.source != Source::SCREEN || !no_screen_;
+  if (is_known && last.item == &item && last.value == pair.value) {
+    out += last.text;
+    return;
+  }
+  size_t start = out.size();
+  out += item.key.json();
   item.append(out, is_known ? pair.value : NO_VALUE);
+  if (!is_known) return;
+  last.item = &item;
+  last.value = pair.value;
+  last.text.assign(out, start);
 }
 
 void ReportText::append_to(std::string& out) {
+  size_t place = 0;
   for (const Pair& pair : pairs_) {
     SectionId section = pair.item == nullptr ? SectionId::OTHER : pair.item->section;
-    append_item(sections_[static_cast<size_t>(section)], pair);
+    append_item(sections_[static_cast<size_t>(section)], pair, made_[place++ % made_.size()]);
   }
   const char* comma = "{";
   for (size_t id = 0; id < SECTION_COUNT; ++id) {

@@ -26,11 +26,17 @@ class ReportText {
     const ReportItem* item;
     std::string_view label, value;
   };
-  void append_item(std::string& out, const Pair& pair) const;  // behind a comma
+  // What became of a pair.
+  struct Made {
+    const ReportItem* item = nullptr;
+    std::string value, text;
+  };
+  void append_item(std::string& out, const Pair& pair, Made& last) const;  // behind a comma
 
   ItemFinder finder_;
   std::vector<Pair> pairs_;
-  bool no_screen_ = false;  // there has been none yet
+  std::array<Made, 128> made_;  // by their places: most pairs come again as in the last report
+  bool no_screen_ = false;      // there has been none yet
   std::array<std::string, SECTION_COUNT> sections_;
 };
 

@@ -168,6 +168,23 @@ TEST(report_form, a_screen_that_never_came_has_no_values) {
       R"("gsm":{"neighbors":null},"wan":{"field_test_age_s":null},"plmn":{"registered":[]}})");
 }
 
+// One maker, as for a log. What a pair became is not taken where the screen, or the label, is
+// another.
+TEST(report_form, a_report_does_not_depend_on_the_last_one) {
+  ReportText made;
+  auto text = [&](std::initializer_list<Pair> pairs) {
+    for (const Pair& pair : pairs) made.add(pair.label, pair.value);
+    std::string out;
+    made.append_to(out);
+    return out;
+  };
+  std::string first = text({{"Channel", "7"}, {"R1", "7"}, {"FTD Age", "1s"}});
+  EXPECT_EQ(text({{"Channel", "7"}, {"R1", "7"}, {"FTD Age", "None yet"}}),
+            R"({"network":{"channel":null,"rac":null},"wan":{"field_test_age_s":null}})");
+  EXPECT_EQ(text({{"R1", "7"}, {"Channel", "8"}}), R"({"network":{"rac":7,"channel":8}})");
+  EXPECT_EQ(text({{"Channel", "7"}, {"R1", "7"}, {"FTD Age", "1s"}}), first);
+}
+
 TEST(report_form, older_reports_are_read) {
   Json old = {{"state", {{"RSSI", -71}, {"Bars", nullptr}}}, {"gsm", {{"N1", "-71;661;12"}}}};
   EXPECT_TRUE(has_labels(old));
