@@ -3,7 +3,7 @@
 
 namespace fleet {
 
-constexpr int64_t MANY = 20'000;  // rows that are sent at once
+constexpr int64_t AT_ONCE = 20'000;  // rows that are sent at once
 constexpr std::chrono::seconds WAIT{1};
 
 Outbox::Outbox(Database& database, ClickhouseStore& servers)
@@ -27,7 +27,7 @@ Answer Outbox::ask(const std::string& sql, const Ask& values) { return servers_.
 bool Outbox::send_some() {
   int64_t last = 0, count = 0;
   Statement rows = database_.prepare("SELECT id, key, name, text FROM outbox ORDER BY id LIMIT ?");
-  rows.bind(1, MANY);
+  rows.bind(1, AT_ONCE);
   while (rows.next()) {
     last = rows.number(0);
     ++count;

@@ -159,9 +159,9 @@ static void add_areas(std::vector<Standout>& all, const Answers& answers) {
   for (size_t row = 0; row < answer.rows.size() && told < FEW; ++row) {
     std::string area = area_of(answer, row);
     double devices = number(named(answer, row, "devices"));
-    constexpr double MANY = 0.2;
+    constexpr double SHARE = 0.2;
     if (devices <
-        std::max<double>(ENOUGH_DEVICES, MANY * devices_of_area(answers.at("weak-areas"), area)))
+        std::max<double>(ENOUGH_DEVICES, SHARE * devices_of_area(answers.at("weak-areas"), area)))
       continue;
     ++told;
     all.push_back({fmt::format("Area {} rejected {}", area,

@@ -11,6 +11,6 @@ esac
 build=build/$kind
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang \
   -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_FLAGS_DEBUG=-g1 -DZOP_SANITIZE="$sanitizers" \
-  -DCMAKE_UNITY_BUILD=ON --log-level=WARNING > /dev/null
+  -DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld -DCMAKE_UNITY_BUILD=ON --log-level=WARNING > /dev/null
 cmake --build "$build" -j "$(nproc)" ${*:+--target "$@"} >&2
 echo "$build"

@@ -16,7 +16,7 @@
 using namespace fleet;
 
 constexpr int64_t END = 1'795'370'400;
-constexpr FleetPlan PLAN = {.devices = 24, .until = END, .troubled = 1};
+constexpr FleetPlan PLAN = {.devices = 24, .every_s = 7200, .until = END, .troubled = 1};
 
 // A database and logs in a folder of their own.
 class Fleet : public testing::Test {
