@@ -209,6 +209,8 @@ does not grow with the log ({peaks}):
 A device's whole log, in which one line in sixty is a report, is read with
 {sparse[1]} GB a second by one thread and {sparse[2]} GB by two (`--jobs`).
 
+The databases of a fleet, loading and questions, have their figures in [fleet.md](fleet.md#figures).
+
 ## Time against size
 
 Nothing takes more than in proportion to its size. The exponents are those of the larger sizes:
