@@ -8,4 +8,4 @@ export TSAN_OPTIONS=halt_on_error=1:suppressions=$PWD/tests/tsan.supp
 # The thread sanitizer finds nothing where the programs only wait for the modem.
 waiting='zopctl_(bad_usage|doctor|dump_breaks|firmware.*|hostile.*|html|simulator|support|update_(begins|writes))'
 [ "$1" = thread ] && set -- -E "$waiting" || set --
-sh scripts/run_tests.sh "$build" 2 "$@"
+sh scripts/run_tests.sh "$build" 1 "$@"
