@@ -38,17 +38,9 @@ ClickhouseAddress clickhouse_address(const std::string& text) {
 ClickhouseStore::ClickhouseStore(const std::string& address, const std::string& writer,
                                  void (*check)(), const Patience& patience)
     : address_(clickhouse_address(address)),
-      http_(address_.url, check),
+      http_(address_.url, patience.answer_s, check),
       patience_(patience),
-      insert_id_(fmt::format("zopctl-{:016x}", XXH3_64bits(writer.data(), writer.size()))) {
-  try {
-    check_table();
-  } catch (const Unreachable& error) {
-    fail(error.what());
-  } catch (const Refused& error) {
-    fail(error.what());
-  }
-}
+      insert_id_(fmt::format("zopctl-{:016x}", XXH3_64bits(writer.data(), writer.size()))) {}
 
 void ClickhouseStore::fail(const std::string& text) const {
   std::string line = text.substr(0, text.find('\n'));
@@ -84,13 +76,23 @@ std::string clickhouse_type(const Column& column) {
 }
 
 void ClickhouseStore::check_table() {
-  std::string found = query(
-      "SELECT name, type FROM system.columns"
-      " WHERE database = currentDatabase() AND table = 'report' FORMAT TSV");
+  if (is_checked_) return;
+  try {
+    compare_columns(
+        query("SELECT name, type FROM system.columns"
+              " WHERE database = currentDatabase() AND table = 'report' FORMAT TSV"));
+  } catch (const Unreachable& error) {
+    fail(error.what());
+  } catch (const Refused& error) {
+    fail(error.what());
+  }
+  is_checked_ = true;
+}
+
+void ClickhouseStore::compare_columns(const std::string& found) const {
   if (found.empty()) {
     throw records::Failure(address_.url + " has no table report", "make it with schema.sql");
   }
-  std::string wanted;
   for (const Column& column : COLUMNS) {
     std::string line = fmt::format("{}\t{}\n", column.name, clickhouse_type(column));
     if (("\n" + found).find("\n" + line) != std::string::npos) continue;

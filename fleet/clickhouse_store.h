@@ -36,15 +36,21 @@ std::string line_of(const Row& row);
 
 class ClickhouseStore : public Store {
  public:
-  // How long a server that fails is tried again, and how to wait meanwhile.
+  // How long an answer may take, how long a server that fails is tried again, and how to wait
+  // meanwhile.
   struct Patience {
+    long answer_s;
     int64_t seconds;
     void (*wait)(unsigned seconds);
   };
-  // The writer's name tells its inserts from those of others; one of a name writes at a time.
-  // Throws records::Failure when the server's table is not the one that this zopctl knows.
+  // The writer's name tells its inserts from those of others; one of a name writes at a time. The
+  // server is not asked yet.
   ClickhouseStore(const std::string& address, const std::string& writer, void (*check)(),
                   const Patience& patience);
+
+  // Once, before the first row or question. Throws records::Failure when the server's table is not
+  // the one that this zopctl knows.
+  void check_table();
 
   void form(KeptRow& kept, const Row& row) const override;
   void add(KeptRow& kept) override;
@@ -53,7 +59,7 @@ class ClickhouseStore : public Store {
   Answer ask(const std::string& sql, const Ask& values) override;
 
  private:
-  void check_table();
+  void compare_columns(const std::string& found) const;
   std::string query(const std::string& sql);
   // A table that is sent with a query.
   struct DataTable {
@@ -74,6 +80,7 @@ class ClickhouseStore : public Store {
   std::vector<RowLine> batch_;
   std::unordered_set<int64_t> keys_;  // of the batch
   std::string insert_id_;
+  bool is_checked_ = false;
   bool settled_ = false;  // no insert of ours may still run
 };
 

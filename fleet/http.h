@@ -24,8 +24,9 @@ using Fields = std::vector<std::pair<std::string, std::string>>;
 
 class Http {
  public:
-  // Of "http://host:port/". check is called now and then, and ends a request by an exception.
-  Http(std::string address, void (*check)());
+  // Of "http://host:port/". check is called now and then, and ends a request by an exception; after
+  // answer_s seconds a request without an answer ends too.
+  Http(std::string address, long answer_s, void (*check)());
   ~Http();
   Http(const Http&) = delete;
   Http& operator=(const Http&) = delete;

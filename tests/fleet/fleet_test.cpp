@@ -9,6 +9,7 @@
 #include "fleet/fleet_page.h"
 #include "fleet/follower.h"
 #include "fleet/loader.h"
+#include "fleet/outbox.h"
 #include "fleet/questions.h"
 #include "fleet/simulated_fleet.h"
 #include "fleet/sqlite_store.h"
@@ -259,6 +260,18 @@ TEST_F(Fleet, what_is_confirmed_is_kept) {
   EXPECT_EQ(answers, "OK OK OK OK OK OK ");
   EXPECT_EQ(column("SELECT host FROM report"), (std::vector<std::string>{"one", "two"}));
   EXPECT_EQ(std::filesystem::file_size(file("lines")), 0U);
+}
+
+TEST_F(Fleet, rows_wait_for_servers_that_are_down) {
+  Database database(file("db"), Database::WRITE);
+  ClickhouseStore servers("clickhouse://127.0.0.1:1", "", [] {}, {1, 0, [](unsigned) {}});
+  Outbox outbox(database, servers);
+  Loader loader(outbox, database, {[] {}, [](const std::string&) {}}, END, 1);
+  loader.take_line("2026-11-22T17:00:00Z one I zop:diag: t=6b032d64,Bars=4,n=1:");
+  loader.keep();
+  EXPECT_THROW(outbox.send_some(), records::Failure);
+  EXPECT_FALSE(outbox.is_due());
+  EXPECT_EQ(column("SELECT count(*) FROM outbox"), std::vector<std::string>{"1"});
 }
 
 static std::string text_of(const char* file) {

@@ -34,8 +34,11 @@ namespace zopctl {
 namespace fs = std::filesystem;
 
 constexpr int64_t CLOCKS_APART_S = 86'400;  // a device's clock may be ahead so much
-constexpr int64_t PATIENCE_S = 300;         // with a server that fails
-constexpr unsigned MOST_THREADS = 8;        // one adds all rows, and can't keep up with more
+// Of servers: a log waits for them, the lines of a live fleet must not.
+constexpr fleet::ClickhouseStore::Patience OF_A_LOG = {600, 300, wait_seconds},
+                                           OF_A_QUESTION = {600, 0, wait_seconds},
+                                           OF_LINES = {15, 0, wait_seconds};
+constexpr unsigned MOST_THREADS = 8;  // one adds all rows, and can't keep up with more
 
 static void warn(const std::string& text) { fmt::print(stderr, "zopctl: {}\n", printable(text)); }
 
@@ -57,13 +60,6 @@ static std::string state_file(const Arguments& arguments, const std::string& add
   return folder / "zopctl" / ("fleet-" + name + ".db");
 }
 
-static std::unique_ptr<fleet::ClickhouseStore> server(const std::string& address,
-                                                      const std::string& writer,
-                                                      int64_t patience_s) {
-  fleet::ClickhouseStore::Patience patience = {patience_s, wait_seconds};
-  return std::make_unique<fleet::ClickhouseStore>(address, writer, check_signals, patience);
-}
-
 // This computer and the file, which one program at a time holds while it writes.
 static std::string writer_of(const std::string& state) {
   std::array<char, 256> host{};
@@ -78,7 +74,9 @@ struct Writing {
     const std::string& name = arguments.text("DB");
     bool is_server = fleet::is_clickhouse(name);
     file = is_server ? state_file(arguments, name) : name;
-    if (is_server) servers = server(name, writer_of(file), is_live ? 0 : PATIENCE_S);
+    if (is_server)
+      servers.emplace(name, writer_of(file), check_signals, is_live ? OF_LINES : OF_A_LOG);
+    if (is_server && !is_live) servers->check_table();
     ledger.emplace(file, fleet::Database::WRITE);
     if (!is_server) sqlite.emplace(*ledger);
     if (is_server && is_live) outbox.emplace(*ledger, *servers);
@@ -93,7 +91,7 @@ struct Writing {
   }
 
   std::string file;  // of the ledger
-  std::unique_ptr<fleet::ClickhouseStore> servers;
+  std::optional<fleet::ClickhouseStore> servers;
   std::optional<fleet::Database> ledger;
   std::optional<fleet::SqliteStore> sqlite;
   std::optional<fleet::Outbox> outbox;
@@ -103,7 +101,10 @@ struct Writing {
 struct Reading {
   explicit Reading(const std::string& name) {
     if (fleet::is_clickhouse(name)) {
-      store = server(name, "", 0);
+      auto server =
+          std::make_unique<fleet::ClickhouseStore>(name, "", check_signals, OF_A_QUESTION);
+      server->check_table();
+      store = std::move(server);
     } else {
       database.emplace(name, fleet::Database::READ);
       store = std::make_unique<fleet::SqliteStore>(*database);
@@ -177,12 +178,16 @@ static void answer_line(std::string_view line) {
   if (fflush(stdout) != 0) throw Failure("nobody reads the confirmations");
 }
 
-// Servers that can't be reached are tried again later: the rows are on the disk.
-static void send(Writing& writing) {
+// Servers that can't be reached are tried again later: the rows are on the disk. Told once.
+static void send(Writing& writing, std::string& trouble) {
+  if (!writing.outbox || !writing.outbox->is_due()) return;
+  std::string was = std::exchange(trouble, "");
   try {
-    if (writing.outbox) writing.outbox->send_if_due();
+    writing.outbox->send_some();
+    if (!was.empty()) warn("the servers take rows again");
   } catch (const records::Failure& failure) {
-    warn(failure.what());
+    trouble = failure.what();
+    if (trouble != was) warn(trouble + "; its rows wait in " + writing.file);
   }
 }
 
@@ -198,11 +203,12 @@ static Findings follow(const Arguments& arguments) {
     follower.emplace(*writing.loader, *journal, answer_line);
   }
   std::vector<char> chunk(CHUNK);
+  std::string trouble;  // with the servers
   records::LineSplitter splitter;
   for (bool open = true; open;) {
     if (!is_ready(PAUSE_MS)) {
       if (follower) follower->keep();
-      send(writing);
+      send(writing, trouble);
       continue;
     }
     auto size = static_cast<size_t>(read_input(chunk));
@@ -211,10 +217,10 @@ static Findings follow(const Arguments& arguments) {
       confirms ? follower->take(line) : writing.loader->take_line(line);
     });
     if (!confirms && (!open || !is_ready(0))) writing.loader->keep();
-    if (!writing.loader->is_reading()) send(writing);
+    if (!writing.loader->is_reading()) send(writing, trouble);
   }
   if (follower) follower->keep();
-  if (writing.outbox) writing.outbox->send();
+  while (writing.outbox && writing.outbox->send_some()) continue;
   return confirms ? Findings() : summary(writing);
 }
 
