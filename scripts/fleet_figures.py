@@ -39,6 +39,7 @@ def make_log(folder, rows):
     with open(log, "wb") as out:
         subprocess.run([os.path.join(BUILD, "zop-fleet-sim"), "--devices", str(max(100, rows // (24 * DAYS))),
                         "--days", str(DAYS), "--until", str(int(time.time()) // 3600 * 3600)], stdout=out, check=True)
+    os.sync()  # or the load would wait for the log's writing
     return log
 
 
