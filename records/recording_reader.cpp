@@ -37,6 +37,7 @@ class RecordingReader {
  private:
   bool next_line();
   void take_line();
+  void leave_out();
   void take(Json object);
   void take_sample(Json line);
   void take_log_report(const Json& row, const Json& report);
@@ -66,6 +67,11 @@ class RecordingReader {
 
 void RecordingReader::fail(const std::string& why, const char* advice) const {
   throw Failure(fmt::format("{}:{}: {}", name_, number_, why), advice);
+}
+
+static std::string_view without_spaces(std::string_view line) {
+  line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
+  return line.substr(0, line.find_last_not_of(" \t\r") + 1);
 }
 
 bool RecordingReader::next_line() {
@@ -161,34 +167,50 @@ static std::string reason_of(const Json::exception& error) {
   return shortened(as_utf8(reason), 160);
 }
 
+static bool is_too_deep(std::string_view text) {
+  int depth = 0;
+  bool quoted = false;
+  for (size_t i = 0; i < text.size() && depth <= MAX_NESTING; ++i) {
+    if (text[i] == '"') quoted = !quoted;
+    if (quoted && text[i] == '\\') ++i;
+    if (!quoted && (text[i] == '{' || text[i] == '[')) ++depth;
+    if (!quoted && (text[i] == '}' || text[i] == ']')) --depth;
+  }
+  return depth > MAX_NESTING;
+}
+
 // Deep nesting would exhaust the stack when a value is copied.
 Json RecordingReader::parsed(const std::string& text) const {
-  return Json::parse(text, [this](int depth, Json::parse_event_t, const Json&) {
-    if (depth > MAX_NESTING) fail("lists or objects nested too deep");
-    return true;
-  });
+  if (is_too_deep(text)) fail("lists or objects nested too deep");
+  return Json::parse(text);
 }
 
 // A program that died leaves half a line, to which the next one may have appended; and the end of a
 // file may begin within a line.
-static bool is_cut(std::string_view line, const Json::exception& error) {
+static bool is_half(std::string_view line) { return line.starts_with('{') != line.ends_with('}'); }
+static bool is_mixed(std::string_view line, const Json::exception& error) {
   constexpr int SYNTAX = 101;
-  return error.id == SYNTAX && (line.starts_with('{') || line.ends_with('}'));
+  return error.id == SYNTAX && line.starts_with('{');
 }
 
 void RecordingReader::take_line() {
-  if (text_.find_first_not_of(" \t\r") == std::string_view::npos) return;
+  std::string_view line = without_spaces(text_);
+  if (line.empty()) return;
+  if (is_half(line)) return leave_out();
   Json object;
   try {
-    object = parsed(as_utf8(text_));
+    object = parsed(as_utf8(line));
   } catch (const Json::exception& error) {
-    if (ended_ && !is_cut(text_, error)) fail("no JSON: " + reason_of(error));
-    callbacks_.warn(fmt::format("{}:{}: the line is cut, and left out", name_, number_));
-    ++cut_;
-    changes_.miss();
-    return;
+    if (ended_ && !is_mixed(line, error)) fail("no JSON: " + reason_of(error));
+    return leave_out();
   }
   take(std::move(object));
+}
+
+void RecordingReader::leave_out() {
+  callbacks_.warn(fmt::format("{}:{}: the line is cut, and left out", name_, number_));
+  ++cut_;
+  changes_.miss();
 }
 
 // A report over several lines; its first line is in text_.
@@ -223,8 +245,7 @@ void RecordingReader::count_left_out() {
 
 std::vector<Recording> RecordingReader::read() {
   bool more = next_line();
-  std::string_view first = text_.substr(0, text_.find_last_not_of(" \t\r") + 1);
-  if (more && first == "{") {
+  if (more && without_spaces(text_) == "{") {
     read_whole();
   } else {
     for (; more; more = next_line()) take_line();
