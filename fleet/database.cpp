@@ -92,7 +92,7 @@ static std::string report_table() {
 }
 
 std::string sqlite_schema() {
-  return report_table() + R"(CREATE INDEX report_host ON report(host, time);
+  return report_table() + HOST_INDEX + R"(;
 CREATE TABLE rest(id INTEGER PRIMARY KEY, items TEXT NOT NULL);
 -- Logs that have been read: how far, and a hash of the last bytes there.
 CREATE TABLE source(name TEXT NOT NULL, size INTEGER NOT NULL, tail INTEGER NOT NULL,
@@ -126,8 +126,8 @@ Database::Database(const std::string& name, Mode mode) : name_(name) {
   }
   check_version();
   // kB, counted in pages of the size that is known by now. Questions read most pages once.
-  execute(fmt::format("PRAGMA cache_size = -{}; PRAGMA temp_store = MEMORY",
-                      mode == READ ? 16'384 : 65'536));
+  execute(mode == READ ? "PRAGMA cache_size = -16384; PRAGMA temp_store = MEMORY"
+                       : "PRAGMA cache_size = -65536");
 }
 
 int64_t Database::pragma(const char* name) {

@@ -84,4 +84,7 @@ class Transaction {
 // The statements that make the tables.
 std::string sqlite_schema();
 
+// Part of it.
+inline constexpr const char* HOST_INDEX = "CREATE INDEX report_host ON report(host, time)";
+
 }  // namespace fleet

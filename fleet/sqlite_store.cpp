@@ -12,7 +12,10 @@ static std::string insert_statement() {
   return "INSERT OR IGNORE INTO report(" + names + ") VALUES(" + places + ")";
 }
 
+// The first rows of a database are sorted by host in the end, which takes less than row by row.
 void SqliteStore::prepare() {
+  has_host_index_ = database_.prepare("SELECT 1 FROM report LIMIT 1").next();
+  if (!has_host_index_) database_.execute("DROP INDEX report_host");
   insert_.emplace(database_.prepare(insert_statement()));
   insert_rest_.emplace(database_.prepare("INSERT INTO rest VALUES(?, ?)"));
   Statement last = database_.prepare("SELECT coalesce(max(id), 0) FROM rest");
@@ -41,6 +44,11 @@ void SqliteStore::add(KeptRow& kept) {
   }
   insert_rest_->bind(1, ++last_rest_).bind(2, row[REST].text).run();
   ++added_;
+}
+
+void SqliteStore::flush() {
+  if (!has_host_index_) database_.execute(HOST_INDEX);
+  has_host_index_ = true;
 }
 
 static Cell cell_of(const Statement& statement, int column) {

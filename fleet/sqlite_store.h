@@ -13,7 +13,7 @@ class SqliteStore : public Store {
   explicit SqliteStore(Database& database) : database_(database) {}
 
   void add(KeptRow& kept) override;
-  void flush() override {}
+  void flush() override;
   Answer ask(const std::string& sql, const Ask& values) override;
 
  private:
@@ -22,6 +22,7 @@ class SqliteStore : public Store {
   Database& database_;
   std::optional<Statement> insert_, insert_rest_;
   int64_t last_rest_ = 0;  // its id
+  bool has_host_index_ = true;
 };
 
 }  // namespace fleet

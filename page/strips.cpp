@@ -6,6 +6,7 @@
 
 #include "page/chart.h"
 #include "records/counted.h"
+#include "records/state_words.h"
 
 namespace page {
 
@@ -20,13 +21,13 @@ constexpr size_t MAX_SHARES = 6;
 
 namespace {
 struct StateColour {
-  const char* word;
+  std::string_view word;
   const char* style;
 };
 }  // namespace
 
 // States that are good or bad whatever the track.
-static const StateColour STATE_COLOURS[] = {
+static constexpr StateColour STATE_COLOURS[] = {
     {"open", "good"},
     {"full", "good"},
     {"registered", "good"},
@@ -49,6 +50,15 @@ static const StateColour STATE_COLOURS[] = {
     {"idle", "none"},
     {"inactive", "none"},
 };
+
+// A word that no state has would colour nothing.
+static_assert(std::ranges::all_of(STATE_COLOURS, [](const StateColour& row) {
+  auto has_it = [&](const auto& states) {
+    return std::ranges::find(states, row.word, &records::StateWord::word) != std::end(states);
+  };
+  return row.word == "open" || row.word == "lost" || has_it(records::SERVICES) ||
+         has_it(records::REGISTRATIONS) || has_it(records::CALLS) || has_it(records::PDP_STATES);
+}));
 
 std::string state_style(TrackId track, const Words& words, uint32_t state) {
   if (track == NO_BARS) return "bad";

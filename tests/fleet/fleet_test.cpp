@@ -215,7 +215,8 @@ TEST_F(Fleet, what_is_no_report_is_kept_aside) {
   line("half", "6b032d64", ",Bars=1,n=2");
   line("stray", "", "Bars=1,n=1");
   write("log", lines + "I zop:diag: t=6b032d64,Bars=1,n=1:\nnoise\n");
-  Counts counts = load({"log"});
+  write("cut", "2026-11-22T17:00:00Z one I zop:diag: t=6b032d64,Bars=1,n=1");
+  Counts counts = load({"cut", "log"});
   EXPECT_EQ(counts.reports, 4U);
   EXPECT_EQ(counts.refused, 3U);
   EXPECT_EQ(counts.strays, 1U);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ctime>
 
+#include "page/time_axis.h"
 #include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 
@@ -82,13 +83,16 @@ static std::string share_of(const std::vector<Sample>& samples, bool Sample::*st
 }
 
 static std::string times_of(const std::vector<Sample>& samples, bool Sample::*state) {
-  size_t times = 0;
+  int64_t times = 0, length = 0, longest = 0;
   for (size_t i = 0; i < samples.size(); ++i) {
     bool goes_on = i > 0 && samples[i - 1].*state &&
                    samples[i - 1].time + samples[i - 1].length == samples[i].time;
     times += samples[i].*state && !goes_on ? 1 : 0;
+    if (samples[i].*state) length = (goes_on ? length : 0) + samples[i].length;
+    longest = std::max(longest, length);
   }
-  return share_of(samples, state) + " of the time, " + std::to_string(times) + " times";
+  return share_of(samples, state) + " of the time, " + std::to_string(times) + " times, at most " +
+         page::duration_text(1000 * longest);
 }
 
 static std::string spread_of(const std::vector<Sample>& samples) {
