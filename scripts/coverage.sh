@@ -11,6 +11,8 @@ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZOP_COVERAGE=ON --log
   > /dev/null
 find "$build" -name '*.gcda' -delete
 cmake --build "$build" -j "$(nproc)"
+# A program whose files may not grow can't write its counts.
+export GCOV_ERROR_FILE=/dev/null
 # Checks of the built files do not apply to this build.
 ctest --test-dir "$build" -j "$(nproc)" --output-on-failure -E '^(library|install|packaging)\.'
 

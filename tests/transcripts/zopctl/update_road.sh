@@ -10,8 +10,8 @@ if [ -z "$event" ]; then
   for event in $EVENTS; do sh "$0" "$stage" "$packet" "$event" > "$stage $event" 2>&1 & done
   wait
   # The answer to the switch may be lost with the device: then the modem may be in its download mode.
-  [ "$stage" != switch ] || mend='s/was told to switch to its download mode and may be there/is in its download mode/'
-  for event in $EVENTS; do sed "$mend" "$stage $event"; done
+  for event in $EVENTS; do cat "$stage $event"; done |
+    sed 's/was told to switch to its download mode and may be there/is in its download mode/'
   exit
 fi
 mkdir "at $stage $event" && cd "at $stage $event" && mkfifo path || exit
