@@ -7,9 +7,9 @@
 
 namespace fleet {
 
-void* CurlLibrary::find(const char* name) {
+void* CurlLibrary::find(const std::string& name) {
   static void* library = dlopen("libcurl.so.4", RTLD_LAZY | RTLD_LOCAL);
-  void* found = library == nullptr ? nullptr : dlsym(library, name);
+  void* found = library == nullptr ? nullptr : dlsym(library, name.c_str());
   if (found == nullptr) {
     throw records::Failure("a server is asked by libcurl.so.4, which can't be loaded",
                            "install libcurl4, 7.85 or newer");

@@ -4,6 +4,8 @@
 
 #include <curl/curl.h>
 
+#include <string>
+
 namespace fleet {
 
 class CurlLibrary {
@@ -13,10 +15,13 @@ class CurlLibrary {
 
  private:
   CurlLibrary();
-  static void* find(const char* name);
+  static void* find(const std::string& name);
+  template <typename Type>
+  static Type bind(const char* name) {
+    return reinterpret_cast<Type>(find(std::string("curl_") + name));
+  }
 
-#define BIND(name) \
-  decltype(&curl_##name) name = reinterpret_cast<decltype(&curl_##name)>(find("curl_" #name))
+#define BIND(name) decltype(&curl_##name) const name = bind<decltype(&curl_##name)>(#name)
  public:
   BIND(easy_cleanup);
   BIND(easy_escape);
