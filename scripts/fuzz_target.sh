@@ -9,10 +9,10 @@ log=$build/log_fuzz_$target
 # Bytes of an input: what the format needs, since long inputs cost time. With fewer the corpus in the
 # tree no longer reaches all that it can.
 case $target in
-  download | report) longest=2400 ;; # the longest reply, a record
+  download | report) longest=2400 ;;        # the longest reply, a record
   capture | log | scenario) longest=1400 ;; # a file, the longest line of a log
-  fleet | modem) longest=400 ;; # two reports, eight requests
-  page | recording) longest=300 ;; # five moments; long recordings are in the corpus alone
+  fleet | modem) longest=400 ;;             # two reports, eight requests
+  page | recording) longest=300 ;;          # five moments; long recordings are in the corpus alone
   *) longest=800 ;; # an answer of which every byte is stuffed
 esac
 export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
