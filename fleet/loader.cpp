@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "records/file_error.h"
 
 namespace fleet {
@@ -45,25 +47,23 @@ void Loader::form(Batch& batch) const {
   auto kept = batch.rows.begin();
   for (const LogReport& report : batch.reports) {
     const Row& row = batch.maker.row_of(report);
-    const char* fault = batch.faults.emplace_back(fault_of(report));
-    fault == nullptr ? store_.form(*kept, row) : batch.refused.push_back(batch.maker.json());
-    ++kept;
+    if (const char* fault = fault_of(report)) {
+      batch.refused.push_back({fault, batch.maker.json()});
+    } else {
+      store_.form(*kept++, row);
+    }
   }
+  batch.row_count = static_cast<size_t>(kept - batch.rows.begin());
+  batch.report_count = batch.reports.size();
+  batch.reports.clear();
 }
 
 void Loader::add(Batch& batch) {
-  auto refused = batch.refused.begin();
-  for (size_t i = 0; i < batch.reports.size(); ++i) {
-    if (batch.faults[i] == nullptr) {
-      store_.add(batch.rows[i]);
-    } else {
-      ++counts_.refused;
-      ledger_.refuse(batch.faults[i], *refused++);
-    }
-  }
-  counts_.reports += batch.reports.size();
-  batch.reports.clear();
-  batch.faults.clear();
+  auto end = batch.rows.begin() + static_cast<ptrdiff_t>(batch.row_count);
+  std::for_each(batch.rows.begin(), end, [this](KeptRow& row) { store_.add(row); });
+  for (const auto& [why, text] : batch.refused) ledger_.refuse(why, text);
+  counts_.reports += batch.report_count;
+  counts_.refused += batch.report_count - batch.row_count;
   batch.refused.clear();
 }
 
@@ -71,12 +71,13 @@ void Loader::refuse_broken(const LogReport& report) {
   ++counts_.broken;
   std::string text = report.host + " t=" + report.stamp;
   for (const std::string& line : report.lines) text += "\n" + line;
-  ledger_.refuse(report.mixed ? "a report of two devices" : "a report without all its lines", text);
+  batch_->refused.push_back(
+      {report.mixed ? "a report of two devices" : "a report without all its lines", text});
 }
 
 void Loader::refuse_stray(std::string_view line) {
   ++counts_.strays;
-  ledger_.refuse("a line without its report's time", line);
+  batch_->refused.push_back({"a line without its report's time", std::string(line)});
 }
 
 // ---- lines ----
@@ -107,7 +108,6 @@ void Loader::keep() {
 // ---- logs ----
 
 void Loader::join(const records::LogPiece& piece, size_t place) {
-  callbacks_.check();
   batch_ = &batches_[place];
   reports_.take(piece);
 }
@@ -115,6 +115,7 @@ void Loader::join(const records::LogPiece& piece, size_t place) {
 void Loader::form(size_t place) { form(batches_[place]); }
 
 void Loader::take(const records::LogPiece& piece, size_t place) {
+  callbacks_.check();
   if (piece.error != 0) throw file_failure(reading_.name, piece.error);
   add(batches_[place]);
   auto bytes = static_cast<int64_t>(piece.size);

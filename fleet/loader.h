@@ -50,9 +50,13 @@ class Loader : private records::LogWork {
   struct Batch {
     std::vector<records::LogReport> reports;
     RowMaker maker;
-    std::deque<KeptRow> rows;  // as many as there are reports, or more
-    std::vector<const char*> faults;
-    std::vector<std::string> refused;  // those with a fault
+    std::deque<KeptRow> rows;  // the first ones are of this piece
+    size_t row_count = 0, report_count = 0;
+    struct Refused {
+      const char* why;
+      std::string text;
+    };
+    std::vector<Refused> refused;
   };
   struct Reading {
     std::string name;

@@ -26,6 +26,7 @@ LogParser::LogParser(std::FILE* out, const Callbacks& callbacks)
 
 void LogParser::read(const std::vector<std::string>& files, unsigned threads) {
   names_ = files;
+  std::ranges::replace(names_, "-", "standard input");
   batches_.resize(LogPieces::places(threads));
   batch_ = batches_.data();
   std::vector<LogFile> log(files.size());
@@ -34,11 +35,7 @@ void LogParser::read(const std::vector<std::string>& files, unsigned threads) {
 }
 
 void LogParser::join(const LogPiece& piece, size_t place) {
-  callbacks_.check();
-  if (piece.file == files_.size()) {
-    const std::string& name = names_[piece.file];
-    files_.push_back({name == "-" ? "standard input" : name, reports_.lines()});
-  }
+  if (piece.file == lines_before_.size()) lines_before_.push_back(reports_.lines());
   batch_ = &batches_[place];
   reports_.take(piece);
   if (piece.ends_file) reports_.end_line();
@@ -53,8 +50,9 @@ void LogParser::form(size_t place) {
 }
 
 void LogParser::take(const LogPiece& piece, size_t place) {
+  callbacks_.check();
   write(batches_[place]);
-  if (piece.error != 0) throw file_failure(files_[piece.file].name, piece.error);
+  if (piece.error != 0) throw file_failure(names_[piece.file], piece.error);
 }
 
 // Warnings in between the rows are where they are whatever the threads.
@@ -125,11 +123,11 @@ void append_row(std::string& out, ReportText& items, const LogReport& report) {
 // ---- broken ones ----
 
 std::string LogParser::place(uint64_t line) const {
-  const File* file = &files_.front();
-  for (const File& candidate : files_) {
-    if (candidate.lines_before < line) file = &candidate;
+  size_t file = 0;
+  for (size_t i = 0; i < lines_before_.size(); ++i) {
+    if (lines_before_[i] < line) file = i;
   }
-  return fmt::format("{}:{}", file->name, line - file->lines_before);
+  return fmt::format("{}:{}", names_[file], line - lines_before_[file]);
 }
 
 void LogParser::warn_of_broken(const LogReport& report) {

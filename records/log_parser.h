@@ -53,12 +53,8 @@ class LogParser : private LogWork {
   LogReports reports_;
   std::vector<Batch> batches_ = std::vector<Batch>(1);  // by their places
   Batch* batch_ = batches_.data();                      // what is joined goes there
-  struct File {
-    std::string name;
-    uint64_t lines_before;
-  };
-  std::vector<std::string> names_;
-  std::vector<File> files_;  // that were begun
+  std::vector<std::string> names_;                      // of the files, for messages
+  std::vector<uint64_t> lines_before_;                  // of those that were begun
   uint64_t rows_ = 0, broken_ = 0, strays_ = 0;
 };
 

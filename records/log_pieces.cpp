@@ -51,10 +51,16 @@ bool LogPieces::may_read(bool is_caller) const {
          (is_prompt_ || is_own_turn);
 }
 
+bool LogPieces::may_join() {
+  return !is_joining_ && joined_ < begun_ && slot_of(joined_).is_searched && !is_over_;
+}
+
 void LogPieces::help() {
   Lock lock(mutex_);
   while (!is_over_) {
-    if (may_form()) {
+    if (may_join()) {
+      join_next(lock);
+    } else if (may_form()) {
       form_next(lock);
     } else if (may_read(false)) {
       read_next(lock);
@@ -68,8 +74,10 @@ void LogPieces::help() {
 void LogPieces::run() {
   Lock lock(mutex_);
   while (!is_read_ || taken_ < begun_) {
-    if (take_next(lock) || join_next(lock)) continue;
-    if (may_form()) {
+    if (take_next(lock)) continue;
+    if (may_join()) {
+      join_next(lock);
+    } else if (may_form()) {
       form_next(lock);
     } else if (may_read(true)) {
       read_next(lock);
@@ -94,25 +102,31 @@ bool LogPieces::take_next(Lock& lock) {
   return true;
 }
 
-bool LogPieces::join_next(Lock& lock) {
-  Slot& slot = slot_of(joined_);
-  if (joined_ == begun_ || !slot.is_searched) return false;
+// What is thrown comes out when it is the piece's turn to be taken.
+template <typename Step>
+static void attempt(std::exception_ptr& fault, Step step) {
+  try {
+    step();
+  } catch (...) {
+    fault = std::current_exception();
+  }
+}
+
+void LogPieces::join_next(Lock& lock) {
+  size_t place = place_of(joined_);
+  is_joining_ = true;
   lock.unlock();
-  work_.join(slot.piece, place_of(joined_));
+  attempt(slots_[place].fault, [&] { work_.join(slots_[place].piece, place); });
   lock.lock();
+  is_joining_ = false;
   ++joined_;
   changed_.notify_all();
-  return true;
 }
 
 void LogPieces::form_next(Lock& lock) {
   size_t place = place_of(formed_++);
   lock.unlock();
-  try {
-    work_.form(place);
-  } catch (...) {
-    slots_[place].fault = std::current_exception();
-  }
+  attempt(slots_[place].fault, [&] { work_.form(place); });
   lock.lock();
   slots_[place].is_formed = true;
   changed_.notify_all();

@@ -30,11 +30,12 @@ class LogWork {
   LogWork(const LogWork&) = delete;
   LogWork& operator=(const LogWork&) = delete;
 
-  // By the thread that runs, in order.
+  // In order, by any thread, and one at a time.
   virtual void join(const LogPiece& piece, size_t place) = 0;
-  virtual void take(const LogPiece& piece, size_t place) = 0;
-  // By any thread, between these two.
+  // Then by any thread.
   virtual void form(size_t place) = 0;
+  // In order, by the thread that runs.
+  virtual void take(const LogPiece& piece, size_t place) = 0;
 };
 
 class LogPieces {
@@ -58,16 +59,17 @@ class LogPieces {
   struct Slot {
     LogPiece piece;
     bool is_searched = false, is_formed = false;
-    std::exception_ptr fault;  // of forming
+    std::exception_ptr fault;  // of joining or forming
   };
 
   void help();
   size_t place_of(uint64_t number) const { return static_cast<size_t>(number % slots_.size()); }
   Slot& slot_of(uint64_t number) { return slots_[place_of(number)]; }
   bool may_read(bool is_caller) const;
+  bool may_join();
   bool may_form() const { return formed_ < joined_ && !is_over_; }
   bool take_next(Lock& lock);
-  bool join_next(Lock& lock);
+  void join_next(Lock& lock);
   void form_next(Lock& lock);
   void read_next(Lock& lock);
   bool read(LogPiece& piece);
@@ -82,7 +84,7 @@ class LogPieces {
 
   std::mutex mutex_;  // guards what follows; a piece in work is its thread's
   std::condition_variable changed_;
-  bool is_reading_ = false;
+  bool is_reading_ = false, is_joining_ = false;
   bool is_prompt_ = false;  // the file to read next is a regular one
   bool is_read_ = false;    // nothing is left to read
   bool is_over_ = false;    // nobody wants more

@@ -132,7 +132,10 @@ void LogReports::take_start(std::string_view text, size_t mark) {
 }
 
 void LogReports::know(std::string_view host, const Versions& versions) {
-  versions_.insert_or_assign(std::string(host), &*all_versions_.insert(versions).first);
+  const Versions* told = &*all_versions_.insert(versions).first;
+  versions_.insert_or_assign(std::string(host), told);
+  auto device = devices_.find(host);
+  if (device != devices_.end()) device->second.versions = told;
 }
 
 const Versions* LogReports::versions_of(std::string_view host) const {
@@ -179,7 +182,10 @@ static size_t lines_wanted(std::string_view pairs) {
 void LogReports::take(std::string_view host, std::string_view stamp, std::string_view pairs,
                       bool cut) {
   auto at = devices_.find(host);
-  if (at == devices_.end()) at = devices_.emplace(host, Device()).first;
+  if (at == devices_.end()) {
+    at = devices_.emplace(host, Device()).first;
+    at->second.versions = versions_of(host);
+  }
   Device& device = at->second;
   device.last_line = line_;
   uint64_t hash = hash_of(pairs);
@@ -213,7 +219,7 @@ void LogReports::take(std::string_view host, std::string_view stamp, std::string
 // ---- ends ----
 
 void LogReports::finish(Device& device, Pending& pending) {
-  pending.report.versions = versions_of(pending.report.host);
+  pending.report.versions = device.versions;
   Done done = {pending.report.stamp, std::move(pending.hashes)};
   whole_(std::move(pending.report));
   if (device.done.size() < MAX_COMPLETE) {

@@ -88,6 +88,7 @@ class LogReports {
     std::vector<Done> done;        // the latest, to recognise repeated lines
     size_t next_done = 0;
     uint64_t last_line = 0;
+    const Versions* versions = nullptr;  // as in versions_
   };
   struct Hash {
     using is_transparent = void;

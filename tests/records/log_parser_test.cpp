@@ -105,24 +105,27 @@ TEST(log_parser, files_end_anywhere) {
 namespace {
 // Makes nothing of a piece, or fails.
 struct Failing : LogWork {
-  explicit Failing(size_t place) : bad_place(place) {}
-  void join(const LogPiece&, size_t place) override { joined.push_back(place); }
+  void join(const LogPiece&, size_t place) override {
+    if (place == bad_join) throw Failure("joined badly");
+  }
   void form(size_t place) override {
-    if (place == bad_place) throw Failure("formed badly");
+    if (place == bad_form) throw Failure("formed badly");
   }
   void take(const LogPiece&, size_t place) override { taken.push_back(place); }
-  size_t bad_place;
-  std::vector<size_t> joined, taken;
+  size_t bad_join = SIZE_MAX, bad_form = SIZE_MAX;
+  std::vector<size_t> taken;
 };
 }  // namespace
 
-TEST(log_pieces, forming_that_fails_is_the_end) {
+TEST(log_pieces, what_fails_is_the_end) {
   TemporaryFolder folder;
   std::string log = folder.write("log", std::string(3 * PIECE_SIZE, '\n'));
   for (unsigned threads : {1U, 4U}) {
-    Failing work(1);
-    EXPECT_THROW(LogPieces({{log}}, threads, work).run(), Failure);
-    EXPECT_EQ(work.taken, std::vector<size_t>{0});
-    EXPECT_EQ(work.joined[1], 1U);
+    Failing joining, forming;
+    joining.bad_join = forming.bad_form = 1;
+    for (Failing* work : {&joining, &forming}) {
+      EXPECT_THROW(LogPieces({{log}}, threads, *work).run(), Failure);
+      EXPECT_EQ(work->taken, std::vector<size_t>{0});
+    }
   }
 }
