@@ -14,6 +14,9 @@ constexpr int BUSY_MS = 30'000;  // as long as another program may write
 
 [[noreturn]] static void fail(sqlite3* database, const std::string& what) {
   int code = sqlite3_errcode(database);
+  if (code == SQLITE_FULL && sqlite3_db_readonly(database, "main") == 1)
+    throw records::Failure(what + ": no space is left for the question's temporary files",
+                           "free some, or set TMPDIR to a folder on another disk");
   if (code == SQLITE_FULL) throw records::file_failure(what, ENOSPC);
   if (code == SQLITE_BUSY)
     throw records::Failure(what + ": another program is writing to it", "wait until it has ended");
@@ -125,8 +128,9 @@ Database::Database(const std::string& name, Mode mode) : name_(name) {
     make_tables();
   }
   check_version();
-  // kB, counted in pages of the size that is known by now. Questions read most pages once.
-  execute(mode == READ ? "PRAGMA cache_size = -16384; PRAGMA temp_store = MEMORY"
+  // kB, counted in pages of the size that is known by now. Questions read most pages once, and sort
+  // in parts of this size, which takes half the time of one sort in memory, and threads share them.
+  execute(mode == READ ? "PRAGMA cache_size = -8192; PRAGMA threads = 4"
                        : "PRAGMA cache_size = -65536");
 }
 
