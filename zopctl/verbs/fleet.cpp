@@ -23,6 +23,7 @@
 #include "fleet/questions.h"
 #include "fleet/sqlite_store.h"
 #include "page/page_file.h"
+#include "records/counted.h"
 #include "records/line_splitter.h"
 #include "zopctl/host/signals.h"
 #include "zopctl/text/failure.h"
@@ -297,7 +298,9 @@ static void print_answer(const Arguments& arguments, const fleet::Question& ques
                          const fleet::Ask& ask, const fleet::Answer& answer) {
   std::string since = fleet::time_text(ask.since), until = fleet::time_text(ask.until);
   std::string cut;
-  if (answer.is_cut) cut = fmt::format("only the first {} rows; use --rows for more", ask.rows);
+  if (answer.is_cut)
+    cut = fmt::format("only the first {}; use --rows for more",
+                      records::counted(static_cast<uint64_t>(ask.rows), "row"));
   if (arguments.json) {
     nlohmann::ordered_json object = {{"question", question.name},
                                      {"since", since},
