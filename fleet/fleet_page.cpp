@@ -108,6 +108,11 @@ static void write_standouts(page::HtmlWriter& html, const Answers& answers) {
   html.close();
 }
 
+// What the totals count: "1 device".
+static std::string count_of(const Answer& totals, const std::string& noun) {
+  return counted(static_cast<uint64_t>(named(totals, 0, noun + 's').number), noun);
+}
+
 static void tile(page::HtmlWriter& html, const char* title, const std::string& value,
                  const std::string& question, const std::string& more) {
   html.open("div", {{"class", "tile"}}).element("span", {{"class", "what"}}, title);
@@ -117,9 +122,7 @@ static void tile(page::HtmlWriter& html, const char* title, const std::string& v
 }
 
 static void write_tiles(page::HtmlWriter& html, const Answers& answers) {
-  std::string of_all =
-      "of " +
-      counted(static_cast<uint64_t>(number(named(answers.at("totals"), 0, "devices"))), "device");
+  std::string of_all = "of " + count_of(answers.at("totals"), "device");
   html.open("div", {{"class", "tiles small"}});
   for (auto [question, title] : {Part{"stuck", "Stuck"},
                                  {"rejected", "Rejected"},
@@ -133,7 +136,7 @@ static void write_tiles(page::HtmlWriter& html, const Answers& answers) {
     reports += named(exceptions, row, "reports").number;
   }
   tile(html, "Exceptions", std::to_string(reports), "exceptions",
-       fmt::format("of {} reports", word(named(answers.at("totals"), 0, "reports"))));
+       "of " + count_of(answers.at("totals"), "report"));
   if (const Answer& cells = answers.at("weak-cells"); !cells.rows.empty()) {
     tile(html, "Weakest cell", fmt::format("{:g} dBm", number(named(cells, 0, "level_dbm"))),
          "weak-cells",
@@ -158,10 +161,9 @@ static Answers answers_of(Store& store, const Ask& values) {
 
 static void write_main(page::HtmlWriter& html, const Answers& answers, const Ask& values) {
   const Answer& totals = answers.at("totals");
-  html.element("h2", {},
-               counted(static_cast<uint64_t>(number(named(totals, 0, "devices"))), "device"));
+  html.element("h2", {}, count_of(totals, "device"));
   html.element("p", {{"class", "extent"}, {"id", "totals"}},
-               fmt::format("{} reports, {} to {}", word(named(totals, 0, "reports")),
+               fmt::format("{}, {} to {}", count_of(totals, "report"),
                            short_time_text(values.since), short_time_text(values.until)));
   write_standouts(html, answers);
   write_tiles(html, answers);
