@@ -148,7 +148,9 @@ TEST_F(Fleet, a_question_is_not_misled) {
   report("always", 60, STUCK + ",RSSI=-70,System Mode=WCDMA");  // not RSCP
   report("told", 90'000, "Network Name=One");
   report("told", 60, "Bars=1");
-  report("gone", 7 * 86'400 + 60, "RSSI=-100");
+  report("gone", 7 * 86'400 + 60,  // and refused by a network that is not forbidden
+         "RSSI=-100,Roaming=0,MCC MNC=001 01,FPLMN=002;02,Service Status=Limited service,"
+         "PDP Rej Reason=Service not subscribed");
   report("<b>", 60, "RSSI=-101,Network Name=<i>");
   write("log", lines);
   load({"log"});
@@ -158,6 +160,7 @@ TEST_F(Fleet, a_question_is_not_misled) {
   EXPECT_EQ(column("changed", 1), (Texts{"device", "device", "device", "stuck"}));
   EXPECT_EQ(column("silent"), Texts{});
   EXPECT_EQ(column("weak-areas", 2), Texts{"3"});
+  EXPECT_EQ(column("SELECT roaming FROM report WHERE host = 'gone' AND stuck IS NULL"), Texts{"0"});
   Database database(file("db"), Database::READ);
   SqliteStore store(database);
   Ask ask;
