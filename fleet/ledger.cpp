@@ -63,10 +63,9 @@ void Ledger::keep(records::LogReports& reports) {
   }
 }
 
-bool Ledger::refuse(std::string_view why, std::string_view text) {
+void Ledger::refuse(std::string_view why, std::string_view text) {
   if (!refuse_) refuse_.emplace(database_.prepare("INSERT OR IGNORE INTO refused VALUES(?, ?)"));
   refuse_->bind(1, why).bind(2, text).run();
-  return database_.changed_rows() == 1;
 }
 
 }  // namespace fleet

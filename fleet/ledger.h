@@ -23,8 +23,8 @@ class Ledger {
   void restore(records::LogReports& reports);
   void keep(records::LogReports& reports);
 
-  // False when it is there already.
-  bool refuse(std::string_view why, std::string_view text);
+  // Kept once, however often it is read.
+  void refuse(std::string_view why, std::string_view text);
 
  private:
   Database& database_;
