@@ -239,6 +239,8 @@ TEST_F(Fleet, another_database_is_left_alone) {
   write("text", std::string(8192, 'x'));
   EXPECT_THROW(Database(file("text"), Database::WRITE), records::Failure);
   load({});
+  EXPECT_THROW(Database(file("db"), Database::READ).execute("DELETE FROM report"),
+               records::Failure);
   Database(file("db"), Database::WRITE).execute("PRAGMA user_version = 99");
   EXPECT_THROW(Database(file("db"), Database::WRITE), records::Failure);
   EXPECT_THROW(Database(file("db"), Database::READ), records::Failure);

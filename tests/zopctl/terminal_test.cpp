@@ -57,7 +57,7 @@ class Terminal : public test::Session {
                       arguments +
                       "'\n echo exit=$? > exit; stty -a | tail -n +2 > after; touch done; cat\n");
     tmux("-f /dev/null new-session -d -x 80 -y 24 'cd " + folder_.path.string() +
-         " && LC_ALL=C.UTF-8 PATH=" PROGRAMS ":$PATH sh run'");
+         " && TMPDIR=$PWD LC_ALL=C.UTF-8 PATH=" PROGRAMS ":$PATH sh run'");
   }
   std::string tmux(const std::string& command) {
     return shell("tmux -S " + folder_ / "socket" + " " + command).output;

@@ -17,14 +17,17 @@ class Shell : public test::Session {
     setenv("DISSECTOR", PROGRAMS "/zop_diag.lua", 1);
     setenv("ROAD", TRANSCRIPTS "/zopctl/update_road.sh", 1);
   }
+  // The files of a simulated device are gone, however zopctl has ended.
+  ~Shell() override { EXPECT_TRUE(std::filesystem::is_empty(temporary_.path)); }
   std::string answer(const std::string& command) override {
-    Outcome done = shell("cd " + folder_.path.string() + " < /dev/null; { " + command + "\n}");
+    Outcome done = shell("cd " + folder_.path.string() + " < /dev/null; export TMPDIR=" +
+                         temporary_.path.string() + "; { " + command + "\n}");
     if (done.exit_code != 0) done.output += "[exit " + std::to_string(done.exit_code) + "]\n";
     return done.output;
   }
 
  private:
-  TemporaryFolder folder_;
+  TemporaryFolder folder_, temporary_;
 };
 
 const bool REGISTERED =

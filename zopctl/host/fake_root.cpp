@@ -51,9 +51,11 @@ static void replace(const fs::path& path, const std::string& text) {
 }
 
 FakeRoot::FakeRoot() : start_(modem_now()) {
-  std::string name = fs::temp_directory_path() / "zopctl-XXXXXX";
+  fs::path parent = fs::temp_directory_path();
+  std::string name = parent / "zopctl-XXXXXX";
   if (mkdtemp(name.data()) == nullptr)
-    throw Failure("no folder for the simulated device in /tmp; is the disk full?");
+    throw Failure("no folder for the simulated device in " + parent.string() +
+                  "; is the disk full?");
   folder_ = name;
   remove_on_hard_exit(folder_.c_str());
   update();

@@ -14,9 +14,9 @@
 
 namespace zopctl {
 
-// Those that end or stop a program; SIGINT, SIGTERM and SIGHUP have their handler already.
-static constexpr int ENDING[] = {SIGTSTP, SIGQUIT, SIGABRT, SIGSEGV, SIGBUS, SIGFPE,
-                                 SIGILL,  SIGUSR1, SIGUSR2, SIGALRM, SIGPIPE};
+// Those that end or stop a program; SIGINT, SIGTERM, SIGHUP and SIGPIPE have their handler already.
+static constexpr int ENDING[] = {SIGTSTP, SIGQUIT, SIGABRT, SIGSEGV, SIGBUS,
+                                 SIGFPE,  SIGILL,  SIGUSR1, SIGUSR2, SIGALRM};
 
 static termios visible, hidden;
 static std::string question_text;

@@ -38,7 +38,8 @@ static void say(int fd, const std::string& text) {
 // Calls nothing that a signal handler may not; so the folder is another program's work.
 [[noreturn]] static void end_at_once(int signal) {
   if (hard_exit_call != nullptr) hard_exit_call();
-  if (isatty(STDERR_FILENO) != 0 && write(STDERR_FILENO, "\n", 1) < 0) _exit(1);  // after a bar
+  bool after_bar = signal != SIGPIPE && isatty(STDERR_FILENO) != 0;
+  if (after_bar && write(STDERR_FILENO, "\n", 1) < 0) _exit(1);
   for (const auto& slot : scratch_files)
     if (const char* file = slot) unlink(file);
   const char* folder = scratch_folder;
@@ -61,7 +62,7 @@ void forget_last_words() { last_words = nullptr; }
 
 static void on_signal(int signal) {
   if (signal == SIGHUP && held_on != 0) return;  // the terminal is gone, the work goes on
-  if (first_signal != 0) end_at_once(signal);
+  if (first_signal != 0 || signal == SIGPIPE) end_at_once(signal);
   int saved_errno = errno;
   first_signal = signal;
   wake();
@@ -110,7 +111,7 @@ static void catch_signal(int signal) {
 void watch_signals() {
   hurry_when(may_hurry);
   wake_up = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  for (int signal : {SIGINT, SIGTERM, SIGHUP}) catch_signal(signal);
+  for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) catch_signal(signal);
   signal(SIGXFSZ, SIG_IGN);  // a file that is too large is an error of that file
 }
 

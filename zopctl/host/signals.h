@@ -1,5 +1,6 @@
 // Ending the program for the user, and waits that end with it. The first SIGINT, SIGTERM or SIGHUP
-// lets the current query finish and ends waits; a second one ends the program at once.
+// lets the current query finish and ends waits; a second one ends the program at once, as SIGPIPE
+// does: nobody reads the output any more. Calls that speak of a second signal mean SIGPIPE too.
 #pragma once
 
 #include <chrono>

@@ -20,7 +20,7 @@ static termios settings_before;
 static char leave_text[256];
 static size_t leave_size = 0;
 
-static constexpr int FATAL_SIGNALS[] = {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGQUIT, SIGPIPE};
+static constexpr int FATAL_SIGNALS[] = {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGQUIT};
 static struct sigaction actions_before[std::size(FATAL_SIGNALS)];
 
 void remember_terminal(int fd) { terminal = tcgetattr(fd, &settings_before) == 0 ? fd : -1; }
