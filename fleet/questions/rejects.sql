@@ -1,4 +1,4 @@
--- Reject causes over time, the newest hour first: of the registration, and of the data connection.
+-- Reject causes over time, by hour: of the registration, and of the data connection.
 SELECT hour_time, what, cause, devices, reports, areas
 FROM (SELECT time - time % 3600 AS hour_time, 'registration' AS what, rejected AS cause,
              count(DISTINCT host) AS devices, count(*) AS reports,
