@@ -37,6 +37,7 @@ static void say(int fd, const std::string& text) {
 
 // Calls nothing that a signal handler may not; so the folder is another program's work.
 [[noreturn]] static void end_at_once(int signal) {
+  ::signal(SIGPIPE, SIG_IGN);  // nobody may read what is said here
   if (hard_exit_call != nullptr) hard_exit_call();
   bool after_bar = signal != SIGPIPE && isatty(STDERR_FILENO) != 0;
   if (after_bar && write(STDERR_FILENO, "\n", 1) < 0) _exit(1);
