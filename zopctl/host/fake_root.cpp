@@ -1,6 +1,7 @@
 // A device that has been up for a day, with a PPP link of two hours.
 #include "zopctl/host/fake_root.h"
 
+#include <errno.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -40,24 +41,35 @@ static std::string stat_of_pppd() {
 
 static void make_file(const fs::path& path, const std::string& text) {
   fs::create_directories(path.parent_path());
-  std::ofstream(path) << text;
+  if (!(std::ofstream(path) << text << std::flush)) throw file_failure(path, errno);
 }
 
+// Without its folder, which another thread may be removing, or space, nothing is replaced.
 static void replace(const fs::path& path, const std::string& text) {
   fs::path next = path;
   next += ".next";
-  make_file(next, text);
-  fs::rename(next, path);
+  if (!(std::ofstream(next) << text << std::flush)) return;
+  std::error_code ignored;
+  fs::rename(next, path, ignored);
 }
 
-FakeRoot::FakeRoot() : start_(modem_now()) {
-  fs::path parent = fs::temp_directory_path();
+static std::string make_folder() {
+  std::error_code error;
+  fs::path parent = fs::temp_directory_path(error);
+  if (error) throw file_failure("TMPDIR", error.value());
   std::string name = parent / "zopctl-XXXXXX";
   if (mkdtemp(name.data()) == nullptr)
-    throw Failure("no folder for the simulated device in " + parent.string() +
-                  "; is the disk full?");
-  folder_ = name;
+    throw file_failure("a folder for the simulated device in " + parent.string(), errno);
+  return name;
+}
+
+FakeRoot::FakeRoot(const std::string& folder) : folder_(folder), start_(modem_now()) {
   remove_on_hard_exit(folder_.c_str());
+}
+
+// When a file fails, the destructor removes the folder: the object has been made by then.
+FakeRoot::FakeRoot() : FakeRoot(make_folder()) {
+  fs::create_directories(folder_ / "proc/net");
   update();
   make_file(folder_ / "proc/814/stat", stat_of_pppd());
   make_file(folder_ / "etc/resolv.conf", "nameserver 10.112.112.1\nnameserver 10.112.112.2\n");

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <filesystem>
 #include <mutex>
+#include <string>
 
 namespace zopctl {
 
@@ -19,6 +20,7 @@ class FakeRoot {
   std::string device() const { return folder_ / "modem"; }
 
  private:
+  explicit FakeRoot(const std::string& folder);  // an empty one, which it owns
   void update();
 
   std::filesystem::path folder_;
