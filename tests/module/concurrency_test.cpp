@@ -214,9 +214,13 @@ TEST_F(HostThreads, ten_of_them_on_a_bad_line) {
   });
   threads.clear();
   EXPECT_GT(good, 10 * CALLS_OF_A_THREAD / 4);
-  vurn_close(0);
+  while (vurn_open() != VURN_OK) {
+  }
+  vurn_close(1);
   EXPECT_FALSE(world.port_is_open());
   expect_constant_memory(memory, world.threads_made - threads_before);
+  world.runs_free = false;  // or another thread's sleep could be longer than an answer's limit
+  gDeferredThreadCreated = false;
   world.far_end = &modem;
   ASSERT_EQ(vurn_open(), VURN_OK);
   for (const Check& check : checks) {  // each works again
