@@ -167,8 +167,6 @@ class BadLineModem : public AnsweringModem {
 // Fewer where each one takes longer.
 #if defined(__arm__)
 enum { CALLS_OF_A_THREAD = 1'000, OPENS = 500 };
-#elif defined(ZOP_SANITIZED)
-enum { CALLS_OF_A_THREAD = 10'000, OPENS = 500 };
 #else
 enum { CALLS_OF_A_THREAD = 4'000, OPENS = 1'000 };
 #endif
