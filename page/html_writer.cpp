@@ -12,7 +12,7 @@ namespace page {
 
 std::string percent(double share) {
   if (!std::isfinite(share)) share = 0;
-  std::string digits = fmt::format("{:.3f}", share * 100);
+  std::string digits = fmt::format("{:.3f}", share * 100 + 0.0);  // no -0
   digits.erase(digits.find_last_not_of('0') + 1);
   if (digits.back() == '.') digits.pop_back();
   return digits + "%";
