@@ -19,6 +19,9 @@ constexpr size_t MAX_SHARES = 6;
 
 // ---- colours ----
 
+// Classes of the style sheet.
+static constexpr char GOOD[] = "good", WARN[] = "warn", BAD[] = "bad", NONE[] = "none";
+
 namespace {
 struct StateColour {
   std::string_view word;
@@ -28,27 +31,27 @@ struct StateColour {
 
 // States that are good or bad whatever the track.
 static constexpr StateColour STATE_COLOURS[] = {
-    {"open", "good"},
-    {"full", "good"},
-    {"registered", "good"},
-    {"active", "good"},
-    {"conversation", "good"},
-    {"limited", "warn"},
-    {"limited regional", "warn"},
-    {"power save", "warn"},
-    {"originating", "warn"},
-    {"incoming", "warn"},
-    {"active pending", "warn"},
-    {"modify pending", "warn"},
-    {"inactive pending", "warn"},
-    {"lost", "bad"},
-    {"no service", "bad"},
-    {"no network", "bad"},
-    {"failed", "bad"},
-    {"none", "none"},
-    {"not registered", "none"},
-    {"idle", "none"},
-    {"inactive", "none"},
+    {"open", GOOD},
+    {"full", GOOD},
+    {"registered", GOOD},
+    {"active", GOOD},
+    {"conversation", GOOD},
+    {"limited", WARN},
+    {"limited regional", WARN},
+    {"power save", WARN},
+    {"originating", WARN},
+    {"incoming", WARN},
+    {"active pending", WARN},
+    {"modify pending", WARN},
+    {"inactive pending", WARN},
+    {"lost", BAD},
+    {"no service", BAD},
+    {"no network", BAD},
+    {"failed", BAD},
+    {"none", NONE},
+    {"not registered", NONE},
+    {"idle", NONE},
+    {"inactive", NONE},
 };
 
 // A word that no state has would colour nothing.
@@ -61,7 +64,7 @@ static_assert(std::ranges::all_of(STATE_COLOURS, [](const StateColour& row) {
 }));
 
 std::string state_style(TrackId track, const Words& words, uint32_t state) {
-  if (track == NO_BARS) return "bad";
+  if (track == NO_BARS) return BAD;
   const std::string& word = words.word(state);
   for (const StateColour& row : STATE_COLOURS) {
     if (word == row.word) return row.style;
@@ -110,7 +113,7 @@ void TimeLine::shares(TrackId track) {
   html_.open("p", {{"class", "shares"}});
   for (size_t i = 0; i < std::min(order.size(), MAX_SHARES); ++i) {
     uint32_t state = order[i];
-    std::string style = state == 0 ? "none" : state_style(track, words, state);
+    std::string style = state == 0 ? NONE : state_style(track, words, state);
     html_.element("span", {{"class", "key " + style}},
                   fmt::format("{} {}", state == 0 ? "not known" : words.word(state),
                               share_text(times[state].whole, statistics_.recorded)));
