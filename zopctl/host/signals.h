@@ -1,6 +1,7 @@
 // Ending the program for the user, and waits that end with it. The first SIGINT, SIGTERM or SIGHUP
 // lets the current query finish and ends waits; a second one ends the program at once, as SIGPIPE
 // does: nobody reads the output any more. Calls that speak of a second signal mean SIGPIPE too.
+// What must go on without a reader, firmware and captures, ignores it.
 #pragma once
 
 #include <chrono>
